@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_RENDER_PICTURE_H
+#define VIREO_APP_RENDER_PICTURE_H
+
+#include "host/pixkit/pixel_formats.h"
+#include "host/vireo_host.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace vireo {
+
+/// One frame in the layout that filters take: straight alpha, rows bottom-up, rows aligned to 64 bytes. The
+/// format is "bgra" unless a filter that stands alone asked for a deeper one ("Bgra": 16 bits, "BGra":
+/// float).
+class Picture {
+public:
+    /// Throws std::bad_alloc without memory. Pixels are not initialised.
+    Picture(int width, int height, std::uint32_t format = PixKit::formatBgra);
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+    ~Picture();
+
+    int width() const { return buffer_.bounds.right; }
+    int height() const { return buffer_.bounds.bottom; }
+    std::uint32_t format() const { return format_; }
+    int rowBytes() const { return buffer_.rowBytes; }
+
+    /// Row y of the picture, from the top.
+    std::uint8_t* row(int y) { return pixels_.get() + std::int64_t{height() - 1 - y} * buffer_.rowBytes; }
+    const std::uint8_t* row(int y) const { return const_cast<Picture*>(this)->row(y); }
+
+    /// The buffer as the host library takes it; its bounds begin at 0, 0.
+    FrameBuffer* buffer() const { return const_cast<FrameBuffer*>(&buffer_); }
+
+private:
+    struct Release {
+        void operator()(std::uint8_t* pixels) const;
+    };
+
+    FrameBuffer buffer_{};
+    std::uint32_t format_;
+    std::unique_ptr<std::uint8_t[], Release> pixels_;
+};
+
+using PicturePtr = std::shared_ptr<const Picture>;
+
+}  // namespace vireo
+
+#endif

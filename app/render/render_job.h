@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_RENDER_RENDER_JOB_H
+#define VIREO_APP_RENDER_RENDER_JOB_H
+
+#include "app/render/frame_processor.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vireo {
+
+/// Frames from `first` to `last`, both included, counted from 0.
+struct FrameRange {
+    std::int64_t first = 0;
+    std::optional<std::int64_t> last;
+};
+
+/// Everything that `vireo render` was told about one input and its output.
+struct RenderJob {
+    std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
+    std::string output;  ///< The same.
+    bool overwrite = false;
+    bool quiet = false;
+    bool strict = false;  ///< Damage is a failure.
+
+    std::optional<FrameRange> frames;
+    std::optional<double> start;     ///< Seconds from the first frame.
+    std::optional<double> duration;  ///< Seconds.
+    std::optional<std::int64_t> clipLength;
+    std::optional<std::int64_t> startNumber;
+
+    std::string encoder;      ///< Empty: by the output's name.
+    std::string pixelFormat;  ///< Empty: the best that the encoder and the source share.
+    std::string format;       ///< Of "-"; empty: Matroska.
+    std::vector<std::pair<std::string, std::string>> encoderOptions;
+
+    bool noAudio = false;
+    bool alpha = false;
+    bool premultiplied = false;
+    std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
+    int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
+};
+
+/// What came out of a job that did not fail.
+struct RenderSummary {
+    std::int64_t frames = 0;
+    std::int64_t damagedFrames = 0;
+    double seconds = 0;  ///< Wall time.
+};
+
+/// Renders one input to one output. Notices and warnings go to standard error, one sentence a line. Throws
+/// RenderError; nothing half-written is left under the output's name.
+RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor);
+
+/// Something the user can read: one sentence without a full stop.
+class RenderError : public std::exception {
+public:
+    explicit RenderError(std::string message, int status = 1)
+        : message_(std::move(message)), status_(status) {}
+    const char* what() const noexcept override { return message_.c_str(); }
+    /// The program's exit status: 1 failed, 2 wrong usage, 130 interrupted, 143 terminated.
+    int status() const { return status_; }
+
+private:
+    std::string message_;
+    int status_;
+};
+
+}  // namespace vireo
+
+#endif

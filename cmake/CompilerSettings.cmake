@@ -1,0 +1,34 @@
+# SPDX-License-Identifier: MIT
+# What every target of the project is compiled with.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+# Sums are evaluated as written, so that every instruction set gives the same bytes.
+add_compile_options(-ffp-contract=off)
+add_compile_options(-Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wno-missing-field-initializers)
+include_directories(${PROJECT_SOURCE_DIR})
+
+set(VIREO_SANITIZERS "" CACHE STRING "Sanitizers, as -fsanitize takes them")
+if(VIREO_SANITIZERS)
+  add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  add_link_options(-fsanitize=${VIREO_SANITIZERS})
+endif()
+
+# Header-only libraries come from the machine's packages through a folder of links: a cross compiler must never see
+# the machine's own include folder.
+set(VIREO_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
+foreach(library CLI nlohmann)
+  file(MAKE_DIRECTORY ${VIREO_HEADER_ONLY_DIR})
+  file(CREATE_LINK /usr/include/${library} ${VIREO_HEADER_ONLY_DIR}/${library} SYMBOLIC)
+endforeach()
+add_library(vireo_header_only INTERFACE)
+target_include_directories(vireo_header_only SYSTEM INTERFACE ${VIREO_HEADER_ONLY_DIR})

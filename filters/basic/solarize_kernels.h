@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_FILTERS_BASIC_SOLARIZE_KERNELS_H
+#define VIREO_FILTERS_BASIC_SOLARIZE_KERNELS_H
+
+#include "host/mtkcore/instruction_set.h"
+
+#include <cstdint>
+
+struct SolarizeKernels {
+    /// `width` pixels of 4 bytes. A pixel whose luma is below the threshold has every channel c replaced by
+    /// (threshold - c) mod 256, or by 0 where c is not below the threshold.
+    void (*row)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width, int threshold);
+};
+
+VIREO_KERNEL_TABLES(SolarizeKernels, solarizeKernels)
+
+#endif

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "framework/vpix_suites.h"
+
+#include <atomic>
+
+namespace {
+
+constexpr std::uint32_t unknownFormat = 0x66646162;  // "badf"
+
+/// A suite's cached pointer. A failed acquisition is tried again by the next call.
+class CachedSuite {
+public:
+    constexpr CachedSuite(const char* name, std::int32_t version) : name_(name), version_(version) {}
+
+    const void* find() {
+        const void* suite = suite_.load(std::memory_order_acquire);
+        if (suite != nullptr) return suite;
+        if (vrmAcquireSuite(name_, version_, &suite) != 0) suite = nullptr;
+        suite_.store(suite, std::memory_order_release);
+        return suite;
+    }
+
+    template <class Missing>
+    const void* acquire() {
+        const void* suite = find();
+        if (suite == nullptr) throw Missing();
+        return suite;
+    }
+
+private:
+    const char* name_;
+    std::int32_t version_;
+    std::atomic<const void*> suite_{nullptr};
+};
+
+CachedSuite vpixSuite(VIREO_VPIX_SUITE, 1);
+CachedSuite vpixCreatorSuite(VIREO_VPIX_CREATOR_SUITE, 1);
+CachedSuite vpixCreator2Suite(VIREO_VPIX_CREATOR_2_SUITE, 3);
+
+void check(std::int32_t result) {
+    if (result < 0) throw QRB::SuiteCallFailed();
+}
+
+}  // namespace
+
+const VPixSuite* AcquireVPixSuite() {
+    return static_cast<const VPixSuite*>(vpixSuite.acquire<VSK::NullVPixSuiteException>());
+}
+
+const void* AcquireVPixCreatorSuite() {
+    return vpixCreatorSuite.acquire<VSK::NullVPixCreatorSuiteException>();
+}
+
+const void* AcquireVPixCreator2Suite() {
+    return vpixCreator2Suite.acquire<VSK::NullVPixCreator2SuiteException>();
+}
+
+const VPixSuite* FindVPixSuite() { return static_cast<const VPixSuite*>(vpixSuite.find()); }
+
+const void* FindVPixCreatorSuite() { return vpixCreatorSuite.find(); }
+
+const void* FindVPixCreator2Suite() { return vpixCreator2Suite.find(); }
+
+void ScopedVPix::reset(FrameBuffer* handle) {
+    FrameBuffer* old = release();
+    if (old != nullptr) check(AcquireVPixSuite()->dispose.get()(old));
+    handle_ = handle;
+}
+
+std::uint32_t QueryPixelFormat(const ScopedVPix& frame) {
+    std::uint32_t code = unknownFormat;
+    check(AcquireVPixSuite()->getPixelFormat.get()(frame.get(), &code));
+    return code;
+}

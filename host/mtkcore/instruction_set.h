@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// Kernels compiled once for each instruction set, and the choice between them.
+//
+// A *_kernels.cpp file is compiled once per set with VIREO_KERNEL_NAMESPACE naming its namespace. Its header
+// declares one table of function pointers per set with VIREO_KERNEL_TABLES, and chosenKernels() picks the
+// table when the library loads. Every set gives the same bytes.
+#ifndef VIREO_HOST_MTKCORE_INSTRUCTION_SET_H
+#define VIREO_HOST_MTKCORE_INSTRUCTION_SET_H
+
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+
+namespace mtkcore {
+
+enum class InstructionSet { Baseline, Avx2, Avx512 };
+
+inline constexpr InstructionSet allInstructionSets[] = {InstructionSet::Baseline, InstructionSet::Avx2,
+                                                        InstructionSet::Avx512};
+
+/// The name that the environment variable VIREO_ISA takes.
+constexpr std::string_view instructionSetName(InstructionSet set) {
+    constexpr std::string_view names[] = {"baseline", "avx2", "avx512"};
+    return names[static_cast<int>(set)];
+}
+
+/// The best set that this processor runs.
+inline InstructionSet processorInstructionSet() {
+#if defined(VIREO_X86_KERNELS)
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+        __builtin_cpu_supports("avx512vbmi")) {
+        return InstructionSet::Avx512;
+    }
+    if (__builtin_cpu_supports("avx2")) return InstructionSet::Avx2;
+#endif
+    return InstructionSet::Baseline;
+}
+
+/// The set in use: the processor's best, or what VIREO_ISA names where that is lower.
+inline InstructionSet chosenInstructionSet() {
+    static const InstructionSet chosen = [] {
+        const InstructionSet best = processorInstructionSet();
+        const char* wish = std::getenv("VIREO_ISA");
+        if (wish == nullptr) return best;
+        for (InstructionSet set : allInstructionSets) {
+            if (set <= best && instructionSetName(set) == wish) return set;
+        }
+        return best;
+    }();
+    return chosen;
+}
+
+template <class Kernels>
+struct KernelTables {
+    const Kernels* tables[std::size(allInstructionSets)];
+
+    const Kernels& at(InstructionSet set) const { return *tables[static_cast<int>(set)]; }
+    const Kernels& chosen() const { return at(chosenInstructionSet()); }
+};
+
+}  // namespace mtkcore
+
+#if defined(VIREO_X86_KERNELS)
+#define VIREO_KERNEL_TABLES(Kernels, name)                        \
+    namespace baseline {                                          \
+    extern const Kernels name;                                    \
+    }                                                             \
+    namespace avx2 {                                              \
+    extern const Kernels name;                                    \
+    }                                                             \
+    namespace avx512 {                                            \
+    extern const Kernels name;                                    \
+    }                                                             \
+    inline constexpr mtkcore::KernelTables<Kernels> name##Tables{ \
+        {&baseline::name, &avx2::name, &avx512::name}};
+#else
+#define VIREO_KERNEL_TABLES(Kernels, name)                        \
+    namespace baseline {                                          \
+    extern const Kernels name;                                    \
+    }                                                             \
+    inline constexpr mtkcore::KernelTables<Kernels> name##Tables{ \
+        {&baseline::name, &baseline::name, &baseline::name}};
+#endif
+
+#endif

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "host/vrm/meta_plugin.h"
+
+#include "host/qrb/language.h"
+
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#if defined(_WIN32)
+#include "host/win32.h"
+#else
+#include <dlfcn.h>
+#endif
+
+namespace VRM {
+namespace {
+
+constexpr char exportedName[] = "VRMetaPlugin";
+
+/// A library of the platform, unloaded when it goes.
+class Library {
+public:
+    explicit Library(const std::filesystem::path& path) {
+#if defined(_WIN32)
+        handle_ = LoadLibraryW(path.c_str());
+        if (handle_ == nullptr) fail(path, std::system_category().message(static_cast<int>(GetLastError())));
+#else
+        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (handle_ == nullptr) fail(path, dlerror());
+#endif
+    }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    ~Library() {
+#if defined(_WIN32)
+        FreeLibrary(handle_);
+#else
+        dlclose(handle_);
+#endif
+    }
+
+    MetaPluginFunction* function() const {
+#if defined(_WIN32)
+        const auto address = reinterpret_cast<void*>(GetProcAddress(handle_, exportedName));
+#else
+        void* const address = dlsym(handle_, exportedName);
+#endif
+        return reinterpret_cast<MetaPluginFunction*>(address);
+    }
+
+private:
+    [[noreturn]] static void fail(const std::filesystem::path& path, const std::string& reason) {
+        throw std::runtime_error("cannot load the module " + path.string() + ": " + reason);
+    }
+
+#if defined(_WIN32)
+    HMODULE handle_ = nullptr;
+#else
+    void* handle_ = nullptr;
+#endif
+};
+
+}  // namespace
+
+struct MetaPlugin::State {
+    std::filesystem::path path;
+    Library library;
+    MetaPluginFunction* function;
+    std::vector<Filter> filters;
+
+    explicit State(const std::filesystem::path& module)
+        : path(module), library(module), function(library.function()) {
+        if (function == nullptr) {
+            throw std::runtime_error(path.string() + " is no Vireo module: it does not export " +
+                                     exportedName);
+        }
+        MetaPluginInitialiseRecord record{QRB::GetLanguageID()};
+        call(MetaPluginInitialise, &record, "initialise");
+        try {
+            readFilters();
+        } catch (...) {
+            function(MetaPluginTerminate, nullptr);
+            throw;
+        }
+    }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() { function(MetaPluginTerminate, nullptr); }
+
+    void call(std::int32_t selector, void* record, const char* what) const {
+        const std::int32_t result = function(selector, record);
+        if (result != MetaPluginDone) {
+            throw std::runtime_error("the module " + path.string() + " failed to " + what + " (result " +
+                                     std::to_string(result) + ")");
+        }
+    }
+
+    void readFilters() {
+        MetaPluginCountRecord count{};
+        call(MetaPluginCount, &count, "count its filters");
+        for (std::uint32_t index = 0; index < static_cast<std::uint32_t>(count.count); ++index) {
+            MetaPluginEntryRecord entry{};
+            entry.index = index;
+            call(MetaPluginEntryInformation, &entry, "tell a filter's entry");
+
+            MetaPluginPropertyListRecord list{};
+            list.index = index;
+            call(MetaPluginPropertyList, &list, "tell the size of a property list");
+            std::vector<std::uint8_t> bytes(list.size < 0 ? 0 : static_cast<std::size_t>(list.size));
+            list.buffer = bytes.data();
+            call(MetaPluginPropertyList, &list, "hand out a property list");
+            filters.push_back({entry.id, entry.entry.get(), readPropertyList(bytes)});
+        }
+    }
+};
+
+MetaPlugin::MetaPlugin(const std::filesystem::path& module) : state_(std::make_unique<State>(module)) {}
+MetaPlugin::~MetaPlugin() = default;
+
+const std::filesystem::path& MetaPlugin::path() const { return state_->path; }
+const std::vector<Filter>& MetaPlugin::filters() const { return state_->filters; }
+
+std::int32_t MetaPlugin::call(std::int32_t selector, void* record) const {
+    return state_->function(selector, record);
+}
+
+}  // namespace VRM

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "host/vrm/suites.h"
+
+#include "host/pixkit/pixel_formats.h"
+#include "host/pixkit/pixkit.h"
+#include "host/vireo_host.h"
+
+#include <atomic>
+#include <string_view>
+
+namespace {
+
+std::int32_t disposeFrame(FrameBuffer* handle) {
+    vpixDispose(handle);
+    return 0;
+}
+
+std::int32_t getPixelFormat(FrameBuffer* handle, std::uint32_t* code) {
+    *code = PixKit::pixelFormat(handle);
+    return 0;
+}
+
+const VPixSuite vpixSuite{disposeFrame, {}, getPixelFormat};
+
+/// The creator suites offer the same buffers; no filter calls a slot of theirs.
+const VPixSuite creatorSuite{disposeFrame, {}, getPixelFormat};
+
+struct OfferedSuite {
+    std::string_view name;
+    std::int32_t version;
+    const VPixSuite* suite;
+    std::atomic<bool> offered;
+};
+
+OfferedSuite suites[] = {
+    {VIREO_VPIX_SUITE, 1, &vpixSuite, true},
+    {VIREO_VPIX_CREATOR_SUITE, 1, &creatorSuite, true},
+    {VIREO_VPIX_CREATOR_2_SUITE, 3, &creatorSuite, true},
+};
+
+}  // namespace
+
+std::int32_t vrmAcquireSuite(const char* name, std::int32_t version, const void** suite) {
+    *suite = nullptr;
+    for (const OfferedSuite& candidate : suites) {
+        if (candidate.name == name && candidate.version == version && candidate.offered) {
+            *suite = candidate.suite;
+            return 0;
+        }
+    }
+    return -1;
+}
+
+void vireoHostOfferSuite(const char* name, std::int32_t offered) {
+    for (OfferedSuite& candidate : suites) {
+        if (candidate.name == name) candidate.offered = offered != 0;
+    }
+}

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// The suites that the host offers by name: arrays of function pointers, slot n at byte 8 n.
+#ifndef VIREO_HOST_VRM_SUITES_H
+#define VIREO_HOST_VRM_SUITES_H
+
+#include "host/host_export.h"
+#include "host/pixkit/frame_buffer.h"
+
+#define VIREO_VPIX_SUITE "Vireo VPix Suite"
+#define VIREO_VPIX_CREATOR_SUITE "Vireo VPix Creator Suite"
+#define VIREO_VPIX_CREATOR_2_SUITE "Vireo VPix Creator 2 Suite"
+
+/// Slots return a negative value on failure.
+typedef int32_t VPixSuiteDispose(FrameBuffer* handle);
+typedef int32_t VPixSuiteGetPixelFormat(FrameBuffer* handle, uint32_t* code);
+
+typedef struct VPixSuite {
+    VIREO_POINTER(VPixSuiteDispose) dispose;
+    uint64_t hostData1[4];
+    VIREO_POINTER(VPixSuiteGetPixelFormat) getPixelFormat;
+} VPixSuite;
+
+/// Finds a suite. 0 with the suite written, or non-zero with null written when it is not offered. The host
+/// owns the suite.
+VIREO_HOST_C int32_t vrmAcquireSuite(const char* name, int32_t version, const void** suite);
+
+#ifdef __cplusplus
+static_assert(offsetof(VPixSuite, getPixelFormat) == 40);
+#endif
+
+#endif

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// What every filter promises of its settings and of the selectors: one row a filter.
+#include "tests/filters/support/filter_under_test.h"
+#include "tests/filters/support/recording_host.h"
+
+#include "host/heapkit/memory_handles.h"
+#include "host/pixkit/pixel_formats.h"
+
+#include <string>
+#include <string_view>
+
+namespace {
+
+enum class Stored { Kept, Overwritten };
+
+struct SettingsRule {
+    std::string_view filter;
+    std::uint32_t id;
+    /// What InitSettings asks for without settings, as RecordingHost writes it: work record, then settings.
+    /// Empty for filters without settings, which answer 0.
+    std::string_view allocations;
+    std::vector<std::uint8_t> defaults;
+    Stored stored = Stored::Kept;
+    bool answersFlags = true;
+    bool hasDialog = false;
+    std::vector<std::string_view> formats = {};
+};
+
+const std::vector<SettingsRule>& rules() {
+    static const std::vector<SettingsRule> all{
+        {.filter = "Solarize",
+         .id = 10049,
+         .allocations = "32 2",
+         .defaults = littleEndian<std::int16_t>({128})},
+    };
+    return all;
+}
+
+class SettingsTest : public testing::TestWithParam<SettingsRule> {
+protected:
+    SettingsTest() : filter(GetParam().id) { filter.invocation.hostCallbacks = host.callbacks(); }
+
+    bool keepsSettings() const { return !GetParam().allocations.empty(); }
+
+    RecordingHost host;
+    FilterUnderTest filter;
+};
+
+TEST_P(SettingsTest, InitSettingsWritesTheDefaultsIntoANewHandle) {
+    EXPECT_EQ(filter.call(FilterSelectorInitSettings), keepsSettings() ? 1 : 0);
+    EXPECT_EQ(host.allocations(), GetParam().allocations);
+    EXPECT_EQ(filter.settings(), GetParam().defaults);
+    EXPECT_EQ(host.liveHandles(), keepsSettings() ? 1 : 0) << "only the settings live on";
+}
+
+TEST_P(SettingsTest, InitSettingsKeepsOrOverwritesWhatIsStored) {
+    if (!keepsSettings()) return;
+    std::vector<std::uint8_t> bytes(GetParam().defaults.size());
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(0xA1 + 7 * i);
+    filter.setSettings(bytes);
+    const MemoryHandle handle = filter.invocation.settingsHandle;
+
+    EXPECT_EQ(filter.call(FilterSelectorInitSettings), 1);
+    EXPECT_EQ(filter.invocation.settingsHandle.get(), handle);
+    EXPECT_EQ(filter.settings(), GetParam().stored == Stored::Kept ? bytes : GetParam().defaults);
+    EXPECT_EQ(host.liveHandles(), 0);
+}
+
+TEST_P(SettingsTest, InitSettingsSurvivesAHostWithoutMemory) {
+    for (int available = 0; available < 2; ++available) {
+        filter.dropSettings();
+        host.limitAllocations(available);
+        EXPECT_EQ(filter.call(FilterSelectorInitSettings), keepsSettings() ? 1 : 0);
+    }
+}
+
+TEST_P(SettingsTest, OtherSelectorsAnswerAndChangeNothing) {
+    filter.call(FilterSelectorInitSettings);
+    host.forget();
+    const auto settings = filter.settings();
+    for (const int selector : {2, 3, 4, 6, 7, 8, 9, 10, 99, -1, 32767}) {
+        if (selector == FilterSelectorGetPixelFormat && !GetParam().formats.empty()) continue;
+        const int expected = selector == FilterSelectorGetFilterFlags && GetParam().answersFlags ? 3 : 0;
+        EXPECT_EQ(filter.call(static_cast<std::int16_t>(selector)), expected) << "selector " << selector;
+    }
+    EXPECT_EQ(filter.settings(), settings);
+    EXPECT_EQ(filter.invocation.pixelFormat, 0u);
+    EXPECT_EQ(host.allocations(), "");
+}
+
+TEST_P(SettingsTest, SetupWithoutADialogWindow) {
+#if defined(_WIN32)
+    if (GetParam().hasDialog) return;  // A window would wait for its user.
+#endif
+    filter.call(FilterSelectorInitSettings);
+    const auto settings = filter.settings();
+    const int live = host.liveHandles();
+    EXPECT_EQ(filter.call(FilterSelectorSetup), GetParam().hasDialog ? -1 : 0);
+    EXPECT_EQ(filter.settings(), settings);
+    EXPECT_EQ(host.liveHandles(), live) << "nobody else releases the work record";
+}
+
+TEST_P(SettingsTest, ExecuteLeavesSettingsAlone) {
+    Random random(1);
+    TestFrame source({.width = 20, .height = 12}, random);
+    TestFrame destination({.width = 20, .height = 12}, random);
+    filter.render(source, destination);
+    EXPECT_TRUE(filter.settings().empty()) << "without settings none are made";
+
+    filter.call(FilterSelectorInitSettings);
+    const auto settings = filter.settings();
+    filter.render(source, destination);
+    EXPECT_EQ(filter.settings(), settings);
+}
+
+TEST_P(SettingsTest, NamesItsPixelFormatsByIndex) {
+    const auto& formats = GetParam().formats;
+    if (formats.empty()) return;
+    for (std::uint32_t index = 0; index < formats.size(); ++index) {
+        filter.invocation.pixelFormatIndex = index;
+        EXPECT_EQ(filter.call(FilterSelectorGetPixelFormat), 0);
+        const std::uint32_t code = filter.invocation.pixelFormat;
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(&code), 4), formats[index]);
+    }
+    filter.invocation.pixelFormat = PixKit::formatCode("keep");
+    for (const std::uint32_t index : {static_cast<std::uint32_t>(formats.size()), 0xFFFFFFFFu}) {
+        filter.invocation.pixelFormatIndex = index;
+        EXPECT_EQ(filter.call(FilterSelectorGetPixelFormat), 1);
+        EXPECT_EQ(filter.invocation.pixelFormat, PixKit::formatCode("keep"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, SettingsTest, testing::ValuesIn(rules()), [](const auto& test) {
+    std::string name;
+    for (const char c : test.param.filter) {
+        if (std::isalnum(static_cast<unsigned char>(c))) name += c;
+    }
+    return name;
+});
+
+}  // namespace

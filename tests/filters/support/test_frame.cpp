@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "tests/filters/support/test_frame.h"
+
+#include <cstring>
+#include <iomanip>
+
+namespace {
+
+/// Bytes before the first and behind the last row. No multiple of a vector, so that rows are unaligned.
+constexpr std::size_t margin = 4099;
+
+constexpr std::uint8_t guardByte(std::size_t index) { return static_cast<std::uint8_t>(index * 37 + 11); }
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const Geometry& geometry) {
+    out << geometry.width << " x " << geometry.height << " at (" << geometry.left << ", " << geometry.top
+        << "), padding " << geometry.padding;
+    if (geometry.negativeRowBytes) out << ", negative row bytes";
+    if (geometry.pixelBytes != 4) out << ", " << geometry.pixelBytes << " bytes a pixel";
+    return out;
+}
+
+const std::vector<Geometry>& awkwardGeometries() {
+    static const std::vector<Geometry> geometries = [] {
+        constexpr int widths[] = {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 63, 65, 100, 131, 258};
+        constexpr int heights[] = {1, 2, 3, 4, 5, 8, 13, 40};
+        std::vector<Geometry> made;
+        int turn = 0;
+        for (const int width : widths) {
+            for (const int height : heights) {
+                Geometry geometry{.width = width, .height = height, .padding = turn % 4 * 4};
+                if (turn % 3 == 1) geometry.left = -7, geometry.top = 12;
+                made.push_back(geometry);
+                ++turn;
+            }
+        }
+        return made;
+    }();
+    return geometries;
+}
+
+TestFrame::TestFrame(const Geometry& geometry)
+    : geometry_(geometry),
+      stride_(static_cast<std::size_t>(geometry.width * geometry.pixelBytes + geometry.padding)),
+      memory_(2 * margin + stride_ * static_cast<std::size_t>(geometry.height)) {
+    for (std::size_t i = 0; i < memory_.size(); ++i) memory_[i] = isPixelByte(i) ? 0 : guardByte(i);
+    const auto rowBytes = static_cast<std::int32_t>(stride_);
+    descriptor_ = {
+        {geometry.left, geometry.top, geometry.left + geometry.width, geometry.top + geometry.height},
+        geometry.negativeRowBytes ? -rowBytes : rowBytes,
+        0,
+        nullptr};
+    descriptor_.pixels = row(0);
+}
+
+TestFrame::TestFrame(const Geometry& geometry, Random& random) : TestFrame(geometry) { fillRandomly(random); }
+
+TestFrame::TestFrame(const Geometry& geometry, const Picture& picture) : TestFrame(geometry) {
+    for (int y = 0; y < geometry.height; ++y) {
+        for (int x = 0; x < geometry.width; ++x) {
+            const std::uint32_t pixel = picture.at(x, y);
+            std::memcpy(row(y) + 4 * x, &pixel, 4);
+        }
+    }
+}
+
+std::uint8_t* TestFrame::row(int row) {
+    const int stored = geometry_.negativeRowBytes ? geometry_.height - 1 - row : row;
+    return memory_.data() + margin + stride_ * static_cast<std::size_t>(stored);
+}
+
+void TestFrame::fillRandomly(Random& random) {
+    for (int y = 0; y < geometry_.height; ++y) {
+        std::uint8_t* bytes = row(y);
+        for (int i = 0; i < geometry_.width * geometry_.pixelBytes; ++i) {
+            bytes[i] = static_cast<std::uint8_t>(random());
+        }
+    }
+}
+
+Picture TestFrame::picture() const {
+    Picture picture{geometry_.width, geometry_.height};
+    for (int y = 0; y < geometry_.height; ++y) {
+        for (int x = 0; x < geometry_.width; ++x) {
+            std::memcpy(&picture.at(x, y), const_cast<TestFrame*>(this)->row(y) + 4 * x, 4);
+        }
+    }
+    return picture;
+}
+
+bool TestFrame::isPixelByte(std::size_t index) const {
+    if (index < margin || index >= memory_.size() - margin || stride_ == 0) return false;
+    return (index - margin) % stride_ < static_cast<std::size_t>(geometry_.width * geometry_.pixelBytes);
+}
+
+testing::AssertionResult TestFrame::guardsHold(const std::function<bool(std::size_t)>& isGuard) const {
+    for (std::size_t i = 0; i < memory_.size(); ++i) {
+        if (isGuard(i) && memory_[i] != guardByte(i)) {
+            return testing::AssertionFailure()
+                   << "byte " << static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(margin)
+                   << " from the rows' begin was written; frame " << geometry_;
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult TestFrame::guardsHold() const {
+    return guardsHold([this](std::size_t index) { return !isPixelByte(index); });
+}
+
+testing::AssertionResult TestFrame::outerGuardsHold() const {
+    return guardsHold(
+        [this](std::size_t index) { return index < margin || index >= memory_.size() - margin; });
+}
+
+testing::AssertionResult samePicture(const Picture& expected, const Picture& actual) {
+    if (expected.width != actual.width || expected.height != actual.height) {
+        return testing::AssertionFailure() << "pictures of different size";
+    }
+    for (int y = 0; y < expected.height; ++y) {
+        for (int x = 0; x < expected.width; ++x) {
+            if (expected.at(x, y) == actual.at(x, y)) continue;
+            return testing::AssertionFailure()
+                   << "column " << x << ", row " << y << " of " << expected.width << " x " << expected.height
+                   << std::hex << std::setfill('0') << ": expected " << std::setw(8) << expected.at(x, y)
+                   << ", got " << std::setw(8) << actual.at(x, y);
+        }
+    }
+    return testing::AssertionSuccess();
+}

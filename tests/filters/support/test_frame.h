@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// Frames as awkward as a host may hand them out, and plain pictures for the slow versions of the filters.
+#ifndef VIREO_TESTS_FILTERS_SUPPORT_TEST_FRAME_H
+#define VIREO_TESTS_FILTERS_SUPPORT_TEST_FRAME_H
+
+#include "host/pixkit/frame_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+using Random = std::mt19937;
+
+/// A pixel word: blue in the low byte, then green, red, alpha.
+constexpr std::uint32_t pixelOf(int blue, int green, int red, int alpha) {
+    return static_cast<std::uint32_t>(blue) | static_cast<std::uint32_t>(green) << 8 |
+           static_cast<std::uint32_t>(red) << 16 | static_cast<std::uint32_t>(alpha) << 24;
+}
+
+/// Channel 0 to 3 of a pixel word.
+constexpr int channelOf(std::uint32_t pixel, int channel) {
+    return static_cast<int>(pixel >> 8 * channel & 0xFF);
+}
+
+/// What the slow versions work on. Row 0 is the first in memory.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels =
+        std::vector<std::uint32_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+
+    std::uint32_t& at(int x, int row) {
+        return pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
+    std::uint32_t at(int x, int row) const { return const_cast<Picture&>(*this).at(x, row); }
+};
+
+struct Geometry {
+    int width = 1;
+    int height = 1;
+    int padding = 0;  ///< Bytes between the end of a row and the next.
+    int left = 0;
+    int top = 0;
+    bool negativeRowBytes = false;
+    int pixelBytes = 4;
+};
+
+std::ostream& operator<<(std::ostream& out, const Geometry& geometry);
+
+/// Sizes around vector lengths, padded and shifted, in no order.
+const std::vector<Geometry>& awkwardGeometries();
+
+/// A frame whose every byte that is no pixel carries a pattern, before, behind and between the rows.
+class TestFrame {
+public:
+    explicit TestFrame(const Geometry& geometry);
+    /// Random pixels.
+    TestFrame(const Geometry& geometry, Random& random);
+    TestFrame(const Geometry& geometry, const Picture& picture);
+
+    FrameBuffer* handle() { return &descriptor_; }
+    const Geometry& geometry() const { return geometry_; }
+
+    std::uint8_t* row(int row);
+    void fillRandomly(Random& random);
+    Picture picture() const;
+
+    /// Fails when a byte outside the rows' pixels was written.
+    testing::AssertionResult guardsHold() const;
+    /// The same for the bytes before the first and behind the last row alone.
+    testing::AssertionResult outerGuardsHold() const;
+
+private:
+    testing::AssertionResult guardsHold(const std::function<bool(std::size_t)>& isGuard) const;
+    bool isPixelByte(std::size_t index) const;
+
+    Geometry geometry_;
+    std::size_t stride_;
+    std::vector<std::uint8_t> memory_;
+    FrameBuffer descriptor_;
+};
+
+/// Equal pictures, or a failure that names the first pixel that differs.
+testing::AssertionResult samePicture(const Picture& expected, const Picture& actual);
+
+#endif

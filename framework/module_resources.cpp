@@ -3,18 +3,24 @@
 
 #if defined(_WIN32)
 #include "host/win32.h"
+
+extern "C" IMAGE_DOS_HEADER __ImageBase;  // Where the linker puts the library in memory.
 #else
 #include "resources/linked_resources.h"
 #endif
 
 namespace {
 
-QRB::ObjectPtr<QRB::Module> module;
+#if defined(_WIN32)
+QRB::NativeModule ownModule() { return &__ImageBase; }
+const auto dialogType = reinterpret_cast<const char16_t*>(RT_DIALOG);
+#else
+QRB::NativeModule ownModule() { return linkedResources; }
+const auto dialogType = u"#5";
+#endif
+
+const QRB::ObjectPtr<QRB::Module> module = QRB::Module::Create(ownModule());
 std::uint32_t resourceLanguage = 0;
-
-void attach(QRB::NativeModule native) { module = QRB::Module::Create(native); }
-
-void detach() { module = {}; }
 
 }  // namespace
 
@@ -35,33 +41,7 @@ void ReleaseModuleResource(const void* bytes) {
     if (const auto loaded = moduleObject()) loaded->ReleaseResource(bytes);
 }
 
-#if defined(_WIN32)
-
 const void* LoadDialogTemplate(std::uint16_t id) {
     std::size_t size = 0;
-    return LoadModuleResource(reinterpret_cast<const char16_t*>(RT_DIALOG), id, &size);
+    return LoadModuleResource(dialogType, id, &size);
 }
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
-    if (reason == DLL_PROCESS_ATTACH) attach(instance);
-    if (reason == DLL_PROCESS_DETACH) detach();
-    return TRUE;
-}
-
-#else
-
-const void* LoadDialogTemplate(std::uint16_t id) {
-    std::size_t size = 0;
-    return LoadModuleResource(u"#5", id, &size);
-}
-
-namespace {
-
-struct Attachment {
-    Attachment() { attach(linkedResources); }
-    ~Attachment() { detach(); }
-} const attachment;
-
-}  // namespace
-
-#endif

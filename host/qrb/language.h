@@ -28,6 +28,8 @@ constexpr std::uint16_t makeLanguageID(std::uint16_t subLanguage, std::uint16_t 
     return static_cast<std::uint16_t>(subLanguage << 10 | language);
 }
 
+constexpr std::uint16_t primaryLanguage(std::uint16_t id) { return id & 0x3FF; }
+
 /// The language of the host's user interface, (sub-language << 10) | language.
 VIREO_HOST_API std::uint16_t GetLanguageID();
 

@@ -1,17 +1,121 @@
 // SPDX-License-Identifier: MIT
-#include "host/pixkit/pixel_formats.h"
+#include "host/pixkit/axis_scale.h"
 #include "host/pixkit/pixkit.h"
+#include "host/pixkit/scaled_copy.h"
 
-#include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
 
-void vpixCopy(FrameBuffer* source, FrameBuffer* destination, const FrameRect*, const FrameRect*,
-              std::uint32_t) {
-    const int height = std::min(source->bounds.bottom, destination->bounds.bottom);
-    for (int y = 0; y < height; ++y) {
-        std::memcpy(static_cast<char*>(destination->pixels.get()) + std::int64_t{y} * destination->rowBytes,
-                    static_cast<const char*>(source->pixels.get()) + std::int64_t{y} * source->rowBytes,
-                    static_cast<std::size_t>(source->bounds.right) *
-                        static_cast<std::size_t>(PixKit::bytesPerPixel(PixKit::pixelFormat(source))));
+namespace PixKit {
+namespace {
+
+/// The part of a view that a copy touches, as rows in memory.
+struct Block {
+    std::uint8_t* pixels;  // The row that lies lowest in memory.
+    std::int64_t step;     // To the next row, not negative.
+    std::int64_t rowLength;
+    std::int64_t rows;
+
+    std::int64_t length() const { return (rows - 1) * step + rowLength; }
+};
+
+Block blockOf(const PixelView& view, const Range& columns, const Range& rows) {
+    std::uint8_t* lowest = view.at(columns.begin, view.rowBytes < 0 ? rows.begin : rows.end - 1);
+    return {lowest, view.rowBytes < 0 ? -view.rowBytes : view.rowBytes, columns.size() * view.pixelBytes,
+            rows.size()};
+}
+
+std::int64_t distance(const Block& from, const Block& to) {
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(to.pixels) -
+                                     reinterpret_cast<std::uintptr_t>(from.pixels));
+}
+
+/// Whether blocks of equal step share a byte; where the steps differ, whether they might.
+bool overlap(const Block& source, const Block& destination) {
+    const std::int64_t ahead = distance(source, destination);
+    if (ahead >= source.length() || -ahead >= destination.length()) return false;
+    const std::int64_t step = source.step;
+    if (step != destination.step || step < source.rowLength || step < destination.rowLength) return true;
+    // The destination's first row begins in the source's row `row`, `column` bytes into it.
+    const std::int64_t row = ahead >= 0 ? ahead / step : -((step - 1 - ahead) / step);
+    const std::int64_t column = ahead - row * step;
+    const auto meet = [&](std::int64_t sourceRow) {
+        return sourceRow < source.rows && sourceRow + destination.rows > 0;
+    };
+    return (column < source.rowLength && meet(row)) ||
+           (column + destination.rowLength > step && meet(row + 1));
+}
+
+/// Rows of equal length that run the same way. Overlap is safe where the steps are equal and hold a row.
+void moveRows(const Block& source, const Block& destination) {
+    if (source.step == destination.step && source.step == source.rowLength) {
+        std::memmove(destination.pixels, source.pixels, static_cast<std::size_t>(source.length()));
+        return;
     }
+    const auto moveRow = [&](std::int64_t row) {
+        std::memmove(destination.pixels + row * destination.step, source.pixels + row * source.step,
+                     static_cast<std::size_t>(source.rowLength));
+    };
+    if (distance(source, destination) > 0) {
+        for (std::int64_t row = source.rows - 1; row >= 0; --row) moveRow(row);
+    } else {
+        for (std::int64_t row = 0; row < source.rows; ++row) moveRow(row);
+    }
+}
+
+/// A part of a view copied aside.
+class Aside {
+public:
+    Aside(const PixelView& view, const Range& columns, const Range& rows)
+        : view_{nullptr, columns.size() * view.pixelBytes, view.pixelBytes, columns, rows} {
+        const std::int64_t size = view_.rowBytes * rows.size();
+        memory_.reset(new (std::nothrow) std::uint8_t[static_cast<std::size_t>(size)]);
+        view_.pixels = memory_.get();
+        if (memory_ == nullptr) return;
+        for (std::int64_t y = rows.begin; y < rows.end; ++y) {
+            std::memcpy(view_.at(columns.begin, y), view.at(columns.begin, y),
+                        static_cast<std::size_t>(view_.rowBytes));
+        }
+    }
+
+    const PixelView& view() const { return view_; }
+
+private:
+    PixelView view_;
+    std::unique_ptr<std::uint8_t[]> memory_;
+};
+
+void copy(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+          const AxisScale& rows, std::uint32_t mode) {
+    if (columns.written().empty() || rows.written().empty()) return;
+    const Range readColumns = columns.read();
+    const Range readRows = rows.read();
+    const Block from = blockOf(source, readColumns, readRows);
+    const Block to = blockOf(destination, columns.written(), rows.written());
+
+    const bool replaces = (mode & VPixCopyBlend) == 0;
+    const bool sameWay = (source.rowBytes < 0) == (destination.rowBytes < 0);
+    if (replaces && sameWay && columns.copiesPixels() && rows.copiesPixels() &&
+        ((from.step == to.step && from.step >= from.rowLength) || !overlap(from, to))) {
+        return moveRows(from, to);
+    }
+    const Blend blend{replaces ? 255 : mode & 0xFF};
+    if (!overlap(from, to)) return scaledCopy(source, destination, columns, rows, blend);
+    const Aside aside(source, readColumns, readRows);
+    if (aside.view().pixels == nullptr) return;
+    scaledCopy(aside.view(), destination, columns, rows, blend);
+}
+
+}  // namespace
+}  // namespace PixKit
+
+void vpixCopy(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRect,
+              const FrameRect* destinationRect, std::uint32_t mode) {
+    using namespace PixKit;
+    const PixelView from = viewOf(source);
+    const PixelView to = viewOf(destination);
+    if (from.pixelBytes != to.pixelBytes) return;
+    copy(from, to, AxisScale(columnsOf(*sourceRect), from.columns, columnsOf(*destinationRect), to.columns),
+         AxisScale(rowsOf(*sourceRect), from.rows, rowsOf(*destinationRect), to.rows), mode);
 }

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include "tests/host/reference_copy.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr int minimum = std::numeric_limits<std::int32_t>::min();
+constexpr int maximum = std::numeric_limits<std::int32_t>::max();
+
+constexpr std::size_t memorySize = 1 << 17;
+
+int between(std::mt19937& random, int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+}
+
+/// A frame of random size and layout in the middle of its memory.
+std::unique_ptr<TestBuffer> randomBuffer(Memory& memory, std::mt19937& random, std::uint32_t format) {
+    const int width = between(random, 1, 40);
+    const int height = between(random, 1, 30);
+    const int left = between(random, -9, 9);
+    const int top = between(random, -9, 9);
+    const int step = width * PixKit::bytesPerPixel(format) + between(random, 0, 2) * 12;
+    const auto middle = memorySize / 2 + static_cast<std::size_t>(between(random, 0, 15));
+    const FrameRect bounds{left, top, left + width, top + height};
+    return std::make_unique<TestBuffer>(memory, middle, bounds, random() % 3 == 0 ? -step : step, format);
+}
+
+/// Mostly rectangles about the bounds, some inverted, some of one pixel's width, some beyond reason.
+FrameRect randomRect(const FrameRect& bounds, std::mt19937& random) {
+    switch (random() % 8) {
+        case 0: return bounds;
+        case 1: return {bounds.left + 2, bounds.top - 3, bounds.left + 3, bounds.bottom + 5};
+        case 2: return {bounds.left - 4, bounds.top + 1, bounds.right + 1, bounds.top + 2};
+        case 3: return {minimum, bounds.top, between(random, 0, maximum), bounds.bottom};
+        case 4: return {minimum, minimum + between(random, 0, 9), maximum, maximum};
+        default: {
+            const int left = bounds.left + between(random, -6, 12);
+            const int top = bounds.top + between(random, -6, 12);
+            return {left, top, left + between(random, -1, 44), top + between(random, -1, 34)};
+        }
+    }
+}
+
+std::uint32_t randomMode(std::mt19937& random) {
+    constexpr std::uint32_t modes[] = {0, 0x4000, 0x80BB, 0x8044, 0x8000, 0x80FF, 0x3FFF};
+    return modes[random() % std::size(modes)];
+}
+
+void expectCopies(TestBuffer& source, TestBuffer& destination, const FrameRect& from, const FrameRect& to,
+                  std::uint32_t mode, Memory& sourceMemory, Memory& destinationMemory) {
+    const Memory sourceBefore = sourceMemory;
+    Memory expected = destinationMemory;
+    referenceCopy(source, destination, from, to, mode, sourceBefore, expected);
+    vpixCopy(source.handle(), destination.handle(), &from, &to, mode);
+    ASSERT_EQ(expected == destinationMemory, true)
+        << "from " << from << " of " << source.bounds() << " to " << to << " of " << destination.bounds()
+        << ", row bytes " << source.handle()->rowBytes << " and " << destination.handle()->rowBytes
+        << ", mode " << mode << ", pixels of " << source.pixelBytes() << " bytes";
+}
+
+TEST(VpixCopy, RandomGeometryMatchesTheExactDefinition) {
+    std::mt19937 random(1);
+    Memory sourceMemory = noise(memorySize, random);
+    Memory destinationMemory = noise(memorySize, random);
+    for (const std::uint32_t format : {PixKit::formatBgra, PixKit::formatCode("Bgra")}) {
+        for (int round = 0; round < 3000; ++round) {
+            const auto source = randomBuffer(sourceMemory, random, format);
+            const auto destination = randomBuffer(destinationMemory, random, format);
+            expectCopies(*source, *destination, randomRect(source->bounds(), random),
+                         randomRect(destination->bounds(), random), randomMode(random), sourceMemory,
+                         destinationMemory);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(VpixCopy, OverlapBehavesAsIfTheSourceHadBeenCopiedAside) {
+    std::mt19937 random(2);
+    Memory memory = noise(memorySize, random);
+    for (int round = 0; round < 3000; ++round) {
+        const auto source = randomBuffer(memory, random, PixKit::formatBgra);
+        const auto other = randomBuffer(memory, random, PixKit::formatBgra);
+        TestBuffer& destination = round % 4 == 0 ? *other : *source;
+        const FrameRect from = randomRect(source->bounds(), random);
+        FrameRect to = randomRect(destination.bounds(), random);
+        if (round % 4 == 1) {
+            to = {from.left + between(random, -3, 3), from.top + between(random, -3, 3), 0, 0};
+            if (from.right < maximum - 3) to.right = to.left + (from.right - from.left);
+            if (from.bottom < maximum - 3) to.bottom = to.top + (from.bottom - from.top);
+        }
+        expectCopies(*source, destination, from, to, randomMode(random), memory, memory);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(VpixCopy, RowsThatShareBytesAreCopiedAside) {
+    std::mt19937 random(3);
+    Memory memory = noise(memorySize, random);
+    for (const std::int32_t rowBytes : {0, 4, -4, 12}) {
+        TestBuffer source(memory, memorySize / 2, {0, 0, 7, 5}, rowBytes);
+        TestBuffer destination(memory, memorySize / 2 + 16, {0, 0, 9, 1}, 36);
+        expectCopies(source, destination, {0, 2, 7, 3}, {1, 0, 8, 1}, 0, memory, memory);
+        expectCopies(source, destination, {0, 0, 7, 5}, {0, 0, 9, 1}, 0, memory, memory);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(VpixCopy, FloatPixelsScaleInTheirOwnRange) {
+    std::mt19937 random(4);
+    Memory sourceMemory(memorySize);
+    Memory destinationMemory(memorySize);
+    const auto fill = [&](Memory& memory) {
+        for (std::size_t i = 0; i < memorySize; i += 4) {
+            const float value = std::uniform_real_distribution<float>(-1, 2)(random);
+            std::memcpy(memory.data() + i, &value, 4);
+        }
+    };
+    fill(sourceMemory);
+    fill(destinationMemory);
+    for (int round = 0; round < 1000; ++round) {
+        const FrameRect bounds{0, 0, between(random, 1, 20), between(random, 1, 20)};
+        const FrameRect target{0, 0, between(random, 1, 20), between(random, 1, 20)};
+        TestBuffer source(sourceMemory, 64, bounds, 400, PixKit::formatCode("BGra"));
+        TestBuffer destination(destinationMemory, 64, target, 480, PixKit::formatCode("VUya"));
+        const FrameRect from = randomRect(bounds, random);
+        const FrameRect to = randomRect(target, random);
+        const std::uint32_t mode = randomMode(random);
+        Memory expected = destinationMemory;
+        referenceCopy(source, destination, from, to, mode, sourceMemory, expected);
+        vpixCopy(source.handle(), destination.handle(), &from, &to, mode);
+        for (std::size_t i = 0; i < memorySize; i += 4) {
+            float wanted = 0;
+            float got = 0;
+            std::memcpy(&wanted, expected.data() + i, 4);
+            std::memcpy(&got, destinationMemory.data() + i, 4);
+            ASSERT_NEAR(got, wanted, 1e-6) << "from " << from << " to " << to << ", mode " << mode;
+        }
+    }
+}
+
+TEST(VpixCopy, FullWeightReplacesWhatIsNotANumber) {
+    Memory memory(64);
+    const float source[4] = {0.25F, -1, 2, 1};
+    const float nothing[4] = {NAN, INFINITY, NAN, -INFINITY};
+    std::memcpy(memory.data(), source, 16);
+    std::memcpy(memory.data() + 16, nothing, 16);
+    const FrameRect pixel{0, 0, 1, 1};
+    TestBuffer from(memory, 0, pixel, 16, PixKit::formatCode("BGra"));
+    TestBuffer to(memory, 16, {0, 0, 2, 1}, 32, PixKit::formatCode("BGra"));
+    const FrameRect both{0, 0, 2, 1};
+    vpixCopy(from.handle(), to.handle(), &pixel, &both, 0);
+    EXPECT_EQ(std::memcmp(memory.data() + 16, source, 16), 0);
+    EXPECT_EQ(std::memcmp(memory.data() + 32, source, 16), 0);
+}
+
+TEST(VpixCopy, PixelsOfDifferentWidthAreLeftAlone) {
+    std::mt19937 random(5);
+    Memory memory = noise(4096, random);
+    const Memory before = memory;
+    const FrameRect bounds{0, 0, 4, 4};
+    TestBuffer bytes(memory, 0, bounds, 64);
+    TestBuffer words(memory, 2048, bounds, 64, PixKit::formatCode("Bgra"));
+    vpixCopy(bytes.handle(), words.handle(), &bounds, &bounds, 0);
+    vpixCopy(words.handle(), bytes.handle(), &bounds, &bounds, 0);
+    EXPECT_EQ(memory, before);
+}
+
+}  // namespace

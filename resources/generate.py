@@ -4,6 +4,7 @@
 
 generate.py linked OUT.cpp   one C++ file that defines linkedResources, for platforms whose libraries hold none
 generate.py windows OUT.rc   a resource script, and the files that it names in a folder beside it
+generate.py names            one line a filter: its id and its name as files take it
 """
 
 import math
@@ -233,7 +234,16 @@ def write_windows(output):
     output.write_text("\n".join(lines) + "\n")
 
 
+def print_names():
+    for entry in read("filters.toml")["filter"]:
+        words = entry["name"].replace("&", "and").replace("(RGB)", "").split()
+        print(entry["id"], "_".join(words).lower())
+
+
 def main():
+    if sys.argv[1:] == ["names"]:
+        print_names()
+        return
     writers = {"linked": write_linked, "windows": write_windows}
     if len(sys.argv) != 3 or sys.argv[1] not in writers:
         sys.exit(__doc__)

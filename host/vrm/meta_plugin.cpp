@@ -3,6 +3,8 @@
 
 #include "host/qrb/language.h"
 
+#include <map>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -118,6 +120,18 @@ struct MetaPlugin::State {
 
 MetaPlugin::MetaPlugin(const std::filesystem::path& module) : state_(std::make_unique<State>(module)) {}
 MetaPlugin::~MetaPlugin() = default;
+
+std::shared_ptr<const MetaPlugin> MetaPlugin::shared(const std::filesystem::path& module) {
+    static std::mutex mutex;
+    static std::map<std::filesystem::path, std::weak_ptr<const MetaPlugin>> loaded;
+    const std::lock_guard lock(mutex);
+    auto plugin = loaded[module].lock();
+    if (plugin == nullptr) {
+        plugin = std::make_shared<const MetaPlugin>(module);
+        loaded[module] = plugin;
+    }
+    return plugin;
+}
 
 const std::filesystem::path& MetaPlugin::path() const { return state_->path; }
 const std::vector<Filter>& MetaPlugin::filters() const { return state_->filters; }

@@ -30,6 +30,9 @@ public:
     MetaPlugin& operator=(const MetaPlugin&) = delete;
     ~MetaPlugin();
 
+    /// The same for several users of one process: those who name one module share one object.
+    static std::shared_ptr<const MetaPlugin> shared(const std::filesystem::path& module);
+
     const std::filesystem::path& path() const;
     const std::vector<Filter>& filters() const;
 

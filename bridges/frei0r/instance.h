@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef VIREO_BRIDGES_FREI0R_INSTANCE_H
+#define VIREO_BRIDGES_FREI0R_INSTANCE_H
+
+#include "bridges/frei0r/frame_ring.h"
+#include "bridges/frei0r/frei0r_api.h"
+#include "bridges/frei0r/module.h"
+#include "host/vrm/filter_instance.h"
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace frei0r {
+
+/// The parameters that a plug-in adds for filters that read time, behind the filter's own.
+enum class TimeParameter { FrameRate, TimeUnit, ClipLength };
+inline constexpr int timeParameterCount = 3;
+
+/// One use of a filter at one frame size. Calls from several threads are taken one after another.
+class Instance {
+public:
+    /// Throws std::exception on a size that the filters' buffers cannot have, or without memory.
+    Instance(const Effect& effect, unsigned width, unsigned height);
+
+    /// Parameters of the list by their index, then the time parameters. `value` points to what the
+    /// parameter's type takes; a value that is no number or no text of the parameter leaves it as it was.
+    void setParameter(int index, f0r_param_t value);
+
+    /// A text that is handed out belongs to the instance and lives until the parameter is set again.
+    void getParameter(int index, f0r_param_t value);
+
+    /// Frames of width x height pixels, rows from the top.
+    void update(double time, const std::uint32_t* source, std::uint32_t* destination);
+
+private:
+    std::int64_t frameNumber(double time);
+    void render(const std::uint32_t* source, std::uint32_t* destination, std::int64_t number);
+    FrameBuffer bufferOver(const std::uint32_t* pixels) const;
+    static std::int32_t earlierFrame(std::uint32_t time, FrameBuffer* target, const FrameRect* bounds,
+                                     void* self);
+
+    const Effect& effect_;
+    const int width_;
+    const int height_;
+    std::mutex mutex_;
+    VRM::FilterInstance filter_;
+    FrameRing ring_;
+    std::vector<std::uint32_t> turnedSource_;
+    std::vector<std::uint32_t> turnedResult_;
+    std::string timeTexts_[timeParameterCount];
+    double frameRate_ = 0;  ///< 0: updates are counted.
+    double timeUnit_ = 1;   ///< Seconds.
+    std::int64_t clipLength_ = 0;
+    std::int64_t updates_ = 0;
+};
+
+}  // namespace frei0r
+
+#endif

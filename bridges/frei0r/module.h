@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef VIREO_BRIDGES_FREI0R_MODULE_H
+#define VIREO_BRIDGES_FREI0R_MODULE_H
+
+#include "host/vrm/meta_plugin.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace frei0r {
+
+/// A filter as the plug-in's host sees it, and what was found out about it once.
+struct Effect {
+    std::shared_ptr<const VRM::MetaPlugin> module;
+    const VRM::Filter* filter;
+    bool takesRowsFromTheTop;  ///< Negative row bytes give the picture that positive ones give.
+    int lookBack;              ///< How many frames back it asks for.
+    bool readsTime;
+};
+
+/// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws
+/// std::runtime_error.
+Effect loadEffect(std::uint32_t filterId);
+
+}  // namespace frei0r
+
+#endif

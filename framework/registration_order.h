@@ -6,10 +6,17 @@
 #include "framework/registry.h"
 
 /// F(id, namespace of the filter)
-#define VIREO_FILTERS_FOR_ALL(F) F(10049, Solarize)
+// clang-format off
+#define VIREO_FILTERS_FOR_ALL(F) \
+    F(10002, Antialias) \
+    F(10026, GammaCorrection) \
+    F(10030, HorizontalFlip) \
+    F(10049, Solarize) \
+    F(10053, VerticalHold)
+// clang-format on
 
 /// Only applications of type 5 or 8 get these.
-#define VIREO_FILTERS_FOR_FULL_APPLICATIONS(F)
+#define VIREO_FILTERS_FOR_FULL_APPLICATIONS(F) F(10017, ConvolutionKernel)
 
 #define VIREO_DECLARE_FILTER(id, filter)                         \
     namespace filter {                                           \

@@ -24,14 +24,32 @@ struct SettingsRule {
     bool answersFlags = true;
     bool hasDialog = false;
     std::vector<std::string_view> formats = {};
+    /// What an index past the last format finds written; "keep" is what stood there.
+    std::string_view endOfFormats = "keep";
 };
 
 const std::vector<SettingsRule>& rules() {
     static const std::vector<SettingsRule> all{
+        {.filter = "Antialias", .id = 10002, .answersFlags = false, .formats = {"vuya", "bgra"}},
+        {.filter = "Gamma Correction",
+         .id = 10026,
+         .allocations = "32 2",
+         .defaults = littleEndian<std::int16_t>({10})},
+        {.filter = "Horizontal Flip",
+         .id = 10030,
+         .answersFlags = false,
+         .formats = {"VUya", "BGra", "ARgb", "Vuya", "Bgra", "Argb", "vuya", "argb", "bgra"},
+         .endOfFormats = "badf"},
         {.filter = "Solarize",
          .id = 10049,
          .allocations = "32 2",
          .defaults = littleEndian<std::int16_t>({128})},
+        {.filter = "Vertical Hold", .id = 10053, .answersFlags = false},
+        {.filter = "Convolution Kernel",
+         .id = 10017,
+         .allocations = "48 23",
+         .defaults = {0, 0, 1, 0, 0, 0, 1, 0, 2, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 6, 0, 1},
+         .formats = {"bgra"}},
     };
     return all;
 }
@@ -116,17 +134,19 @@ TEST_P(SettingsTest, ExecuteLeavesSettingsAlone) {
 TEST_P(SettingsTest, NamesItsPixelFormatsByIndex) {
     const auto& formats = GetParam().formats;
     if (formats.empty()) return;
+    const auto written = [this] {
+        return std::string(reinterpret_cast<const char*>(&filter.invocation.pixelFormat), 4);
+    };
     for (std::uint32_t index = 0; index < formats.size(); ++index) {
         filter.invocation.pixelFormatIndex = index;
         EXPECT_EQ(filter.call(FilterSelectorGetPixelFormat), 0);
-        const std::uint32_t code = filter.invocation.pixelFormat;
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(&code), 4), formats[index]);
+        EXPECT_EQ(written(), formats[index]);
     }
-    filter.invocation.pixelFormat = PixKit::formatCode("keep");
     for (const std::uint32_t index : {static_cast<std::uint32_t>(formats.size()), 0xFFFFFFFFu}) {
+        filter.invocation.pixelFormat = PixKit::formatCode("keep");
         filter.invocation.pixelFormatIndex = index;
         EXPECT_EQ(filter.call(FilterSelectorGetPixelFormat), 1);
-        EXPECT_EQ(filter.invocation.pixelFormat, PixKit::formatCode("keep"));
+        EXPECT_EQ(written(), GetParam().endOfFormats);
     }
 }
 

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_FILTERS_LENS_HORIZONTAL_FLIP_KERNELS_H
+#define VIREO_FILTERS_LENS_HORIZONTAL_FLIP_KERNELS_H
+
+#include "host/mtkcore/instruction_set.h"
+
+#include <cstdint>
+
+struct HorizontalFlipKernels {
+    /// Writes `width` pixels in reverse order.
+    using Row = void (*)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width);
+
+    Row row4;
+    Row row8;
+    Row row16;
+};
+
+VIREO_KERNEL_TABLES(HorizontalFlipKernels, horizontalFlipKernels)
+
+#endif

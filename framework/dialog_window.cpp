@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "framework/dialog_window.h"
+
+#include "host/mtkcore/localizer.h"
+#include "host/pixkit/pixkit.h"
+#include "host/utilkit/utilkit.h"
+
+bool PaintContext::touches(const Box& area) const {
+    const RECT wanted = toRect(area);
+    RECT common;
+    return IntersectRect(&common, &wanted, &paint_.rcPaint) != 0;
+}
+
+OffscreenDrawing::OffscreenDrawing(HDC screen, const Box& target)
+    : screen_(screen),
+      target_(target),
+      memory_(CreateCompatibleDC(screen)),
+      bitmap_(CreateCompatibleBitmap(screen, target.width(), target.height())),
+      previous_(SelectObject(memory_, bitmap_.get())) {}
+
+OffscreenDrawing::~OffscreenDrawing() {
+    BitBlt(screen_, target_.left, target_.top, target_.width(), target_.height(), memory_, 0, 0, SRCCOPY);
+    SelectObject(memory_, previous_);
+    DeleteDC(memory_);
+}
+
+std::wstring localised(const char* key) {
+    const std::u16string text = mtkcore::config::Localizer::Get().Translate(key);
+    return {text.begin(), text.end()};
+}
+
+void setLocalisedTitle(HWND dialog, const char* key) { SetWindowTextW(dialog, localised(key).c_str()); }
+
+void setLocalisedTexts(HWND dialog, std::span<const LocalisedControl> controls) {
+    for (const LocalisedControl& control : controls) {
+        SetDlgItemTextW(dialog, control.id, localised(control.key).c_str());
+    }
+}
+
+Box controlBox(HWND dialog, int id) {
+    RECT rect;
+    GetWindowRect(GetDlgItem(dialog, id), &rect);
+    MapWindowPoints(HWND_DESKTOP, dialog, reinterpret_cast<POINT*>(&rect), 2);
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+Box clientBox(HWND dialog) {
+    RECT rect;
+    GetClientRect(dialog, &rect);
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+RECT toRect(const Box& box) { return {box.left, box.top, box.right, box.bottom}; }
+
+void fill(HDC context, const Box& box, HBRUSH brush) {
+    const RECT rect = toRect(box);
+    FillRect(context, &rect, brush);
+}
+
+void outline(HDC context, const Box& box) {
+    const auto black = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+    fill(context, {box.left, box.top, box.right, box.top + 1}, black);
+    fill(context, {box.left, box.bottom - 1, box.right, box.bottom}, black);
+    fill(context, {box.left, box.top, box.left + 1, box.bottom}, black);
+    fill(context, {box.right - 1, box.top, box.right, box.bottom}, black);
+}
+
+void drawPreview(HDC context, FrameBuffer* frame, const Box& box) {
+    const FrameRect target{box.left, box.top, box.right, box.bottom};
+    vpixToScreen(frame, context, &target);
+    outline(context, box.grownBy(1));
+}
+
+void centerOverHost(HWND dialog, const FilterInvocation& invocation) {
+    center_wnd_higher(dialog, invocation.hostCallbacks->window->getMainWindow.get()());
+}
+
+void attachWorkRecord(HWND dialog, MemoryHandle record) { SetPropW(dialog, workRecordProperty, record); }
+
+MemoryHandle workRecordOf(HWND dialog) {
+    return static_cast<MemoryHandle>(GetPropW(dialog, workRecordProperty));
+}
+
+void endDialog(HWND dialog, const FilterInvocation& invocation, LPARAM lParam) {
+    const MemoryHandle record = workRecordOf(dialog);
+    RemovePropW(dialog, workRecordProperty);
+    if (record != nullptr) invocation.hostCallbacks->memory->disposeHandle.get()(record);
+    EndDialog(dialog, static_cast<std::int16_t>(LOWORD(lParam)));
+}

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+// What the settings dialogs' windows share. Windows only; the rules of each dialog stand in its model.
+#ifndef VIREO_FRAMEWORK_DIALOG_WINDOW_H
+#define VIREO_FRAMEWORK_DIALOG_WINDOW_H
+
+#include "framework/dialog_geometry.h"
+#include "host/win32.h"
+
+#include "host/vrm/filter_invocation.h"
+
+#include <span>
+#include <string>
+#include <utility>
+
+/// The window property that holds a dialog's work record.
+inline constexpr wchar_t workRecordProperty[] = L"DREFHI";
+
+/// A GDI object that is deleted with its owner.
+template <class Handle>
+class GdiObject {
+public:
+    GdiObject() = default;
+    explicit GdiObject(Handle handle) : handle_(handle) {}
+    GdiObject(GdiObject&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    GdiObject& operator=(GdiObject&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
+    ~GdiObject() {
+        if (handle_ != nullptr) DeleteObject(handle_);
+    }
+
+    Handle get() const { return handle_; }
+
+private:
+    Handle handle_ = nullptr;
+};
+
+/// A device context of a window outside WM_PAINT.
+class WindowContext {
+public:
+    explicit WindowContext(HWND window) : window_(window), context_(GetDC(window)) {}
+    WindowContext(const WindowContext&) = delete;
+    WindowContext& operator=(const WindowContext&) = delete;
+    ~WindowContext() { ReleaseDC(window_, context_); }
+
+    HDC get() const { return context_; }
+
+private:
+    HWND window_;
+    HDC context_;
+};
+
+/// The device context of WM_PAINT.
+class PaintContext {
+public:
+    explicit PaintContext(HWND window) : window_(window) { BeginPaint(window, &paint_); }
+    PaintContext(const PaintContext&) = delete;
+    PaintContext& operator=(const PaintContext&) = delete;
+    ~PaintContext() { EndPaint(window_, &paint_); }
+
+    HDC get() const { return paint_.hdc; }
+
+    /// Whether any of the area wants painting.
+    bool touches(const Box& area) const;
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_;
+};
+
+/// A drawing that is made off-screen and shown at once, so that nothing flickers.
+class OffscreenDrawing {
+public:
+    /// Shows what was drawn at `target` when it goes. The drawing's own origin is 0, 0.
+    OffscreenDrawing(HDC screen, const Box& target);
+    OffscreenDrawing(const OffscreenDrawing&) = delete;
+    OffscreenDrawing& operator=(const OffscreenDrawing&) = delete;
+    ~OffscreenDrawing();
+
+    HDC get() const { return memory_; }
+
+private:
+    HDC screen_;
+    Box target_;
+    HDC memory_;
+    GdiObject<HBITMAP> bitmap_;
+    HGDIOBJ previous_;
+};
+
+/// A dialog's text and the key that it shows in the host's language.
+struct LocalisedControl {
+    int id;
+    const char* key;
+};
+
+std::wstring localised(const char* key);
+void setLocalisedTitle(HWND dialog, const char* key);
+void setLocalisedTexts(HWND dialog, std::span<const LocalisedControl> controls);
+
+/// Of a control, in the client coordinates of its dialog.
+Box controlBox(HWND dialog, int id);
+Box clientBox(HWND dialog);
+
+RECT toRect(const Box& box);
+
+/// One pixel of black around the inside of the box.
+void outline(HDC context, const Box& box);
+void fill(HDC context, const Box& box, HBRUSH brush);
+
+/// Shows a frame scaled into the box, with a black line around it.
+void drawPreview(HDC context, FrameBuffer* frame, const Box& box);
+
+/// Over the host's main window.
+void centerOverHost(HWND dialog, const FilterInvocation& invocation);
+
+/// Keeps the work record on the window. MemoryHandle of the dialog's own record, or null before and after.
+void attachWorkRecord(HWND dialog, MemoryHandle record);
+MemoryHandle workRecordOf(HWND dialog);
+
+/// What WM_CLOSE ends with: releases the record, takes the property off and ends the dialog with the low word
+/// of lParam, sign-extended.
+void endDialog(HWND dialog, const FilterInvocation& invocation, LPARAM lParam);
+
+#endif

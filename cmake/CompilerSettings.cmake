@@ -14,7 +14,7 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 # Sums are evaluated as written, so that every instruction set gives the same bytes.
 add_compile_options(-ffp-contract=off)
-add_compile_options(-Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wno-missing-field-initializers)
+add_compile_options(-Wall -Wextra -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Wno-missing-field-initializers)
 include_directories(${PROJECT_SOURCE_DIR})
 
 set(VIREO_SANITIZERS "" CACHE STRING "Sanitizers, as -fsanitize takes them")

@@ -99,6 +99,10 @@ Parameter readParameter(ByteReader reader, std::size_t index) {
     if (parameter.size != 1 && parameter.size != 2 && parameter.size != 4) {
         reader.fail("has a value of " + std::to_string(parameter.size) + " bytes");
     }
+    if ((parameter.kind == ParameterKind::Color && parameter.size != 4) ||
+        (parameter.kind == ParameterKind::Boolean && parameter.size != 1)) {
+        reader.fail("has a value that does not fit its control");
+    }
     return parameter;
 }
 

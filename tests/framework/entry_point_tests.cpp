@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: MIT
+// The module's one exported function, called as hosts may call it.
+#include "framework/registry.h"
+#include "host/vireo_host.h"
+#include "tests/framework/loaded_module.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <set>
+#include <stdexcept>
+
+namespace {
+
+using testing::Each;
+using Ids = std::vector<std::uint32_t>;
+
+constexpr std::uint8_t untouched = 0xA5;
+
+/// The order in which hosts count the filters; the last three are for applications of type 5 and 8.
+const Ids fixedOrder{10001, 10002, 10004, 10006, 10011, 10013, 10015, 10016, 10020, 10022, 10026,
+                     10029, 10030, 10031, 10034, 10042, 10049, 10052, 10053, 10017, 10035, 10010};
+constexpr std::ptrdiff_t forFullApplications = 3;
+
+/// The fixed order without the filters that the module does not hold.
+Ids registered(const Ids& held, std::ptrdiff_t leftOut = 0) {
+    Ids ids;
+    std::copy_if(fixedOrder.begin(), fixedOrder.end() - leftOut, std::back_inserter(ids),
+                 [&](std::uint32_t id) { return std::find(held.begin(), held.end(), id) != held.end(); });
+    return ids;
+}
+
+/// The module initialised for an application that gets everything, with 5 as the type.
+class EntryPoint : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(module.count(), 0);
+        ASSERT_EQ(module.initialise(), MetaPluginDone);
+        ASSERT_GT(module.count(), 0);
+    }
+    void TearDown() override { vireoHostSetApplicationType(5); }
+
+    std::int32_t listSize(std::uint32_t index) const {
+        MetaPluginPropertyListRecord record{};
+        record.index = index;
+        return module.call(MetaPluginPropertyList, &record) == MetaPluginDone ? record.size : -1;
+    }
+
+    const LoadedModule module;
+};
+
+TEST_F(EntryPoint, RegistersTheFiltersInTheFixedOrder) { EXPECT_EQ(module.ids(), registered(module.ids())); }
+
+TEST_F(EntryPoint, GivesThreeFiltersToFullApplicationsOnly) {
+    const Ids all = module.ids();
+    for (const std::int32_t type : {std::numeric_limits<std::int32_t>::min(), -5, 0, 1, 2, 3, 4, 5, 6, 7, 8,
+                                    9, 13, std::numeric_limits<std::int32_t>::max()}) {
+        module.terminate();
+        ASSERT_EQ(module.initialise(type), MetaPluginDone);
+        const bool full = type == 5 || type == 8;
+        EXPECT_EQ(module.ids(), registered(all, full ? 0 : forFullApplications)) << "type " << type;
+    }
+}
+
+TEST_F(EntryPoint, AnswersOtherSelectorsWithUnknown) {
+    auto record = filledRecord<MetaPluginPropertyListRecord>(untouched);
+    const auto before = record;
+    for (const std::int32_t selector : {std::numeric_limits<std::int32_t>::min(), -1, 0, 6, 7, 99, 65537,
+                                        std::numeric_limits<std::int32_t>::max()}) {
+        EXPECT_EQ(module.call(selector, &record), MetaPluginUnknownSelector) << selector;
+        EXPECT_EQ(module.call(selector, nullptr), MetaPluginUnknownSelector) << selector;
+    }
+    EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
+}
+
+TEST_F(EntryPoint, NeedsARecordForEverythingButTerminate) {
+    const std::int32_t count = module.count();
+    for (const std::int32_t selector :
+         {MetaPluginInitialise, MetaPluginCount, MetaPluginEntryInformation, MetaPluginPropertyList}) {
+        EXPECT_EQ(module.call(selector, nullptr), MetaPluginBadArgument) << selector;
+    }
+    EXPECT_EQ(module.count(), count);
+    EXPECT_EQ(module.call(MetaPluginTerminate, nullptr), MetaPluginDone);
+    EXPECT_EQ(module.count(), 0);
+}
+
+TEST_F(EntryPoint, DescribesEachFilterAsAVideoFilterWithAnEntryOfItsOwn) {
+    std::set<FilterEntryProc> procs;
+    for (const MetaPluginEntryRecord& entry : module.entries()) {
+        EXPECT_EQ(entry.kind, videoFilterKind);
+        EXPECT_NE(entry.entry.get(), nullptr);
+        procs.insert(entry.entry.get());
+    }
+    EXPECT_EQ(static_cast<std::int32_t>(procs.size()), module.count());
+}
+
+TEST_F(EntryPoint, LeavesTheRecordAloneForAnIndexPastTheEnd) {
+    const auto count = static_cast<std::uint32_t>(module.count());
+    for (const std::uint32_t index : {count, count + 1, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+        auto entry = filledRecord<MetaPluginEntryRecord>(untouched);
+        entry.index = index;
+        const MetaPluginEntryRecord entryBefore = entry;
+        EXPECT_EQ(module.call(MetaPluginEntryInformation, &entry), MetaPluginBadArgument) << index;
+        EXPECT_EQ(std::memcmp(&entry, &entryBefore, sizeof entry), 0);
+
+        MetaPluginPropertyListRecord list{};
+        list.index = index;
+        list.size = 4711;
+        EXPECT_EQ(module.call(MetaPluginPropertyList, &list), MetaPluginBadArgument) << index;
+        EXPECT_EQ(list.size, 4711);
+    }
+}
+
+/// A record at an odd address that ends where its memory ends, so that the address sanitizer sees a byte too
+/// many read or written.
+template <class Record>
+class UnalignedRecord {
+public:
+    explicit UnalignedRecord(const Record& record) : bytes_(1 + sizeof record) {
+        std::memcpy(address(), &record, sizeof record);
+    }
+    void* address() { return bytes_.data() + 1; }
+    Record value() const {
+        Record record;
+        std::memcpy(&record, bytes_.data() + 1, sizeof record);
+        return record;
+    }
+
+private:
+    std::vector<std::uint8_t> bytes_;
+};
+
+TEST_F(EntryPoint, TakesRecordsAtAnyAddress) {
+    UnalignedRecord count(MetaPluginCountRecord{-1});
+    EXPECT_EQ(module.call(MetaPluginCount, count.address()), MetaPluginDone);
+    EXPECT_EQ(count.value().count, module.count());
+
+    UnalignedRecord entry(MetaPluginEntryRecord{});
+    EXPECT_EQ(module.call(MetaPluginEntryInformation, entry.address()), MetaPluginDone);
+    EXPECT_EQ(entry.value().id, module.ids().front());
+
+    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(listSize(0)) + 1);
+    MetaPluginPropertyListRecord request{};
+    request.buffer = buffer.data() + 1;
+    request.size = listSize(0);
+    UnalignedRecord list(request);
+    EXPECT_EQ(module.call(MetaPluginPropertyList, list.address()), MetaPluginDone);
+    EXPECT_EQ(list.value().size, request.size);
+
+    UnalignedRecord initialise(MetaPluginInitialiseRecord{0x0409});
+    EXPECT_EQ(module.call(MetaPluginInitialise, initialise.address()), MetaPluginDone);
+}
+
+TEST_F(EntryPoint, HandsOutPropertyListsIntoBuffersThatAreLargeEnough) {
+    for (std::uint32_t index = 0; index < static_cast<std::uint32_t>(module.count()); ++index) {
+        const std::int32_t size = listSize(index);
+        ASSERT_GT(size, 0);
+        std::vector<std::uint8_t> exact(static_cast<std::size_t>(size), untouched);
+        MetaPluginPropertyListRecord record{};
+        record.index = index;
+        record.buffer = exact.data();
+
+        for (const std::int32_t tooSmall : {size - 1, 1, 0, -1, std::numeric_limits<std::int32_t>::min()}) {
+            record.size = tooSmall;
+            EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginBadArgument);
+            EXPECT_EQ(record.size, tooSmall);
+        }
+        EXPECT_THAT(exact, Each(untouched));
+
+        record.size = size;
+        EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginDone);
+        EXPECT_EQ(record.size, size);
+
+        std::vector<std::uint8_t> roomy(exact.size() + 8, untouched);
+        record.buffer = roomy.data();
+        record.size = size + 8;
+        EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginDone);
+        EXPECT_EQ(record.size, size);
+        EXPECT_TRUE(std::equal(exact.begin(), exact.end(), roomy.begin()));
+        EXPECT_TRUE(std::all_of(roomy.end() - 8, roomy.end(), [](std::uint8_t b) { return b == untouched; }));
+    }
+}
+
+TEST_F(EntryPoint, TellsTheSizeWhateverTheRecordHeldBefore) {
+    for (const std::int32_t before : {0, -1, 1000000}) {
+        MetaPluginPropertyListRecord record{};
+        record.size = before;
+        EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginDone);
+        EXPECT_EQ(record.size, listSize(0));
+    }
+}
+
+TEST_F(EntryPoint, RegistersEverythingAgainWhenInitialisedAgain) {
+    const Ids once = module.ids();
+    Ids twice = once;
+    twice.insert(twice.end(), once.begin(), once.end());
+    EXPECT_EQ(module.initialise(), MetaPluginDone);
+    EXPECT_EQ(module.ids(), twice);
+    EXPECT_EQ(listSize(static_cast<std::uint32_t>(once.size())), listSize(0));
+}
+
+TEST_F(EntryPoint, AnswersAfterTerminateAndStartsAfresh) {
+    const Ids before = module.ids();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(module.terminate(), MetaPluginDone);
+        EXPECT_EQ(module.terminate(), MetaPluginDone);
+        EXPECT_EQ(module.count(), 0);
+        EXPECT_TRUE(module.entries().empty());
+        EXPECT_EQ(listSize(0), -1);
+        EXPECT_EQ(module.initialise(), MetaPluginDone);
+        EXPECT_EQ(module.ids(), before);
+    }
+}
+
+TEST_F(EntryPoint, DoesNotLookAtTheLanguage) {
+    const Ids english = module.ids();
+    for (const std::uint16_t language : {0x0000, 0x0411, 0xFFFF}) {
+        module.terminate();
+        EXPECT_EQ(module.initialise(5, language), MetaPluginDone);
+        EXPECT_EQ(module.ids(), english);
+    }
+}
+
+TEST(ModuleLibrary, LoadsAndUnloadsAnyNumberOfTimes) {
+    for (int i = 0; i < 30; ++i) {
+        {
+            const LoadedModule module;
+            EXPECT_EQ(module.count(), 0) << "nothing stays from the last time";
+            EXPECT_EQ(module.initialise(), MetaPluginDone);
+            if (i % 2 == 0) module.terminate();
+            EXPECT_TRUE(LoadedModule::isLoaded());
+        }
+        ASSERT_FALSE(LoadedModule::isLoaded());
+    }
+}
+
+TEST(Registry, GrowsByHalf) {
+    constexpr std::size_t limit = 768614336404564650;
+    const struct {
+        std::size_t capacity, required, grown;
+    } cases[] = {
+        {0, 1, 1},
+        {1, 2, 2},
+        {2, 3, 3},
+        {3, 4, 4},
+        {4, 5, 6},
+        {6, 7, 9},
+        {9, 10, 13},
+        {13, 14, 19},
+        {19, 20, 28},
+        {4, 100, 100},
+        {0, limit, limit},
+        {limit, limit, limit},
+        {limit / 2, limit / 2 + 1, limit / 2 + limit / 4},
+        {limit / 3 * 2, limit / 3 * 2 + 1, limit},
+        {limit / 3 * 2 + 3, limit / 3 * 2 + 4, limit / 3 * 2 + 4},
+    };
+    for (const auto& [capacity, required, grown] : cases) {
+        EXPECT_EQ(grownCapacity(capacity, required), grown) << capacity << " for " << required;
+    }
+    for (const std::size_t tooMany : {limit + 1, std::numeric_limits<std::size_t>::max()}) {
+        try {
+            grownCapacity(0, tooMany);
+            ADD_FAILURE() << tooMany << " entries were granted";
+        } catch (const std::length_error& error) {
+            EXPECT_STREQ(error.what(), "vector<T> too long");
+        }
+    }
+}
+
+TEST(Registry, KeepsEntriesInOrderWhileItGrows) {
+    std::vector<FilterEntryRecord> entries;
+    std::set<std::size_t> capacities;
+    for (std::uint32_t id = 0; id < 22; ++id) {
+        appendEntry(entries, {videoFilterKind, id, nullptr, static_cast<std::uint16_t>(id)});
+        capacities.insert(entries.capacity());
+    }
+    EXPECT_THAT(capacities, testing::ElementsAre(1, 2, 3, 4, 6, 9, 13, 19, 28));
+    for (std::uint32_t id = 0; id < 22; ++id) EXPECT_EQ(entries[id].id, id);
+}
+
+}  // namespace

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_HOST_FXKIT_GAUSSIAN_BLUR_H
+#define VIREO_HOST_FXKIT_GAUSSIAN_BLUR_H
+
+#include "host/fxkit/gaussian_blur_kernels.h"
+
+namespace FxKit {
+
+/// Two pictures of 4-byte pixels. Rows may run either way; the pictures may share memory.
+struct BlurFrame {
+    const std::uint8_t* source;
+    std::int64_t sourceRowBytes;
+    std::uint8_t* destination;
+    std::int64_t destinationRowBytes;
+    std::int64_t width;
+    std::int64_t height;
+};
+
+/// FX_GaussianBlur with the kernels named. Without memory the picture is copied.
+void gaussianBlur(const BlurKernels& kernels, const BlurFrame& frame, double reachAcross, double reachDown);
+
+}  // namespace FxKit
+
+#endif

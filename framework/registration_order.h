@@ -9,14 +9,20 @@
 // clang-format off
 #define VIREO_FILTERS_FOR_ALL(F) \
     F(10002, Antialias) \
+    F(10004, Bend) \
+    F(10006, BlackWhite) \
+    F(10016, ColorReplace) \
+    F(10022, Extract) \
     F(10026, GammaCorrection) \
     F(10030, HorizontalFlip) \
     F(10049, Solarize) \
     F(10053, VerticalHold)
-// clang-format on
 
 /// Only applications of type 5 or 8 get these.
-#define VIREO_FILTERS_FOR_FULL_APPLICATIONS(F) F(10017, ConvolutionKernel)
+#define VIREO_FILTERS_FOR_FULL_APPLICATIONS(F) \
+    F(10017, ConvolutionKernel) \
+    F(10010, CameraBlur)
+// clang-format on
 
 #define VIREO_DECLARE_FILTER(id, filter)                         \
     namespace filter {                                           \

@@ -53,7 +53,7 @@ Settings settingsOr(const FilterInvocation& invocation, const Settings& otherwis
 class WorkRecord {
 public:
     WorkRecord(const FilterInvocation& invocation, std::size_t size)
-        : memory_(invocation.hostCallbacks->memory), handle_(memory_->newHandle.get()(size)) {}
+        : WorkRecord(invocation, invocation.hostCallbacks->memory->newHandle, size) {}
     WorkRecord(const FilterInvocation& invocation, NewHandleFunction* allocate, std::size_t size)
         : memory_(invocation.hostCallbacks->memory), handle_(allocate(size)) {}
     WorkRecord(const WorkRecord&) = delete;
@@ -89,14 +89,21 @@ inline bool ensureSettingsHandle(FilterInvocation& invocation, std::size_t size)
 struct RecordSizes {
     std::size_t workRecord;
     std::size_t settings;
+    bool workRecordIsContext = false;  ///< The work record comes from newContextHandle.
 };
+
+inline WorkRecord newWorkRecord(const FilterInvocation& invocation, const RecordSizes& sizes) {
+    const MemoryFunctions& memory = *invocation.hostCallbacks->memory.get();
+    const auto allocate = sizes.workRecordIsContext ? memory.newContextHandle : memory.newHandle;
+    return WorkRecord(invocation, allocate.get(), sizes.workRecord);
+}
 
 /// InitSettings of the filters that keep what is stored: settings that exist are written back as they are, a
 /// new handle takes `initial`. The work record is what hosts have always seen allocated first. Without memory
 /// the settings stay as they were. Result 1.
 template <class Settings>
 std::int32_t initSettings(FilterInvocation& invocation, const RecordSizes& sizes, const Settings& initial) {
-    const WorkRecord workRecord(invocation, sizes.workRecord);
+    const WorkRecord workRecord = newWorkRecord(invocation, sizes);
     if (!workRecord) return 1;
     const Settings settings = settingsOr(invocation, initial);
     if (ensureSettingsHandle(invocation, sizes.settings)) writeSettings(invocation.settingsHandle, settings);

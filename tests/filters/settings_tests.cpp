@@ -23,6 +23,7 @@ struct SettingsRule {
     Stored stored = Stored::Kept;
     bool answersFlags = true;
     bool hasDialog = false;
+    std::int32_t withoutDialogWindow = -1;
     std::vector<std::string_view> formats = {};
     /// What an index past the last format finds written; "keep" is what stood there.
     std::string_view endOfFormats = "keep";
@@ -40,6 +41,13 @@ const std::vector<SettingsRule>& rules() {
          .answersFlags = false,
          .formats = {"VUya", "BGra", "ARgb", "Vuya", "Bgra", "Argb", "vuya", "argb", "bgra"},
          .endOfFormats = "badf"},
+        {.filter = "Bend",
+         .id = 10004,
+         .allocations = "c56 24",
+         .defaults = littleEndian<std::int16_t>({0, 0, 15, 4, 50, 0, 0, 15, 4, 50, -1, 0xFF}),
+         .answersFlags = false,
+         .hasDialog = true,
+         .withoutDialogWindow = 65535},
         {.filter = "Black & White", .id = 10006, .answersFlags = false, .formats = {"vuya", "bgra"}},
         {.filter = "Color Replace",
          .id = 10016,
@@ -56,6 +64,12 @@ const std::vector<SettingsRule>& rules() {
          .allocations = "32 2",
          .defaults = littleEndian<std::int16_t>({128})},
         {.filter = "Vertical Hold", .id = 10053, .answersFlags = false},
+        {.filter = "Camera Blur",
+         .id = 10010,
+         .allocations = "c32 2",
+         .defaults = littleEndian<std::int16_t>({25}),
+         .answersFlags = false,
+         .hasDialog = true},
         {.filter = "Convolution Kernel",
          .id = 10017,
          .allocations = "48 23",
@@ -124,7 +138,7 @@ TEST_P(SettingsTest, SetupWithoutADialogWindow) {
     filter.call(FilterSelectorInitSettings);
     const auto settings = filter.settings();
     const int live = host.liveHandles();
-    EXPECT_EQ(filter.call(FilterSelectorSetup), GetParam().hasDialog ? -1 : 0);
+    EXPECT_EQ(filter.call(FilterSelectorSetup), GetParam().hasDialog ? GetParam().withoutDialogWindow : 0);
     EXPECT_EQ(filter.settings(), settings);
     EXPECT_EQ(host.liveHandles(), live) << "nobody else releases the work record";
 }

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// Lays the current frame and one further back over an earlier one, so that moving objects leave trails.
+#include "framework/registration_order.h"
+#include "host/pixkit/pixkit.h"
+
+namespace Ghosting {
+namespace {
+
+// Their weights, 187 and 68, add up to 255.
+constexpr std::uint32_t currentFrameMode = VPixCopyBlend | 0xBB;
+constexpr std::uint32_t oldestFrameMode = VPixCopyBlend | 0x44;
+
+/// How far back the earlier frame lies; the oldest lies twice as far.
+std::uint32_t timeStep(const FilterInvocation& invocation) {
+    const bool fields = (invocation.fieldFlags & (FieldFlagUpper | FieldFlagLower)) != 0;
+    return invocation.timeBase->fieldDuration * (fields ? 8 : 4);
+}
+
+/// Times before the clip count as its begin. Both are 32 bits wide, the difference signed.
+std::uint32_t earlier(std::uint32_t time, std::uint32_t step) {
+    const std::uint32_t difference = time - step;
+    return static_cast<std::int32_t>(difference) < 0 ? 0 : difference;
+}
+
+std::int32_t execute(const FilterInvocation& invocation) {
+    FrameBuffer* const source = invocation.sourceFrame;
+    FrameBuffer* const destination = invocation.destFrame;
+    FrameRect bounds;
+    vpixGetBounds(destination, &bounds);
+
+    GetFrameFunction* const getFrame = invocation.getFrameCallback;
+    if (getFrame == nullptr) {
+        vpixCopy(source, destination, &bounds, &bounds, VPixCopyReplace);
+        return 0;
+    }
+    const std::uint32_t step = timeStep(invocation);
+    void* const data = invocation.frameCallbackData;
+    getFrame(earlier(invocation.frameTime, step), destination, &bounds, data);
+    vpixCopy(source, destination, &bounds, &bounds, currentFrameMode);
+
+    const VPixFunctions& vpix = *invocation.hostCallbacks->vpix;
+    FrameBuffer* const oldest = vpix.newVPix.get()(&bounds);
+    if (oldest == nullptr) return 0;
+    getFrame(earlier(invocation.frameTime, 2 * step), oldest, &bounds, data);
+    vpixCopy(oldest, destination, &bounds, &bounds, oldestFrameMode);
+    vpix.disposeVPix.get()(oldest);
+    return 0;
+}
+
+std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
+    return selector == FilterSelectorExecute ? execute(**invocation) : 0;
+}
+
+}  // namespace
+
+void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10029); }
+
+}  // namespace Ghosting

@@ -8,6 +8,7 @@
 /// F(id, namespace of the filter)
 // clang-format off
 #define VIREO_FILTERS_FOR_ALL(F) \
+    F(10001, AlphaGlow) \
     F(10002, Antialias) \
     F(10004, Bend) \
     F(10006, BlackWhite) \

@@ -31,6 +31,10 @@ struct SettingsRule {
 
 const std::vector<SettingsRule>& rules() {
     static const std::vector<SettingsRule> all{
+        {.filter = "Alpha Glow",
+         .id = 10001,
+         .allocations = "64 20",
+         .defaults = {25, 0, 0, 0, 255, 0, 0, 0, 0xC0, 0xC0, 0xC0, 0, 0xC0, 0xC0, 0xC0, 0, 0, 1, 0, 0}},
         {.filter = "Antialias", .id = 10002, .answersFlags = false, .formats = {"vuya", "bgra"}},
         {.filter = "Color Balance (RGB)",
          .id = 10013,

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "filters/warp/alpha_glow_kernels.h"
+
+#include "filters/warp/pixel_bits.h"
+
+namespace VIREO_KERNEL_NAMESPACE {
+namespace {
+
+constexpr std::int64_t wordPixels = 64;
+static_assert(wordPixels % vectorPixels == 0);
+
+std::uint32_t solidBits(PixelVector pixels) { return bitsOf((IntVector)(pixels >= 0xF8000000u)); }
+
+void markSolid(const std::uint8_t* source, MarkWord* marks, std::int64_t width) {
+    std::int64_t x = 0;
+    for (; x + wordPixels <= width; x += wordPixels) {
+        MarkWord word = 0;
+        for (std::int64_t i = 0; i < wordPixels; i += vectorPixels) {
+            word |= MarkWord{solidBits(loadPixels(source + 4 * (x + i)))} << i;
+        }
+        *marks++ = word;
+    }
+    if (x == width) return;
+    *marks = 0;
+    for (std::int64_t i = 0; x + i < width; ++i) {
+        *marks |= MarkWord{source[4 * (x + i) + 3] >= 248} << i;
+    }
+}
+
+void growRow(const MarkRows& rows, const MarkWord* glow, MarkWord* ring, std::size_t count) {
+    const MarkWord* above = rows.above;
+    const MarkWord* row = rows.row;
+    const MarkWord* below = rows.below;
+    for (std::size_t i = 1; i < count; ++i) {
+        const MarkWord left = row[i] << 1 | row[i - 1] >> 63;
+        const MarkWord right = row[i] >> 1 | row[i + 1] << 63;
+        ring[i] = ringMarks(above[i], below[i], left, row[i], right, glow[i]);
+    }
+}
+
+bool addMarks(const MarkWord* ring, MarkWord* solid, MarkWord* glow, std::size_t count) {
+    MarkWord any = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        any |= ring[i];
+        solid[i] |= ring[i];
+        glow[i] |= ring[i];
+    }
+    return any != 0;
+}
+
+/// A ring's colour and opacity over a vector of pixels. Differences and products are taken in 16 bits: of
+/// what lies beyond, no bit reaches the result's bytes.
+class Blend {
+public:
+    Blend(std::uint32_t color, int opacity)
+        : color_(PixelVector{} + (color & 0x00FFFFFF)),
+          opacity_(IntVector{} + opacity),
+          evenColor_((WordVector)(color_ & 0x00FF00FF)),
+          oddColor_((WordVector)(color_ >> 8 & 0x00FF00FF)) {}
+
+    PixelVector operator()(PixelVector pixels) const {
+        const auto alpha = (IntVector)(pixels >> 24);
+        const IntVector transparent = alpha == 0;
+        const IntVector factor = transparent ? opacity_ : (255 - alpha) * opacity_ >> 8;
+        const IntVector newAlpha = (transparent | (opacity_ > alpha)) ? opacity_ : alpha;
+
+        const auto words = (WordVector)pixels;
+        const auto factors = (WordVector)((PixelVector)(factor & 0xFFFF) | (PixelVector)factor << 16);
+        const WordVector even = mixed(words & 0xFF, evenColor_, factors);
+        const WordVector odd = mixed(words >> 8, oddColor_, factors);
+        const auto mix = (PixelVector)even | ((PixelVector)odd << 8 & 0x0000FF00);
+        return (factor == 255 ? color_ : mix) | (PixelVector)newAlpha << 24;
+    }
+
+private:
+    static WordVector mixed(WordVector from, WordVector to, WordVector factors) {
+        return (from + ((to - from) * factors >> 8)) & 0xFF;
+    }
+
+    PixelVector color_;
+    IntVector opacity_;
+    WordVector evenColor_;
+    WordVector oddColor_;
+};
+
+void blendRow(const MarkWord* marks, std::uint8_t* pixels, std::int64_t width, std::uint32_t color,
+              int opacity) {
+    const Blend blend(color, opacity);
+    constexpr MarkWord vectorBits = (MarkWord{1} << vectorPixels) - 1;
+    for (std::int64_t begin = 0; begin < width; begin += wordPixels, ++marks) {
+        // Marks are sparse: only vectors that hold one are touched.
+        for (MarkWord left = *marks; left != 0;) {
+            const std::int64_t first = __builtin_ctzll(left) / vectorPixels * vectorPixels;
+            const auto marked = lanesOf(static_cast<std::uint32_t>(left >> first & vectorBits));
+            const std::int64_t x = begin + first;
+            if (x >= width) return;
+            mapPixels(pixels + 4 * x, pixels + 4 * x, width - x < vectorPixels ? width - x : vectorPixels,
+                      [&](PixelVector old) { return (blend(old) & marked) | (old & ~marked); });
+            left &= ~(vectorBits << first);
+        }
+    }
+}
+
+}  // namespace
+
+const AlphaGlowKernels alphaGlowKernels{markSolid, growRow, addMarks, blendRow};
+
+}  // namespace VIREO_KERNEL_NAMESPACE

@@ -10,6 +10,13 @@
 using DialogProcedure = std::intptr_t(void* window, unsigned message, std::uintptr_t wParam,
                                       std::intptr_t lParam);
 
+/// Declares a dialog's procedure; null where there are no windows.
+#if defined(_WIN32)
+#define VIREO_DIALOG_PROCEDURE(name) DialogProcedure name
+#else
+#define VIREO_DIALOG_PROCEDURE(name) inline constexpr DialogProcedure* name = nullptr
+#endif
+
 /// What RunLocalisedDialog answers where no template could be loaded, and wherever there are no windows.
 inline constexpr std::int64_t noDialog = -1;
 

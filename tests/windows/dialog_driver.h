@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// Opens settings dialogs through Setup and works them as a hand would, from a second thread.
+#ifndef VIREO_TESTS_WINDOWS_DIALOG_DRIVER_H
+#define VIREO_TESTS_WINDOWS_DIALOG_DRIVER_H
+
+#include "host/vrm/filter_invocation.h"
+#include "host/win32.h"
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// An open dialog. What a call causes has happened when it returns.
+class Dialog {
+public:
+    explicit Dialog(HWND window) : window_(window) {}
+
+    HWND window() const { return window_; }
+    HWND control(int id) const { return GetDlgItem(window_, id); }
+
+    std::wstring title() const;
+    std::wstring text(int id) const;
+    int slider(int id) const;
+    int choice(int id) const;
+    bool checked(int id) const;
+    /// Of a control, in client pixels.
+    RECT box(int id) const;
+    COLORREF pixel(int x, int y) const;
+
+    void press(int id) const;
+    /// Moves a slider as its keys would.
+    void slide(int id, int position) const;
+    void choose(int id, int item) const;
+    /// Types over a field's text and leaves the field.
+    void type(int id, const std::wstring& text) const;
+    void drag(POINT from, POINT to) const;
+    /// The window's close command.
+    void close() const;
+
+private:
+    HWND window_;
+};
+
+/// A filter on a picture, with a host that counts its handles.
+class DialogFixture {
+public:
+    /// The picture is a gradient from black to white across with some colour.
+    DialogFixture(std::uint32_t filterId, int width, int height);
+    DialogFixture(const DialogFixture&) = delete;
+    DialogFixture& operator=(const DialogFixture&) = delete;
+    ~DialogFixture();
+
+    FilterInvocation invocation{};
+
+    /// Runs Setup and `hand` over its dialog and returns Setup's result. Fails the test when no dialog
+    /// appears or the hand leaves it open.
+    std::int32_t setup(const std::function<void(const Dialog&)>& hand);
+
+    std::int32_t call(std::int16_t selector);
+
+    template <class Settings>
+    void store(const Settings& settings) {
+        storeBytes(&settings, sizeof settings);
+    }
+    void storeBytes(const void* bytes, std::size_t size);
+    std::vector<std::uint8_t> settings() const;
+
+    /// Handles that were made and not released, the settings' own not counted.
+    int liveHandles() const;
+
+    FrameBuffer* source() const { return invocation.sourceFrame; }
+    FrameBuffer* destination() const { return invocation.destFrame; }
+
+private:
+    FilterEntryProc entry_;
+};
+
+/// What the screen shows of a window, as a bitmap file for people to look at.
+void saveScreenshot(HWND window, const std::wstring& path);
+
+#endif

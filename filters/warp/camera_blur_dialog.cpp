@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The window of Camera Blur's settings dialog: a slider, its read-out and a live preview.
+#include "filters/warp/camera_blur_dialog.h"
 #include "filters/warp/camera_blur.h"
 #include "filters/warp/camera_blur_dialog_model.h"
 #include "framework/dialog_window.h"
@@ -19,7 +20,7 @@ constexpr LocalisedControl texts[] = {
     {IDCANCEL, "$$$/Strata/VireoFilters/CameraBlur/CancelDialogLabel=Cancel"},
 };
 
-DialogContext& contextOf(HWND dialog) { return *static_cast<DialogContext*>(*workRecordOf(dialog)); }
+WorkRecordFields& contextOf(HWND dialog) { return *static_cast<WorkRecordFields*>(*workRecordOf(dialog)); }
 
 FilterInvocation& invocationOf(HWND dialog) { return **contextOf(dialog).invocation; }
 
@@ -41,7 +42,7 @@ void showPreview(HWND dialog, HDC context) {
 
 void initialise(HWND dialog, MemoryHandle record) {
     attachWorkRecord(dialog, record);
-    DialogContext& context = contextOf(dialog);
+    WorkRecordFields& context = contextOf(dialog);
     setLocalisedTitle(dialog, titleKey);
     setLocalisedTexts(dialog, texts);
     SendDlgItemMessageW(dialog, sliderId, TBM_SETRANGE, FALSE, MAKELPARAM(0, largestAmount));

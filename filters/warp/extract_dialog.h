@@ -6,7 +6,7 @@
 
 namespace Extract {
 
-/// Takes the handle of the work record as its parameter; null where there are no windows.
+/// Takes the handle of the work record as its parameter.
 inline constexpr DialogProcedure* dialogProcedure = nullptr;
 
 }  // namespace Extract

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/pixkit/pixkit.h"
 #include "tests/windows/dialog_driver.h"
 
 #include <commctrl.h>

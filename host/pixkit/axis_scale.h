@@ -31,12 +31,25 @@ public:
     /// The source pixels that the written ones are made of.
     Range read() const;
 
-    bool copiesPixels() const { return sourceStep_ == destinationStep_; }
-    bool grows() const { return sourceStep_ < destinationStep_; }
+    bool copiesPixels() const { return sourceSize_ == destinationSize_; }
+    bool grows() const { return sourceSize_ < destinationSize_; }
 
     /// `position` lies in written().
     Taps taps(std::int64_t position) const;
-    std::uint64_t bodyWeight() const { return destinationStep_; }
+    std::uint64_t bodyWeight() const { return destinationSize_; }
+
+    /// No pixel's weights sum to more.
+    std::uint64_t largestTotal() const { return std::max(sourceSize_, 2 * destinationSize_); }
+
+    /// No pixel is made of more source pixels.
+    std::uint64_t largestCount() const { return sourceSize_ / destinationSize_ + 2; }
+
+    /// How many whole source pixels each written pixel covers, 0 where they are cut.
+    std::uint64_t wholeSpan() const;
+
+    /// In a growing axis: how much further each pixel lies than the one before, in units of which
+    /// 2 * bodyWeight() make a source pixel.
+    std::uint64_t advance() const { return 2 * sourceSize_; }
 
 private:
     Taps meanTaps(std::uint64_t index) const;
@@ -46,8 +59,8 @@ private:
     Range existing_;  // Source that exists, relative to the source rectangle.
     std::int64_t sourceOrigin_;
     std::int64_t destinationOrigin_;
-    std::uint64_t sourceStep_ = 1;       // The sides' lengths, reduced: so many source pixels
-    std::uint64_t destinationStep_ = 1;  // go to so many destination pixels.
+    std::uint64_t sourceSize_ = 1;
+    std::uint64_t destinationSize_ = 1;
 };
 
 }  // namespace PixKit

@@ -47,9 +47,14 @@ bool overlap(const Block& source, const Block& destination) {
            (column + destination.rowLength > step && meet(row + 1));
 }
 
-/// Rows of equal length that run the same way. Overlap is safe where the steps are equal and hold a row.
+/// Whether rows run the same way with the same step, each row apart from the next.
+bool inStep(const PixelView& source, const Block& from, const PixelView& destination, const Block& to) {
+    return source.rowBytes == destination.rowBytes && from.step >= from.rowLength && to.step >= to.rowLength;
+}
+
+/// Moves rows that are in step; overlap is safe.
 void moveRows(const Block& source, const Block& destination) {
-    if (source.step == destination.step && source.step == source.rowLength) {
+    if (source.step == source.rowLength) {
         std::memmove(destination.pixels, source.pixels, static_cast<std::size_t>(source.length()));
         return;
     }
@@ -94,13 +99,11 @@ void copy(const PixelView& source, const PixelView& destination, const AxisScale
     const Block from = blockOf(source, readColumns, readRows);
     const Block to = blockOf(destination, columns.written(), rows.written());
 
-    const bool replaces = (mode & VPixCopyBlend) == 0;
-    const bool sameWay = (source.rowBytes < 0) == (destination.rowBytes < 0);
-    if (replaces && sameWay && columns.copiesPixels() && rows.copiesPixels() &&
-        ((from.step == to.step && from.step >= from.rowLength) || !overlap(from, to))) {
-        return moveRows(from, to);
+    const Blend blend{(mode & VPixCopyBlend) == 0 ? fullWeight : mode & 0xFF};
+    if (columns.copiesPixels() && rows.copiesPixels() && inStep(source, from, destination, to)) {
+        if (blend.replaces()) return moveRows(from, to);
+        if (distance(from, to) == 0) return scaledCopy(source, destination, columns, rows, blend);
     }
-    const Blend blend{replaces ? 255 : mode & 0xFF};
     if (!overlap(from, to)) return scaledCopy(source, destination, columns, rows, blend);
     const Aside aside(source, readColumns, readRows);
     if (aside.view().pixels == nullptr) return;

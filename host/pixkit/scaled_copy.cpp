@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/scaled_copy.h"
 
+#include "host/pixkit/copy_kernels.h"
+#include "host/pixkit/line_kernels.h"
+
 #include <cstring>
 #include <type_traits>
 
 namespace PixKit {
 namespace {
+
+const CopyKernels& kernels = copyKernelsTables.chosen();
+const LineKernels& lines = lineKernelsTables.chosen();
 
 /// Sums over weighted samples are exact for whole numbers, whatever the rectangles.
 template <class Sample>
@@ -22,7 +28,7 @@ Sample quotient(SumOf<Sample> sum, SumOf<Sample> weights) {
 
 template <class Sample>
 Sample blended(Sample source, Sample destination, std::uint32_t weight) {
-    if (weight == 255) return source;  // Whatever lies in the destination, a NaN too.
+    if (weight == fullWeight) return source;  // Whatever lies in the destination, a NaN too.
     if constexpr (std::is_floating_point_v<Sample>) {
         return static_cast<Sample>((double{source} * weight + double{destination} * (255 - weight)) / 255);
     } else {
@@ -66,6 +72,163 @@ void scaleSamples(const PixelView& source, const PixelView& destination, const A
     }
 }
 
+/// Lays finished 4-byte pixels over the destination.
+void put(const std::uint8_t* pixels, std::uint8_t* destination, std::int64_t bytes, Blend blend) {
+    if (blend.replaces()) {
+        std::memcpy(destination, pixels, static_cast<std::size_t>(bytes));
+    } else {
+        kernels.blend(pixels, destination, bytes, blend.weight);
+    }
+}
+
+void copyPixels(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+                const AxisScale& rows, Blend blend) {
+    const Range& to = columns.written();
+    const std::int64_t from = columns.read().begin;
+    std::int64_t fromRow = rows.read().begin;
+    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, ++fromRow) {
+        put(source.at(from, fromRow), destination.at(to.begin, y), 4 * to.size(), blend);
+    }
+}
+
+/// One line of a growing axis: the ends, which repeat a pixel, and what lies between neighbours.
+void growLine(const SourceLine& source, const DestinationLine& destination, const AxisScale& axis) {
+    const std::int64_t origin = axis.read().begin;
+    Range between = axis.written();
+    const auto pixelAt = [&](std::int64_t position) {
+        return destination.pixels + (position - axis.written().begin) * destination.step;
+    };
+    const auto copyAlone = [&](std::int64_t position) {
+        const Taps taps = axis.taps(position);
+        if (taps.count > 1) return false;
+        std::memcpy(pixelAt(position), source.pixels + (taps.first - origin) * source.step, 4);
+        return true;
+    };
+    while (!between.empty() && copyAlone(between.begin)) ++between.begin;
+    while (!between.empty() && copyAlone(between.end - 1)) --between.end;
+    if (between.empty()) return;
+
+    const Taps first = axis.taps(between.begin);
+    const std::int64_t skipped = first.first - origin;
+    lines.grow({source.pixels + skipped * source.step, source.step, source.count - skipped},
+               {pixelAt(between.begin), destination.step, between.size()},
+               {static_cast<std::uint32_t>(first.tail), static_cast<std::uint32_t>(axis.advance()),
+                static_cast<std::uint32_t>(first.total)});
+}
+
+void growRows(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+              const AxisScale& rows) {
+    const Range from = columns.read();
+    std::int64_t fromRow = rows.read().begin;
+    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, ++fromRow) {
+        growLine({source.at(from.begin, fromRow), 4, from.size()},
+                 {destination.at(columns.written().begin, y), 4, columns.written().size()}, columns);
+    }
+}
+
+void growColumn(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+                const AxisScale& rows) {
+    const Range from = rows.read();
+    growLine({source.at(columns.read().begin, from.begin), -source.rowBytes, from.size()},
+             {destination.at(columns.written().begin, rows.written().begin), -destination.rowBytes,
+              rows.written().size()},
+             rows);
+}
+
+constexpr std::int64_t blockPixels = 256;  // Destination pixels of a row that are made at a time.
+
+void copyBoxes(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+               const AxisScale& rows, Blend blend) {
+    const auto across = static_cast<std::int32_t>(columns.wholeSpan());
+    const auto down = static_cast<std::int32_t>(rows.wholeSpan());
+    const Range& to = columns.written();
+    std::int64_t fromRow = rows.read().begin;
+    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, fromRow += down) {
+        const std::uint8_t* from = source.at(columns.read().begin, fromRow);
+        if (blend.replaces()) {
+            kernels.boxMeans(from, -source.rowBytes, across, down, destination.at(to.begin, y), to.size());
+            continue;
+        }
+        for (std::int64_t x = to.begin; x < to.end; x += blockPixels) {
+            std::uint8_t pixels[4 * blockPixels];
+            const std::int64_t count = std::min(blockPixels, to.end - x);
+            kernels.boxMeans(from + 4 * across * (x - to.begin), -source.rowBytes, across, down, pixels,
+                             count);
+            put(pixels, destination.at(x, y), 4 * count, blend);
+        }
+    }
+}
+
+RunWeights runWeights(const Taps& taps, const AxisScale& axis) {
+    return {static_cast<std::int32_t>(taps.count), static_cast<float>(taps.head),
+            static_cast<float>(axis.bodyWeight()), static_cast<float>(taps.tail)};
+}
+
+/// Up to such totals the kernels' sums are exact.
+constexpr std::uint64_t largestExactTotal = 1 << 16;
+
+constexpr std::int64_t blockSourcePixels = 1024;
+
+void scaleBytes(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+                const AxisScale& rows, Blend blend) {
+    std::int64_t x = columns.written().begin;
+    while (x < columns.written().end) {
+        PixelRun runs[blockPixels];
+        const std::int64_t from = columns.taps(x).first;
+        std::int64_t count = 0;
+        std::int64_t sourcePixels = 0;
+        for (; count < blockPixels && x + count < columns.written().end; ++count) {
+            const Taps taps = columns.taps(x + count);
+            const std::int64_t end = taps.first + taps.count - from;
+            if (end > blockSourcePixels) break;
+            sourcePixels = end;
+            runs[count] = {static_cast<std::int32_t>(taps.first - from), runWeights(taps, columns),
+                           static_cast<double>(taps.total)};
+        }
+        for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y) {
+            const Taps down = rows.taps(y);
+            float sums[4 * blockSourcePixels];
+            std::uint8_t pixels[4 * blockPixels];
+            kernels.sumDown(source.at(from, down.first), -source.rowBytes, runWeights(down, rows), sums,
+                            4 * sourcePixels);
+            kernels.meanAcross(sums, runs, static_cast<double>(down.total), pixels, count);
+            put(pixels, destination.at(x, y), 4 * count, blend);
+        }
+        x += count;
+    }
+}
+
+bool boxesFit(const AxisScale& columns, const AxisScale& rows) {
+    constexpr std::uint64_t largest = 16;
+    const auto fits = [](const AxisScale& axis) {
+        return axis.wholeSpan() >= 1 && axis.wholeSpan() <= largest;
+    };
+    return fits(columns) && fits(rows);
+}
+
+bool exactInBlocks(const AxisScale& columns, const AxisScale& rows) {
+    return columns.largestTotal() <= largestExactTotal && rows.largestTotal() <= largestExactTotal &&
+           columns.largestCount() <= blockSourcePixels;
+}
+
+bool growsByLine(const AxisScale& axis) { return axis.grows() && 2 * axis.bodyWeight() <= largestLineUnit; }
+
+void scaleBytePixels(const PixelView& source, const PixelView& destination, const AxisScale& columns,
+                     const AxisScale& rows, Blend blend) {
+    if (columns.copiesPixels() && rows.copiesPixels()) {
+        return copyPixels(source, destination, columns, rows, blend);
+    }
+    if (blend.replaces() && rows.copiesPixels() && growsByLine(columns)) {
+        return growRows(source, destination, columns, rows);
+    }
+    if (blend.replaces() && columns.copiesPixels() && columns.written().size() == 1 && growsByLine(rows)) {
+        return growColumn(source, destination, columns, rows);
+    }
+    if (boxesFit(columns, rows)) return copyBoxes(source, destination, columns, rows, blend);
+    if (exactInBlocks(columns, rows)) return scaleBytes(source, destination, columns, rows, blend);
+    scaleSamples<std::uint8_t>(source, destination, columns, rows, blend);
+}
+
 }  // namespace
 
 void scaledCopy(const PixelView& source, const PixelView& destination, const AxisScale& columns,
@@ -73,7 +236,7 @@ void scaledCopy(const PixelView& source, const PixelView& destination, const Axi
     switch (source.pixelBytes) {
         case 16: return scaleSamples<float>(source, destination, columns, rows, blend);
         case 8: return scaleSamples<std::uint16_t>(source, destination, columns, rows, blend);
-        default: return scaleSamples<std::uint8_t>(source, destination, columns, rows, blend);
+        default: return scaleBytePixels(source, destination, columns, rows, blend);
     }
 }
 

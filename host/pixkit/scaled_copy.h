@@ -7,9 +7,13 @@
 
 namespace PixKit {
 
+inline constexpr std::uint32_t fullWeight = 255;
+
 /// The source's weight, of 255. Full weight is the plain copy.
 struct Blend {
     std::uint32_t weight;
+
+    bool replaces() const { return weight == fullWeight; }
 };
 
 /// Scales and blends what the two axes name; both write something. Source and destination do not overlap.

@@ -78,6 +78,54 @@ TEST(VpixCopy, RandomGeometryMatchesTheExactDefinition) {
     }
 }
 
+/// Sizes beyond what the kernels take at a time, for each way in which they scale.
+TEST(VpixCopy, LongLinesMatchTheExactDefinition) {
+    struct Case {
+        int fromWidth, fromHeight, toWidth, toHeight;
+    };
+    const Case cases[] = {
+        {2200, 2, 2200, 2},                                                            // pixel for pixel
+        {900, 1, 1300, 1},  {1, 700, 1, 1024},    {1299, 3, 1300, 3}, {2, 1, 733, 1},  // lines that grow
+        {5000, 1, 8193, 1}, {1, 37, 1, 8191},  // about the longest unit
+        {2200, 6, 1100, 3}, {2100, 9, 700, 3},    {1920, 32, 120, 2}, {900, 3, 900, 1},  // whole boxes
+        {1300, 5, 1299, 4}, {2200, 40, 13, 3},    {6000, 2, 5, 1},                       // cut pixels
+        {300, 3, 1111, 8},  {40000, 1, 30000, 1},
+    };
+    std::mt19937 random(6);
+    Memory sourceMemory = noise(1 << 19, random);
+    Memory destinationMemory = noise(1 << 19, random);
+    for (const Case& each : cases) {
+        for (const std::uint32_t mode : {0U, 0x80BBU}) {
+            const std::int32_t sourceStep = 4 * each.fromWidth + between(random, 0, 2) * 4;
+            const std::int32_t destinationStep = 4 * each.toWidth + between(random, 0, 2) * 4;
+            const FrameRect from{0, 0, each.fromWidth, each.fromHeight};
+            const FrameRect to{0, 0, each.toWidth, each.toHeight};
+            TestBuffer source(sourceMemory, 5, from, sourceStep);
+            TestBuffer destination(destinationMemory, 3, to, destinationStep);
+            expectCopies(source, destination, from, to, mode, sourceMemory, destinationMemory);
+            const FrameRect cutFrom{-3, 0, each.fromWidth + 2, each.fromHeight};
+            const FrameRect cutTo{-2, 0, each.toWidth + 9, each.toHeight};
+            expectCopies(source, destination, cutFrom, cutTo, mode, sourceMemory, destinationMemory);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+/// Every rounding of a whole line: all weights that a length has meet both small and large differences.
+TEST(VpixCopy, GrowingLinesRoundHalfUpAtEveryLength) {
+    std::mt19937 random(7);
+    Memory sourceMemory = noise(1 << 15, random);
+    Memory destinationMemory = noise(1 << 15, random);
+    for (int length = 2; length < 400; ++length) {
+        const FrameRect from{0, 0, between(random, 1, length - 1), 1};
+        const FrameRect to{0, 0, length, 1};
+        TestBuffer source(sourceMemory, 0, from, 4 * from.right);
+        TestBuffer destination(destinationMemory, 0, to, 4 * length);
+        expectCopies(source, destination, from, to, 0, sourceMemory, destinationMemory);
+        if (HasFatalFailure()) return;
+    }
+}
+
 TEST(VpixCopy, OverlapBehavesAsIfTheSourceHadBeenCopiedAside) {
     std::mt19937 random(2);
     Memory memory = noise(memorySize, random);

@@ -25,8 +25,13 @@ std::vector<Weighted> weightsOf(Side source, Side sourceBuffer, Side destination
     const Whole index = position - destination.begin;
     const std::int64_t first = std::max(source.begin, sourceBuffer.begin);
     const std::int64_t last = std::min(source.end, sourceBuffer.end);
+    // Pixels farther away have no weight, and need no look.
+    const auto near = source.begin + static_cast<std::int64_t>(index * sourceSize / destinationSize);
+    const std::int64_t reach = sourceSize / destinationSize + 2;
+    const std::int64_t low = std::max(first, near - reach);
+    const std::int64_t high = std::min(last, near + reach + 1);
     std::vector<Weighted> span;
-    for (std::int64_t x = first; x < last; ++x) {
+    for (std::int64_t x = low; x < high; ++x) {
         const Whole begin = std::max<Whole>(Whole(x - source.begin) * destinationSize, index * sourceSize);
         const Whole end =
             std::min<Whole>(Whole(x - source.begin + 1) * destinationSize, (index + 1) * sourceSize);
@@ -45,7 +50,7 @@ std::vector<Weighted> weightsOf(Side source, Side sourceBuffer, Side destination
         if (weight > 0) linear.push_back({repeated, weight});
     };
     add(source.begin - 1);
-    for (std::int64_t x = first; x < last; ++x) add(x);
+    for (std::int64_t x = low; x < high; ++x) add(x);
     add(source.end);
     return linear;
 }

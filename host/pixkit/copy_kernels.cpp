@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+#include "host/pixkit/copy_kernels.h"
+
+#include <cstring>
+
+namespace VIREO_KERNEL_NAMESPACE {
+namespace {
+
+void blend(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes, std::uint32_t weight) {
+    const auto mine = static_cast<std::uint16_t>(weight);
+    const auto theirs = static_cast<std::uint16_t>(255 - weight);
+    for (std::int64_t i = 0; i < bytes; ++i) {
+        // At most 255 * 255 + 127, where this is the quotient by 255.
+        const auto sum = static_cast<std::uint16_t>(source[i] * mine + destination[i] * theirs + 127);
+        destination[i] = static_cast<std::uint8_t>((sum + 1 + (sum >> 8)) >> 8);
+    }
+}
+
+/// Two bytes of a pixel in halves of a word, where sums of up to 16 x 16 of them have room.
+constexpr std::uint32_t evenBytes = 0x00FF00FF;
+
+constexpr std::int64_t boxBlock = 1024;  // Source pixels whose column sums are kept at a time.
+
+/// Columns of a box's rows summed, even and odd bytes apart.
+struct ColumnSums {
+    std::uint32_t even[boxBlock];
+    std::uint32_t odd[boxBlock];
+
+    void sum(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t rows, std::int64_t pixels) {
+        for (std::int64_t x = 0; x < pixels; ++x) even[x] = odd[x] = 0;
+        for (std::int32_t y = 0; y < rows; ++y, source += rowBytes) {
+            for (std::int64_t x = 0; x < pixels; ++x) {
+                std::uint32_t pixel;
+                std::memcpy(&pixel, source + 4 * x, 4);
+                even[x] += pixel & evenBytes;
+                odd[x] += pixel >> 8 & evenBytes;
+            }
+        }
+    }
+};
+
+/// Divides sums of a box's bytes.
+struct BoxDivisor {
+    std::uint32_t half;
+    std::uint32_t reciprocal;  // Of 2^24, rounded up: exact for sums up to 256 boxes of 255.
+
+    explicit BoxDivisor(std::uint32_t pixels)
+        : half(pixels / 2), reciprocal(((1U << 24) + pixels - 1) / pixels) {}
+
+    std::uint32_t mean(std::uint32_t sum) const { return ((sum & 0xFFFF) + half) * reciprocal >> 24; }
+
+    std::uint32_t pixel(std::uint32_t even, std::uint32_t odd) const {
+        return mean(even) | mean(odd) << 8 | mean(even >> 16) << 16 | mean(odd >> 16) << 24;
+    }
+};
+
+template <class Width>
+void meansOf(const ColumnSums& columns, Width across, const BoxDivisor& divisor, std::uint8_t* destination,
+             std::int64_t count) {
+    for (std::int64_t x = 0; x < count; ++x) {
+        std::uint32_t even = 0;
+        std::uint32_t odd = 0;
+        for (std::int32_t i = 0; i < across; ++i) {
+            even += columns.even[x * across + i];
+            odd += columns.odd[x * across + i];
+        }
+        const std::uint32_t pixel = divisor.pixel(even, odd);
+        std::memcpy(destination + 4 * x, &pixel, 4);
+    }
+}
+
+/// A width known to the compiler.
+struct Two {
+    constexpr operator std::int32_t() const { return 2; }
+};
+
+void boxMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t across, std::int32_t down,
+              std::uint8_t* destination, std::int64_t count) {
+    const BoxDivisor divisor(static_cast<std::uint32_t>(across * down));
+    const std::int64_t blockBoxes = boxBlock / across;
+    ColumnSums columns;
+    while (count > 0) {
+        const std::int64_t boxes = count < blockBoxes ? count : blockBoxes;
+        columns.sum(source, rowBytes, down, boxes * across);
+        if (across == 2) {
+            meansOf(columns, Two{}, divisor, destination, boxes);
+        } else {
+            meansOf(columns, across, divisor, destination, boxes);
+        }
+        source += 4 * boxes * across;
+        destination += 4 * boxes;
+        count -= boxes;
+    }
+}
+
+void addRow(const std::uint8_t* source, float weight, float* sums, std::int64_t samples) {
+    for (std::int64_t i = 0; i < samples; ++i) sums[i] += static_cast<float>(source[i]) * weight;
+}
+
+void sumDown(const std::uint8_t* source, std::ptrdiff_t rowBytes, const RunWeights& weights, float* sums,
+             std::int64_t samples) {
+    for (std::int64_t i = 0; i < samples; ++i) sums[i] = static_cast<float>(source[i]) * weights.head;
+    if (weights.count == 1) return;
+    for (std::int32_t row = 1; row < weights.count - 1; ++row) {
+        addRow(source + row * rowBytes, weights.body, sums, samples);
+    }
+    addRow(source + (weights.count - 1) * rowBytes, weights.tail, sums, samples);
+}
+
+struct PixelSum {
+    double channels[4] = {};
+
+    void add(const float* sums, float weight) {
+        for (int c = 0; c < 4; ++c) channels[c] += static_cast<double>(sums[c]) * weight;
+    }
+};
+
+void meanAcross(const float* sums, const PixelRun* runs, double rowsTotal, std::uint8_t* destination,
+                std::int64_t count) {
+    for (std::int64_t x = 0; x < count; ++x, destination += 4) {
+        const PixelRun& run = runs[x];
+        const float* from = sums + 4 * std::ptrdiff_t{run.first};
+        PixelSum sum;
+        sum.add(from, run.weights.head);
+        for (std::int32_t i = 1; i < run.weights.count - 1; ++i) sum.add(from + 4 * i, run.weights.body);
+        if (run.weights.count > 1) sum.add(from + 4 * (run.weights.count - 1), run.weights.tail);
+        const double total = run.total * rowsTotal;
+        for (int c = 0; c < 4; ++c) {
+            destination[c] =
+                static_cast<std::uint8_t>(static_cast<std::int32_t>((sum.channels[c] + total / 2) / total));
+        }
+    }
+}
+
+}  // namespace
+
+const CopyKernels copyKernels{blend, boxMeans, sumDown, meanAcross};
+
+}  // namespace VIREO_KERNEL_NAMESPACE

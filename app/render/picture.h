@@ -10,9 +10,14 @@
 
 namespace vireo {
 
+inline constexpr std::uint32_t formatBgra16 = PixKit::formatCode("Bgra");
+inline constexpr std::uint32_t formatBgraFloat = PixKit::formatCode("BGra");
+
 /// One frame in the layout that filters take: straight alpha, rows bottom-up, rows aligned to 64 bytes. The
-/// format is "bgra" unless a filter that stands alone asked for a deeper one ("Bgra": 16 bits, "BGra":
-/// float).
+/// format is "bgra" unless a filter that stands alone asked for a deeper one ("Bgra": 16 bits, 0 to 65535;
+/// "BGra": float, 0 to 1).
+///
+/// The memory of a picture that ends is kept for the next ones of its size.
 class Picture {
 public:
     /// Throws std::bad_alloc without memory. Pixels are not initialised.
@@ -34,13 +39,14 @@ public:
     FrameBuffer* buffer() const { return const_cast<FrameBuffer*>(&buffer_); }
 
 private:
-    struct Release {
+    struct Recycle {
+        std::size_t bytes;
         void operator()(std::uint8_t* pixels) const;
     };
 
     FrameBuffer buffer_{};
     std::uint32_t format_;
-    std::unique_ptr<std::uint8_t[], Release> pixels_;
+    std::unique_ptr<std::uint8_t[], Recycle> pixels_;
 };
 
 using PicturePtr = std::shared_ptr<const Picture>;

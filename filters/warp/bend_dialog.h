@@ -7,7 +7,7 @@
 namespace Bend {
 
 /// Takes the handle of the work record as its parameter.
-VIREO_DIALOG_PROCEDURE(dialogProcedure);
+inline constexpr DialogProcedure* dialogProcedure = nullptr;
 
 }  // namespace Bend
 

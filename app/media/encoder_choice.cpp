@@ -1,0 +1,375 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/encoder_choice.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
+
+namespace vireo {
+namespace {
+
+struct OutputKind {
+    std::string_view extension;
+    const char* container;     ///< Null: a picture.
+    const char* encoder;       ///< Null: the container's own.
+    const char* alphaEncoder;  ///< Null: the same.
+};
+
+constexpr OutputKind outputKinds[] = {
+    {"mp4", "mp4", "libx264", nullptr},
+    {"m4v", "mp4", "libx264", nullptr},
+    {"mov", "mov", "libx264", "prores_ks"},
+    {"mkv", "matroska", "libx264", "ffv1"},
+    {"matroska", "matroska", "libx264", "ffv1"},
+    {"webm", "webm", "libvpx-vp9", nullptr},
+    {"avi", "avi", "mpeg4", "ffv1"},
+    {"ts", "mpegts", "libx264", nullptr},
+    {"mts", "mpegts", "libx264", nullptr},
+    {"m2ts", "mpegts", "libx264", nullptr},
+    {"mpegts", "mpegts", "libx264", nullptr},
+    {"flv", "flv", "libx264", nullptr},
+    {"nut", "nut", "ffv1", nullptr},
+    {"y4m", "yuv4mpegpipe", "wrapped_avframe", nullptr},
+    {"yuv4mpegpipe", "yuv4mpegpipe", "wrapped_avframe", nullptr},
+    {"png", nullptr, "png", nullptr},
+    {"jpg", nullptr, "mjpeg", nullptr},
+    {"jpeg", nullptr, "mjpeg", nullptr},
+    {"jpe", nullptr, "mjpeg", nullptr},
+    {"tif", nullptr, "tiff", nullptr},
+    {"tiff", nullptr, "tiff", nullptr},
+    {"webp", nullptr, "libwebp", nullptr},
+    {"bmp", nullptr, "bmp", nullptr},
+    {"tga", nullptr, "targa", nullptr},
+    {"ppm", nullptr, "ppm", nullptr},
+    {"pgm", nullptr, "pgm", nullptr},
+    {"pnm", nullptr, "ppm", nullptr},
+    {"pam", nullptr, "pam", nullptr},
+    {"exr", nullptr, "exr", nullptr},
+    {"dpx", nullptr, "dpx", nullptr},
+    {"jp2", nullptr, "jpeg2000", nullptr},
+    {"jxl", nullptr, "libjxl", nullptr},
+    {"sgi", nullptr, "sgi", nullptr},
+    {"pcx", nullptr, "pcx", nullptr},
+    {"qoi", nullptr, "qoi", nullptr},
+};
+
+/// What makes a good picture where nothing was asked for: near to what the eye tells from the source.
+struct QualityDefault {
+    std::string_view encoder;
+    std::array<std::pair<const char*, const char*>, 4> options;
+};
+
+constexpr QualityDefault qualityDefaults[] = {
+    {"libx264", {{{"crf", "18"}}}},
+    {"libx264rgb", {{{"crf", "18"}}}},
+    {"libx265", {{{"crf", "20"}}}},
+    {"libvpx-vp9", {{{"crf", "24"}, {"b", "0"}, {"row-mt", "1"}, {"cpu-used", "2"}}}},
+    {"libvpx", {{{"crf", "8"}, {"b", "10M"}}}},
+    {"libsvtav1", {{{"crf", "25"}}}},
+    {"libaom-av1", {{{"crf", "25"}, {"b", "0"}, {"cpu-used", "6"}, {"row-mt", "1"}}}},
+    {"libwebp", {{{"quality", "90"}}}},
+    {"libwebp_anim", {{{"quality", "90"}}}},
+    {"prores_ks", {{{"vendor", "apl0"}}}},
+    {"ffv1", {{{"level", "3"}, {"slicecrc", "1"}}}},
+    {"tiff", {{{"compression_algo", "deflate"}}}},
+};
+
+/// Encoders of fixed quantisers.
+constexpr std::string_view quantiserEncoders[] = {"mpeg4", "mpeg2video", "mpeg1video", "mjpeg", "msmpeg4v2",
+                                                  "wmv2",  "libxvid",    "h263p",      "flv"};
+
+std::string lowerExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
+}
+
+const OutputKind* kindOf(std::string_view extension) {
+    for (const OutputKind& kind : outputKinds) {
+        if (kind.extension == extension) return &kind;
+    }
+    return nullptr;
+}
+
+const AVCodec* encoderNamed(const std::string& name) {
+    const AVCodec* codec = avcodec_find_encoder_by_name(name.c_str());
+    if (codec == nullptr) {
+        // A codec's name means its best encoder.
+        const AVCodecDescriptor* codecKind = avcodec_descriptor_get_by_name(name.c_str());
+        if (codecKind != nullptr) codec = avcodec_find_encoder(codecKind->id);
+    }
+    if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
+        throw RenderError("there is no video encoder named " + name, 2);
+    return codec;
+}
+
+bool isFullRangeFormat(AVPixelFormat format) {
+    const char* name = av_get_pix_fmt_name(format);
+    return name != nullptr && std::strncmp(name, "yuvj", 4) == 0;
+}
+
+/// What a pixel format should be like.
+struct Wish {
+    bool alpha;
+    bool rgb;
+    int chromaW, chromaH;
+    int depth;
+    bool fullRange;
+    bool evenOnly;  ///< Halved chroma needs even sizes.
+    int width, height;
+};
+
+/// How far a format is from the wish; negative where it cannot be used.
+int distance(AVPixelFormat format, const Wish& wish) {
+    const AVPixFmtDescriptor* d = av_pix_fmt_desc_get(format);
+    if (d == nullptr || !canPack(format) || format == AV_PIX_FMT_PAL8) return -1;
+    const bool rgb = formatIsRgb(format);
+    const bool halved = !rgb && d->nb_components >= 3;
+    if (halved && wish.evenOnly &&
+        ((d->log2_chroma_w > 0 && wish.width % 2 != 0) || (d->log2_chroma_h > 0 && wish.height % 2 != 0)))
+        return -1;
+    const int depth = d->comp[0].depth;
+    int result = 0;
+    if (d->nb_components < 3) result += 10000;
+    if (wish.alpha != formatHasAlpha(format)) result += wish.alpha ? 5000 : 300;
+    if (depth < wish.depth) result += 1000 * (wish.depth - depth);
+    if (depth > wish.depth) result += 10 * (depth - wish.depth);
+    if (rgb != wish.rgb) result += 500;
+    if (halved) {
+        const auto apart = [](int have, int want) {
+            return have > want ? 200 * (have - want) : 50 * (want - have);
+        };
+        result += apart(d->log2_chroma_w, wish.chromaW) + apart(d->log2_chroma_h, wish.chromaH);
+        if (isFullRangeFormat(format) != wish.fullRange) result += 20;
+    }
+    // Of several that hold the same, those whose samples lie plainly.
+    if ((d->flags & AV_PIX_FMT_FLAG_PLANAR) == 0 && !rgb) result += 5;
+    if (halved && d->comp[1].plane == d->comp[2].plane) result += 5;
+    if ((d->flags & AV_PIX_FMT_FLAG_BE) != 0) result += 1;
+    return result;
+}
+
+AVPixelFormat nearestFormat(const AVCodec& codec, const Wish& wish) {
+    constexpr AVPixelFormat anything[] = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P,
+                                          AV_PIX_FMT_NONE};
+    AVPixelFormat best = AV_PIX_FMT_NONE;
+    int least = 0;
+    for (const AVPixelFormat* f = codec.pix_fmts != nullptr ? codec.pix_fmts : anything;
+         *f != AV_PIX_FMT_NONE; ++f) {
+        const int d = distance(*f, wish);
+        if (d >= 0 && (best == AV_PIX_FMT_NONE || d < least)) {
+            best = *f;
+            least = d;
+        }
+    }
+    if (best == AV_PIX_FMT_NONE)
+        throw RenderError(std::string("the encoder ") + codec.name + " takes no pixel format that fits");
+    return best;
+}
+
+AVPixelFormat wantedFormat(const RenderJob& job, const AVCodec& codec) {
+    const AVPixelFormat format = av_get_pix_fmt(job.pixelFormat.c_str());
+    if (format == AV_PIX_FMT_NONE || !canPack(format))
+        throw RenderError("there is no pixel format named " + job.pixelFormat, 2);
+    for (const AVPixelFormat* f = codec.pix_fmts; f != nullptr && *f != format; ++f) {
+        if (*f == AV_PIX_FMT_NONE)
+            throw RenderError(std::string("the encoder ") + codec.name + " does not take the pixel format " +
+                                  job.pixelFormat,
+                              2);
+    }
+    return format;
+}
+
+/// Encoders whose streams say nothing of a range are read as limited.
+bool keepsRange(AVCodecID codec) {
+    return codec != AV_CODEC_ID_MPEG4 && codec != AV_CODEC_ID_MPEG2VIDEO && codec != AV_CODEC_ID_MPEG1VIDEO &&
+           codec != AV_CODEC_ID_THEORA && codec != AV_CODEC_ID_PRORES;
+}
+
+void chooseFormat(EncoderChoice& choice, const RenderJob& job, const VideoProperties& video, int depth,
+                  bool alpha) {
+    const AVCodec& codec = *choice.codec;
+    const AVCodecDescriptor* description = avcodec_descriptor_get(codec.id);
+    const AVPixFmtDescriptor* source = av_pix_fmt_desc_get(video.format);
+    const bool sourceRgb = formatIsRgb(video.format) || source->nb_components < 3;
+    const bool picture = choice.container == nullptr;
+    const bool lossy = description != nullptr && (description->props & AV_CODEC_PROP_LOSSY) != 0;
+
+    Wish wish{.alpha = alpha,
+              .rgb = sourceRgb && (picture || !lossy),
+              .chromaW = source->log2_chroma_w,
+              .chromaH = source->log2_chroma_h,
+              .depth = depth,
+              .fullRange = video.coding.fullRange || codec.id == AV_CODEC_ID_MJPEG,
+              .evenOnly =
+                  codec.id == AV_CODEC_ID_H264 || codec.id == AV_CODEC_ID_HEVC || codec.id == AV_CODEC_ID_AV1,
+              .width = video.uprightWidth(),
+              .height = video.uprightHeight()};
+    // What is made for players takes the chroma that they all read; what is made to work on keeps it whole.
+    if (sourceRgb && lossy && !picture && codec.id != AV_CODEC_ID_PRORES) wish.chromaW = wish.chromaH = 1;
+    if (video.orientation.transpose) std::swap(wish.chromaW, wish.chromaH);
+    choice.format = job.pixelFormat.empty() ? nearestFormat(codec, wish) : wantedFormat(job, codec);
+    choice.alpha = formatHasAlpha(choice.format);
+
+    choice.coding = video.coding;
+    if (sourceRgb) choice.coding = {AVCOL_SPC_BT709, false};
+    if (!keepsRange(codec.id)) choice.coding.fullRange = false;
+    if (codec.id == AV_CODEC_ID_MJPEG || codec.id == AV_CODEC_ID_WEBP)
+        choice.coding = {AVCOL_SPC_SMPTE170M, codec.id == AV_CODEC_ID_MJPEG};
+    if (isFullRangeFormat(choice.format)) choice.coding.fullRange = true;
+    if (av_pix_fmt_desc_get(choice.format)->nb_components < 3) choice.coding.fullRange = true;
+}
+
+void chooseDefaults(EncoderChoice& choice, const RenderJob& job) {
+    const auto asked = [&](std::string_view name) {
+        return std::any_of(job.encoderOptions.begin(), job.encoderOptions.end(),
+                           [&](const auto& option) { return option.first == name; });
+    };
+    // Who sets a rate or a quality of his own has thought of the rest.
+    for (const char* name : {"b", "crf", "qp", "global_quality", "quality", "lossless", "x264-params",
+                             "x265-params", "profile", "qmin", "qmax"}) {
+        if (asked(name)) return;
+    }
+    const std::string_view encoder = choice.codec->name;
+    for (const QualityDefault& defaults : qualityDefaults) {
+        if (defaults.encoder != encoder) continue;
+        for (const auto& [name, value] : defaults.options) {
+            if (name != nullptr && !asked(name)) choice.defaults.emplace_back(name, value);
+        }
+    }
+    if (std::find(std::begin(quantiserEncoders), std::end(quantiserEncoders), encoder) !=
+        std::end(quantiserEncoders)) {
+        choice.defaults.emplace_back("flags", "+qscale");
+        choice.defaults.emplace_back("global_quality", std::to_string(2 * FF_QP2LAMBDA));
+    }
+    if (encoder == "prores_ks")
+        choice.defaults.emplace_back("profile",
+                                     choice.alpha || choice.format == AV_PIX_FMT_YUV444P10 ? "4444" : "hq");
+}
+
+}  // namespace
+
+bool isPictureName(const std::string& path) {
+    const OutputKind* kind = kindOf(lowerExtension(path));
+    return kind != nullptr && kind->container == nullptr;
+}
+
+EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& video, int depth) {
+    const bool pipe = job.output == "-";
+    const std::string name =
+        pipe ? (job.format.empty() ? "matroska" : job.format) : lowerExtension(job.output);
+    const OutputKind* kind = kindOf(name);
+    const bool alpha = job.alpha || formatHasAlpha(video.format);
+
+    EncoderChoice choice;
+    if (kind != nullptr && kind->container != nullptr) {
+        choice.container = av_guess_format(kind->container, nullptr, nullptr);
+    } else if (pipe) {
+        choice.container = av_guess_format(name.c_str(), nullptr, nullptr);
+    } else {
+        choice.container = av_guess_format(nullptr, job.output.c_str(), nullptr);
+    }
+    if (choice.container == nullptr) {
+        throw RenderError(
+            pipe ? "there is no format named " + name : "the name " + job.output + " does not tell a format",
+            2);
+    }
+    if (!job.encoder.empty()) {
+        choice.codec = encoderNamed(job.encoder);
+    } else if (kind != nullptr && kind->encoder != nullptr) {
+        choice.codec =
+            encoderNamed(alpha && kind->alphaEncoder != nullptr ? kind->alphaEncoder : kind->encoder);
+    } else {
+        choice.codec = avcodec_find_encoder(
+            av_guess_codec(choice.container, nullptr, job.output.c_str(), nullptr, AVMEDIA_TYPE_VIDEO));
+    }
+    if (choice.codec == nullptr)
+        throw RenderError(std::string("there is no video encoder for ") + choice.container->long_name);
+    chooseFormat(choice, job, video, depth, alpha);
+    chooseDefaults(choice, job);
+    return choice;
+}
+
+EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth,
+                                   bool alpha) {
+    EncoderChoice choice;
+    const OutputKind* kind = kindOf(lowerExtension(job.output));
+    if (!job.encoder.empty()) {
+        choice.codec = encoderNamed(job.encoder);
+    } else {
+        choice.codec = encoderNamed(kind->encoder);
+    }
+    chooseFormat(choice, job, video, depth, alpha);
+    chooseDefaults(choice, job);
+    return choice;
+}
+
+CodecContextPtr newEncoder(const EncoderChoice& choice, const VideoProperties& video) {
+    CodecContextPtr context(avcodec_alloc_context3(choice.codec));
+    if (context == nullptr) throw std::bad_alloc();
+    context->width = video.uprightWidth();
+    context->height = video.uprightHeight();
+    context->pix_fmt = choice.format;
+    context->sample_aspect_ratio = video.uprightPixelAspect();
+    context->time_base = video.timeBase;
+    context->framerate = video.frameRate;
+    context->color_primaries = video.primaries;
+    context->color_trc = video.transfer;
+    context->chroma_sample_location = video.chromaLocation;
+    context->color_range = video.range;
+    context->colorspace = video.matrix;
+    if (formatIsRgb(choice.format)) {
+        context->colorspace = AVCOL_SPC_RGB;
+        context->color_range = AVCOL_RANGE_JPEG;
+    } else if (formatIsRgb(video.format) || choice.coding.matrix != video.coding.matrix ||
+               choice.coding.fullRange != video.coding.fullRange) {
+        // What the source does not have was chosen here, and so is told.
+        context->colorspace = choice.coding.matrix;
+        context->color_range = choice.coding.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    } else if (video.matrix == AVCOL_SPC_UNSPECIFIED &&
+               (video.height <= 576) != (video.uprightHeight() <= 576)) {
+        context->colorspace = choice.coding.matrix;
+    }
+    context->thread_count = 0;
+    switch (video.interlacing) {
+        case Interlacing::TopFieldFirst: context->field_order = AV_FIELD_TT; break;
+        case Interlacing::BottomFieldFirst: context->field_order = AV_FIELD_BB; break;
+        default: context->field_order = AV_FIELD_PROGRESSIVE;
+    }
+    if (video.interlacing != Interlacing::Progressive &&
+        (choice.codec->id == AV_CODEC_ID_H264 || choice.codec->id == AV_CODEC_ID_MPEG2VIDEO ||
+         choice.codec->id == AV_CODEC_ID_MPEG4 || choice.codec->id == AV_CODEC_ID_PRORES ||
+         choice.codec->id == AV_CODEC_ID_DNXHD)) {
+        context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+        if (choice.codec->id == AV_CODEC_ID_MPEG2VIDEO || choice.codec->id == AV_CODEC_ID_MPEG4)
+            context->flags |= AV_CODEC_FLAG_INTERLACED_ME;
+    }
+    return context;
+}
+
+void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,
+                 Dictionary* left) {
+    Dictionary own;
+    Dictionary& options = left != nullptr ? *left : own;
+    for (const auto& [name, value] : choice.defaults) options.set(name, value);
+    for (const auto& [name, value] : job.encoderOptions) options.set(name, value);
+    captureLibraryMessages();
+    const int opened = avcodec_open2(&context, choice.codec, options.address());
+    if (opened < 0)
+        throw RenderError(std::string("the encoder ") + choice.codec->name +
+                          " refuses the settings: " + failureText(opened));
+    if (left == nullptr && options.anyName() != nullptr)
+        throw RenderError(
+            std::string("the encoder ") + choice.codec->name + " has no option named " + options.anyName(),
+            2);
+}
+
+}  // namespace vireo

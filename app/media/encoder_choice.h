@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_MEDIA_ENCODER_CHOICE_H
+#define VIREO_APP_MEDIA_ENCODER_CHOICE_H
+
+#include "app/media/ffmpeg_frame.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vireo {
+
+using EncoderOptions = std::vector<std::pair<std::string, std::string>>;
+
+/// What an output is written with.
+struct EncoderChoice {
+    const AVOutputFormat* container = nullptr;  ///< Null for a picture.
+    const AVCodec* codec = nullptr;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    ColourCoding coding;
+    bool alpha = false;
+    EncoderOptions defaults;  ///< For what was not asked for.
+};
+
+/// Whether files of that name are pictures, one each.
+bool isPictureName(const std::string& path);
+
+/// By the output's name, the job's wishes and the source. `depth` is that of the rendered pictures. Throws
+/// RenderError.
+EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& video, int depth);
+EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth, bool alpha);
+
+/// Opens an encoder of that choice; `context` may have been prepared further. An option that neither the
+/// encoder nor, afterwards, `left` takes is refused. Throws RenderError.
+void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,
+                 Dictionary* left);
+
+/// An encoder with geometry, tags and rates of the video set.
+CodecContextPtr newEncoder(const EncoderChoice& choice, const VideoProperties& video);
+
+}  // namespace vireo
+
+#endif

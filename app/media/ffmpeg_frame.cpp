@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/ffmpeg_frame.h"
+
+namespace vireo {
+
+VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
+    VideoProperties video;
+    video.format = static_cast<AVPixelFormat>(frame.format);
+    video.codec = codec;
+    video.width = frame.width;
+    video.height = frame.height;
+    video.pixelAspect = frame.sample_aspect_ratio;
+    video.range = frame.color_range;
+    video.matrix = frame.colorspace;
+    video.primaries = frame.color_primaries;
+    video.transfer = frame.color_trc;
+    video.chromaLocation = frame.chroma_location;
+    video.coding = colourCoding(video.matrix, video.range, video.format, video.height);
+    // These two are one matrix at any size and whatever is tagged.
+    if (codec == AV_CODEC_ID_MJPEG || codec == AV_CODEC_ID_WEBP) video.coding.matrix = AVCOL_SPC_SMPTE170M;
+    if (codec == AV_CODEC_ID_MJPEG && video.range == AVCOL_RANGE_UNSPECIFIED) video.coding.fullRange = true;
+    return video;
+}
+
+Interlacing uprightInterlacing(Interlacing stored, const VideoProperties& video) {
+    if (stored == Interlacing::Progressive || video.orientation.transpose) return Interlacing::Progressive;
+    // Upside down, the rows of an even height change their fields.
+    if (!video.orientation.mirrorY || video.height % 2 != 0) return stored;
+    return stored == Interlacing::TopFieldFirst ? Interlacing::BottomFieldFirst : Interlacing::TopFieldFirst;
+}
+
+PicturePtr DecodedFrame::picture(std::uint32_t format) {
+    const bool interlaced = frame_->interlaced_frame != 0;
+    std::shared_ptr<Picture> picture =
+        pictureOf(*frame_, video_.width, video_.height, format, video_.coding, interlaced);
+    // Only the properties are needed from here on.
+    for (AVBufferRef*& buffer : frame_->buf) av_buffer_unref(&buffer);
+    if (!video_.orientation.upright()) picture = oriented(*picture, video_.orientation);
+    if (video_.premultiplied) unpremultiply(*picture);
+    return picture;
+}
+
+}  // namespace vireo

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/ffmpeg_objects.h"
+
+#include "app/render/render_job.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <new>
+
+namespace vireo {
+namespace {
+
+thread_local std::string lastComplaint;
+
+void keepComplaint(void*, int level, const char* format, va_list arguments) {
+    if (level > AV_LOG_ERROR) return;
+    char text[512];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    lastComplaint = text;
+    while (!lastComplaint.empty() && (lastComplaint.back() == '\n' || lastComplaint.back() == '.'))
+        lastComplaint.pop_back();
+}
+
+}  // namespace
+
+FramePtr newFrame() {
+    FramePtr frame(av_frame_alloc());
+    if (frame == nullptr) throw std::bad_alloc();
+    return frame;
+}
+
+PacketPtr newPacket() {
+    PacketPtr packet(av_packet_alloc());
+    if (packet == nullptr) throw std::bad_alloc();
+    return packet;
+}
+
+std::string errorText(int code) {
+    char text[AV_ERROR_MAX_STRING_SIZE];
+    av_strerror(code, text, sizeof text);
+    return text;
+}
+
+void captureLibraryMessages() {
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_callback(keepComplaint); });
+    lastComplaint.clear();
+}
+
+std::string failureText(int code) {
+    std::string text = errorText(code);
+    if (!lastComplaint.empty()) text += " (" + lastComplaint + ')';
+    lastComplaint.clear();
+    return text;
+}
+
+int check(int code, const std::string& what) {
+    if (code < 0) throw RenderError(what + ": " + failureText(code));
+    return code;
+}
+
+}  // namespace vireo

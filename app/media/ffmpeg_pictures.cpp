@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/ffmpeg_pictures.h"
+
+#include "app/media/exif.h"
+#include "app/media/ffmpeg_io.h"
+
+namespace vireo {
+namespace {
+
+/// The first picture of a file, with its properties. Throws DamagedFrame.
+FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) {
+    const auto checked = [&](int code) {
+        if (code < 0) throw DamagedFrame(path.string() + ": " + failureText(code));
+    };
+    captureLibraryMessages();
+    AVFormatContext* context = nullptr;
+    Dictionary options;
+    options.set("pattern_type", "none");  // a name with a per cent sign is a name
+    checked(avformat_open_input(&context, fileUrl(path.string()).c_str(), nullptr, options.address()));
+    const InputFormatPtr input(context);
+    const AVCodec* codec = nullptr;
+    checked(av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0));
+    const int stream = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
+    const CodecContextPtr decoder(avcodec_alloc_context3(codec));
+    if (decoder == nullptr) throw std::bad_alloc();
+    checked(avcodec_parameters_to_context(decoder.get(), context->streams[stream]->codecpar));
+    decoder->thread_count = 1;  // pictures are read side by side
+    checked(avcodec_open2(decoder.get(), codec, nullptr));
+
+    FramePtr frame = newFrame();
+    const PacketPtr packet = newPacket();
+    int received = AVERROR(EAGAIN);
+    while (received == AVERROR(EAGAIN)) {
+        av_packet_unref(packet.get());
+        const int got = av_read_frame(context, packet.get());
+        if (got >= 0 && packet->stream_index != stream) continue;
+        checked(avcodec_send_packet(decoder.get(), got >= 0 ? packet.get() : nullptr));
+        received = avcodec_receive_frame(decoder.get(), frame.get());
+    }
+    checked(received);
+    video = propertiesOf(*frame, codec->id);
+    video.orientation = exifOrientation(exifOrientationTag(path));
+    return frame;
+}
+
+/// A picture that is read when its pixels are asked for.
+class PictureFrame : public FfmpegFrame {
+public:
+    PictureFrame(std::filesystem::path path, std::int64_t number, const VideoProperties& first)
+        : path_(std::move(path)), number_(number), first_(first), frame_(newFrame()) {
+        frame_->pts = number;
+        frame_->pkt_duration = 1;
+    }
+
+    PicturePtr picture(std::uint32_t format) override {
+        VideoProperties video;
+        frame_ = readPicture(path_, video);
+        impaired = frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+        frame_->pts = number_;
+        frame_->pkt_duration = 1;
+        frame_->interlaced_frame = position.interlacing != Interlacing::Progressive ? 1 : 0;
+        // All frames have the size of the first.
+        const bool turned = video.orientation.transpose != first_.orientation.transpose;
+        video.width = turned ? first_.height : first_.width;
+        video.height = turned ? first_.width : first_.height;
+        video.premultiplied = first_.premultiplied && formatHasAlpha(video.format);
+        DecodedFrame decoded(std::move(frame_), video);
+        PicturePtr result = decoded.picture(format);
+        frame_.reset(av_frame_clone(&decoded.properties()));
+        return result;
+    }
+
+    const AVFrame& properties() const override { return *frame_; }
+
+private:
+    std::filesystem::path path_;
+    std::int64_t number_;
+    const VideoProperties& first_;
+    FramePtr frame_;
+};
+
+}  // namespace
+
+SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
+    readPicture(file, video_);
+    video_.premultiplied = premultiplied_ && formatHasAlpha(video_.format);
+    SourceInfo info;
+    info.width = video_.uprightWidth();
+    info.height = video_.uprightHeight();
+    info.depth = formatDepth(video_.format);
+    info.alpha = formatHasAlpha(video_.format);
+    return info;
+}
+
+std::unique_ptr<SourceFrame> FfmpegPictureSource::frame(const std::filesystem::path& file,
+                                                        std::int64_t number) {
+    return std::make_unique<PictureFrame>(file, number, video_);
+}
+
+FfmpegPictureTarget::FfmpegPictureTarget(const RenderJob& job, const VideoProperties& video, int depth,
+                                         Messages& messages)
+    : job_(job),
+      video_(video),
+      depth_(depth),
+      opaque_(way(false, messages)),
+      transparent_(way(true, messages)) {}
+
+FfmpegPictureTarget::Way FfmpegPictureTarget::way(bool alpha, Messages& messages) const {
+    EncoderChoice choice = choosePictureEncoder(job_, video_, depth_, alpha);
+    const CodecContextPtr encoder = openedEncoder(choice);
+    return {choice, {choice, *encoder, video_.premultiplied, messages}};
+}
+
+CodecContextPtr FfmpegPictureTarget::openedEncoder(const EncoderChoice& choice) const {
+    CodecContextPtr encoder = newEncoder(choice, video_);
+    encoder->thread_count = 1;
+    openEncoder(*encoder, choice, job_, nullptr);
+    return encoder;
+}
+
+std::vector<std::uint8_t> FfmpegPictureTarget::encode(const Picture& picture, const SourceFrame& source,
+                                                      bool alpha) {
+    Way& used = alpha ? transparent_ : opaque_;
+    const FramePtr frame = used.frames.frameOf(picture, dynamic_cast<const FfmpegFrame&>(source));
+    frame->pts = 0;
+    const CodecContextPtr encoder = openedEncoder(used.choice);
+    check(avcodec_send_frame(encoder.get(), frame.get()), "cannot encode a picture");
+    check(avcodec_send_frame(encoder.get(), nullptr), "cannot encode a picture");
+    std::vector<std::uint8_t> bytes;
+    const PacketPtr packet = newPacket();
+    int received = 0;
+    while ((received = avcodec_receive_packet(encoder.get(), packet.get())) >= 0) {
+        bytes.insert(bytes.end(), packet->data, packet->data + packet->size);
+        av_packet_unref(packet.get());
+    }
+    if (received != AVERROR_EOF) check(received, "cannot encode a picture");
+    return bytes;
+}
+
+}  // namespace vireo

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_MEDIA_FFMPEG_PICTURES_H
+#define VIREO_APP_MEDIA_FFMPEG_PICTURES_H
+
+#include "app/media/frame_output.h"
+#include "app/media/picture_files.h"
+
+#include <mutex>
+
+namespace vireo {
+
+class FfmpegPictureSource : public PictureSource {
+public:
+    explicit FfmpegPictureSource(const RenderJob& job) : premultiplied_(job.premultiplied) {}
+
+    SourceInfo probe(const std::filesystem::path& file) override;
+    std::unique_ptr<SourceFrame> frame(const std::filesystem::path& file, std::int64_t number) override;
+
+    /// Of the picture that was probed.
+    const VideoProperties& video() const { return video_; }
+
+private:
+    bool premultiplied_;
+    VideoProperties video_;
+};
+
+class FfmpegPictureTarget : public PictureTarget {
+public:
+    FfmpegPictureTarget(const RenderJob& job, const VideoProperties& video, int depth, Messages& messages);
+
+    std::vector<std::uint8_t> encode(const Picture& picture, const SourceFrame& source, bool alpha) override;
+
+private:
+    struct Way {
+        EncoderChoice choice;
+        FrameOutput frames;
+    };
+
+    Way way(bool alpha, Messages& messages) const;
+    CodecContextPtr openedEncoder(const EncoderChoice& choice) const;
+
+    const RenderJob& job_;
+    VideoProperties video_;
+    int depth_;
+    Way opaque_;
+    Way transparent_;
+};
+
+}  // namespace vireo
+
+#endif

@@ -1,0 +1,425 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/ffmpeg_reader.h"
+
+extern "C" {
+#include <libavutil/display.h>
+}
+
+#include <cmath>
+#include <cstring>
+
+namespace vireo {
+namespace {
+
+constexpr double noTime = -std::numeric_limits<double>::infinity();
+
+/// The stream that is rendered: the first that is no cover art, before it one that is marked as default.
+int findVideo(const AVFormatContext& input) {
+    int found = -1;
+    for (int i = 0; i < static_cast<int>(input.nb_streams); ++i) {
+        const AVStream& stream = *input.streams[i];
+        if (stream.codecpar->codec_type != AVMEDIA_TYPE_VIDEO ||
+            (stream.disposition & (AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS)) != 0)
+            continue;
+        if ((stream.disposition & AV_DISPOSITION_DEFAULT) != 0) return i;
+        if (found < 0) found = i;
+    }
+    return found;
+}
+
+/// Video whose transparency is a second picture, which only this decoder reads.
+const AVCodec* findDecoder(const AVStream& stream) {
+    const AVDictionaryEntry* alpha = av_dict_get(stream.metadata, "alpha_mode", nullptr, 0);
+    if (alpha != nullptr && std::strcmp(alpha->value, "1") == 0) {
+        const char* name = stream.codecpar->codec_id == AV_CODEC_ID_VP9   ? "libvpx-vp9"
+                           : stream.codecpar->codec_id == AV_CODEC_ID_VP8 ? "libvpx"
+                                                                          : "";
+        if (const AVCodec* decoder = avcodec_find_decoder_by_name(name)) return decoder;
+    }
+    return avcodec_find_decoder(stream.codecpar->codec_id);
+}
+
+/// The orientation nearest to a display matrix, which maps stored to shown positions with y downward.
+Orientation matrixOrientation(const std::int32_t* m) {
+    if (std::abs(static_cast<double>(m[1])) > std::abs(static_cast<double>(m[0])))
+        return {true, m[3] < 0, m[1] < 0};
+    return {false, m[0] < 0, m[4] < 0};
+}
+
+Interlacing interlacingOf(const AVFrame& frame) {
+    if (frame.interlaced_frame == 0) return Interlacing::Progressive;
+    return frame.top_field_first != 0 ? Interlacing::TopFieldFirst : Interlacing::BottomFieldFirst;
+}
+
+/// What the container says where the decoder does not.
+Interlacing interlacingOf(AVFieldOrder order) {
+    switch (order) {
+        case AV_FIELD_TT:
+        case AV_FIELD_TB: return Interlacing::TopFieldFirst;
+        case AV_FIELD_BB:
+        case AV_FIELD_BT: return Interlacing::BottomFieldFirst;
+        default: return Interlacing::Progressive;
+    }
+}
+
+double packetTime(const AVPacket& packet, const AVStream& stream) {
+    const std::int64_t time = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+    return time == AV_NOPTS_VALUE ? noTime : seconds(time, stream.time_base);
+}
+
+}  // namespace
+
+FfmpegReader::FfmpegReader(const RenderJob& job, int lookBack, const StopRequest& stop, Messages& messages)
+    : stop_(stop),
+      messages_(messages),
+      name_(job.input == "-" ? "standard input" : job.input),
+      strict_(job.strict),
+      forcedInterlacing_(job.interlacing),
+      range_(job.frames.value_or(FrameRange{})) {
+    if (job.start) start_ = *job.start;
+    if (job.duration) end_ = std::max(0.0, job.start.value_or(0)) + *job.duration;
+    open(job);
+    openDecoder();
+    findLength(job);
+    seekToPart(job, lookBack);
+    readToPart(lookBack);
+    describe(job);
+}
+
+void FfmpegReader::open(const RenderJob& job) {
+    AVFormatContext* context = avformat_alloc_context();
+    if (context == nullptr) throw std::bad_alloc();
+    context->interrupt_callback = interruptBy(stop_);
+    std::string url;
+    if (job.input == "-") {
+        pipe_ = std::make_unique<PipeIo>(0, PipeIo::Direction::Read, stop_);
+        context->pb = pipe_->context();
+    } else {
+        url = fileUrl(job.input);
+    }
+    Dictionary options;
+    options.set("pattern_type", "none");  // a name with a per cent sign is a name
+    const int opened = avformat_open_input(&context, url.c_str(), nullptr, options.address());
+    throwIfInterrupted();
+    check(opened, "cannot open " + name_);
+    input_.reset(context);
+    check(avformat_find_stream_info(context, nullptr), "cannot read " + name_);
+    throwIfInterrupted();
+    stream_ = findVideo(*context);
+    if (stream_ < 0) throw RenderError(name_ + " holds no video and no picture");
+}
+
+void FfmpegReader::openDecoder() {
+    const AVStream& stream = *input_->streams[stream_];
+    const AVCodec* codec = findDecoder(stream);
+    if (codec == nullptr)
+        throw RenderError(name_ + ": there is no decoder for " + avcodec_get_name(stream.codecpar->codec_id));
+    decoder_.reset(avcodec_alloc_context3(codec));
+    if (decoder_ == nullptr) throw std::bad_alloc();
+    check(avcodec_parameters_to_context(decoder_.get(), stream.codecpar), "cannot decode " + name_);
+    decoder_->pkt_timebase = stream.time_base;
+    decoder_->thread_count = 0;
+    // What is decodable in part is rendered and named.
+    decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
+    check(avcodec_open2(decoder_.get(), codec, nullptr), "cannot decode " + name_);
+}
+
+void FfmpegReader::findLength(const RenderJob& job) {
+    const AVStream& stream = *input_->streams[stream_];
+    const bool seekable = input_->pb != nullptr && (input_->pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
+    const bool partWanted = job.frames || job.start;
+    if (const auto exact = exactFrameCount(*input_, stream_)) info_.frameCount = *exact;
+    if (seekable && pipe_ == nullptr && (info_.frameCount == 0 || partWanted)) {
+        std::int64_t count = 0;
+        times_ = packetTimes(job.input, stream_, stop_, count);
+        throwIfInterrupted();
+        info_.frameCount = count;
+        if (!times_.empty()) firstTime_ = times_.front();
+        numbering_ = FrameNumbering(times_);
+    }
+    if (job.clipLength) info_.frameCount = *job.clipLength;
+    const AVRational rate = av_guess_frame_rate(input_.get(), const_cast<AVStream*>(&stream), nullptr);
+    video_.frameRate = rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
+    video_.timeBase = stream.time_base;
+    info_.frameRate = av_q2d(video_.frameRate);
+}
+
+void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
+    if (times_.empty() || !(job.frames || job.start)) return;
+    const AVStream& stream = *input_->streams[stream_];
+    std::int64_t first = range_.first;
+    if (job.start) {
+        const auto found = std::find_if(times_.begin(), times_.end(), [&](std::int64_t time) {
+            return seconds(time - times_.front(), stream.time_base) >= start_ - 1e-6;
+        });
+        first = found - times_.begin();
+    }
+    const std::int64_t wanted = std::min(first, static_cast<std::int64_t>(times_.size()) - 1) - lookBack;
+    if (wanted <= 0) return;
+    // A container that seeks by decoding times may land on a key frame that is shown later than wanted.
+    const std::int64_t target = times_[static_cast<std::size_t>(wanted)];
+    const PacketPtr packet = newPacket();
+    for (double back : {0.0, 2.0, 10.0, 60.0}) {
+        const auto earlier = target - static_cast<std::int64_t>(back / av_q2d(stream.time_base));
+        if (av_seek_frame(input_.get(), stream_, earlier, AVSEEK_FLAG_BACKWARD) < 0) break;
+        while (av_read_frame(input_.get(), packet.get()) >= 0 && packet->stream_index != stream_)
+            av_packet_unref(packet.get());
+        const bool early = packet->stream_index == stream_ && packet->pts != AV_NOPTS_VALUE &&
+                           packet->pts <= target && (packet->flags & AV_PKT_FLAG_KEY) != 0;
+        av_packet_unref(packet.get());
+        if (!early) continue;
+        if (av_seek_frame(input_.get(), stream_, earlier, AVSEEK_FLAG_BACKWARD) >= 0) return;
+    }
+    av_seek_frame(input_.get(), stream_, times_.front(), AVSEEK_FLAG_BACKWARD);
+}
+
+void FfmpegReader::readToPart(int lookBack) {
+    std::unique_ptr<FfmpegFrame> frame = decode();
+    while (frame != nullptr && (video_.width == 0 || beforePart(*frame))) {
+        frame->preRoll = beforePart(*frame);
+        const double time = seconds(frame->properties().pts, video_.timeBase);
+        // Sound that lies behind cannot belong to the part; its start is not known yet.
+        std::erase_if(otherPackets_, [&](const PacketPtr& packet) {
+            return frame->preRoll && packetTime(*packet, *input_->streams[packet->stream_index]) < time - 1;
+        });
+        ahead_.push_back(std::move(frame));
+        if (ahead_.front()->preRoll && static_cast<int>(ahead_.size()) > lookBack) ahead_.pop_front();
+        frame = decode();
+    }
+    throwIfInterrupted();
+    if (video_.width == 0) {
+        std::string reason = failureText(AVERROR_INVALIDDATA);
+        throw RenderError(name_ + ": no frame can be read: " + reason);
+    }
+    if (frame == nullptr || afterPart(*frame)) {
+        throw RenderError(name_ + " has no frame in the range asked for" +
+                          (info_.frameCount > 0
+                               ? ": its frames are 0 to " + std::to_string(info_.frameCount - 1)
+                               : std::string()));
+    }
+    const double clipStart = seconds(*firstTime_, video_.timeBase);
+    if (range_.last) {
+        const auto next = static_cast<std::size_t>(*range_.last + 1);
+        if (times_.empty()) partEnd_ = clipStart + static_cast<double>(next) / info_.frameRate;
+        if (next < times_.size()) partEnd_ = seconds(times_[next], video_.timeBase);
+    }
+    partEnd_ = std::min(partEnd_, clipStart + end_);
+    if (range_.first > 0 || start_ > 0) {
+        partStart_ = seconds(frame->properties().pts, video_.timeBase);
+        timeOrigin_ = partStart_;
+    } else if ((input_->iformat->flags & AVFMT_TS_DISCONT) != 0 && input_->start_time != AV_NOPTS_VALUE) {
+        // Clocks of broadcasts begin anywhere.
+        timeOrigin_ = seconds(input_->start_time, AV_TIME_BASE_Q);
+    }
+    ahead_.push_back(std::move(frame));
+}
+
+void FfmpegReader::describe(const RenderJob& job) {
+    info_.width = video_.uprightWidth();
+    info_.height = video_.uprightHeight();
+    info_.depth = formatDepth(video_.format);
+    info_.alpha = formatHasAlpha(video_.format);
+    video_.premultiplied = job.premultiplied && info_.alpha;
+    if (info_.frameCount <= 0) return;
+
+    std::int64_t last = info_.frameCount - 1;
+    if (range_.last && *range_.last > last) {
+        messages_.notice(name_ + " ends with frame " + std::to_string(last) +
+                         "; what exists of the range is rendered");
+    }
+    last = std::min(last, range_.last.value_or(last));
+    info_.framesExpected = std::max<std::int64_t>(0, last - range_.first + 1);
+    if (std::isfinite(start_) || std::isfinite(end_)) {
+        const double from = std::max(0.0, start_);
+        const double to = std::min(end_, static_cast<double>(info_.frameCount) / info_.frameRate);
+        info_.framesExpected = std::llround(std::max(0.0, to - from) * info_.frameRate);
+    }
+}
+
+std::unique_ptr<SourceFrame> FfmpegReader::read() {
+    std::unique_ptr<FfmpegFrame> frame;
+    if (!ahead_.empty()) {
+        frame = std::move(ahead_.front());
+        ahead_.pop_front();
+    } else if (!done_) {
+        frame = decode();
+        if (frame == nullptr || afterPart(*frame)) {
+            frame.reset();
+            done_ = true;
+            readOthersToEnd();
+        }
+    }
+    return frame;
+}
+
+std::unique_ptr<FfmpegFrame> FfmpegReader::decode() {
+    while (decoded_.empty() && !drained_) {
+        if (stop_.requested()) return nullptr;
+        FramePtr frame = newFrame();
+        const int received = avcodec_receive_frame(decoder_.get(), frame.get());
+        if (received >= 0) {
+            take(std::move(frame));
+        } else if (received == AVERROR(EAGAIN)) {
+            demux();
+        } else if (received == AVERROR_EOF) {
+            drained_ = true;
+            takeLost(numbering_.rest());
+        } else {
+            noteFailure(received);
+        }
+    }
+    if (decoded_.empty()) return nullptr;
+    std::unique_ptr<FfmpegFrame> frame = std::move(decoded_.front());
+    decoded_.pop_front();
+    return frame;
+}
+
+/// Reads packets up to one of the video, which goes into the decoder; after the last one drains it.
+void FfmpegReader::demux() {
+    while (true) {
+        PacketPtr packet = nextPacket();
+        if (packet != nullptr && packet->stream_index != stream_) {
+            passOn(std::move(packet));
+            continue;
+        }
+        if (packet != nullptr && holdsShownFrame(*packet, decoder_->codec_id) &&
+            packet->pts != AV_NOPTS_VALUE)
+            numbering_.sent(packet->pts);
+        const int sent = avcodec_send_packet(decoder_.get(), packet.get());
+        if (sent < 0) noteFailure(sent);
+        return;
+    }
+}
+
+/// Null at the end.
+PacketPtr FfmpegReader::nextPacket() {
+    if (inputEnded_) return nullptr;
+    PacketPtr packet = newPacket();
+    const int got = av_read_frame(input_.get(), packet.get());
+    if (got >= 0) return packet;
+    inputEnded_ = true;
+    if (got != AVERROR_EOF && !stop_.requested()) {
+        const std::string what = name_ + ": reading stopped early: " + failureText(got);
+        if (strict_) throw RenderError(what);
+        messages_.warning(what);
+    }
+    return nullptr;
+}
+
+void FfmpegReader::noteFailure(int code) {
+    numbering_.failed();
+    failure_ = failureText(code);
+}
+
+void FfmpegReader::takeLost(const std::vector<FrameNumbering::Lost>& lost) {
+    for (const FrameNumbering::Lost& frame : lost) {
+        auto placeholder = std::make_unique<LostFrame>(frame.time, failure_);
+        place(*placeholder, frame.number, frame.time, Interlacing::Progressive);
+        decoded_.push_back(std::move(placeholder));
+    }
+}
+
+void FfmpegReader::take(FramePtr frame) {
+    const bool first = video_.width == 0;
+    if (first) setProperties(*frame);
+    std::int64_t time = frame->best_effort_timestamp;
+    if (time == AV_NOPTS_VALUE) time = nextTime_;
+    const std::int64_t usual = av_rescale_q(1, av_inv_q(video_.frameRate), video_.timeBase);
+    nextTime_ = time + (frame->pkt_duration > 0 ? frame->pkt_duration : usual);
+    frame->pts = time;
+
+    Interlacing stored = interlacingOf(*frame);
+    const AVCodecDescriptor* codec = avcodec_descriptor_get(decoder_->codec_id);
+    // Many formats of single pictures leave it to the container.
+    if (stored == Interlacing::Progressive && codec != nullptr && (codec->props & AV_CODEC_PROP_INTRA_ONLY))
+        stored = interlacingOf(input_->streams[stream_]->codecpar->field_order);
+    stored = forcedInterlacing_.value_or(stored);
+    frame->interlaced_frame = stored != Interlacing::Progressive ? 1 : 0;
+    frame->top_field_first = stored == Interlacing::TopFieldFirst ? 1 : 0;
+
+    const FrameNumbering::Numbered numbered = numbering_.next(time);
+    if (!firstTime_) firstTime_ = numbered.lost.empty() ? time : numbered.lost.front().time;
+    takeLost(numbered.lost);
+    const bool impaired = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+    auto decoded = std::make_unique<DecodedFrame>(std::move(frame), video_);
+    decoded->impaired = impaired;
+    place(*decoded, numbered.number, time, uprightInterlacing(stored, video_));
+    if (first) video_.interlacing = decoded->position.interlacing;
+    decoded_.push_back(std::move(decoded));
+}
+
+void FfmpegReader::setProperties(const AVFrame& frame) {
+    const AVStream& stream = *input_->streams[stream_];
+    const AVCodecParameters& tags = *stream.codecpar;
+    FramePtr tagged(av_frame_clone(&frame));
+    if (tagged == nullptr) throw std::bad_alloc();
+    if (frame.color_range == AVCOL_RANGE_UNSPECIFIED) tagged->color_range = tags.color_range;
+    if (frame.colorspace == AVCOL_SPC_UNSPECIFIED) tagged->colorspace = tags.color_space;
+    if (frame.color_primaries == AVCOL_PRI_UNSPECIFIED) tagged->color_primaries = tags.color_primaries;
+    if (frame.color_trc == AVCOL_TRC_UNSPECIFIED) tagged->color_trc = tags.color_trc;
+    tagged->sample_aspect_ratio = av_guess_sample_aspect_ratio(input_.get(), const_cast<AVStream*>(&stream),
+                                                               const_cast<AVFrame*>(&frame));
+
+    const AVRational timeBase = video_.timeBase;
+    const AVRational frameRate = video_.frameRate;
+    video_ = propertiesOf(*tagged, tags.codec_id);
+    video_.timeBase = timeBase;
+    video_.frameRate = frameRate;
+
+    const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    if (matrix == nullptr) {
+        const AVFrameSideData* data = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
+        if (data != nullptr) matrix = data->data;
+    }
+    if (matrix != nullptr) {
+        std::int32_t values[9];
+        std::memcpy(values, matrix, sizeof values);
+        video_.orientation = matrixOrientation(values);
+    }
+}
+
+void FfmpegReader::place(SourceFrame& frame, std::int64_t number, std::int64_t time,
+                         Interlacing interlacing) const {
+    frame.position = {number, info_.frameCount, seconds(time - firstTime_.value_or(time), video_.timeBase),
+                      info_.frameRate, interlacing};
+}
+
+bool FfmpegReader::beforePart(const SourceFrame& frame) const {
+    return frame.position.number < range_.first || frame.position.seconds < start_ - 1e-6;
+}
+
+bool FfmpegReader::afterPart(const SourceFrame& frame) const {
+    return (range_.last && frame.position.number > *range_.last) || frame.position.seconds >= end_ - 1e-6;
+}
+
+void FfmpegReader::passOn(PacketPtr packet) {
+    if (sink_ == nullptr) {
+        otherPackets_.push_back(std::move(packet));
+        return;
+    }
+    const AVStream& stream = *input_->streams[packet->stream_index];
+    const double begin = packetTime(*packet, stream);
+    const double middle = begin + seconds(packet->duration, stream.time_base) / 2;
+    // What lies mostly outside the part is left out.
+    if (begin == noTime || (middle >= partStart_ && middle < partEnd_)) sink_(std::move(packet));
+}
+
+void FfmpegReader::connect(PacketSink sink) {
+    sink_ = std::move(sink);
+    for (PacketPtr& packet : otherPackets_) passOn(std::move(packet));
+    otherPackets_.clear();
+}
+
+/// After the last frame the other streams go on to the end of the part.
+void FfmpegReader::readOthersToEnd() {
+    constexpr double interleaving = 2;  // seconds by which streams of a file may lie apart
+    while (!stop_.requested()) {
+        PacketPtr packet = nextPacket();
+        if (packet == nullptr ||
+            packetTime(*packet, *input_->streams[packet->stream_index]) > partEnd_ + interleaving)
+            return;
+        if (packet->stream_index != stream_) passOn(std::move(packet));
+    }
+}
+
+}  // namespace vireo

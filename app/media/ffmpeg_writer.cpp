@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/ffmpeg_writer.h"
+
+#include <cmath>
+
+namespace vireo {
+namespace {
+
+/// Whether container and codec hold a time for each frame, in the source's clock.
+bool holdsTimes(const AVOutputFormat& container, const AVCodec& codec, AVRational timeBase) {
+    if ((container.flags & AVFMT_VARIABLE_FPS) == 0) return false;
+    switch (codec.id) {
+        case AV_CODEC_ID_MPEG1VIDEO:
+        case AV_CODEC_ID_MPEG2VIDEO:
+        case AV_CODEC_ID_THEORA:
+        case AV_CODEC_ID_DNXHD:
+        case AV_CODEC_ID_DVVIDEO: return false;
+        case AV_CODEC_ID_MPEG4: return timeBase.den <= 65535;
+        default: return true;
+    }
+}
+
+AVRational nearestRate(const AVCodec& codec, AVRational wanted) {
+    if (codec.supported_framerates == nullptr) return wanted;
+    return codec.supported_framerates[av_find_nearest_q_idx(wanted, codec.supported_framerates)];
+}
+
+/// What belongs to the video beside its pixels and holds of the output too.
+void copySideData(const AVStream& from, AVStream& to) {
+    for (AVPacketSideDataType type : {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_PKT_DATA_CONTENT_LIGHT_LEVEL,
+                                      AV_PKT_DATA_SPHERICAL, AV_PKT_DATA_STEREO3D}) {
+        std::size_t size = 0;
+        const std::uint8_t* data = av_stream_get_side_data(&from, type, &size);
+        if (data == nullptr) continue;
+        std::uint8_t* copy = av_stream_new_side_data(&to, type, size);
+        if (copy != nullptr) std::copy(data, data + size, copy);
+    }
+}
+
+}  // namespace
+
+FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const VideoProperties& video,
+                           int depth, const StopRequest& stop, Messages& messages)
+    : choice_(chooseVideoEncoder(job, video, depth)),
+      muxer_(job, *choice_.container, stop),
+      fixedRate_(!holdsTimes(*choice_.container, *choice_.codec, video.timeBase)),
+      sourceBase_(video.timeBase),
+      timeOrigin_(reader != nullptr ? reader->timeOrigin() : 0) {
+    encoder_ = newEncoder(choice_, video);
+    if (fixedRate_) {
+        encoder_->framerate = nearestRate(*choice_.codec, video.frameRate);
+        encoder_->time_base = av_inv_q(encoder_->framerate);
+    }
+    if ((choice_.container->flags & AVFMT_GLOBALHEADER) != 0) encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    Dictionary options;
+    vireo::openEncoder(*encoder_, choice_, job, &options);
+
+    AVFormatContext& output = muxer_.context();
+    stream_ = avformat_new_stream(&output, nullptr);
+    if (stream_ == nullptr) throw std::bad_alloc();
+    check(avcodec_parameters_from_context(stream_->codecpar, encoder_.get()), "cannot write the video");
+    stream_->time_base = encoder_->time_base;
+    stream_->avg_frame_rate = encoder_->framerate;
+    stream_->sample_aspect_ratio = encoder_->sample_aspect_ratio;
+    if (reader != nullptr) {
+        AVStream& source = *reader->input().streams[reader->videoStream()];
+        copyTags(source.metadata, &stream_->metadata);
+        stream_->disposition = source.disposition;
+        copySideData(source, *stream_);
+        others_.emplace(*reader, muxer_, job.noAudio, messages);
+    }
+    if (choice_.alpha && std::string_view(choice_.container->name) == "webm")
+        av_dict_set(&stream_->metadata, "alpha_mode", "1", 0);
+    muxer_.begin(options);
+    if (options.anyName() != nullptr) {
+        throw RenderError(std::string("neither the encoder ") + choice_.codec->name + " nor the format " +
+                              choice_.container->name + " has an option named " + options.anyName(),
+                          2);
+    }
+    frames_.emplace(choice_, *encoder_, video.premultiplied, messages);
+    if (reader != nullptr) reader->connect([this](PacketPtr packet) { others_->take(std::move(packet)); });
+}
+
+std::unique_ptr<OutputFrame> FfmpegWriter::convert(const Picture& picture, const SourceFrame& source) {
+    const auto& decoded = dynamic_cast<const FfmpegFrame&>(source);
+    FramePtr frame = frames_->frameOf(picture, decoded);
+    const double time = seconds(frame->pts, sourceBase_) - timeOrigin_;
+    if (fixedRate_) {
+        frame->pts = std::llround(time * av_q2d(encoder_->framerate));
+        frame->pkt_duration = 1;
+    } else {
+        frame->pts -= std::llround(timeOrigin_ / av_q2d(sourceBase_));
+    }
+    return std::make_unique<FfmpegOutputFrame>(std::move(frame));
+}
+
+void FfmpegWriter::write(std::unique_ptr<OutputFrame> output) {
+    AVFrame& frame = *static_cast<FfmpegOutputFrame&>(*output).frame;
+    // No encoder takes a time twice.
+    if (frame.pts <= lastTime_) frame.pts = lastTime_ + 1;
+    lastTime_ = frame.pts;
+    durations_[frame.pts] = frame.pkt_duration;
+    encode(&frame);
+}
+
+void FfmpegWriter::encode(const AVFrame* frame) {
+    check(avcodec_send_frame(encoder_.get(), frame), "cannot encode the video");
+    while (true) {
+        PacketPtr packet = newPacket();
+        const int received = avcodec_receive_packet(encoder_.get(), packet.get());
+        if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return;
+        check(received, "cannot encode the video");
+        throwIfInterrupted();
+        if (const auto duration = durations_.find(packet->pts); duration != durations_.end()) {
+            packet->duration = duration->second;
+            durations_.erase(duration);
+        }
+        av_packet_rescale_ts(packet.get(), encoder_->time_base, stream_->time_base);
+        packet->stream_index = stream_->index;
+        muxer_.write(std::move(packet));
+    }
+}
+
+void FfmpegWriter::finish() {
+    encode(nullptr);
+    if (others_) others_->finish();
+    muxer_.finish();
+}
+
+}  // namespace vireo

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/frame_output.h"
+
+#include <cstring>
+
+namespace vireo {
+namespace {
+
+std::shared_ptr<Picture> premultiplied(const Picture& picture) {
+    auto copy = std::make_shared<Picture>(picture.width(), picture.height(), picture.format());
+    for (int y = 0; y < picture.height(); ++y)
+        std::memcpy(copy->row(y), picture.row(y), static_cast<std::size_t>(picture.rowBytes()));
+    premultiply(*copy);
+    return copy;
+}
+
+}  // namespace
+
+FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& encoder, bool premultiply,
+                         Messages& messages)
+    : alpha_(choice.alpha),
+      premultiply_(premultiply),
+      pixelAspect_(encoder.sample_aspect_ratio),
+      range_(encoder.color_range),
+      matrix_(encoder.colorspace),
+      packer_(choice.format, encoder.width, encoder.height, choice.coding),
+      messages_(messages) {}
+
+FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source) {
+    if (!alpha_ && !alphaDropped_ && hasTransparency(picture) && !alphaDropped_.exchange(true)) {
+        messages_.notice(
+            "some pixels became transparent and the output holds no alpha: --alpha, or a name that ends in "
+            ".png, .mov or .mkv, keeps it");
+    }
+    const bool interlaced = source.position.interlacing != Interlacing::Progressive;
+    FramePtr frame = premultiply_ ? packer_.frameOf(*premultiplied(picture), interlaced)
+                                  : packer_.frameOf(picture, interlaced);
+    check(av_frame_copy_props(frame.get(), &source.properties()), "cannot pass on a frame");
+    av_frame_remove_side_data(frame.get(), AV_FRAME_DATA_DISPLAYMATRIX);
+    av_dict_free(&frame->metadata);
+    frame->interlaced_frame = interlaced ? 1 : 0;
+    frame->top_field_first = source.position.interlacing == Interlacing::TopFieldFirst ? 1 : 0;
+    frame->pict_type = AV_PICTURE_TYPE_NONE;
+    frame->key_frame = 0;
+    frame->repeat_pict = 0;
+    frame->sample_aspect_ratio = pixelAspect_;
+    frame->color_range = range_;
+    frame->colorspace = matrix_;
+    return frame;
+}
+
+}  // namespace vireo

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_MEDIA_FRAME_OUTPUT_H
+#define VIREO_APP_MEDIA_FRAME_OUTPUT_H
+
+#include "app/media/encoder_choice.h"
+#include "app/media/pixel_conversion.h"
+
+#include <atomic>
+
+namespace vireo {
+
+/// Rendered pictures in the form that an encoder takes. Any number of threads may call.
+class FrameOutput {
+public:
+    /// `messages` must outlive it.
+    FrameOutput(const EncoderChoice& choice, const AVCodecContext& encoder, bool premultiply,
+                Messages& messages);
+
+    /// The picture with the properties of the frame that it came from.
+    FramePtr frameOf(const Picture& picture, const FfmpegFrame& source);
+
+private:
+    bool alpha_;
+    bool premultiply_;
+    AVRational pixelAspect_;
+    AVColorRange range_;
+    AVColorSpace matrix_;
+    FramePacker packer_;
+    Messages& messages_;
+    std::atomic<bool> alphaDropped_ = false;
+};
+
+}  // namespace vireo
+
+#endif

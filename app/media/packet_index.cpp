@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/packet_index.h"
+
+#include "app/media/ffmpeg_io.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vireo {
+
+std::optional<std::int64_t> exactFrameCount(const AVFormatContext& input, int stream) {
+    if (std::strstr(input.iformat->name, "mov") == nullptr) return std::nullopt;
+    AVStream* const video = input.streams[stream];
+    const int entries = avformat_index_get_entries_count(video);
+    // A fragmented file's table grows while it is read.
+    if (video->nb_frames <= 0 || video->nb_frames != entries) return std::nullopt;
+    std::int64_t count = 0;
+    for (int i = 0; i < entries; ++i)
+        count += (avformat_index_get_entry(video, i)->flags & AVINDEX_DISCARD_FRAME) == 0 ? 1 : 0;
+    return count;
+}
+
+bool holdsShownFrame(const AVPacket& packet, AVCodecID codec) {
+    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0 || packet.size == 0) return false;
+    // VP8 has packets that only later ones refer to.
+    return codec != AV_CODEC_ID_VP8 || (packet.data[0] & 0x10) != 0;
+}
+
+std::vector<std::int64_t> packetTimes(const std::string& path, int stream, const StopRequest& stop,
+                                      std::int64_t& count) {
+    count = 0;
+    std::vector<std::int64_t> times;
+    AVFormatContext* context = avformat_alloc_context();
+    if (context == nullptr) throw std::bad_alloc();
+    context->interrupt_callback = interruptBy(stop);
+    if (avformat_open_input(&context, fileUrl(path).c_str(), nullptr, nullptr) < 0) return times;
+    const InputFormatPtr input(context);
+    // Streams of some containers only appear while packets are looked at.
+    if (avformat_find_stream_info(context, nullptr) < 0 || stream >= static_cast<int>(context->nb_streams))
+        return times;
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        context->streams[i]->discard = static_cast<int>(i) == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+
+    const PacketPtr packet = newPacket();
+    bool complete = true;
+    for (; av_read_frame(context, packet.get()) >= 0; av_packet_unref(packet.get())) {
+        if (packet->stream_index != stream ||
+            !holdsShownFrame(*packet, context->streams[stream]->codecpar->codec_id))
+            continue;
+        ++count;
+        if (packet->pts == AV_NOPTS_VALUE) complete = false;
+        if (complete) times.push_back(packet->pts);
+    }
+    std::sort(times.begin(), times.end());
+    if (!complete || std::adjacent_find(times.begin(), times.end()) != times.end()) times.clear();
+    return times;
+}
+
+}  // namespace vireo

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/picture_files.h"
+
+#include "app/media/picture_tools.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace vireo {
+namespace {
+
+class EncodedPicture : public OutputFrame {
+public:
+    EncodedPicture(std::int64_t frameNumber, std::vector<std::uint8_t> contents)
+        : number(frameNumber), bytes(std::move(contents)) {}
+    std::int64_t number;
+    std::vector<std::uint8_t> bytes;
+};
+
+/// A number of the sequence without a file.
+class MissingPicture : public SourceFrame {
+public:
+    explicit MissingPicture(std::string name) : name_(std::move(name)) {}
+    PicturePtr picture(std::uint32_t) override { throw DamagedFrame(name_ + " does not exist"); }
+
+private:
+    std::string name_;
+};
+
+void writeFile(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes,
+               const std::string& shown) {
+    std::FILE* const file = std::fopen(path.string().c_str(), "wb");
+    bool good = file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    if (file != nullptr) good &= std::fclose(file) == 0;
+    if (!good) throw RenderError("cannot write " + shown + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
+SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& pattern, int lookBack,
+                               std::unique_ptr<PictureSource> source, Messages& messages)
+    : pattern_(pattern),
+      source_(std::move(source)),
+      interlacing_(job.interlacing.value_or(Interlacing::Progressive)) {
+    const std::vector<std::int64_t> numbers = pattern_.existing();
+    if (numbers.empty()) throw RenderError("there is no picture named like " + job.input);
+    firstNumber_ = numbers.front();
+    const std::int64_t count = numbers.back() - firstNumber_ + 1;
+
+    std::string failure;
+    for (std::int64_t number : numbers) {
+        try {
+            info_ = source_->probe(pattern_.folder() / pattern_.name(number));
+            failure.clear();
+            break;
+        } catch (const DamagedFrame& error) {
+            if (failure.empty()) failure = error.what();
+        }
+    }
+    if (!failure.empty()) throw RenderError(job.input + ": no picture can be read: " + failure);
+    info_.frameRate = pictureRate;
+    info_.frameCount = job.clipLength.value_or(count);
+
+    first_ = job.frames ? job.frames->first : 0;
+    last_ = count - 1;
+    if (job.frames && job.frames->last) {
+        if (*job.frames->last > last_) {
+            messages.notice(job.input + " ends with frame " + std::to_string(last_) +
+                            "; what exists of the range is rendered");
+        }
+        last_ = std::min(last_, *job.frames->last);
+    }
+    const double start = job.start.value_or(0);
+    first_ = std::max<std::int64_t>(first_, std::llround(std::ceil(start * pictureRate - 1e-6)));
+    if (job.duration) {
+        const double end = std::ceil((start + *job.duration) * pictureRate - 1e-6);
+        last_ = std::min<std::int64_t>(last_, std::llround(end) - 1);
+    }
+    if (first_ > last_) {
+        throw RenderError(job.input + " has no frame in the range asked for: its frames are 0 to " +
+                          std::to_string(count - 1));
+    }
+    info_.framesExpected = last_ - first_ + 1;
+    next_ = std::max<std::int64_t>(0, first_ - lookBack);
+}
+
+std::unique_ptr<SourceFrame> SequenceReader::read() {
+    if (next_ > last_) return nullptr;
+    const std::filesystem::path path = pattern_.folder() / pattern_.name(firstNumber_ + next_);
+    std::error_code error;
+    std::unique_ptr<SourceFrame> frame = source_->frame(path, next_);
+    if (!std::filesystem::exists(path, error)) frame = std::make_unique<MissingPicture>(path.string());
+    frame->position = {next_, info_.frameCount, static_cast<double>(next_) / pictureRate, pictureRate,
+                       interlacing_};
+    frame->preRoll = next_ < first_;
+    ++next_;
+    return frame;
+}
+
+PictureWriter::PictureWriter(const RenderJob& job, std::unique_ptr<PictureTarget> target,
+                             std::int64_t firstNumber)
+    : job_(job),
+      target_(std::move(target)),
+      firstNumber_(firstNumber),
+      pattern_(SequencePattern::parse(job.output)) {
+    if (pattern_) {
+        files_.emplace(pattern_->folder());
+    } else if (job.output != "-") {
+        file_.emplace(job.output, job.overwrite);
+    }
+}
+
+std::unique_ptr<OutputFrame> PictureWriter::convert(const Picture& picture, const SourceFrame& source) {
+    const bool alpha = pattern_.has_value() || job_.alpha || hasTransparency(picture);
+    return std::make_unique<EncodedPicture>(source.position.number, target_->encode(picture, source, alpha));
+}
+
+void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
+    const EncodedPicture& picture = static_cast<const EncodedPicture&>(*frame);
+    if (pattern_) {
+        const std::filesystem::path name = pattern_->name(firstNumber_ + picture.number);
+        writeFile(files_->add(name), picture.bytes, (pattern_->folder() / name).string());
+        return;
+    }
+    if (written_) checkPictureOutput(job_, firstNumber_, picture.number, 2);
+    written_ = true;
+    if (file_) {
+        writeFile(file_->path(), picture.bytes, job_.output);
+    } else if (std::fwrite(picture.bytes.data(), 1, picture.bytes.size(), stdout) != picture.bytes.size() ||
+               std::fflush(stdout) != 0) {
+        throw RenderError(errno == EPIPE
+                              ? "the reader of standard output closed the pipe"
+                              : std::string("cannot write standard output: ") + std::strerror(errno));
+    }
+}
+
+void PictureWriter::finish() {
+    if (files_) files_->commit(job_.overwrite);
+    if (file_) file_->commit();
+}
+
+void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int64_t firstFrame,
+                        std::int64_t frames) {
+    const auto pattern = SequencePattern::parse(job.output);
+    if (!pattern) {
+        if (frames > 1) {
+            throw RenderError(job.output +
+                                  " holds one picture: choose a frame with --frames, or name a sequence such "
+                                  "as frame%04d.png",
+                              2);
+        }
+        return;
+    }
+    if (job.overwrite) return;
+    const std::int64_t first = firstNumber + firstFrame;
+    for (std::int64_t number : pattern->existing()) {
+        if (number >= first && (frames == 0 || number < first + frames))
+            throw RenderError((pattern->folder() / pattern->name(number)).string() +
+                              " exists; --overwrite replaces it");
+    }
+}
+
+}  // namespace vireo

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/sequence_pattern.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace vireo {
+
+std::optional<SequencePattern> SequencePattern::parse(const std::string& path) {
+    const std::filesystem::path whole(path);
+    const std::string name = whole.filename().string();
+    SequencePattern pattern;
+    pattern.folder_ = whole.parent_path();
+    bool found = false;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        std::string& part = found ? pattern.after_ : pattern.before_;
+        if (name[i] != '%') {
+            part += name[i];
+            continue;
+        }
+        if (i + 1 < name.size() && name[i + 1] == '%') {
+            part += '%';
+            ++i;
+            continue;
+        }
+        std::size_t end = i + 1;
+        while (end < name.size() && name[end] >= '0' && name[end] <= '9') ++end;
+        if (found || end >= name.size() || name[end] != 'd' || end - i > 3) return std::nullopt;
+        const char* const digits = name.data() + i + 1;
+        std::from_chars(digits, name.data() + end, pattern.digits_);
+        pattern.digits_ = std::max(pattern.digits_, 1);
+        found = true;
+        i = end;
+    }
+    if (!found) return std::nullopt;
+    return pattern;
+}
+
+std::filesystem::path SequencePattern::name(std::int64_t number) const {
+    std::string digits = std::to_string(number);
+    if (static_cast<int>(digits.size()) < digits_)
+        digits.insert(0, static_cast<std::size_t>(digits_) - digits.size(), '0');
+    return before_ + digits + after_;
+}
+
+std::vector<std::int64_t> SequencePattern::existing() const {
+    std::vector<std::int64_t> numbers;
+    std::error_code error;
+    const std::filesystem::path folder = folder_.empty() ? "." : folder_;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string found = entry.path().filename().string();
+        if (found.size() <= before_.size() + after_.size() || !found.starts_with(before_) ||
+            !found.ends_with(after_))
+            continue;
+        const char* const begin = found.data() + before_.size();
+        const char* const end = found.data() + found.size() - after_.size();
+        std::int64_t number = 0;
+        const auto [stop, failure] = std::from_chars(begin, end, number);
+        if (failure == std::errc() && stop == end && number >= 0 && name(number) == found)
+            numbers.push_back(number);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+}  // namespace vireo

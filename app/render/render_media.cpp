@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "app/media/media.h"
+#include "app/render/interruption.h"
+#include "app/render/messages.h"
+#include "app/render/pipeline.h"
+
+#include <chrono>
+#include <thread>
+
+namespace vireo {
+namespace {
+
+/// Numbers of damaged frames, as people write them: "3, 7-9".
+class DamageList {
+public:
+    void add(std::int64_t number) {
+        if (!runs_.empty() && runs_.back().second + 1 == number) {
+            runs_.back().second = number;
+        } else if (runs_.size() < longest) {
+            runs_.emplace_back(number, number);
+        } else {
+            cut_ = true;
+        }
+        ++count_;
+    }
+
+    std::int64_t count() const { return count_; }
+
+    std::string text() const {
+        std::string text;
+        for (const auto& [first, last] : runs_) {
+            if (!text.empty()) text += ", ";
+            text += std::to_string(first);
+            if (last > first) text += '-' + std::to_string(last);
+        }
+        return cut_ ? text + " and more" : text;
+    }
+
+private:
+    static constexpr std::size_t longest = 50;
+    std::vector<std::pair<std::int64_t, std::int64_t>> runs_;
+    std::int64_t count_ = 0;
+    bool cut_ = false;
+};
+
+}  // namespace
+
+RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
+    const auto start = std::chrono::steady_clock::now();
+    const InterruptionGuard guard;
+    StopRequest stop;
+    Messages messages(job.quiet);
+    DamageList damage;
+    std::string reason;
+
+    Media media = openMedia(job, processor, stop, messages);
+    const std::int64_t expected = media.reader->info().framesExpected;
+    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    const std::int64_t frames =
+        runPipeline(media, processor, job.jobs > 0 ? job.jobs : cores, stop,
+                    {.written = [&](std::int64_t written) { messages.progress(written, expected); },
+                     .damaged =
+                         [&](const FramePosition& position, const std::string& why) {
+                             if (job.strict)
+                                 throw RenderError(job.input + ": frame " + std::to_string(position.number) +
+                                                   " is damaged: " + why);
+                             if (damage.count() == 0) reason = why;
+                             damage.add(position.number);
+                         }});
+    if (frames == 0) {
+        throw RenderError(job.input + (damage.count() > 0
+                                           ? ": no frame can be read: " + reason
+                                           : ": there is no frame to render in the range asked for"));
+    }
+    media.writer->finish();
+
+    if (damage.count() > 0) {
+        messages.warning(job.input + ": damaged and left out: frame" + (damage.count() > 1 ? "s " : " ") +
+                         damage.text() + " (" + reason + ")");
+    }
+    return {frames, damage.count(),
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
+}
+
+}  // namespace vireo

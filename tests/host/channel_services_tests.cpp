@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "host/fxkit/channel_services.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::uint8_t guard = 0xA5;
+
+std::vector<mtkcore::InstructionSet> runnableSets() {
+    std::vector<mtkcore::InstructionSet> sets;
+    for (mtkcore::InstructionSet set : mtkcore::allInstructionSets) {
+        if (set <= mtkcore::processorInstructionSet()) sets.push_back(set);
+    }
+    return sets;
+}
+
+/// Rows of 4-byte pixels in memory with some bytes around, in either direction.
+struct Frame {
+    Frame(int theWidth, int theHeight, int padding, bool upward, std::mt19937& random)
+        : width(theWidth),
+          height(theHeight),
+          memory(100 + (4 * theWidth + padding) * theHeight + 100, guard) {
+        rowBytes = 4 * width + padding;
+        first = 97;
+        if (upward) {
+            first += (height - 1) * rowBytes;
+            rowBytes = -rowBytes;
+        }
+        for (int y = 0; y < height; ++y) {
+            for (int i = 0; i < 4 * width; ++i) at(y, i) = static_cast<std::uint8_t>(random());
+        }
+    }
+
+    std::uint8_t* pixels() { return memory.data() + first; }
+    std::uint8_t& at(int y, int i) { return memory[first + y * rowBytes + i]; }
+    int clampedAt(int y, int x, int channel) {
+        return at(std::clamp(y, 0, height - 1), 4 * std::clamp(x, 0, width - 1) + channel);
+    }
+
+    int width, height;
+    std::ptrdiff_t rowBytes;
+    std::ptrdiff_t first;
+    Bytes memory;
+};
+
+/// Holds a service in every set, from frame to frame and in place, against a plain version.
+template <class Plain, class Service>
+void expectSame(Frame source, const Plain& plain, const Service& service) {
+    Frame expected = source;
+    for (int y = 0; y < source.height; ++y) {
+        for (int i = 0; i < 4 * source.width; ++i) {
+            expected.at(y, i) = static_cast<std::uint8_t>(plain(source, y, i / 4, i % 4));
+        }
+    }
+    for (mtkcore::InstructionSet set : runnableSets()) {
+        Frame original = source;
+        Frame result = source;
+        std::replace_if(
+            result.memory.begin(), result.memory.end(), [](std::uint8_t) { return true; }, guard);
+        service(channelKernelsTables.at(set), original.pixels(), result);
+        EXPECT_TRUE(original.memory == source.memory);
+        EXPECT_TRUE(result.memory == expected.memory)
+            << instructionSetName(set) << " " << source.width << " x " << source.height;
+        service(channelKernelsTables.at(set), original.pixels(), original);
+        EXPECT_TRUE(original.memory == expected.memory)
+            << instructionSetName(set) << " in place " << source.width << " x " << source.height;
+    }
+}
+
+TEST(ApplyChannelTables, MapsEachChannelThroughItsTable) {
+    std::mt19937 random(1);
+    Bytes tables(3 * 256);
+    for (std::uint8_t& value : tables) value = static_cast<std::uint8_t>(random());
+    const std::uint8_t* const blueGreenRed[3] = {tables.data(), tables.data() + 256, tables.data() + 512};
+    for (int width = 1; width <= 70; ++width) {
+        expectSame(
+            Frame(width, 5, width % 3 * 4, width % 2 == 0, random),
+            [&](Frame& frame, int y, int x, int channel) {
+                const int value = frame.at(y, 4 * x + channel);
+                return channel == 3 ? value : blueGreenRed[channel][value];
+            },
+            [&](const ChannelKernels& kernels, const std::uint8_t* source, Frame& result) {
+                kernels.applyTables(source, result.pixels(), result.rowBytes, result.width, result.height,
+                                    blueGreenRed);
+            });
+    }
+}
+
+TEST(ApplyChannelTables, TakesTheTablesInTheOrderOfTheirNames) {
+    Bytes red(256, 1);
+    Bytes green(256, 2);
+    Bytes blue(256, 3);
+    const std::uint8_t source[8] = {10, 20, 30, 40, 50, 60, 70, 80};
+    Bytes result(8);
+    FxKit::applyChannelTables(source, result.data(), 8, 2, 1, red.data(), green.data(), blue.data());
+    EXPECT_EQ(result, (Bytes{3, 2, 1, 40, 3, 2, 1, 80}));
+    FxKit::applyChannelTables(nullptr, nullptr, 8, 0, 1, red.data(), green.data(), blue.data());
+    FxKit::applyChannelTables(nullptr, nullptr, 8, 2, 0, red.data(), green.data(), blue.data());
+}
+
+int plainlyConvolved(Frame& frame, const std::int16_t record[11], int y, int x, int channel) {
+    std::int64_t sum = 0;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            sum += record[3 * row + column] * frame.clampedAt(y + 1 - row, x + column - 1, channel);
+        }
+    }
+    const std::int64_t scale = record[10] == 0 ? 1 : record[10];
+    return static_cast<int>(std::clamp<std::int64_t>(sum / scale + record[9], 0, 255));
+}
+
+void expectConvolved(const Frame& frame, const std::int16_t record[11]) {
+    SCOPED_TRACE(testing::PrintToString(std::vector<int>(record, record + 11)));
+    expectSame(
+        frame,
+        [&](Frame& source, int y, int x, int channel) {
+            return plainlyConvolved(source, record, y, x, channel);
+        },
+        [&](const ChannelKernels& kernels, const std::uint8_t* source, Frame& result) {
+            FxKit::convolve3x3(kernels, source, result.pixels(), record, result.rowBytes, result.width,
+                               result.height);
+        });
+}
+
+TEST(Convolve3x3, EqualsThePlainVersionForRandomKernels) {
+    std::mt19937 random(2);
+    const auto within = [&](int limit) {
+        return static_cast<std::int16_t>(std::uniform_int_distribution(-limit, limit)(random));
+    };
+    for (const int weights : {1, 5, 30, 63, 64, 65, 128, 1000, 32767}) {
+        for (const int scale : {1, 6, 40, 300, 32767}) {
+            for (const int offset : {0, 100, 32767}) {
+                std::int16_t record[11];
+                std::generate_n(record, 9, [&] { return within(weights); });
+                record[9] = within(offset);
+                record[10] = within(scale);
+                const int width = 1 + static_cast<int>(random() % 70);
+                const int height = 1 + static_cast<int>(random() % 5);
+                expectConvolved(Frame(width, height, 8 * (scale % 2), offset == 0, random), record);
+            }
+        }
+    }
+}
+
+TEST(Convolve3x3, KeepsExtremesExact) {
+    constexpr std::int16_t least = std::numeric_limits<std::int16_t>::min();
+    constexpr std::int16_t most = std::numeric_limits<std::int16_t>::max();
+    const std::int16_t records[][11] = {
+        {0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0},             // A scale of 0 counts as 1.
+        {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 45},            // No symmetry: which row and column is which.
+        {64, 64, 64, 64, 64, 64, 64, 64, 64, 0, 576},  // The largest pairs that fit,
+        {-64, -64, -64, -64, -64, -64, -64, -64, -128, most, 1},
+        {127, 1, 127, 1, 127, 1, 127, 1, 127, -32000, 1},
+        {0, 0, 0, 0, 128, 0, 0, 0, 0, 0, 128},  // and the smallest that do not.
+        {64, 65, 0, 0, 0, 0, 0, 0, 0, 0, 129},
+        {127, 1, 127, 1, 127, 1, 127, 1, 127, -32001, 1},
+        {127, 1, 127, 1, 127, 1, 127, 1, 127, least, 1},
+        {least, least, least, least, least, least, least, least, least, most, least},
+        {most, most, most, most, most, most, most, most, most, least, 1},
+        {most, least, most, least, most, least, most, least, most, 128, -3},
+    };
+    std::mt19937 random(3);
+    for (const auto& record : records) {
+        for (const int width : {1, 2, 3, 16, 17, 33}) {
+            for (const int height : {1, 2, 7})
+                expectConvolved(Frame(width, height, 4, false, random), record);
+        }
+    }
+}
+
+// Quotients come from a product with a reciprocal, which must never cross a whole number.
+TEST(Convolve3x3, DividesEverySumExactly) {
+    std::vector<int> scales = {1000, 1021, 4095, 4096, 4097, 16381, 32767, -1, -2, -6, -7, -255, -32768};
+    for (int scale = 1; scale <= 300; ++scale) scales.push_back(scale);
+    constexpr int mostSum = 2 * 127 * 255;
+    for (const int scale : scales) {
+        // Sums from `begin` on whose quotients, with the offset, go through 0 to 255.
+        const int step = 255 * std::abs(scale);
+        for (int begin = -mostSum; begin <= mostSum; begin += step) {
+            const int offset = (scale > 0 ? 0 : 255) - begin / scale;
+            if (std::abs(offset) > 32000) continue;
+            const int count = std::min(begin + step, mostSum) - begin + 1;
+            // The middle column makes each sum from 127 times one byte, 127 times another and a third.
+            const int sign = begin < 0 ? -1 : 1;
+            const Convolution convolution = {{{0, static_cast<std::int16_t>(127 * sign), 0},
+                                              {0, static_cast<std::int16_t>(127 * sign), 0},
+                                              {0, static_cast<std::int16_t>(sign), 0}},
+                                             offset,
+                                             scale};
+            Bytes rows[3];
+            for (Bytes& row : rows) row.resize(count + 8 + 64);
+            Bytes expected(count);
+            for (int i = 0; i < count; ++i) {
+                const int size = std::clamp((begin + i) * sign, 0, mostSum);
+                const int first = std::min(size / 127, 255);
+                const int second = std::min((size - 127 * first) / 127, 255);
+                rows[0][i + 4] = static_cast<std::uint8_t>(first);
+                rows[1][i + 4] = static_cast<std::uint8_t>(second);
+                rows[2][i + 4] = static_cast<std::uint8_t>(size - 127 * (first + second));
+                expected[i] = static_cast<std::uint8_t>(std::clamp(size * sign / scale + offset, 0, 255));
+            }
+            ASSERT_TRUE(fitsSmall(convolution));
+            const std::uint8_t* const pointers[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
+            for (mtkcore::InstructionSet set : runnableSets()) {
+                Bytes result(count);
+                channelKernelsTables.at(set).convolveSmall(pointers, result.data(), count, convolution);
+                ASSERT_EQ(result, expected) << "scale " << scale << " from " << begin;
+            }
+        }
+    }
+}
+
+}  // namespace

@@ -26,11 +26,15 @@ constexpr Settings initialSettings{10, 0, 0x0000FF};
 const ColorPassKernels& kernels = colorPassKernelsTables.chosen();
 
 ColorPassSelection selectionOf(const Settings& settings) {
-    const std::uint32_t red = settings.color & 0xFF;
-    const std::uint32_t green = settings.color >> 8 & 0xFF;
-    const std::uint32_t blue = settings.color >> 16 & 0xFF;
-    return {blue | green << 8 | red << 16, static_cast<std::uint8_t>(std::min(2 * settings.similarity, 255)),
-            settings.reverse != 0};
+    const int tolerance = 2 * settings.similarity;
+    ColorPassSelection selection{0, 0xFF000000, settings.reverse != 0};
+    for (int channel = 0; channel < 3; ++channel) {
+        const int level = static_cast<int>(settings.color >> 8 * channel & 0xFF);
+        const int shift = 16 - 8 * channel;
+        selection.lowest |= static_cast<std::uint32_t>(std::max(level - tolerance, 0)) << shift;
+        selection.highest |= static_cast<std::uint32_t>(std::min(level + tolerance, 255)) << shift;
+    }
+    return selection;
 }
 
 std::int32_t execute(const FilterInvocation& invocation) {

@@ -11,16 +11,17 @@ constexpr std::uint32_t colorBits = 0x00FFFFFF;
 
 void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
          const ColorPassSelection& selection) {
-    const auto color = (ByteVector)(PixelVector{} + selection.color);
-    const ByteVector tolerance = ByteVector{} + selection.tolerance;
-    const PixelVector greysNear = PixelVector{} - static_cast<std::uint32_t>(selection.greysNear);
+    const auto lowest = (ByteVector)(PixelVector{} + selection.lowest);
+    const auto highest = (ByteVector)(PixelVector{} + selection.highest);
+    const PixelVector greysFar = PixelVector{} - static_cast<std::uint32_t>(!selection.greysNear);
     const auto evenWeights = (WordVector)(PixelVector{} + (lumaWeight2 | lumaWeight0 << 16));
     const auto oddWeights = (WordVector)(PixelVector{} + lumaWeight1);
     mapPixels(source, destination, width, [=](PixelVector pixels) {
         const auto bytes = (ByteVector)pixels;
-        const ByteVector distances = bytes > color ? bytes - color : color - bytes;
-        const auto far = (PixelVector)((PixelVector)(distances > tolerance) & colorBits) != 0;
-        const auto turnsGrey = (PixelVector)far ^ greysNear;
+        const ByteVector capped = bytes < highest ? bytes : highest;
+        const ByteVector nearest = capped > lowest ? capped : lowest;
+        const auto near = (PixelVector)((PixelVector)nearest == pixels);
+        const PixelVector turnsGrey = near ^ greysFar;
 
         const auto words = (WordVector)pixels;
         const auto weighted =

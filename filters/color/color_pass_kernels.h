@@ -6,10 +6,11 @@
 
 #include <cstdint>
 
+/// A pixel is near where each channel lies between the two pixels' channels, which must hold for any alpha.
 struct ColorPassSelection {
-    std::uint32_t color;     ///< As a pixel; its alpha does not count.
-    std::uint8_t tolerance;  ///< The largest difference of a channel that is still near.
-    bool greysNear;          ///< Near pixels turn grey instead of the others.
+    std::uint32_t lowest;
+    std::uint32_t highest;
+    bool greysNear;  ///< Near pixels turn grey instead of the others.
 };
 
 struct ColorPassKernels {

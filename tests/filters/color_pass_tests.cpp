@@ -117,9 +117,11 @@ TEST(ColorPassKernels, EverySetEqualsThePlainVersion) {
             const Selection s = scatterAround(random, picture);
             TestFrame source({.width = width, .height = 1}, picture);
             TestFrame destination({.width = width, .height = 1, .padding = 1});
-            const ColorPassSelection selection{pixelOf(s.blue, s.green, s.red, 0x77),
-                                               static_cast<std::uint8_t>(std::min(2 * s.similarity, 255)),
-                                               s.reverse};
+            const auto lowest = [&](int c) { return std::max(c - 2 * s.similarity, 0); };
+            const auto highest = [&](int c) { return std::min(c + 2 * s.similarity, 255); };
+            const ColorPassSelection selection{
+                pixelOf(lowest(s.blue), lowest(s.green), lowest(s.red), 0),
+                pixelOf(highest(s.blue), highest(s.green), highest(s.red), 255), s.reverse};
             colorPassKernelsTables.at(set).row(source.row(0), destination.row(0), width, selection);
             ASSERT_TRUE(samePicture(passed(picture, s), destination.picture())) << instructionSetName(set);
             ASSERT_TRUE(destination.guardsHold());

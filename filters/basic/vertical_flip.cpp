@@ -3,12 +3,17 @@
 // is the source's read nor the destination's written. Old projects depend on the missing row.
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
+#include "framework/row_copy_kernels.h"
 
 #include <cstdlib>
-#include <cstring>
 
 namespace VerticalFlip {
 namespace {
+
+const RowCopyKernels& kernels = rowCopyKernelsTables.chosen();
+
+/// Frames from this size on are gone from the caches before anybody reads them.
+constexpr std::int64_t largeFrameBytes = 16 << 20;
 
 /// Height and row bytes count in 16 bits, as hosts have always seen it.
 struct Geometry {
@@ -21,12 +26,13 @@ void render(const FrameView& source, const FrameView& destination, const Geometr
     const FrameExtent destinationExtent(destination);
     const std::int64_t rows = geometry.height - 1;
     const std::int64_t rowLength = std::abs(geometry.rowBytes);
+    const auto copy = rows * rowLength < largeFrameBytes ? kernels.copy : kernels.copyPastCaches;
     for (std::int64_t row = 0; row < rows; ++row) {
         const std::int64_t from = row * geometry.rowBytes;
         const std::int64_t to = (rows - 1 - row) * geometry.rowBytes;
         const std::int64_t length =
             std::min(sourceExtent.fitting(from, rowLength, 1), destinationExtent.fitting(to, rowLength, 1));
-        std::memcpy(destination.pixels + to, source.pixels + from, static_cast<std::size_t>(length));
+        copy(source.pixels + from, destination.pixels + to, length);
     }
 }
 

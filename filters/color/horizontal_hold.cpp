@@ -6,6 +6,7 @@
 #include "framework/dialog_launcher.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
+#include "framework/row_copy_kernels.h"
 #include "framework/settings.h"
 
 #include <algorithm>
@@ -20,6 +21,8 @@ constexpr std::uint16_t dialogId = 1900;
 constexpr RecordSizes recordSizes{.workRecord = workRecordSize, .settings = sizeof(Settings)};
 
 constexpr Settings initialSettings{0, 0};
+
+const RowCopyKernels& kernels = rowCopyKernelsTables.chosen();
 
 /// The step from row to row, 16.16, on its way from the first value to the last.
 std::int64_t rowStep(const Settings& settings, const ClipPosition& position) {
@@ -104,10 +107,10 @@ void shiftRows(FrameBuffer* sourceFrame, FrameBuffer* destinationFrame, const Se
         if (sourceExtent.fitting(offset, width, bytesPerPixel) < width) continue;
         const std::uint8_t* from = source.pixels + offset;
         std::uint8_t* to = destination.pixels + offset;
-        const auto head = static_cast<std::size_t>(bytesPerPixel * shift.pixels());
-        const auto tail = static_cast<std::size_t>(bytesPerPixel * width) - head;
-        std::memcpy(to, from + head, tail);
-        std::memcpy(to + tail, from, head);
+        const std::int64_t head = bytesPerPixel * shift.pixels();
+        const std::int64_t tail = bytesPerPixel * width - head;
+        kernels.copy(from + head, to, tail);
+        kernels.copy(from, to + tail, head);
     }
 }
 

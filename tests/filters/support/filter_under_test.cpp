@@ -1,35 +1,38 @@
 // SPDX-License-Identifier: MIT
 #include "tests/filters/support/filter_under_test.h"
 
-#include "framework/registration_order.h"
 #include "host/heapkit/memory_handles.h"
 #include "host/vireo_host.h"
+#include "host/vrm/meta_plugin.h"
+#if defined(_WIN32)
+#include "host/win32.h"
+#endif
 
-#include <map>
+#include <stdexcept>
 
 namespace {
 
 const TimeBase timeBase{{}, 1};
 
-class EntryCollector final : public VSK::PluginRegistry {
-public:
-    void Add(std::uint32_t id, FilterEntryProc entry, std::uint16_t) override { entries.emplace(id, entry); }
-
-    std::map<std::uint32_t, FilterEntryProc> entries;
-};
+/// The module lies beside the program.
+std::filesystem::path programFolder() {
+#if defined(_WIN32)
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    return std::filesystem::path(program).parent_path();
+#else
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+#endif
+}
 
 }  // namespace
 
 FilterEntryProc filterEntry(std::uint32_t id) {
-    static const auto entries = [] {
-        EntryCollector collector;
-#define VIREO_REGISTER_FILTER(filterId, filter) filter::Register(collector, filterId);
-        VIREO_FILTERS_FOR_ALL(VIREO_REGISTER_FILTER)
-        VIREO_FILTERS_FOR_FULL_APPLICATIONS(VIREO_REGISTER_FILTER)
-#undef VIREO_REGISTER_FILTER
-        return collector.entries;
-    }();
-    return entries.at(id);
+    static const VRM::MetaPlugin module(programFolder() / "VireoFiltersMetaPlugin.vrmp");
+    for (const VRM::Filter& filter : module.filters()) {
+        if (filter.id == id) return filter.entry;
+    }
+    throw std::out_of_range("no filter " + std::to_string(id));
 }
 
 FilterUnderTest::FilterUnderTest(std::uint32_t id) : entry_(filterEntry(id)) {

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// Copies of rows, where one memcpy a row costs more than the memory.
+#ifndef VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
+#define VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
+
+#include "host/mtkcore/instruction_set.h"
+
+#include <cstdint>
+
+/// Source and destination do not overlap, unless they are the same.
+struct RowCopyKernels {
+    void (*copy)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes);
+    /// The same past the caches, for whole rows of frames that no cache holds.
+    void (*copyPastCaches)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes);
+};
+
+VIREO_KERNEL_TABLES(RowCopyKernels, rowCopyKernels)
+
+#endif

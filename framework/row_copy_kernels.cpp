@@ -2,69 +2,72 @@
 #include "framework/row_copy_kernels.h"
 
 #include <cstring>
-#if defined(__SSE2__)
+#if defined(__AVX2__)
 #include <immintrin.h>
 #endif
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-// Wider vectors than these were measured to be slower here.
 #if defined(__AVX2__)
+
+// Wider lines than these were measured to be slower.
 constexpr std::int64_t lineBytes = 32;
-#else
-constexpr std::int64_t lineBytes = 16;
-#endif
 
-typedef std::uint8_t Line __attribute__((vector_size(lineBytes)));
-
-Line load(const std::uint8_t* address) {
-    Line line;
-    std::memcpy(&line, address, sizeof line);
-    return line;
+__m256i load(const std::uint8_t* address) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(address));
 }
 
-void store(std::uint8_t* address, Line line) { std::memcpy(address, &line, sizeof line); }
-
-/// Past the caches; the address is aligned.
-void stream(std::uint8_t* address, Line line) {
-#if defined(__AVX2__)
-    _mm256_stream_si256(reinterpret_cast<__m256i*>(address), (__m256i)line);
-#elif defined(__SSE2__)
-    _mm_stream_si128(reinterpret_cast<__m128i*>(address), (__m128i)line);
-#else
-    store(address, line);
-#endif
+void storeAnywhere(std::uint8_t* address, __m256i line) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(address), line);
 }
 
-/// Ends that are no whole aligned line are covered by lines that overlap the others.
+void storeAligned(std::uint8_t* address, __m256i line) {
+    _mm256_store_si256(reinterpret_cast<__m256i*>(address), line);
+}
+
+void stream(std::uint8_t* address, __m256i line) {
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(address), line);
+}
+
+/// Writes whole aligned lines; the ends that are none are covered by lines that overlap them.
 template <auto write>
 void copyLines(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
     if (bytes < lineBytes) {
         std::memcpy(destination, source, static_cast<std::size_t>(bytes));
         return;
     }
-    const Line first = load(source);
-    const Line last = load(source + bytes - lineBytes);
+    const __m256i first = load(source);
+    const __m256i last = load(source + bytes - lineBytes);
     const auto misaligned =
         static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(destination) % lineBytes);
     for (std::int64_t i = lineBytes - misaligned; i + lineBytes <= bytes; i += lineBytes) {
         write(destination + i, load(source + i));
     }
-    store(destination, first);
-    store(destination + bytes - lineBytes, last);
+    storeAnywhere(destination, first);
+    storeAnywhere(destination + bytes - lineBytes, last);
 }
 
 void copy(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
-    copyLines<store>(source, destination, bytes);
+    copyLines<storeAligned>(source, destination, bytes);
 }
 
 void copyPastCaches(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
     copyLines<stream>(source, destination, bytes);
-#if defined(__SSE2__)
     _mm_sfence();
-#endif
 }
+
+#else
+
+void copy(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
+    std::memcpy(destination, source, static_cast<std::size_t>(bytes));
+}
+
+void copyPastCaches(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
+    copy(source, destination, bytes);
+}
+
+#endif
 
 }  // namespace
 

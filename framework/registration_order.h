@@ -12,6 +12,7 @@
     F(10002, Antialias) \
     F(10004, Bend) \
     F(10006, BlackWhite) \
+    F(10011, CameraView) \
     F(10013, ColorBalance) \
     F(10015, ColorPass) \
     F(10016, ColorReplace) \
@@ -21,6 +22,7 @@
     F(10029, Ghosting) \
     F(10030, HorizontalFlip) \
     F(10031, HorizontalHold) \
+    F(10034, LensDistortion) \
     F(10042, Replicate) \
     F(10049, Solarize) \
     F(10052, VerticalFlip) \

@@ -21,6 +21,8 @@ struct SettingsRule {
     std::string_view allocations;
     std::vector<std::uint8_t> defaults;
     Stored stored = Stored::Kept;
+    /// Bytes that take their defaults again where the others are kept.
+    std::pair<std::size_t, std::size_t> startsAnew = {0, 0};
     bool answersFlags = true;
     bool hasDialog = false;
     std::int32_t withoutDialogWindow = -1;
@@ -36,6 +38,14 @@ const std::vector<SettingsRule>& rules() {
          .allocations = "64 20",
          .defaults = {25, 0, 0, 0, 255, 0, 0, 0, 0xC0, 0xC0, 0xC0, 0, 0xC0, 0xC0, 0xC0, 0, 0, 1, 0, 0}},
         {.filter = "Antialias", .id = 10002, .answersFlags = false, .formats = {"vuya", "bgra"}},
+        {.filter = "Camera View",
+         .id = 10011,
+         .allocations = "112 36",
+         .defaults =
+             littleEndian<std::int16_t>({0, 0, 0, 500, 1, 100, -1, 0xFF, 0, 0, 0, 0, 160, 0, 120, 0, 1, 0}),
+         .startsAnew = {16, 32},
+         .answersFlags = false,
+         .hasDialog = true},
         {.filter = "Color Balance (RGB)",
          .id = 10013,
          .allocations = "40 6",
@@ -80,6 +90,10 @@ const std::vector<SettingsRule>& rules() {
          .defaults = littleEndian<std::int32_t>({0, 0}),
          .answersFlags = false,
          .hasDialog = true},
+        {.filter = "Lens Distortion",
+         .id = 10034,
+         .allocations = "16",
+         .defaults = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0xFF, 0xFF, 0xFF, 0, 0}},
         {.filter = "Replicate",
          .id = 10042,
          .allocations = "32 2",
@@ -138,7 +152,9 @@ TEST_P(SettingsTest, InitSettingsKeepsOrOverwritesWhatIsStored) {
 
     EXPECT_EQ(filter.call(FilterSelectorInitSettings), 1);
     EXPECT_EQ(filter.invocation.settingsHandle.get(), handle);
-    EXPECT_EQ(filter.settings(), GetParam().stored == Stored::Kept ? bytes : GetParam().defaults);
+    const auto& defaults = GetParam().defaults;
+    for (auto [i, end] = GetParam().startsAnew; i < end; ++i) bytes[i] = defaults[i];
+    EXPECT_EQ(filter.settings(), GetParam().stored == Stored::Kept ? bytes : defaults);
     EXPECT_EQ(host.liveHandles(), 0);
 }
 

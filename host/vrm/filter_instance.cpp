@@ -56,7 +56,7 @@ std::vector<std::uint32_t> FilterInstance::pixelFormats() const {
     // A filter that does not know the selector answers 0 and writes nothing.
     while (invocation.pixelFormat = 0,
            callFilter(entry_, FilterSelectorGetPixelFormat, invocation) == 0 && invocation.pixelFormat != 0) {
-        formats.push_back(invocation.pixelFormat);
+        formats.push_back(std::uint32_t{invocation.pixelFormat});  // The field itself is not aligned.
         ++invocation.pixelFormatIndex;
     }
     return formats;

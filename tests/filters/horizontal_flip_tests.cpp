@@ -90,7 +90,7 @@ TEST(HorizontalFlip, EndsTheListWithItsOwnCode) {
         filter.invocation.pixelFormat = 0;
         filter.invocation.pixelFormatIndex = index;
         EXPECT_EQ(filter.call(FilterSelectorGetPixelFormat), 1);
-        EXPECT_EQ(filter.invocation.pixelFormat, PixKit::formatCode("badf"));
+        EXPECT_EQ(std::uint32_t{filter.invocation.pixelFormat}, PixKit::formatCode("badf"));
     }
 }
 

@@ -176,7 +176,7 @@ TEST_P(SettingsTest, OtherSelectorsAnswerAndChangeNothing) {
         EXPECT_EQ(filter.call(static_cast<std::int16_t>(selector)), expected) << "selector " << selector;
     }
     EXPECT_EQ(filter.settings(), settings);
-    EXPECT_EQ(filter.invocation.pixelFormat, 0u);
+    EXPECT_EQ(std::uint32_t{filter.invocation.pixelFormat}, 0u);
     EXPECT_EQ(host.allocations(), "");
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,6 +16,12 @@ constexpr std::size_t memorySize = 1 << 17;
 
 int between(std::mt19937& random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
+}
+
+/// A coordinate some pixels away, within what a coordinate can be.
+std::int32_t moved(std::int32_t coordinate, int by) {
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(std::int64_t{coordinate} + by, minimum, maximum));
 }
 
 /// A frame of random size and layout in the middle of its memory.
@@ -136,9 +143,10 @@ TEST(VpixCopy, OverlapBehavesAsIfTheSourceHadBeenCopiedAside) {
         const FrameRect from = randomRect(source->bounds(), random);
         FrameRect to = randomRect(destination.bounds(), random);
         if (round % 4 == 1) {
-            to = {from.left + between(random, -3, 3), from.top + between(random, -3, 3), 0, 0};
-            if (from.right < maximum - 3) to.right = to.left + (from.right - from.left);
-            if (from.bottom < maximum - 3) to.bottom = to.top + (from.bottom - from.top);
+            const int across = between(random, -3, 3);
+            const int down = between(random, -3, 3);
+            to = {moved(from.left, across), moved(from.top, down), moved(from.right, across),
+                  moved(from.bottom, down)};
         }
         expectCopies(*source, destination, from, to, randomMode(random), memory, memory);
         if (HasFatalFailure()) return;

@@ -1,0 +1,30 @@
+# SPDX-License-Identifier: MIT
+# What a bare Debian 12 lacks, for the scripts at the root.
+
+# The build, native and for Windows, with the tests that every build compiles.
+build_packages=(
+    g++ cmake ninja-build pkg-config python3
+    libcli11-dev nlohmann-json3-dev googletest frei0r-plugins-dev
+    libavcodec-dev libavdevice-dev libavfilter-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
+)
+
+# What the tests and the other checks run.
+check_packages=(
+    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
+    clang-format-14 clang-tidy-14
+    python3-pytest python3-numpy python3-pil
+    ffmpeg
+)
+
+# install_packages NAME... installs those that are missing.
+install_packages() {
+    local missing=() name sudo=
+    for name in "$@"; do
+        [[ $(dpkg-query -Wf '${db:Status-Status}' "$name" 2>/dev/null) == installed ]] || missing+=("$name")
+    done
+    ((${#missing[@]})) || return 0
+    [[ $EUID == 0 ]] || sudo=sudo
+    echo "Installing ${missing[*]}"
+    $sudo apt-get update -qq &&
+        $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}

@@ -1,0 +1,86 @@
+# SPDX-License-Identifier: MIT
+"""The checker of sources finds each kind of violation and nothing else."""
+
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+CHECKER = Path(__file__).parents[2] / "scripts" / "check_sources.py"
+LICENCE = "// SPDX-License-Identifier: MIT\n"
+
+
+def check(root):
+    result = subprocess.run([sys.executable, CHECKER, root], capture_output=True, text=True)
+    assert result.returncode == (1 if result.stdout.strip() else 0), result.stderr
+    return result.stdout
+
+
+def write(root, path, text):
+    file = root / path
+    file.parent.mkdir(parents=True, exist_ok=True)
+    file.write_text(text, encoding="utf-8")
+
+
+@pytest.mark.parametrize(
+    "path, include",
+    [
+        ("host/vrm/a.cpp", '"framework/registry.h"'),
+        ("host/vrm/a.h", '"app/files.h"'),
+        ("framework/a.cpp", '"filters/basic/solarize_kernels.h"'),
+        ("framework/a.cpp", '"host/vrm/property_list.h"'),
+        ("framework/a.cpp", "<nlohmann/json.hpp>"),
+        ("filters/warp/a.cpp", '"filters/color/levels.h"'),
+        ("filters/warp/a.cpp", '"host/vireo_host.h"'),
+        ("filters/warp/a.cpp", '"app/files.h"'),
+        ("filters/warp/a.cpp", "<gtest/gtest.h>"),
+        ("filters/warp/a.cpp", "<windows.h>"),
+        ("app/a.cpp", '"framework/registry.h"'),
+        ("app/a.cpp", '"bridges/frei0r/module.h"'),
+        ("app/a.cpp", "<windows.h>"),
+        ("bridges/web/a.cpp", '"bridges/frei0r/module.h"'),
+        ("bridges/web/a.cpp", '"app/files.h"'),
+        ("bridges/frei0r/a.cpp.in", '"filters/basic/solarize_kernels.h"'),
+    ],
+)
+def test_includes_from_above_are_found(tmp_path, path, include):
+    write(tmp_path, path, f"{LICENCE}  #  include {include}\n")
+    found = check(tmp_path)
+    assert found.startswith(f"{path}: includes ")
+    assert found.count("\n") == 1
+
+
+@pytest.mark.parametrize(
+    "path, include",
+    [
+        ("host/win32.h", "<windows.h>"),
+        ("host/vrm/a.cpp", '"host/vrm/property_list.h"'),
+        ("framework/a.cpp", '"resources/linked_resources.h"'),
+        ("filters/lens/a.cpp", '"filters/lens/sampler.h"'),
+        ("filters/lens/a.cpp", '"sampler.h"'),
+        ("filters/lens/a.cpp", '"host/qrb/exceptions.h"'),
+        ("filters/lens/a.cpp", "<immintrin.h>"),
+        ("app/a.cpp", "<CLI/CLI.hpp>"),
+        ("app/commands/a.cpp", '"host/vrm/property_list.h"'),
+        ("tests/a.cpp", '"app/files.h"'),
+    ],
+)
+def test_includes_from_below_are_left_alone(tmp_path, path, include):
+    write(tmp_path, path, f"{LICENCE}#include {include}\n")
+    assert check(tmp_path) == ""
+
+
+@pytest.mark.parametrize("path", ["host/a.cpp", "scripts/a.py", "CMakeLists.txt", "check", ".ci/run"])
+def test_every_source_needs_its_licence_line(tmp_path, path):
+    write(tmp_path, path, "\n\n\n\n" + LICENCE)
+    assert check(tmp_path) == f"{path}: no SPDX line\n"
+    write(tmp_path, path, "#!/bin/sh\n" + LICENCE)
+    assert check(tmp_path) == ""
+
+
+def test_long_files_are_found_outside_build_folders(tmp_path):
+    write(tmp_path, "host/long.cpp", LICENCE * 600)
+    write(tmp_path, "host/short.cpp", LICENCE * 599)
+    write(tmp_path, "build/linux/long.cpp", "\n" * 900)
+    assert check(tmp_path) == "host/long.cpp: 600 lines\n"

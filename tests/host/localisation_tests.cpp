@@ -99,15 +99,17 @@ TEST(File, ReadsWhatWasWrittenAndTellsWhatIsMissing) {
         EXPECT_EQ(file.Write("abcdef", 6, &done), 0);
         EXPECT_EQ(done, 6U);
     }
-    QRB::File file;
-    ASSERT_EQ(file.Create(path.u16string(), QRB::kFileAccess_Read, QRB::kFileShare_Read,
-                          QRB::kFileDisposition_OpenExisting, QRB::kFileAttributes_Normal, false),
-              0);
-    char bytes[8] = {};
-    EXPECT_EQ(file.Read(bytes, 4, &done), 0);
-    EXPECT_EQ(file.Read(bytes, 4, &done), 0);
-    EXPECT_EQ(done, 2U);
-    EXPECT_EQ(bytes[1], 'f');
+    {
+        QRB::File file;
+        ASSERT_EQ(file.Create(path.u16string(), QRB::kFileAccess_Read, QRB::kFileShare_Read,
+                              QRB::kFileDisposition_OpenExisting, QRB::kFileAttributes_Normal, false),
+                  0);
+        char bytes[8] = {};
+        EXPECT_EQ(file.Read(bytes, 4, &done), 0);
+        EXPECT_EQ(file.Read(bytes, 4, &done), 0);
+        EXPECT_EQ(done, 2U);
+        EXPECT_EQ(bytes[1], 'f');
+    }
     std::filesystem::remove(path);
 
     QRB::File missing;

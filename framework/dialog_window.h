@@ -6,6 +6,7 @@
 #include "framework/dialog_geometry.h"
 #include "host/win32.h"
 
+#include "host/mtkcore/localizer.h"
 #include "host/vrm/filter_invocation.h"
 
 #include <span>

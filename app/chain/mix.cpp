@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "app/chain/mix.h"
+
+#include <cstdint>
+#include <type_traits>
+
+namespace vireo {
+namespace {
+
+constexpr int channels = 4;
+constexpr int alphaChannel = 3;
+constexpr int whole = 100;
+
+/// What the channels are computed in: 32 bits hold 255 · 255 · 100 doubled, 64 hold the same of 65535.
+template <class Channel>
+using Wide = std::conditional_t<std::is_floating_point_v<Channel>, double,
+                                std::conditional_t<sizeof(Channel) == 1, std::uint32_t, std::uint64_t>>;
+
+/// Rounds half up where the channel is a whole number.
+template <class Channel>
+Channel quotient(Wide<Channel> numerator, Wide<Channel> denominator) {
+    if constexpr (std::is_floating_point_v<Channel>) {
+        return static_cast<Channel>(numerator / denominator);
+    } else {
+        return static_cast<Channel>((2 * numerator + denominator) / (2 * denominator));
+    }
+}
+
+template <class Channel>
+void mixPixel(const Channel* source, Channel* result, Wide<Channel> percent) {
+    using Number = Wide<Channel>;
+    const Number rest = whole - percent;
+    const Number sourceAlpha = source[alphaChannel], resultAlpha = result[alphaChannel];
+    if (sourceAlpha == resultAlpha) {  // equal weights fall out
+        for (int i = 0; i < alphaChannel; ++i) {
+            result[i] = quotient<Channel>(source[i] * rest + result[i] * percent, whole);
+        }
+        return;
+    }
+    const Number sourceWeight = sourceAlpha * rest, resultWeight = resultAlpha * percent;
+    for (int i = 0; i < alphaChannel; ++i) {
+        result[i] = quotient<Channel>(source[i] * sourceWeight + result[i] * resultWeight,
+                                      sourceWeight + resultWeight);
+    }
+    result[alphaChannel] = quotient<Channel>(sourceWeight + resultWeight, whole);
+}
+
+template <class Channel>
+void mixRows(const Picture& source, Picture& result, int percent) {
+    for (int y = 0; y < result.height(); ++y) {
+        const auto* from = reinterpret_cast<const Channel*>(source.row(y));
+        auto* to = reinterpret_cast<Channel*>(result.row(y));
+        for (int x = 0; x < result.width(); ++x, from += channels, to += channels) {
+            mixPixel(from, to, static_cast<Wide<Channel>>(percent));
+        }
+    }
+}
+
+}  // namespace
+
+void mixInto(const Picture& source, Picture& result, int percent) {
+    switch (PixKit::bytesPerPixel(result.format()) / channels) {
+        case 1: return mixRows<std::uint8_t>(source, result, percent);
+        case 2: return mixRows<std::uint16_t>(source, result, percent);
+        default: return mixRows<float>(source, result, percent);
+    }
+}
+
+}  // namespace vireo

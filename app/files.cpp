@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "app/files.h"
+
+#include "app/render/render_job.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace vireo {
+
+std::filesystem::path pathOf(std::string_view utf8) {
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+std::string utf8Of(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+std::string readFile(const std::string& path) {
+    std::error_code error;
+    std::ifstream file(pathOf(path), std::ios::binary);
+    if (!file || std::filesystem::is_directory(pathOf(path), error)) throw RenderError("cannot read " + path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(const std::string& path, std::string_view content, bool overwrite) {
+    std::error_code error;
+    if (!overwrite && std::filesystem::exists(pathOf(path), error)) {
+        throw RenderError(path + " exists already; --overwrite replaces it");
+    }
+    std::ofstream file(pathOf(path), std::ios::binary | std::ios::trunc);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    if (!file) throw RenderError("cannot write " + path);
+}
+
+}  // namespace vireo

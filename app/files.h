@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_FILES_H
+#define VIREO_APP_FILES_H
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace vireo {
+
+/// Names on the command line are UTF-8 on every platform.
+std::filesystem::path pathOf(std::string_view utf8);
+std::string utf8Of(const std::filesystem::path& path);
+
+/// A whole file. Throws RenderError.
+std::string readFile(const std::string& path);
+
+/// Writes a whole file; an existing one is refused unless `overwrite`. Throws RenderError.
+void writeFile(const std::string& path, std::string_view content, bool overwrite);
+
+}  // namespace vireo
+
+#endif

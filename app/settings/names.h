@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// How filters and parameters are found by what people type.
+#ifndef VIREO_APP_SETTINGS_NAMES_H
+#define VIREO_APP_SETTINGS_NAMES_H
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vireo {
+
+/// Without blanks at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// In small letters (ASCII).
+std::string lowerCase(std::string_view text);
+
+/// The form in which names are compared: without case, blanks and brackets.
+std::string comparableName(std::string_view name);
+
+/// All the names that one thing goes by.
+using Names = std::vector<std::string>;
+
+/// The things that go by exactly the typed name or, where none does, those with a name that begins so.
+/// Nothing when nothing was typed.
+std::vector<std::size_t> matchName(std::string_view typed, std::span<const Names> things);
+
+/// Up to three of the things' first names, those most like the typed one first.
+std::vector<std::string> nearestNames(std::string_view typed, std::span<const Names> things);
+
+/// "A", "A and B", "A, B and C", or with another last word.
+std::string enumeration(std::span<const std::string> items, std::string_view lastWord = "and");
+
+}  // namespace vireo
+
+#endif

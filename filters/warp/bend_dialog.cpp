@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+// The window of Bend's settings dialog: two halves of lists and sliders around a preview that plays the
+// animation.
+#include "filters/warp/bend_dialog.h"
+
+#include "filters/warp/bend.h"
+#include "filters/warp/bend_dialog_model.h"
+#include "framework/dialog_window.h"
+#include "framework/module_resources.h"
+
+#include <commctrl.h>
+
+namespace Bend {
+namespace {
+
+// The controls of the horizontal half; the vertical half's stand a stride further.
+constexpr int directionId = 10;
+constexpr int waveId = 11;
+constexpr int intensityId = 12;
+constexpr int rateId = 13;
+constexpr int widthId = 14;
+constexpr int halfStride = 5;
+constexpr int placeholderId = 21;
+
+constexpr UINT_PTR timerId = 1;
+constexpr UINT timerPeriod = 200;  // Milliseconds.
+
+struct ComboList {
+    int comboId;
+    std::uint16_t resourceId;
+};
+
+constexpr ComboList lists[] = {{10, 2000}, {11, 2001}, {15, 2002}, {16, 2003}};
+
+constexpr char titleKey[] = "$$$/Strata/VireoFilters/Bend/DialogTitle=Bend Settings";
+constexpr char directionKey[] = "$$$/Strata/VireoFilters/Bend/DirectionDialogLabel=Direction:";
+constexpr char waveKey[] = "$$$/Strata/VireoFilters/Bend/WaveDialogLabel=Wave:";
+constexpr char intensityKey[] = "$$$/Strata/VireoFilters/Bend/IntensityDialogLabel=Intensity";
+constexpr char rateKey[] = "$$$/Strata/VireoFilters/Bend/RateDialogLabel=Rate";
+constexpr char widthKey[] = "$$$/Strata/VireoFilters/Bend/WidthDialogLabel=Width";
+constexpr char plusKey[] = "$$$/Strata/VireoFilters/Bend/PlusDialogLabel=+";
+constexpr char minusKey[] = "$$$/Strata/VireoFilters/Bend/MinusDialogLabel=-";
+
+constexpr LocalisedControl texts[] = {
+    {IDOK, "$$$/Strata/VireoFilters/Bend/OKDialogLabel=OK"},
+    {IDCANCEL, "$$$/Strata/VireoFilters/Bend/CancelDialogLabel=Cancel"},
+    {1210, directionKey},
+    {1211, waveKey},
+    {1212, intensityKey},
+    {1213, plusKey},
+    {1214, minusKey},
+    {1215, rateKey},
+    {1216, plusKey},
+    {1217, minusKey},
+    {1218, widthKey},
+    {1219, plusKey},
+    {1220, minusKey},
+    {1221, directionKey},
+    {1222, waveKey},
+    {1223, intensityKey},
+    {1224, plusKey},
+    {1225, minusKey},
+    {1226, rateKey},
+    {1227, plusKey},
+    {1228, minusKey},
+    {1229, widthKey},
+    {1230, plusKey},
+    {1231, minusKey},
+    {1232, "$$$/Strata/VireoFilters/Bend/HorizontalDialogLabel=Horizontal"},
+    {1233, "$$$/Strata/VireoFilters/Bend/VerticalDialogLabel=Vertical"},
+};
+
+WorkRecordFields& recordOf(HWND dialog) { return *static_cast<WorkRecordFields*>(*workRecordOf(dialog)); }
+
+FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocation; }
+
+LRESULT send(HWND dialog, int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    return SendDlgItemMessageW(dialog, id, message, wParam, lParam);
+}
+
+void setSlider(HWND dialog, int id, const SliderRange& range, int position) {
+    send(dialog, id, TBM_SETRANGE, FALSE, MAKELPARAM(range.smallest, range.largest));
+    send(dialog, id, TBM_SETPOS, TRUE, position);
+}
+
+void sizeDropDown(HWND combo, int items) {
+    RECT rect;
+    GetWindowRect(combo, &rect);
+    const auto itemHeight = static_cast<int>(SendMessageW(combo, CB_GETITEMHEIGHT, 0, 0));
+    const auto fieldHeight =
+        static_cast<int>(SendMessageW(combo, CB_GETITEMHEIGHT, static_cast<WPARAM>(-1), 0));
+    SetWindowPos(combo, nullptr, 0, 0, rect.right - rect.left, dropDownHeight(items, itemHeight, fieldHeight),
+                 SWP_NOMOVE | SWP_NOZORDER);
+}
+
+void fillCombo(HWND dialog, const ComboList& list) {
+    const HWND combo = GetDlgItem(dialog, list.comboId);
+    SendMessageW(combo, CB_RESETCONTENT, 0, 0);
+    std::size_t size = 0;
+    const void* bytes = LoadModuleResourceForLanguage(u"TEXT", list.resourceId, &size);
+    if (bytes == nullptr || size == 0) return;
+    const auto keys = listKeys({static_cast<const char*>(bytes), size});
+    ReleaseModuleResource(bytes);
+    for (const std::string& key : keys) {
+        const std::u16string item = listItem(mtkcore::config::Localizer::Get().Translate(key));
+        SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(item.c_str()));
+    }
+    sizeDropDown(combo, static_cast<int>(keys.size()));
+    SendMessageW(combo, CB_SETCURSEL, 0, 0);
+}
+
+void showHalf(HWND dialog, int stride, const AxisSettings& half) {
+    send(dialog, directionId + stride, CB_SETCURSEL, half.direction);
+    send(dialog, waveId + stride, CB_SETCURSEL, half.wave);
+    setSlider(dialog, intensityId + stride, intensityRange, half.intensity);
+    setSlider(dialog, rateId + stride, rateRange, half.rate);
+    setSlider(dialog, widthId + stride, widthRange, half.width);
+}
+
+AxisSettings shownHalf(HWND dialog, int stride) {
+    const auto slider = [&](int id) {
+        return static_cast<std::int16_t>(send(dialog, id + stride, TBM_GETPOS));
+    };
+    // An empty list has the choice -1, which renders as no direction and no wave.
+    const auto choice = [&](int id) {
+        return static_cast<std::uint16_t>(send(dialog, id + stride, CB_GETCURSEL));
+    };
+    return {choice(directionId), choice(waveId), slider(intensityId), slider(rateId), slider(widthId)};
+}
+
+Settings shownSettings(HWND dialog) {
+    return {shownHalf(dialog, 0), shownHalf(dialog, halfStride), recordOf(dialog).fillColor};
+}
+
+void showPreview(HWND dialog, HDC context) {
+    WorkRecordFields& record = recordOf(dialog);
+    const FilterInvocation& invocation = invocationOf(dialog);
+    const auto step = static_cast<std::int32_t>(record.step++);
+    render(invocation.sourceFrame, invocation.destFrame, record.work, step, shownSettings(dialog));
+    drawPreview(context, invocation.destFrame, previewBox(controlBox(dialog, placeholderId)));
+}
+
+void initialise(HWND dialog, MemoryHandle handle) {
+    attachWorkRecord(dialog, handle);
+    WorkRecordFields& record = recordOf(dialog);
+    for (const ComboList& list : lists) fillCombo(dialog, list);
+    setLocalisedTitle(dialog, titleKey);
+    setLocalisedTexts(dialog, texts);
+    record.timer = SetTimer(dialog, timerId, timerPeriod, nullptr);
+    showHalf(dialog, 0, record.settings.horizontal);
+    showHalf(dialog, halfStride, record.settings.vertical);
+    centerOverHost(dialog, invocationOf(dialog));
+}
+
+/// Keeps the dialog responsive while previews take their time: everything that waits is handled first.
+void drainMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_TIMER) continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+bool buttonIsDown(int button) { return (GetAsyncKeyState(button) & 0x8000) != 0; }
+
+void tick(HWND dialog) {
+    drainMessages();
+    if (buttonIsDown(VK_LBUTTON) || buttonIsDown(VK_RBUTTON)) return;
+    if (GetActiveWindow() != dialog || workRecordOf(dialog) == nullptr) return;
+    showPreview(dialog, WindowContext(dialog).get());
+}
+
+void accept(HWND dialog) {
+    FilterInvocation& invocation = invocationOf(dialog);
+    if (ensureSettingsHandle(invocation, settingsSize)) {
+        writeSettings(invocation.settingsHandle, shownSettings(dialog));
+    }
+    SendMessageW(dialog, WM_CLOSE, IDOK, 0);
+}
+
+void close(HWND dialog, LPARAM lParam) {
+    KillTimer(dialog, recordOf(dialog).timer);
+    endDialog(dialog, invocationOf(dialog), lParam);
+}
+
+}  // namespace
+
+std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+    const auto dialog = static_cast<HWND>(window);
+    if (message == WM_INITDIALOG) {
+        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
+        return TRUE;
+    }
+    if (workRecordOf(dialog) == nullptr) return FALSE;
+    switch (message) {
+        case WM_PAINT: showPreview(dialog, PaintContext(dialog).get()); return TRUE;
+        case WM_TIMER: tick(dialog); return TRUE;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDOK) accept(dialog);
+            if (LOWORD(wParam) == IDCANCEL) SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1);
+            return TRUE;
+        case WM_CLOSE: close(dialog, lParam); return TRUE;
+        default: return FALSE;
+    }
+}
+
+}  // namespace Bend

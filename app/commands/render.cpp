@@ -128,7 +128,7 @@ void runJob(const RenderJob& job, FilterChain& chain) {
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f", summary.seconds);
     std::cerr << "vireo: " << job.output << ": " << summary.frames
-              << (summary.frames == 1 ? " frame" : " frames") << " in " << seconds << " s\n";
+              << (summary.frames == 1 ? " frame" : " frames") << " in " << seconds << " s.\n";
 }
 
 /// Renders into a folder; a bad input does not stop the others.

@@ -1,0 +1,139 @@
+# SPDX-License-Identifier: MIT
+"""Commands, statuses and words."""
+import json
+import re
+
+import numpy
+import pytest
+
+from conftest import read_picture
+
+
+def test_list_names_every_filter(vireo):
+    text = vireo("list").stdout.decode()
+    filters = json.loads(vireo("list", "--json").stdout)
+    assert len(filters) > 3
+    for entry in filters:
+        assert list(entry) == ["id", "name", "category", "matchName", "parameters"]
+        assert re.search(rf"^{entry['id']} +{re.escape(entry['name'])} .* {entry['parameters']} +{re.escape(entry['matchName'])}$",
+                         text, re.MULTILINE)
+    assert {"id": 10035, "name": "Levels", "category": "Adjust", "matchName": "QULN Levels", "parameters": 20} in filters
+
+
+def test_application_type_decides_what_the_module_offers(vireo):
+    every = json.loads(vireo("list", "--json").stdout)
+    for arguments in (["--application-type", "1", "list"], ["list", "--application-type=1"]):
+        assert len(json.loads(vireo(*arguments, "--json").stdout)) == len(every) - 3
+    assert "no filter \"Levels\"" in vireo.error("info", "Levels", "--application-type", "1")
+
+
+def test_info_tells_ranges_and_defaults(vireo):
+    description = json.loads(vireo("info", "color rep", "--json").stdout)
+    assert (description["id"], description["name"]) == (10016, "Color Replace")
+    parameters = {parameter["name"]: parameter for parameter in description["parameters"]}
+    assert parameters["Similarity"] == {
+        "name": "Similarity", "kind": "number", "minimum": 0, "maximum": 127, "displayMinimum": 0,
+        "displayMaximum": 100, "default": parameters["Similarity"]["default"], "size": 2}
+    assert parameters["Solid Colors"]["kind"] == "boolean" and parameters["Solid Colors"]["default"] is False
+    assert parameters["Target Color"]["kind"] == "colour" and parameters["Target Color"]["default"] == "#ff0000"
+
+    text = vireo("info", "10049").stdout.decode()
+    assert re.search(r"Threshold +number +0 to 254 +0 to 100 +128\n", text)
+    assert "No parameters" in vireo("info", "verticalflip").stdout.decode()
+
+
+def test_every_default_lies_in_its_range(vireo):
+    for entry in json.loads(vireo("list", "--json").stdout):
+        for parameter in json.loads(vireo("info", entry["id"], "--json").stdout)["parameters"]:
+            if parameter["kind"] == "number":
+                assert parameter["minimum"] <= parameter["default"] <= parameter["maximum"], (entry, parameter)
+
+
+def test_version_names_the_instruction_set(vireo):
+    output = vireo("--version", environment={"VIREO_ISA": "baseline"}).stdout.decode()
+    assert re.fullmatch(r"vireo \d+\.\d+\.\d+, instruction set baseline\n", output)
+
+
+@pytest.mark.parametrize("command", [[], ["list"], ["info"], ["render"], ["sheet"]])
+def test_help_goes_to_standard_output(vireo, command):
+    completed = vireo(*command, "--help")
+    assert completed.stdout.startswith(b"") and b"Usage: vireo" in completed.stdout
+    assert completed.stderr == b""
+
+
+@pytest.mark.parametrize("arguments, words", [
+    ([], "a command is missing"),
+    (["lsit"], "lsit"),
+    (["list", "more"], "more"),
+    (["list", "--jsn"], "--jsn"),
+    (["info"], "filter"),
+    (["info", "Solarise"], 'there is no filter "Solarise"; the nearest are Solarize'),
+    (["info", "Color"], 'the filter "Color" may be Color Balance (RGB), Color Pass or Color Replace'),
+    (["list", "--language", "xx"], "--language takes en, fr, de, ja, es, it or ko"),
+    (["list", "--application-type", "five"], "--application-type"),
+    (["render", "in.png", "out.png"], "no filter is given"),
+    (["render", "in.png", "-f", "Solarize"], "an input and an output"),
+    (["render", "a.png", "b.png", "c.png", "-f", "Solarize"], "--to"),
+    (["render", "--to", "out", "-f", "Solarize"], "at least one input"),
+    (["render", "a/x.png", "b/x.png", "--to", "out", "-f", "Solarize"], "x.png"),
+    (["render", "in.png", "out.png", "-f", "Solarize:threshold=255"],
+     'Threshold of Solarize takes whole numbers from 0 to 254, not "255"'),
+    (["render", "in.png", "out.png", "-f", "Solarize:treshold=2"], "the nearest are Threshold"),
+    (["render", "in.png", "out.png", "-f", "Levels:gamma=50"], "no parameter \"gamma\""),
+    (["render", "in.png", "out.png", "-f", "Levels:rgb gamma=50%"], "takes no per cent"),
+    (["render", "in.png", "out.png", "-f", "Convolution:scale=32768"], "from -32768 to 32767"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--frames", "5"], "--frames takes A-B"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--frames", "5-4"], "ends before it begins"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--start", "soon"], "--start takes a time"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--start", "1s", "--duration", "5f"], "both"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--frames", "1-2", "--start", "1s"], "--frames"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "both"], "--interlaced"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "tff", "--progressive"], "--progressive"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--jobs", "0"], "--jobs"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--encoder-option", "x"], "NAME=VALUE"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--filter-format", "vuya"], "offers the format vuya"),
+    (["render", "in.png", "out.png", "-f", "Horizontal Flip", "--filter-format", "VUya"], "VUya"),
+    (["render", "in.png", "out.png", "--settings-bytes", "hex:00", "-f", "Solarize"], "must stand behind"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--settings-bytes", "hex:000102"], "take 2 bytes, not 3"),
+])
+def test_wrong_usage_is_one_sentence(vireo, picture, arguments, words):
+    assert words in vireo.error(*arguments)
+    assert not (vireo.folder / "out.png").exists()
+
+
+def test_failures_name_the_thing(vireo, tmp_path):
+    (tmp_path / "no.vrmp").write_text("no library")
+    assert "no.vrmp" in vireo.error("list", "--module", "no.vrmp", status=1)
+    assert "no.vrmp" in vireo.error("--module", "no.vrmp", "list", status=1)
+    completed = vireo("list", status=1, environment={"VIREO_MODULE": "missing.vrmp"})
+    assert b"missing.vrmp" in completed.stderr
+    assert "missing.json" in vireo.error("render", "in.png", "out.png", "--settings", "missing.json", status=1)
+    assert "missing.png" in vireo.error("render", "missing.png", "out.png", "-f", "Solarize", status=1)
+    assert not (tmp_path / "out.png").exists()
+
+
+def test_one_bad_input_does_not_stop_the_others(vireo, picture, tmp_path):
+    (tmp_path / "bad.png").write_text("no picture")
+    completed = vireo("render", "bad.png", "in.png", "--to", "filtered/here", "-f", "Vertical Flip", status=1)
+    assert b"bad.png" in completed.stderr
+    assert [path.name for path in (tmp_path / "filtered/here").iterdir()] == ["in.png"]
+
+
+def test_quiet_leaves_only_errors(vireo, picture):
+    assert vireo("render", "in.png", "out.png", "-f", "Solarize").stderr != b""
+    assert vireo("--quiet", "render", "in.png", "out2.png", "-f", "Solarize").stderr == b""
+    assert b"out.png" in vireo("--quiet", "render", "in.png", "out.png", "-f", "Solarize", status=1).stderr
+
+
+def test_sheet_shows_the_picture_first(vireo, picture, pixels, tmp_path):
+    numpy_picture = numpy.kron(pixels, numpy.ones((8, 8, 1), numpy.uint8))
+    from PIL import Image
+    Image.fromarray(numpy_picture).save(tmp_path / "large.png")
+    vireo("sheet", "large.png", "sheet.png")
+    sheet = read_picture(tmp_path / "sheet.png")
+    assert sheet.shape[:2] == numpy_picture.shape[:2]
+    cell = sheet[: sheet.shape[0] // 5, : sheet.shape[1] // 5, :3].astype(int)
+    assert (abs(cell - (255, 255, 0)).max(axis=2) < 8).sum() > 100  # the yellow bar
+    assert (cell.min(axis=2) > 200).sum() > 50  # the label
+    vireo.error("sheet", "large.png", "sheet.png", status=1)
+    vireo("sheet", "large.png", "sheet.png", "--overwrite")

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/channel_services.h"
+#include "tests/host/short_memory.h"
 
 #include <gtest/gtest.h>
 
@@ -174,6 +175,19 @@ TEST(Convolve3x3, KeepsExtremesExact) {
                 expectConvolved(Frame(width, height, 4, false, random), record);
         }
     }
+}
+
+TEST(Convolve3x3, CopiesWithoutMemory) {
+    const std::int16_t record[11] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 9};
+    std::mt19937 random(4);
+    Frame source(30, 5, 8, true, random);
+    Frame result(30, 5, 8, true, random);
+    {
+        const ShortMemory shortage;
+        FxKit::convolve3x3(channelKernelsTables.chosen(), source.pixels(), result.pixels(), record,
+                           source.rowBytes, 30, 5);
+    }
+    EXPECT_TRUE(result.memory == source.memory);
 }
 
 // Quotients come from a product with a reciprocal, which must never cross a whole number.

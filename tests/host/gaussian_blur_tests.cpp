@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/fxkit.h"
 #include "host/fxkit/gaussian_blur.h"
+#include "tests/host/short_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <limits>
-#include <new>
 #include <random>
 #include <string>
 #include <vector>
 
 namespace {
-
-bool memoryIsShort = false;
 
 struct Size {
     int width;
@@ -254,21 +251,12 @@ TEST(GaussianBlur, WritesTheFrameAloneAndTakesRowsOfEitherSign) {
 TEST(GaussianBlur, CopiesWithoutMemory) {
     const Picture source = noise({300, 20}, 5);
     Picture result(source.size);
-    memoryIsShort = true;
-    FxKit::gaussianBlur(blurKernelsTables.chosen(),
-                        {source.bytes.data(), 1200, result.bytes.data(), 1200, 300, 20}, 40, 40);
-    memoryIsShort = false;
-    EXPECT_EQ(result.bytes, source.bytes);
+    {
+        const ShortMemory shortage;
+        FxKit::gaussianBlur(blurKernelsTables.chosen(),
+                            {source.bytes.data(), 1200, result.bytes.data(), 1200, 300, 20}, 40, 40);
+    }
+    EXPECT_TRUE(result.bytes == source.bytes);
 }
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-    void* memory = memoryIsShort ? nullptr : std::malloc(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-// Inlined, they look to the compiler as if they released what another function had allocated.
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

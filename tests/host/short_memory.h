@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_TESTS_HOST_SHORT_MEMORY_H
+#define VIREO_TESTS_HOST_SHORT_MEMORY_H
+
+/// While one lives, operator new throws std::bad_alloc.
+struct ShortMemory {
+    ShortMemory();
+    ~ShortMemory();
+    ShortMemory(const ShortMemory&) = delete;
+    ShortMemory& operator=(const ShortMemory&) = delete;
+};
+
+#endif

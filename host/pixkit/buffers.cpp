@@ -2,20 +2,55 @@
 #include "host/pixkit/pixel_formats.h"
 #include "host/pixkit/pixkit.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 
 constexpr std::int64_t rowAlignment = 64;
 
-/// A buffer that PixKit made: the descriptor, and the pixels behind it in one block.
+struct FreeMemory {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+struct PixelMemory {
+    std::unique_ptr<std::uint8_t, FreeMemory> bytes;
+    std::size_t size = 0;
+};
+
+/// A buffer that PixKit made: the descriptor, and what belongs to it.
 struct OwnedBuffer {
     FrameBuffer descriptor;
-    void* block;
+    PixelMemory memory;
 };
+
+/// The last buffer that was disposed. Filters make and dispose one every frame, and memory fresh from the
+/// system costs more than the filters' own work.
+class SpareBuffer {
+public:
+    ~SpareBuffer() { delete take(); }
+
+    OwnedBuffer* take() { return spare_.exchange(nullptr, std::memory_order_acq_rel); }
+    void keep(OwnedBuffer* buffer) { delete spare_.exchange(buffer, std::memory_order_acq_rel); }
+
+private:
+    std::atomic<OwnedBuffer*> spare_{nullptr};
+} spare;
+
+PixelMemory zeroed(std::size_t size) {
+    const std::unique_ptr<OwnedBuffer> reused(spare.take());
+    if (reused != nullptr && reused->memory.size >= size && reused->memory.size / 2 <= size) {
+        std::memset(reused->memory.bytes.get(), 0, size);
+        return std::move(reused->memory);
+    }
+    return {std::unique_ptr<std::uint8_t, FreeMemory>(static_cast<std::uint8_t*>(std::calloc(size, 1))),
+            size};
+}
 
 }  // namespace
 
@@ -29,32 +64,29 @@ FrameBuffer* vpixNew(const FrameRect* bounds) {
     const std::int64_t width = std::int64_t{bounds->right} - bounds->left;
     const std::int64_t height = std::int64_t{bounds->bottom} - bounds->top;
     if (width <= 0 || height <= 0) return nullptr;
-    const std::int64_t rowBytes = (width * 4 + rowAlignment - 1) / rowAlignment * rowAlignment;
+    // An odd number of cache lines a row: else the lines of a column fall on few places of the cache, and
+    // work along columns waits for memory.
+    const std::int64_t rowLines = (width * 4 + rowAlignment - 1) / rowAlignment | 1;
+    const std::int64_t rowBytes = rowLines * rowAlignment;
     if (rowBytes > std::numeric_limits<std::int32_t>::max()) return nullptr;
     std::int64_t size = 0;
     if (__builtin_mul_overflow(rowBytes, height, &size) ||
         size > std::numeric_limits<std::ptrdiff_t>::max() - rowAlignment) {
         return nullptr;
     }
-    auto* buffer = static_cast<OwnedBuffer*>(std::malloc(sizeof(OwnedBuffer)));
-    void* block = std::calloc(static_cast<std::size_t>(size + rowAlignment), 1);
-    if (buffer == nullptr || block == nullptr) {
-        std::free(buffer);
-        std::free(block);
-        return nullptr;
-    }
-    const auto address = reinterpret_cast<std::uintptr_t>(block);
-    void* pixels = static_cast<char*>(block) + (rowAlignment - address % rowAlignment) % rowAlignment;
-    new (buffer) OwnedBuffer{{*bounds, static_cast<std::int32_t>(rowBytes), 0, pixels}, block};
-    return &buffer->descriptor;
+    PixelMemory memory = zeroed(static_cast<std::size_t>(size + rowAlignment));
+    if (memory.bytes == nullptr) return nullptr;
+    const auto address = reinterpret_cast<std::uintptr_t>(memory.bytes.get());
+    std::uint8_t* pixels = memory.bytes.get() + (rowAlignment - address % rowAlignment) % rowAlignment;
+    auto* buffer = new (std::nothrow)
+        OwnedBuffer{{*bounds, static_cast<std::int32_t>(rowBytes), 0, pixels}, std::move(memory)};
+    return buffer == nullptr ? nullptr : &buffer->descriptor;
 }
 
 void vpixDispose(FrameBuffer* handle) {
     if (handle == nullptr) return;
     PixKit::forgetPixelFormat(handle);
-    auto* buffer = reinterpret_cast<OwnedBuffer*>(handle);
-    std::free(buffer->block);
-    std::free(buffer);
+    spare.keep(reinterpret_cast<OwnedBuffer*>(handle));
 }
 
 void vpixLockPixels(FrameBuffer* handle, void** pixels) { *pixels = handle->pixels; }

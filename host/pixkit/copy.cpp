@@ -59,8 +59,13 @@ void moveRows(const Block& source, const Block& destination) {
         return;
     }
     const auto moveRow = [&](std::int64_t row) {
-        std::memmove(destination.pixels + row * destination.step, source.pixels + row * source.step,
-                     static_cast<std::size_t>(source.rowLength));
+        std::uint8_t* to = destination.pixels + row * destination.step;
+        const std::uint8_t* from = source.pixels + row * source.step;
+        if (source.rowLength == 4) {
+            std::memcpy(to, from, 4);  // A column of pixels, too short for calls.
+        } else {
+            std::memmove(to, from, static_cast<std::size_t>(source.rowLength));
+        }
     };
     if (distance(source, destination) > 0) {
         for (std::int64_t row = source.rows - 1; row >= 0; --row) moveRow(row);

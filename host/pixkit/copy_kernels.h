@@ -20,6 +20,7 @@ struct PixelRun {
     std::int32_t first;
     RunWeights weights;
     double total;
+    double reciprocal;  // 1 / total
 };
 
 /// Rows of 4-byte pixels. Sums are whole numbers, exact in their floating-point types; every result is

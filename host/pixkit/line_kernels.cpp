@@ -86,34 +86,33 @@ private:
     typename Lanes::Floats reciprocal_;
 };
 
-/// Pixels anywhere in memory, four at a time.
+/// Pixels anywhere in memory.
+template <class Lanes>
 void growScattered(LineWalk walk, std::ptrdiff_t step, const DestinationLine& destination,
                    const LinePosition& position) {
-    const Interpolation<Lanes4> interpolation(position);
-    const std::uint32_t advance = 4 * position.advance;
+    const Interpolation<Lanes> interpolation(position);
+    const std::uint32_t advance = Lanes::pixels * position.advance;
     const std::int64_t wholePixels = advance / position.unit;
     const std::uint32_t rest = advance % position.unit;
     std::uint8_t* to = destination.pixels;
-    for (std::int64_t left = destination.count; left > 0; left -= 4) {
-        __m128i indices;
-        __m128i phases;
+    for (std::int64_t left = destination.count; left > 0; left -= Lanes::pixels) {
+        typename Lanes::Integers indices;
+        typename Lanes::Integers phases;
         interpolation.place(walk.phase, indices, phases);
-        alignas(16) std::int32_t index[4];
-        Lanes4::store(index, indices);
-        __m128i before[4];
-        __m128i after[4];
-        for (int i = 0; i < 4; ++i) {
+        std::int32_t index[Lanes::pixels];
+        Lanes::store(index, indices);
+        const std::uint8_t* before[Lanes::pixels];
+        const std::uint8_t* after[Lanes::pixels];
+        for (int i = 0; i < Lanes::pixels; ++i) {
             // Lanes past the end repeat the first pixel.
-            const std::uint8_t* pixel = walk.source + (i < left ? index[i] : 0) * step;
-            before[i] = _mm_loadu_si32(pixel);
-            after[i] = _mm_loadu_si32(pixel + step);
+            before[i] = walk.source + (i < left ? index[i] : 0) * step;
+            after[i] = before[i] + step;
         }
-        const auto joined = [](const __m128i(&v)[4]) {
-            return _mm_unpacklo_epi64(_mm_unpacklo_epi32(v[0], v[1]), _mm_unpacklo_epi32(v[2], v[3]));
-        };
-        alignas(16) std::uint32_t result[4];
-        Lanes4::store(result, interpolation.between(joined(before), joined(after), phases));
-        for (int i = 0; i < 4 && i < left; ++i, to += destination.step) std::memcpy(to, &result[i], 4);
+        std::uint32_t result[Lanes::pixels];
+        Lanes::store(result, interpolation.between(Lanes::gather(before), Lanes::gather(after), phases));
+        for (int i = 0; i < Lanes::pixels && i < left; ++i, to += destination.step) {
+            std::memcpy(to, &result[i], 4);
+        }
         walk.advance(wholePixels, rest, step, position.unit);
     }
 }
@@ -148,7 +147,11 @@ void grow(const SourceLine& source, const DestinationLine& destination, const Li
 #elif defined(__AVX2__)
     if (source.step == 4 && destination.step == 4) growNeighbours<Lanes8>(walk, rest, position);
 #endif
-    growScattered(walk, source.step, rest, position);
+#if defined(__AVX2__)
+    growScattered<Lanes8>(walk, source.step, rest, position);
+#else
+    growScattered<Lanes4>(walk, source.step, rest, position);
+#endif
 }
 
 #else

@@ -23,6 +23,12 @@ struct Lanes4 {
     static constexpr int pixels = 4;
 
     static Integers load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
+    static Integers gather(const std::uint8_t* const* pixels) {
+        const auto pair = [&](int i) {
+            return _mm_unpacklo_epi32(_mm_loadu_si32(pixels[i]), _mm_loadu_si32(pixels[i + 1]));
+        };
+        return _mm_unpacklo_epi64(pair(0), pair(2));
+    }
     static void store(void* to, Integers v) { _mm_storeu_si128(static_cast<__m128i*>(to), v); }
     static Integers all(std::int32_t value) { return _mm_set1_epi32(value); }
     static Floats all(float value) { return _mm_set1_ps(value); }
@@ -51,6 +57,9 @@ struct Lanes8 {
     static constexpr int pixels = 8;
 
     static Integers load(const void* from) { return _mm256_loadu_si256(static_cast<const __m256i*>(from)); }
+    static Integers gather(const std::uint8_t* const* pixels) {
+        return _mm256_set_m128i(Lanes4::gather(pixels + 4), Lanes4::gather(pixels));
+    }
     static void store(void* to, Integers v) { _mm256_storeu_si256(static_cast<__m256i*>(to), v); }
     static Integers all(std::int32_t value) { return _mm256_set1_epi32(value); }
     static Floats all(float value) { return _mm256_set1_ps(value); }
@@ -81,6 +90,10 @@ struct Lanes16 {
     static constexpr int pixels = 16;
 
     static Integers load(const void* from) { return _mm512_loadu_si512(from); }
+    static Integers gather(const std::uint8_t* const* pixels) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(Lanes8::gather(pixels)), Lanes8::gather(pixels + 8),
+                                  1);
+    }
     static void store(void* to, Integers v) { _mm512_storeu_si512(to, v); }
     static Integers all(std::int32_t value) { return _mm512_set1_epi32(value); }
     static Floats all(float value) { return _mm512_set1_ps(value); }

@@ -182,8 +182,9 @@ void scaleBytes(const PixelView& source, const PixelView& destination, const Axi
             const std::int64_t end = taps.first + taps.count - from;
             if (end > blockSourcePixels) break;
             sourcePixels = end;
-            runs[count] = {static_cast<std::int32_t>(taps.first - from), runWeights(taps, columns),
-                           static_cast<double>(taps.total)};
+            const auto total = static_cast<double>(taps.total);
+            runs[count] = {static_cast<std::int32_t>(taps.first - from), runWeights(taps, columns), total,
+                           1 / total};
         }
         for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y) {
             const Taps down = rows.taps(y);

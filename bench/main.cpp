@@ -105,6 +105,7 @@ void add(const std::string& subject, const std::string& who, Setup setup) {
 }
 
 void addFilters();
+void addPixKit();
 #if defined(VIREO_BENCH_OPENCV)
 void addOpenCv();
 #endif
@@ -133,6 +134,7 @@ int main(int argumentCount, char** arguments) {
         return [&frames] { std::memcpy(frames.destination, frames.source, frames.size.bytes()); };
     });
     bench::addFilters();
+    bench::addPixKit();
 #if defined(VIREO_BENCH_OPENCV)
     bench::addOpenCv();
 #endif

@@ -2,6 +2,7 @@
 #include "host/pixkit/copy_kernels.h"
 
 #include <cstring>
+#include <type_traits>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
@@ -54,25 +55,24 @@ struct BoxDivisor {
     }
 };
 
+/// Joins the columns of each box; the sums move to the front.
 template <class Width>
-void meansOf(const ColumnSums& columns, Width across, const BoxDivisor& divisor, std::uint8_t* destination,
-             std::int64_t count) {
-    for (std::int64_t x = 0; x < count; ++x) {
+void joinColumns(ColumnSums& columns, Width across, std::int64_t boxes) {
+    for (std::int64_t x = 0; x < boxes; ++x) {
         std::uint32_t even = 0;
         std::uint32_t odd = 0;
         for (std::int32_t i = 0; i < across; ++i) {
             even += columns.even[x * across + i];
             odd += columns.odd[x * across + i];
         }
-        const std::uint32_t pixel = divisor.pixel(even, odd);
-        std::memcpy(destination + 4 * x, &pixel, 4);
+        columns.even[x] = even;
+        columns.odd[x] = odd;
     }
 }
 
-/// A width known to the compiler.
-struct Two {
-    constexpr operator std::int32_t() const { return 2; }
-};
+/// A width that the compiler knows.
+template <std::int32_t width>
+using Known = std::integral_constant<std::int32_t, width>;
 
 void boxMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t across, std::int32_t down,
               std::uint8_t* destination, std::int64_t count) {
@@ -82,10 +82,15 @@ void boxMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t 
     while (count > 0) {
         const std::int64_t boxes = count < blockBoxes ? count : blockBoxes;
         columns.sum(source, rowBytes, down, boxes * across);
-        if (across == 2) {
-            meansOf(columns, Two{}, divisor, destination, boxes);
-        } else {
-            meansOf(columns, across, divisor, destination, boxes);
+        switch (across) {
+            case 2: joinColumns(columns, Known<2>{}, boxes); break;
+            case 3: joinColumns(columns, Known<3>{}, boxes); break;
+            case 4: joinColumns(columns, Known<4>{}, boxes); break;
+            default: joinColumns(columns, across, boxes);
+        }
+        for (std::int64_t x = 0; x < boxes; ++x) {
+            const std::uint32_t pixel = divisor.pixel(columns.even[x], columns.odd[x]);
+            std::memcpy(destination + 4 * x, &pixel, 4);
         }
         source += 4 * boxes * across;
         destination += 4 * boxes;

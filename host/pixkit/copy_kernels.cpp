@@ -55,18 +55,18 @@ struct BoxDivisor {
     }
 };
 
-/// Joins the columns of each box; the sums move to the front.
+/// Joins the columns of each box. The sums go elsewhere, or the loop could not be vectorised.
 template <class Width>
-void joinColumns(ColumnSums& columns, Width across, std::int64_t boxes) {
-    for (std::int64_t x = 0; x < boxes; ++x) {
+void joinColumns(const ColumnSums& columns, Width across, ColumnSums& boxes, std::int64_t count) {
+    for (std::int64_t x = 0; x < count; ++x) {
         std::uint32_t even = 0;
         std::uint32_t odd = 0;
         for (std::int32_t i = 0; i < across; ++i) {
             even += columns.even[x * across + i];
             odd += columns.odd[x * across + i];
         }
-        columns.even[x] = even;
-        columns.odd[x] = odd;
+        boxes.even[x] = even;
+        boxes.odd[x] = odd;
     }
 }
 
@@ -79,22 +79,23 @@ void boxMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t 
     const BoxDivisor divisor(static_cast<std::uint32_t>(across * down));
     const std::int64_t blockBoxes = boxBlock / across;
     ColumnSums columns;
+    ColumnSums boxes;
     while (count > 0) {
-        const std::int64_t boxes = count < blockBoxes ? count : blockBoxes;
-        columns.sum(source, rowBytes, down, boxes * across);
+        const std::int64_t block = count < blockBoxes ? count : blockBoxes;
+        columns.sum(source, rowBytes, down, block * across);
         switch (across) {
-            case 2: joinColumns(columns, Known<2>{}, boxes); break;
-            case 3: joinColumns(columns, Known<3>{}, boxes); break;
-            case 4: joinColumns(columns, Known<4>{}, boxes); break;
-            default: joinColumns(columns, across, boxes);
+            case 2: joinColumns(columns, Known<2>{}, boxes, block); break;
+            case 3: joinColumns(columns, Known<3>{}, boxes, block); break;
+            case 4: joinColumns(columns, Known<4>{}, boxes, block); break;
+            default: joinColumns(columns, across, boxes, block);
         }
-        for (std::int64_t x = 0; x < boxes; ++x) {
-            const std::uint32_t pixel = divisor.pixel(columns.even[x], columns.odd[x]);
+        for (std::int64_t x = 0; x < block; ++x) {
+            const std::uint32_t pixel = divisor.pixel(boxes.even[x], boxes.odd[x]);
             std::memcpy(destination + 4 * x, &pixel, 4);
         }
-        source += 4 * boxes * across;
-        destination += 4 * boxes;
-        count -= boxes;
+        source += 4 * block * across;
+        destination += 4 * block;
+        count -= block;
     }
 }
 

@@ -96,7 +96,8 @@ public:
         *y = inside ? static_cast<std::int32_t>(sourceY / 256) : -1;
     }
 
-    /// Whether the kernels' arithmetic is exact: for any settings in range and any frame of up to 7680 x 4320.
+    /// Whether the kernels' arithmetic is exact: for any settings in range and any frame of up to 7680 x
+    /// 4320.
     bool fitsKernels() const {
         constexpr std::int64_t most = fixed(64);
         return square(width_ / 2) + square(height_ / 2) < 1 << 25 && radius_ > 0 && norm_ > 0 &&

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every filter of the module answers alike, and that filters and property lists agree.
-#include "framework/registry.h"
 #include "host/heapkit/memory_handles.h"
+#include "host/pixkit/pixkit.h"
 #include "host/qrb/exceptions.h"
 #include "host/vireo_host.h"
 #include "host/vrm/filter_instance.h"
@@ -11,8 +11,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -102,6 +103,28 @@ TEST_F(FilterProtocol, FormatsThatFiltersOfferAreFourCharacters) {
                 EXPECT_TRUE(std::isalpha(static_cast<int>(format >> shift & 0xFF)));
         }
     }
+}
+
+TEST_F(FilterProtocol, ExceptionsOfTheSuiteLayerReachTheHost) {
+    const auto flip = std::find_if(plugin.filters().begin(), plugin.filters().end(),
+                                   [](const VRM::Filter& filter) { return filter.id == 10030; });
+    ASSERT_NE(flip, plugin.filters().end());
+    const FrameRect bounds{0, 0, 4, 3};
+    FrameBuffer* const source = vpixNew(&bounds);
+    FrameBuffer* const destination = vpixNew(&bounds);
+    const VRM::FilterInstance instance(flip->entry);
+
+    vireoHostOfferSuite(VIREO_VPIX_SUITE, 0);
+    try {
+        instance.render({source, destination});
+        ADD_FAILURE() << "rendered without the suite";
+    } catch (const QRB::Exception& exception) {
+        EXPECT_STREQ(exception.what(), "Null VPix Suite");
+    }
+    vireoHostOfferSuite(VIREO_VPIX_SUITE, 1);
+    EXPECT_EQ(instance.render({source, destination}), 0);
+    vpixDispose(source);
+    vpixDispose(destination);
 }
 
 }  // namespace

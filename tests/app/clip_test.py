@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: MIT
+"""Time: earlier frames, key frames and fields, over a sequence of plain frames."""
+import numpy
+import pytest
+from PIL import Image
+
+from conftest import read_picture
+
+FRAMES = 20
+
+
+@pytest.fixture
+def sequence(tmp_path):
+    """Frames 1 to 20, each of one grey: 7 times its number from 0. Odd rows are 100 brighter."""
+    for number in range(FRAMES):
+        frame = numpy.full((6, 8, 3), 7 * number, numpy.uint8)
+        frame[1::2] += 100
+        Image.fromarray(frame).save(tmp_path / f"in{number + 1:02}.png")
+
+
+def render(vireo, *arguments):
+    """Rows of each frame's grey, by the frame's number from 0."""
+    vireo("render", "in%02d.png", "out%02d.png", "--overwrite", *arguments)
+    greys = {}
+    for path in vireo.folder.glob("out*.png"):
+        frame = read_picture(path)[..., :3].astype(int)
+        assert (frame == frame[:, :1, :1]).all()
+        greys[int(path.stem.removeprefix("out")) - 1] = list(frame[:, 0, 0])
+        path.unlink()
+    return greys
+
+
+def source(number, row):
+    return 7 * max(number, 0) + 100 * (row % 2)
+
+
+def ghosted(input_at, number, step):
+    """An earlier frame below, the current one over it, the oldest over both."""
+    def blend(over, below, weight):
+        return (over * weight + below * (255 - weight) + 127) // 255
+    return blend(input_at(number - 2 * step), blend(input_at(number), input_at(number - step), 187), 68)
+
+
+@pytest.mark.parametrize("scan, step", [("--progressive", 2), ("--interlaced=tff", 4), ("--interlaced=bff", 4)])
+def test_ghosting_sees_earlier_frames_and_fields(vireo, sequence, scan, step):
+    expected = {number: [ghosted(lambda n: source(n, row), number, step) for row in range(6)]
+                for number in range(FRAMES)}
+    assert render(vireo, "-f", "Ghosting", scan) == expected
+    part = render(vireo, "-f", "Ghosting", scan, "--frames", "9-11", "--jobs", "3")
+    assert part == {number: expected[number] for number in (9, 10, 11)}
+
+
+def test_earlier_frames_are_those_of_the_filters_before(vireo, sequence):
+    rendered = render(vireo, "-f", "Color Balance:red=0,green=0,blue=0,from=5f,to=8f", "-f", "Ghosting")
+
+    def balanced(number, row):
+        return 0 if 5 <= number < 8 else source(number, row)
+    assert rendered == {number: [ghosted(lambda n: balanced(n, row), number, 2) for row in range(6)]
+                       for number in range(FRAMES)}
+
+
+def test_key_frames_count_from_the_whole_clip(vireo, sequence):
+    arguments = ["-f", "Color Balance:red=0,green=0,blue=0,mix=0@4f..100@14f"]
+    whole = render(vireo, *arguments)
+    assert [whole[number][1] for number in (0, 4, 9, 14, 19)] == [100, 128, (163 * 50 + 50) // 100, 0, 0]
+    part = render(vireo, *arguments, "--start", "9f", "--duration", "2f")
+    assert part == {number: whole[number] for number in (9, 10)}

@@ -2,54 +2,51 @@
 // Fixed-point arithmetic in doubles: whole numbers below 2^53 and their products are exact there.
 #include "filters/lens/lens_distortion_kernels.h"
 
-#include <cmath>
+#include "filters/lens/double_vectors.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-/// Truncated toward zero.
-double whole(double value) { return static_cast<double>(static_cast<std::int32_t>(value)); }
-
-/// The same, limited as the fixed point is: what lies below 32 bits becomes one more than the least of them.
-double saturated(double value) {
+/// Truncated and limited as the fixed point is: what lies below 32 bits becomes one more than the least of
+/// them.
+DoubleVector saturated(DoubleVector values) {
     constexpr double largest = 2147483647.0;
-    value = value < largest ? value : largest;
-    value = value > -largest - 2 ? value : -largest;
-    return whole(value);
+    const DoubleVector most = DoubleVector{} + largest;
+    values = values < most ? values : most;
+    return whole(values > -largest - 2 ? values : -most);
 }
 
-void place(const LensFrame& frame, const LensColumns& offsets, const LensOffset& row,
-           std::int32_t* __restrict x, std::int32_t* __restrict y, std::int32_t columns) {
-    const double* squared = offsets.squared;
-    const double* tenth = offsets.tenth;
-    const double* hundredthSquared = offsets.hundredthSquared;
-    const double* rounded = offsets.rounded;
-    const double* curved = offsets.curved;
-    // Copies, since the compiler cannot know that the positions do not overwrite them.
-    const LensFrame f = frame;
-    const LensOffset r = row;
+void place(const LensFrame& frame, const LensColumns& offsets, const LensOffset& row, std::int32_t* x,
+           std::int32_t* y, std::int32_t columns) {
+    static_assert(lensColumnBlock % vectorDoubles == 0);
     constexpr double fraction = 1.0 / 65536;
-    const double rowTenth = r.tenth * fraction;
-    const double rowCurved = r.curved * fraction;
-    const double xPositions = 1 / (256 * f.xStep);
-    const double yPositions = 1 / (256 * f.yStep);
-    for (std::int32_t i = 0; i < columns; ++i) {
-        const double radius = whole(std::sqrt(squared[i] + r.squared) * 65536);
-        const double relativeRadius = whole(radius * f.perRadius);
-        const double product = saturated(2 * saturated(tenth[i] * rowTenth));
-        const double squares = whole((r.hundredthSquared + hundredthSquared[i]) * f.perRadius);
-        const double xPlace = saturated(saturated(product * f.horizontalDecentering) * f.perNorm) +
-                              saturated(curved[i] * (relativeRadius * fraction)) +
-                              saturated(saturated(f.verticalDecentering * squares) * 10000) +
-                              saturated(f.verticalPrism * radius) + rounded[i] + f.halfWidth;
-        const double yPlace = saturated(saturated(product * f.verticalDecentering) * f.perNorm) +
-                              saturated(rowCurved * relativeRadius) +
-                              saturated(saturated(f.horizontalDecentering * squares) * 10000) +
-                              saturated(f.horizontalPrism * radius) + r.rounded + f.halfHeight;
+    const double xPositions = 1 / (256 * frame.xStep);
+    const double yPositions = 1 / (256 * frame.yStep);
+    const DoubleVector outside = DoubleVector{} - 1;
+    for (std::int32_t i = 0; i < columns; i += vectorDoubles) {
+        const DoubleVector radius = whole(squareRoot(loadDoubles(offsets.squared + i) + row.squared) * 65536);
+        const DoubleVector relativeRadius = whole(radius * frame.perRadius);
+        const DoubleVector product =
+            saturated(2 * saturated(loadDoubles(offsets.tenth + i) * (row.tenth * fraction)));
+        const DoubleVector squares =
+            whole((row.hundredthSquared + loadDoubles(offsets.hundredthSquared + i)) * frame.perRadius);
+        const DoubleVector xPlace =
+            saturated(saturated(product * frame.horizontalDecentering) * frame.perNorm) +
+            saturated(loadDoubles(offsets.curved + i) * (relativeRadius * fraction)) +
+            saturated(saturated(frame.verticalDecentering * squares) * 10000) +
+            saturated(frame.verticalPrism * radius) + loadDoubles(offsets.rounded + i) + frame.halfWidth;
+        const DoubleVector yPlace =
+            saturated(saturated(product * frame.verticalDecentering) * frame.perNorm) +
+            saturated(row.curved * (relativeRadius * fraction)) +
+            saturated(saturated(frame.horizontalDecentering * squares) * 10000) +
+            saturated(frame.horizontalPrism * radius) + row.rounded + frame.halfHeight;
         // A position short of 0 by less than its last bit is truncated to 0.
-        const bool inside = (xPlace > -f.xStep) & (xPlace < f.xEnd) & (yPlace > -f.yStep) & (yPlace < f.yEnd);
-        x[i] = static_cast<std::int32_t>(inside ? xPlace * xPositions : -1.0);
-        y[i] = static_cast<std::int32_t>(inside ? yPlace * yPositions : -1.0);
+        const auto inside =
+            (xPlace > -frame.xStep) & (xPlace < frame.xEnd) & (yPlace > -frame.yStep) & (yPlace < frame.yEnd);
+        const HalfIntVector xs = truncated(inside ? xPlace * xPositions : outside);
+        const HalfIntVector ys = truncated(inside ? yPlace * yPositions : outside);
+        std::memcpy(x + i, &xs, sizeof xs);
+        std::memcpy(y + i, &ys, sizeof ys);
     }
 }
 

@@ -45,9 +45,13 @@ struct LensColumns {
 /// less than the distance from any quotient to the next whole number, and by more than rounding takes away.
 constexpr double lensReciprocal(double divisor) { return 1 / divisor * (1 + 0x1p-50); }
 
+/// Kernels read and write columns in blocks of so many.
+inline constexpr std::int32_t lensColumnBlock = 8;
+
 struct LensDistortionKernels {
-    /// Writes the positions of `columns` columns of a row in 1/256 pixel, -1 outside the picture. Exact while
-    /// squared distances add up to less than 2^25 and decenterings lie within 64.
+    /// Writes the positions of `columns` columns of a row, and of those up to the end of a block, in 1/256
+    /// pixel, -1 outside the picture. Exact while squared distances add up to less than 2^25 and decenterings
+    /// lie within 64.
     void (*place)(const LensFrame& frame, const LensColumns& offsets, const LensOffset& row, std::int32_t* x,
                   std::int32_t* y, std::int32_t columns);
 };

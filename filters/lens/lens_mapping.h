@@ -158,8 +158,12 @@ public:
     LensColumns forKernels() const { return {squared_, tenth_, hundredthSquared_, rounded_, curved_}; }
 
 private:
-    double squared_[tileWidth], tenth_[tileWidth], hundredthSquared_[tileWidth], rounded_[tileWidth],
-        curved_[tileWidth];
+    static_assert(tileWidth % lensColumnBlock == 0);
+    double squared_[tileWidth] = {};
+    double tenth_[tileWidth] = {};
+    double hundredthSquared_[tileWidth] = {};
+    double rounded_[tileWidth] = {};
+    double curved_[tileWidth] = {};
 };
 
 inline LensOffset rowForKernels(const Offset& row) {

@@ -4,6 +4,7 @@
 #define VIREO_FRAMEWORK_DIALOG_GEOMETRY_H
 
 #include <algorithm>
+#include <cstdint>
 
 /// A rectangle in a dialog's client pixels; right and bottom are excluded.
 struct Box {
@@ -24,27 +25,41 @@ constexpr Box boxAt(int left, int top, int width, int height) {
     return {left, top, left + width, top + height};
 }
 
-/// The markers below a strip: pictures of 15 x 8 pixels whose middle points at a value of 0 to 255.
-inline constexpr int markerWidth = 15;
-inline constexpr int markerHeight = 8;
-
-/// Where a marker's left edge stands in an off-screen strip of this width.
-constexpr int markerX(int stripWidth, int value) { return ((stripWidth - markerWidth) * value + 127) / 255; }
-
 /// Bar i of 256 across a width: the left edge of a bar of one pixel.
 constexpr int barX(int width, int i) { return std::min(width, (width * i + 127) / 255); }
 
-/// The value under a marker that is dragged along a track.
-struct MarkerTrack {
-    int left = 0;   ///< Of the marker's left edge, at value 0.
-    int right = 0;  ///< At value 255.
+/// The height of a histogram's bar, rounded; 0 where nothing was counted.
+constexpr int barHeight(int frameHeight, std::uint32_t count, std::uint32_t largest) {
+    if (largest == 0) return 0;
+    return static_cast<int>((std::uint64_t{count} * static_cast<std::uint64_t>(frameHeight) + largest / 2) /
+                            largest);
+}
 
-    int length() const { return right - left; }
+/// Markers that hang from a line: pictures of 15 x 8 pixels whose middle points at a value of 0 to 255.
+struct MarkerStrip {
+    static constexpr int markerWidth = 15;
+    static constexpr int height = 8;
+    static constexpr int overhang = 7;
 
-    /// `x` of the pointer, `grabOffset` from there to the marker's left edge.
+    Box line;
+
+    /// What is drawn of the strip: half a marker wider than the line on either side, just below it.
+    Box area() const {
+        return {line.left - overhang, line.bottom, line.right + overhang, line.bottom + height};
+    }
+
+    /// Of a marker's left edge inside the area.
+    int markerX(int value) const { return ((area().width() - markerWidth) * value + 127) / 255; }
+
+    Box marker(int value) const {
+        return boxAt(area().left + markerX(value), line.bottom, markerWidth, height);
+    }
+
+    /// The value of a marker that is dragged: the pointer's x, and from there to the marker's left edge.
     int valueAt(int x, int grabOffset) const {
-        const int position = std::clamp(x + grabOffset - left, 0, length());
-        return (length() / 2 + position * 255) / length();
+        const int begin = line.left - overhang;
+        const int length = line.right - overhang - 1 - begin;
+        return (length / 2 + std::clamp(x + grabOffset - begin, 0, length) * 255) / length;
     }
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/dialog_window.h"
 
+#include "framework/module_resources.h"
 #include "host/mtkcore/localizer.h"
 #include "host/pixkit/pixkit.h"
 #include "host/utilkit/utilkit.h"
@@ -69,6 +70,26 @@ void drawPreview(HDC context, FrameBuffer* frame, const Box& box) {
     const FrameRect target{box.left, box.top, box.right, box.bottom};
     vpixToScreen(frame, context, &target);
     outline(context, box.grownBy(1));
+}
+
+void drawMarkers(HDC context, const MarkerStrip& strip, std::span<const DrawnMarker> markers) {
+    const OffscreenDrawing drawing(context, strip.area());
+    fill(drawing.get(), boxAt(0, 0, strip.area().width(), strip.area().height()),
+         GetSysColorBrush(COLOR_BTNFACE));
+    for (const DrawnMarker& marker : markers) {
+        DrawIcon(drawing.get(), strip.markerX(marker.value), 0, marker.icon);
+    }
+}
+
+HICON loadMarker(std::uint16_t id) {
+    return LoadIconW(static_cast<HINSTANCE>(moduleObject()->GetNativeModule()), MAKEINTRESOURCEW(id));
+}
+
+std::optional<int> numberIn(HWND dialog, int id) {
+    BOOL isNumber = FALSE;
+    const UINT number = GetDlgItemInt(dialog, id, &isNumber, FALSE);
+    constexpr UINT most = 0x7FFFFFFF;
+    return isNumber && number <= most ? std::optional(static_cast<int>(number)) : std::nullopt;
 }
 
 void centerOverHost(HWND dialog, const FilterInvocation& invocation) {

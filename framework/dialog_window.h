@@ -9,6 +9,7 @@
 #include "host/mtkcore/localizer.h"
 #include "host/vrm/filter_invocation.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -111,6 +112,21 @@ void fill(HDC context, const Box& box, HBRUSH brush);
 
 /// Shows a frame scaled into the box, with a black line around it.
 void drawPreview(HDC context, FrameBuffer* frame, const Box& box);
+
+/// A marker of a strip: its picture and the value that it points at.
+struct DrawnMarker {
+    HICON icon;
+    int value;
+};
+
+/// Draws a strip's markers over the colour of buttons, in the order given.
+void drawMarkers(HDC context, const MarkerStrip& strip, std::span<const DrawnMarker> markers);
+
+/// One of the module's marker pictures; the system keeps it.
+HICON loadMarker(std::uint16_t id);
+
+/// The whole number in an edit field; empty where it is none or below 0.
+std::optional<int> numberIn(HWND dialog, int id);
 
 /// Over the host's main window.
 void centerOverHost(HWND dialog, const FilterInvocation& invocation);

@@ -21,6 +21,10 @@ inline constexpr LumaWeightTable lumaWeights = [] {
     return table;
 }();
 
+constexpr int lumaOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
+    return lumaWeights[red] + lumaWeights[256U + green] + lumaWeights[512U + blue];
+}
+
 // The same weights without a look-up, for vector kernels: floor(c * weight / 2^shift) gives the table's
 // entries.
 inline constexpr int lumaShift = 16;

@@ -7,7 +7,7 @@
 namespace Levels {
 
 /// Takes the handle of the work record as its parameter; null where there are no windows.
-inline constexpr DialogProcedure* dialogProcedure = nullptr;
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Levels
 

@@ -7,7 +7,7 @@
 namespace Extract {
 
 /// Takes the handle of the work record as its parameter.
-inline constexpr DialogProcedure* dialogProcedure = nullptr;
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Extract
 

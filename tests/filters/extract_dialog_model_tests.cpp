@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "filters/warp/extract_dialog_model.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+using Extract::Field;
+
+Extract::DialogModel modelWithLine(const Extract::Settings& settings) {
+    Extract::DialogModel model(settings);
+    model.layOut(boxAt(20, 100, 192, 1), boxAt(20, 30, 192, 70), boxAt(0, 0, 434, 265));
+    return model;
+}
+
+TEST(ExtractDialogModel, PreviewStandsBesideTheHistogram) {
+    EXPECT_EQ(modelWithLine({}).preview(), boxAt(212 + (434 - 212 - 160) / 2, 30, 160, 120));
+}
+
+TEST(ExtractDialogModel, DraggingCoversTheWholeRangeAndStopsAtTheOtherHandle) {
+    auto model = modelWithLine({0, 255, 0, 0});
+    model.press(20, 104);
+    unsigned redrawn = 0;
+    for (int x = 20, last = -1; x < 240; ++x) {
+        redrawn |= model.drag(x);
+        EXPECT_GE(model.settings().low, last);
+        last = model.settings().low;
+    }
+    EXPECT_EQ(redrawn, Extract::Low | Extract::Picture);
+    EXPECT_EQ(model.settings().low, 255);
+    EXPECT_EQ(model.drag(300), Extract::Nothing);
+    model.drag(-100);
+    EXPECT_EQ(model.settings().low, 0);
+
+    model.press(5, 5);
+    EXPECT_EQ(model.drag(100), Extract::Nothing);
+}
+
+TEST(ExtractDialogModel, AHandleStaysUnderThePointerThatGrabbedItsEdge) {
+    auto model = modelWithLine({100, 200, 0, 0});
+    const Box marker = model.strip().marker(100);
+    model.press(marker.right - 1, marker.top);
+    EXPECT_EQ(model.drag(marker.right - 1), Extract::Nothing);
+    EXPECT_EQ(model.settings().low, 100);
+}
+
+TEST(ExtractDialogModel, BarsFollowTheCountsAndLeaveTheFrameFromManyPixelsOn) {
+    auto model = modelWithLine({});
+    constexpr int white = 100;
+    std::vector<std::uint8_t> pixels(std::size_t{4} * 66000, 0);
+    std::fill_n(pixels.begin(), 4 * white, 255);
+    const auto count = [&](int black) { model.countPixels({pixels.data(), 0, {0, 0, white + black, 1}}); };
+    const Box box = boxAt(0, 0, 192, 70);
+
+    count(200);
+    EXPECT_EQ(model.histogramBar(box, 0).height(), 70);
+    EXPECT_EQ(model.histogramBar(box, 254).height(), 35);
+    EXPECT_EQ(model.histogramBar(box, 255), (Box{192, 70, 193, 70}));
+    count(65536);
+    EXPECT_EQ(model.histogramBar(box, 254).height(), 0);
+    count(65537);
+    EXPECT_EQ(model.histogramBar(box, 254).height(), 70 * white);
+    model.countPixels({nullptr, 0, {}});
+    EXPECT_EQ(model.histogramBar(box, 0).height(), 0);
+}
+
+}  // namespace

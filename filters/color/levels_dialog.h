@@ -6,7 +6,7 @@
 
 namespace Levels {
 
-/// Takes the handle of the work record as its parameter; null where there are no windows.
+/// Takes the handle of the work record as its parameter.
 VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Levels

@@ -61,6 +61,7 @@ struct DialogState {
     FrameRect previewRect;
     std::uint32_t fillColor;
     FilterInvocation** invocation;
+    std::uint16_t writing;  ///< Not 0 while the dialog writes its own edit boxes.
 };
 
 /// How large the host sees the work record.

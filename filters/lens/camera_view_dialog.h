@@ -6,8 +6,8 @@
 
 namespace CameraView {
 
-/// Takes the handle of the work record as its parameter; null where there are no windows.
-inline constexpr DialogProcedure* dialogProcedure = nullptr;
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace CameraView
 

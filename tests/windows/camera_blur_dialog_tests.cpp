@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "host/pixkit/pixkit.h"
 #include "tests/windows/dialog_driver.h"
 
 #include <commctrl.h>
@@ -63,10 +62,7 @@ TEST(CameraBlurDialog, ThePreviewFollowsTheSlider) {
     DialogFixture fixture(cameraBlurId, 240, 180);
     // One white column in black: blur spreads it.
     for (int y = 0; y < 180; ++y) {
-        auto* row =
-            reinterpret_cast<std::uint32_t*>(static_cast<std::uint8_t*>(vpixGetPixels(fixture.source())) +
-                                             y * vpixGetRowbytes(fixture.source()));
-        for (int x = 0; x < 240; ++x) row[x] = x == 120 ? 0xFFFFFFFF : 0xFF000000;
+        for (int x = 0; x < 240; ++x) fixture.setPixel(x, y, x == 120 ? 0xFFFFFFFF : 0xFF000000);
     }
     fixture.store(Settings{0});
     fixture.setup([](const Dialog& dialog) {

@@ -200,6 +200,21 @@ std::vector<std::uint8_t> DialogFixture::settings() const {
     return {bytes, bytes + HeapKit::handleSize(handle)};
 }
 
+std::vector<std::uint32_t> DialogFixture::pixels(FrameBuffer* frame) const {
+    FrameRect bounds;
+    vpixGetBounds(frame, &bounds);
+    std::vector<std::uint32_t> all;
+    for (int y = 0; y < bounds.bottom; ++y) {
+        for (int x = 0; x < bounds.right; ++x) all.push_back(vpixGetPixel(frame, x, y));
+    }
+    return all;
+}
+
+void DialogFixture::setPixel(int x, int y, std::uint32_t pixel) {
+    const FrameRect one{x, y, x + 1, y + 1};
+    vpixFillRect(source(), &one, pixel);
+}
+
 int DialogFixture::liveHandles() const {
     return static_cast<int>(::liveHandles.size()) - (invocation.settingsHandle != nullptr ? 1 : 0);
 }

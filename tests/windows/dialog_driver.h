@@ -70,6 +70,10 @@ public:
     /// Handles that were made and not released, the settings' own not counted.
     int liveHandles() const;
 
+    std::vector<std::uint32_t> pixels(FrameBuffer* frame) const;
+    /// Of the source, in picture coordinates.
+    void setPixel(int x, int y, std::uint32_t pixel);
+
     FrameBuffer* source() const { return invocation.sourceFrame; }
     FrameBuffer* destination() const { return invocation.destFrame; }
 

@@ -174,6 +174,8 @@ TEST(LevelsDialog, SavesAndLoadsParameterFiles) {
     EXPECT_EQ(std::filesystem::file_size(saved), 44U);
     EXPECT_EQ(stored(fixture).master.inputBlack, 77);
     EXPECT_EQ(stored(fixture).red, Levels::Channel{});
+    // The file dialog has made the folder the current one.
+    std::filesystem::current_path(folder.parent_path());
     std::filesystem::remove_all(folder);
 }
 

@@ -24,7 +24,8 @@ VIREO_HOST_C uint32_t vpixGetPixel(FrameBuffer* handle, int32_t x, int32_t y);
 /// Copies a rectangle onto another. Where the sizes differ an axis that shrinks takes the mean of the span
 /// that a pixel covers and one that grows interpolates linearly between pixel centres. Empty or inverted
 /// rectangles copy nothing, what lies outside a buffer is neither read nor written, and overlap behaves as if
-/// the source had been copied aside first.
+/// the source had been copied aside first. Samples are bytes, 16-bit words or floats as the formats say;
+/// buffers whose pixels differ in width copy nothing.
 VIREO_HOST_C void vpixCopy(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRect,
                            const FrameRect* destinationRect, uint32_t mode);
 
@@ -33,7 +34,7 @@ VIREO_HOST_C void vpixCopy(FrameBuffer* source, FrameBuffer* destination, const 
 VIREO_HOST_C FrameBuffer* vpixNew(const FrameRect* bounds);
 VIREO_HOST_C void vpixDispose(FrameBuffer* handle);
 
-/// Writes the word as it is, clipped to the bounds.
+/// Writes the word as it is, clipped to the bounds; over and over where a pixel has more than 4 bytes.
 VIREO_HOST_C void vpixFillRect(FrameBuffer* handle, const FrameRect* rect, uint32_t color);
 
 VIREO_HOST_C void vpixLockPixels(FrameBuffer* handle, void** pixels);

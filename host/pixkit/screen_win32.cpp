@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include "host/pixkit/pixel_view.h"
 #include "host/pixkit/pixkit.h"
 #include "host/win32.h"
 
+#include <limits>
 #include <memory>
 
 void vpixToScreen(FrameBuffer* handle, void* deviceContext, const FrameRect* target) {
-    const FrameRect scaled{0, 0, target->right - target->left, target->bottom - target->top};
+    const std::int64_t width = PixKit::columnsOf(*target).size();
+    const std::int64_t height = PixKit::rowsOf(*target).size();
+    constexpr std::int64_t largest = std::numeric_limits<std::int32_t>::max();
+    if (width > largest || height > largest) return;
+    const FrameRect scaled{0, 0, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
     const std::unique_ptr<FrameBuffer, decltype(&vpixDispose)> picture(vpixNew(&scaled), vpixDispose);
     if (picture == nullptr) return;
     vpixCopy(handle, picture.get(), &handle->bounds, &scaled, VPixCopyReplace);

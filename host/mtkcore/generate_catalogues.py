@@ -13,7 +13,7 @@ PRIMARY_LANGUAGES = {"de": 0x07, "es": 0x0A, "fr": 0x0C, "it": 0x10, "ja": 0x11,
 
 
 def read_entries(path):
-    """The (key, translation) pairs of a .po file, its header left out."""
+    """The (key, English text, translation) of each entry of a .po file, its header left out."""
     entries = []
     fields = {}
     field = None
@@ -21,7 +21,7 @@ def read_entries(path):
         line = line.strip()
         if not line:
             if fields.get("msgctxt"):
-                entries.append((fields["msgctxt"], fields.get("msgstr", "")))
+                entries.append((fields["msgctxt"], fields.get("msgid"), fields.get("msgstr", "")))
             fields = {}
         elif line.startswith('"'):
             fields[field] += ast.literal_eval(line)
@@ -30,10 +30,10 @@ def read_entries(path):
             if field not in ("msgctxt", "msgid", "msgstr"):
                 raise SystemExit(f"{path}:{number}: unexpected line")
             fields[field] = ast.literal_eval(text)
-    for key, text in entries:
-        if not text:
+    for key, _, translation in entries:
+        if not translation:
             raise SystemExit(f"{path}: {key} has no translation")
-    if len({key for key, _ in entries}) != len(entries):
+    if len({key for key, _, _ in entries}) != len(entries):
         raise SystemExit(f"{path}: a key stands twice")
     return sorted(entries)
 
@@ -53,7 +53,7 @@ def main():
     for path in arguments.catalogues:
         entries = read_entries(path)
         lines.append(f"const CatalogueEntry {path.stem}[] = {{")
-        lines += [f"    {{{quoted(key)}, {quoted(text, 'u')}}}," for key, text in entries]
+        lines += [f"    {{{quoted(key)}, {quoted(text, 'u')}}}," for key, _, text in entries]
         lines += ["};", ""]
     lines.append("const Catalogue all[] = {")
     lines += [f"    {{{PRIMARY_LANGUAGES[path.stem]:#04x}, {path.stem}}}," for path in arguments.catalogues]

@@ -2,7 +2,7 @@
 #include "app/media/ffmpeg_reader.h"
 
 extern "C" {
-#include <libavutil/display.h>
+#include <libavutil/cpu.h>
 }
 
 #include <cmath>
@@ -118,7 +118,8 @@ void FfmpegReader::openDecoder() {
     if (decoder_ == nullptr) throw std::bad_alloc();
     check(avcodec_parameters_to_context(decoder_.get(), stream.codecpar), "cannot decode " + name_);
     decoder_->pkt_timebase = stream.time_base;
-    decoder_->thread_count = 0;
+    // Filters and the encoder have more to do; each of the decoder's threads holds frames of its own.
+    decoder_->thread_count = std::max(1, av_cpu_count() / 2);
     // What is decodable in part is rendered and named.
     decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     check(avcodec_open2(decoder_.get(), codec, nullptr), "cannot decode " + name_);

@@ -36,7 +36,16 @@ std::optional<SequencePattern> SequencePattern::parse(const std::string& path) {
     return pattern;
 }
 
+SequencePattern SequencePattern::single(const std::string& path) {
+    SequencePattern pattern;
+    pattern.folder_ = std::filesystem::path(path).parent_path();
+    pattern.before_ = std::filesystem::path(path).filename().string();
+    pattern.digits_ = 0;
+    return pattern;
+}
+
 std::filesystem::path SequencePattern::name(std::int64_t number) const {
+    if (digits_ == 0) return before_;
     std::string digits = std::to_string(number);
     if (static_cast<int>(digits.size()) < digits_)
         digits.insert(0, static_cast<std::size_t>(digits_) - digits.size(), '0');
@@ -46,6 +55,10 @@ std::filesystem::path SequencePattern::name(std::int64_t number) const {
 std::vector<std::int64_t> SequencePattern::existing() const {
     std::vector<std::int64_t> numbers;
     std::error_code error;
+    if (digits_ == 0) {
+        if (std::filesystem::exists(folder_ / before_, error)) numbers.push_back(1);
+        return numbers;
+    }
     const std::filesystem::path folder = folder_.empty() ? "." : folder_;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
         const std::string found = entry.path().filename().string();

@@ -16,6 +16,9 @@ public:
     /// Nothing where the name has no number.
     static std::optional<SequencePattern> parse(const std::string& path);
 
+    /// The one file of that name, as number 1.
+    static SequencePattern single(const std::string& path);
+
     const std::filesystem::path& folder() const { return folder_; }
     std::filesystem::path name(std::int64_t number) const;
 
@@ -26,7 +29,7 @@ private:
     std::filesystem::path folder_;
     std::string before_;
     std::string after_;
-    int digits_ = 1;
+    int digits_ = 1;  ///< 0: a name without a number.
 };
 
 }  // namespace vireo

@@ -91,12 +91,12 @@ class Pipeline {
 public:
     Pipeline(Media& media, FrameProcessor& processor, int jobs, StopRequest& stop,
              const PipelineEvents& events)
-        : media_(media), processor_(processor), limit_(jobs + 1), stop_(stop), events_(events) {}
+        : media_(media), processor_(processor), jobs_(jobs), stop_(stop), events_(events) {}
 
     std::int64_t run() {
         std::vector<std::jthread> threads;
         threads.emplace_back([this] { guarded([this] { readAll(); }); });
-        for (int i = 0; i + 1 < limit_; ++i)
+        for (int i = 0; i < jobs_; ++i)
             threads.emplace_back([this] { guarded([this] { renderAll(); }); });
         std::int64_t frames = 0;
         guarded([&] { frames = writeAll(); });
@@ -144,7 +144,7 @@ private:
             if (preRoll) continue;
 
             std::unique_lock lock(mutex_);
-            if (!waitFor(lock, [&] { return underWay_ < limit_; })) return;
+            if (!waitFor(lock, [&] { return underWay_ < jobs_; })) return;
             ++underWay_;
             waiting_.emplace_back(read_++, Slots(recent.begin(), recent.end()));
             changed_.notify_all();
@@ -202,7 +202,7 @@ private:
 
     Media& media_;
     FrameProcessor& processor_;
-    const int limit_;  ///< Frames read and not yet written.
+    const int jobs_;  ///< As many frames are on their way from reader to writer.
     StopRequest& stop_;
     const PipelineEvents& events_;
 

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// Opens both ends of a job with the system's picture codecs.
+#include "app/media/wic_pictures.h"
+
+namespace vireo {
+
+Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest&,
+                Messages& messages) {
+    if (job.input == "-" || job.output == "-")
+        throw RenderError("standard input and output are not read or written as pictures here", 2);
+    const auto pattern = SequencePattern::parse(job.input);
+    auto reader = std::make_unique<SequenceReader>(
+        job, pattern && !std::filesystem::exists(job.input) ? *pattern : SequencePattern::single(job.input),
+        processor.lookBack(), std::make_unique<WicPictureSource>(job.premultiplied), messages);
+    const std::int64_t firstNumber = job.startNumber.value_or(reader->firstNumber());
+    checkPictureOutput(job, firstNumber, job.frames ? job.frames->first : 0, reader->info().framesExpected);
+    Media media;
+    media.reader = std::move(reader);
+    media.pictureFormat = PixKit::formatBgra;
+    media.writer = std::make_unique<PictureWriter>(job, std::make_unique<WicPictureTarget>(job), firstNumber);
+    return media;
+}
+
+}  // namespace vireo

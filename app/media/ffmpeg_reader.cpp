@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_reader.h"
 
+#include "app/media/exif.h"
+
 extern "C" {
 #include <libavutil/cpu.h>
 }
@@ -129,7 +131,7 @@ void FfmpegReader::findLength(const RenderJob& job) {
     const AVStream& stream = *input_->streams[stream_];
     const bool seekable = input_->pb != nullptr && (input_->pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
     const bool partWanted = job.frames || job.start;
-    if (const auto exact = exactFrameCount(*input_, stream_)) info_.frameCount = *exact;
+    if (const auto exact = exactFrameCount(*input_, stream_)) announcedFrames_ = info_.frameCount = *exact;
     if (seekable && pipe_ == nullptr && (info_.frameCount == 0 || partWanted)) {
         std::int64_t count = 0;
         times_ = packetTimes(job.input, stream_, stop_, count);
@@ -155,6 +157,7 @@ void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
         });
         first = found - times_.begin();
     }
+    announcedFrames_ = 0;  // the packets before are not seen
     const std::int64_t wanted = std::min(first, static_cast<std::int64_t>(times_.size()) - 1) - lookBack;
     if (wanted <= 0) return;
     // A container that seeks by decoding times may land on a key frame that is shown later than wanted.
@@ -265,6 +268,7 @@ std::unique_ptr<FfmpegFrame> FfmpegReader::decode() {
         } else if (received == AVERROR_EOF) {
             drained_ = true;
             takeLost(numbering_.rest());
+            takeMissing();
         } else {
             noteFailure(received);
         }
@@ -283,9 +287,10 @@ void FfmpegReader::demux() {
             passOn(std::move(packet));
             continue;
         }
-        if (packet != nullptr && holdsShownFrame(*packet, decoder_->codec_id) &&
-            packet->pts != AV_NOPTS_VALUE)
-            numbering_.sent(packet->pts);
+        if (packet != nullptr && holdsShownFrame(*packet, decoder_->codec_id)) {
+            ++shownPackets_;
+            if (packet->pts != AV_NOPTS_VALUE) numbering_.sent(packet->pts);
+        }
         const int sent = avcodec_send_packet(decoder_.get(), packet.get());
         if (sent < 0) noteFailure(sent);
         return;
@@ -318,6 +323,21 @@ void FfmpegReader::takeLost(const std::vector<FrameNumbering::Lost>& lost) {
         place(*placeholder, frame.number, frame.time, Interlacing::Progressive);
         decoded_.push_back(std::move(placeholder));
     }
+}
+
+/// What the container announced and the file does not hold any more.
+void FfmpegReader::takeMissing() {
+    if (shownPackets_ >= announcedFrames_) return;
+    failure_ = "the file ends before it";
+    std::vector<FrameNumbering::Lost> missing;
+    const std::int64_t usual = av_rescale_q(1, av_inv_q(video_.frameRate), video_.timeBase);
+    for (std::int64_t number = numbering_.following(); number < announcedFrames_; ++number) {
+        missing.push_back({number, nextTime_});
+        nextTime_ += usual;
+        // A part may end long before.
+        if (range_.last && number > *range_.last) break;
+    }
+    takeLost(missing);
 }
 
 void FfmpegReader::take(FramePtr frame) {
@@ -376,6 +396,8 @@ void FfmpegReader::setProperties(const AVFrame& frame) {
         std::int32_t values[9];
         std::memcpy(values, matrix, sizeof values);
         video_.orientation = matrixOrientation(values);
+    } else if (pipe_ == nullptr) {
+        video_.orientation = exifOrientation(exifOrientationTag(std::filesystem::path(name_)));
     }
 }
 
@@ -400,9 +422,15 @@ void FfmpegReader::passOn(PacketPtr packet) {
     }
     const AVStream& stream = *input_->streams[packet->stream_index];
     const double begin = packetTime(*packet, stream);
-    const double middle = begin + seconds(packet->duration, stream.time_base) / 2;
-    // What lies mostly outside the part is left out.
-    if (begin == noTime || (middle >= partStart_ && middle < partEnd_)) sink_(std::move(packet));
+    // Each packet belongs to the part where it begins, so that parts join.
+    if (begin == noTime || (begin >= partStart_ - 1e-6 && begin < partEnd_ - 1e-6)) sink_(std::move(packet));
+}
+
+std::optional<std::int64_t> FfmpegReader::firstTimeOf(const AVStream& stream) const {
+    for (const PacketPtr& packet : otherPackets_) {
+        if (packet->stream_index == stream.index && packet->pts != AV_NOPTS_VALUE) return packet->pts;
+    }
+    return std::nullopt;
 }
 
 void FfmpegReader::connect(PacketSink sink) {

@@ -35,6 +35,14 @@ public:
     /// What to take off the input's times to have the output's, in seconds of the input's clock.
     double timeOrigin() const { return timeOrigin_; }
 
+    /// Whether no frame is shown before the output's time 0.
+    bool beginsAtZero() const {
+        return seconds(ahead_.front()->properties().pts, video_.timeBase) >= timeOrigin_;
+    }
+
+    /// The time of another stream's first packet, in its time base, where it was read already.
+    std::optional<std::int64_t> firstTimeOf(const AVStream& stream) const;
+
     /// From here on packets of other streams go to `sink`, those that were read already at once.
     void connect(PacketSink sink);
 
@@ -51,6 +59,7 @@ private:
     PacketPtr nextPacket();
     void noteFailure(int code);
     void takeLost(const std::vector<FrameNumbering::Lost>& lost);
+    void takeMissing();
     void take(FramePtr frame);
     void setProperties(const AVFrame& frame);
     void place(SourceFrame& frame, std::int64_t number, std::int64_t time, Interlacing interlacing) const;
@@ -77,6 +86,8 @@ private:
     std::vector<std::int64_t> times_;
     std::optional<std::int64_t> firstTime_;  ///< Of the clip's first frame.
     FrameNumbering numbering_;
+    std::int64_t announcedFrames_ = 0;  ///< By the container, where all of its packets are read.
+    std::int64_t shownPackets_ = 0;
 
     double partStart_ = -std::numeric_limits<double>::infinity();
     double partEnd_ = std::numeric_limits<double>::infinity();

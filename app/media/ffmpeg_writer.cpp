@@ -71,6 +71,10 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
     }
     if (choice_.alpha && std::string_view(choice_.container->name) == "webm")
         av_dict_set(&stream_->metadata, "alpha_mode", "1", 0);
+    // Here only decoding times lie before 0, which Matroska does not store: nothing needs to be shifted.
+    const std::string_view container = choice_.container->name;
+    if (container == "matroska" || container == "webm")
+        output.avoid_negative_ts = reader == nullptr || reader->beginsAtZero() ? 0 : -1;
     muxer_.begin(options);
     if (options.anyName() != nullptr) {
         throw RenderError(std::string("neither the encoder ") + choice_.codec->name + " nor the format " +

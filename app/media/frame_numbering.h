@@ -38,8 +38,8 @@ public:
     /// The decoder is drained: what was lost at the end.
     std::vector<Lost> rest();
 
-    /// Forgets what went into the decoder, after a seek.
-    void restart() { pending_.clear(); }
+    /// The number that the next frame would have.
+    std::int64_t following() const { return next_; }
 
 private:
     std::vector<Lost> lostBefore(std::int64_t time);

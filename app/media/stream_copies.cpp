@@ -37,13 +37,21 @@ bool takes(const AVOutputFormat& container, AVCodecID codec) {
 
 class CopiedStream : public StreamRoute {
 public:
-    CopiedStream(const AVStream& from, Muxer& muxer, double timeOrigin)
+    CopiedStream(const FfmpegReader& reader, const AVStream& from, Muxer& muxer)
         : muxer_(muxer),
           base_(from.time_base),
-          origin_(std::llround(timeOrigin / av_q2d(from.time_base))),
+          origin_(std::llround(reader.timeOrigin() / av_q2d(from.time_base))),
           to_(*avformat_new_stream(&muxer.context(), nullptr)) {
         check(avcodec_parameters_copy(to_.codecpar, from.codecpar), "cannot copy a stream");
         to_.codecpar->codec_tag = 0;
+        // Sound that begins before 0 to warm its decoder up: Matroska knows that by its length alone.
+        const std::string_view container = muxer.context().oformat->name;
+        const std::int64_t first = reader.firstTimeOf(from).value_or(0);
+        if ((container == "matroska" || container == "webm") && first < 0 && origin_ == 0 &&
+            from.codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
+            to_.codecpar->initial_padding =
+                static_cast<int>(av_rescale_q(-first, from.time_base, {1, from.codecpar->sample_rate}));
+        }
         to_.time_base = from.time_base;
     }
 
@@ -133,7 +141,7 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
         const unsigned before = to.nb_streams;
         if (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE) {
             if (takes(container, stream.codecpar->codec_id)) {
-                routes_[i] = std::make_unique<CopiedStream>(stream, muxer, reader.timeOrigin());
+                routes_[i] = std::make_unique<CopiedStream>(reader, stream, muxer);
             } else {
                 routes_[i] = type == AVMEDIA_TYPE_AUDIO
                                  ? convertSound(stream, muxer, reader.timeOrigin())

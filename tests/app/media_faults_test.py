@@ -1,0 +1,141 @@
+# SPDX-License-Identifier: MIT
+"""Interruptions, full disks, damage: what is left behind and what is said."""
+import signal
+import stat
+import subprocess
+import time
+
+import numpy
+import pytest
+from PIL import Image
+
+from conftest import PROGRAM, read_picture
+from media_support import IDENTITY, clip, frames, samples
+
+
+def names(folder):
+    return sorted(path.name for path in folder.iterdir())
+
+
+@pytest.fixture
+def long_clip(tmp_path):
+    return clip(tmp_path, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20,
+                source="testsrc2=s=640x480:r=25:d={seconds}")
+
+
+@pytest.mark.parametrize("number, status", [(signal.SIGINT, 130), (signal.SIGTERM, 143)])
+@pytest.mark.parametrize("output", ["out.mp4", "out%04d.png"])
+def test_an_interrupted_render_leaves_nothing(tmp_path, long_clip, number, status, output):
+    running = subprocess.Popen([PROGRAM, "render", long_clip, output, *IDENTITY, "--encoder-option",
+                                "preset=slow" if output.endswith("mp4") else "compression_level=9"],
+                               cwd=tmp_path, stderr=subprocess.PIPE)
+    while not any(name.startswith(".vireo") for name in names(tmp_path)):
+        assert running.poll() is None
+        time.sleep(0.02)
+    time.sleep(0.3)
+    running.send_signal(number)
+    errors = running.communicate(timeout=20)[1].decode()
+    assert running.returncode == status, errors
+    assert names(tmp_path) == [long_clip]
+    assert len(errors.splitlines()) == 1 and errors.startswith("vireo: ")
+
+
+def test_waiting_for_a_pipe_can_be_interrupted(tmp_path):
+    running = subprocess.Popen([PROGRAM, "render", "-", "out.mkv", *IDENTITY], cwd=tmp_path, stdin=subprocess.PIPE,
+                               stderr=subprocess.PIPE)
+    time.sleep(0.5)
+    running.send_signal(signal.SIGINT)
+    assert running.wait(timeout=10) == 130
+    assert names(tmp_path) == []
+    running.stdin.close()
+    running.stderr.close()
+
+
+def test_a_reader_that_goes_away_is_told_in_a_sentence(tmp_path, long_clip):
+    running = subprocess.Popen([PROGRAM, "render", long_clip, "-", *IDENTITY, "--format", "y4m"], cwd=tmp_path,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    running.stdout.read(1000)
+    running.stdout.close()
+    errors = running.stderr.read().decode()
+    assert running.wait(timeout=20) == 1
+    assert "closed the pipe" in errors.splitlines()[-1]
+    running.stderr.close()
+
+
+def test_a_full_disk_leaves_nothing(tmp_path, long_clip):
+    limited = subprocess.run(["bash", "-c", f"ulimit -f 100; exec '{PROGRAM}' render {long_clip} out.mkv {IDENTITY[0]} "
+                              f"{IDENTITY[1]} --encoder ffv1"], cwd=tmp_path, capture_output=True, timeout=60)
+    assert limited.returncode == 1 and b"cannot write" in limited.stderr
+    assert names(tmp_path) == [long_clip]
+    full = subprocess.run([PROGRAM, "render", long_clip, "-", *IDENTITY, "--frames", "0-20"], cwd=tmp_path,
+                          stdout=open("/dev/full", "wb"), stderr=subprocess.PIPE, timeout=60)
+    assert full.returncode == 1 and b"No space left" in full.stderr
+
+
+def test_outputs_are_replaced_only_when_asked(vireo, tmp_path):
+    clip(tmp_path, "in.mkv", "-c:v", "ffv1", seconds=0.2)
+    (tmp_path / "out.mkv").write_bytes(b"precious")
+    (tmp_path / "out.mkv").chmod(0o640)
+    assert "out.mkv" in vireo.error("render", "in.mkv", "out.mkv", *IDENTITY, status=1)
+    assert (tmp_path / "out.mkv").read_bytes() == b"precious"
+    vireo("render", "in.mkv", "out.mkv", *IDENTITY, "--overwrite")
+    assert len(frames(tmp_path, "out.mkv")) == 5
+    assert stat.S_IMODE((tmp_path / "out.mkv").stat().st_mode) == 0o640
+    # Onto itself: a whole new file.
+    before = samples(tmp_path, "in.mkv", "yuv420p")
+    vireo("render", "in.mkv", "in.mkv", *IDENTITY, "--overwrite", "--encoder", "ffv1")
+    assert numpy.abs(samples(tmp_path, "in.mkv", "yuv420p") - before).max() <= 2
+    assert names(tmp_path) == ["in.mkv", "out.mkv"]
+
+
+def test_unreadable_and_unwritable_files_are_named(vireo, tmp_path):
+    (tmp_path / "text.mp4").write_text("no clip at all")
+    (tmp_path / "empty.png").write_bytes(b"")
+    clip(tmp_path, "in.mkv", seconds=0.2)
+    before = names(tmp_path)
+    for source in ("nowhere.mp4", "text.mp4", "empty.png"):
+        assert source in vireo.error("render", source, "out.mkv", *IDENTITY, status=1)
+    assert "nowhere" in vireo.error("render", "in.mkv", "nowhere/out.mkv", *IDENTITY, status=1)
+    assert "out.strange" in vireo.error("render", "in.mkv", "out.strange", *IDENTITY)
+    assert names(tmp_path) == before
+
+
+def test_damaged_pictures_of_a_sequence_are_passed_over(vireo, tmp_path, pixels):
+    for number in range(1, 7):
+        Image.fromarray(pixels).save(tmp_path / f"in{number}.png")
+    (tmp_path / "in3.png").write_bytes(b"rubbish")
+    (tmp_path / "in5.png").unlink()
+    result = vireo("render", "in%d.png", "out%d.png", *IDENTITY)
+    assert b"frames 2, 4" in result.stderr
+    assert sorted(p.name for p in tmp_path.glob("out*")) == [f"out{n}.png" for n in (1, 2, 4, 6)]
+    assert numpy.array_equal(read_picture(tmp_path / "out6.png")[..., :3], pixels)
+    assert "frame 2" in vireo.error("render", "in%d.png", "strict%d.png", *IDENTITY, "--strict", status=1)
+    assert not list(tmp_path.glob("strict*"))
+
+
+def test_damaged_frames_of_a_clip_are_passed_over(vireo, tmp_path):
+    clip(tmp_path, "in.mov", "-c:v", "png", source="testsrc2=s=160x120:r=25:d={seconds}", seconds=0.4)
+    data = bytearray((tmp_path / "in.mov").read_bytes())
+    starts = [i for i in range(len(data)) if data[i:i + 8] == b"\x89PNG\r\n\x1a\n"]
+    assert len(starts) == 10
+    data[starts[4]:starts[4] + 60] = bytes(60)
+    (tmp_path / "in.mov").write_bytes(data)
+    result = vireo("render", "in.mov", "out.mkv", *IDENTITY)
+    assert b"frame 4" in result.stderr
+    kept = [round(float(f["pts_time"]) * 25) for f in frames(tmp_path, "out.mkv")]
+    assert kept == [0, 1, 2, 3, 5, 6, 7, 8, 9]
+    vireo("render", "in.mov", "n%d.png", *IDENTITY, "--start-number", "0")
+    assert sorted(p.name for p in tmp_path.glob("n*.png")) == [f"n{n}.png" for n in kept]
+    assert "damaged" in vireo.error("render", "in.mov", "strict.mkv", *IDENTITY, "--strict", status=1)
+    assert not (tmp_path / "strict.mkv").exists()
+
+
+def test_a_clip_that_breaks_off_is_rendered_up_to_there(vireo, tmp_path):
+    clip(tmp_path, "in.mp4", "-c:v", "libx264", "-movflags", "+faststart", seconds=2,
+         source="testsrc2=s=160x120:r=25:d={seconds}")
+    whole = (tmp_path / "in.mp4").read_bytes()
+    (tmp_path / "in.mp4").write_bytes(whole[:len(whole) * 6 // 10])
+    result = vireo("render", "in.mp4", "out.mp4", *IDENTITY)
+    assert 5 < len(frames(tmp_path, "out.mp4")) < 50
+    assert b"warning" in result.stderr and b"49" in result.stderr
+    vireo.error("render", "in.mp4", "strict.mp4", *IDENTITY, "--strict", status=1)

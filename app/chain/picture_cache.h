@@ -14,10 +14,10 @@
 
 namespace vireo {
 
-/// The latest frames and fields of one place in a chain, each computed once by whoever asks first.
+/// The latest frames, or their fields, of one place in a chain, each computed once by whoever asks first.
 class PictureCache {
 public:
-    explicit PictureCache(std::size_t frames) : capacity_(2 * frames) {}
+    explicit PictureCache(std::size_t frames) : capacity_(frames) {}
 
     /// The picture of a frame or field. Others who ask for it meanwhile wait, and get the exception where
     /// `compute` throws.
@@ -31,12 +31,13 @@ public:
                 picture = entry->second;
             } else {
                 entry->second = promise.get_future().share();
-                if (pictures_.size() > capacity_) pictures_.erase(pictures_.begin());
+                const std::size_t perFrame = field == Field::None ? 1 : 2;
+                if (pictures_.size() > perFrame * capacity_) pictures_.erase(pictures_.begin());
             }
         }
         if (picture.valid()) return picture.get();
         try {
-            const PicturePtr computed = compute();
+            PicturePtr computed = compute();
             promise.set_value(computed);
             return computed;
         } catch (...) {

@@ -39,7 +39,7 @@ void pixelToBgra(const std::uint8_t* vuya, std::uint8_t* bgra) {
 
 std::shared_ptr<Picture> converted(const Picture& picture, std::uint32_t format,
                                    void (*convertPixel)(const std::uint8_t*, std::uint8_t*)) {
-    const auto result = std::make_shared<Picture>(picture.width(), picture.height(), format);
+    auto result = std::make_shared<Picture>(picture.width(), picture.height(), format);
     for (int y = 0; y < picture.height(); ++y) {
         const std::uint8_t* from = picture.row(y);
         std::uint8_t* to = result->row(y);

@@ -35,7 +35,7 @@ std::filesystem::path findModule(const std::string& wish) {
 
     const std::filesystem::path folder = programFolder();
     for (const char* place : {".", VIREO_INSTALLED_MODULE_FOLDER}) {
-        const std::filesystem::path candidate = (folder / place / moduleName).lexically_normal();
+        std::filesystem::path candidate = (folder / place / moduleName).lexically_normal();
         std::error_code error;
         if (std::filesystem::exists(candidate, error)) return candidate;
     }

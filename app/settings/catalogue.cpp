@@ -20,9 +20,8 @@ const VRM::Filter& Catalogue::find(std::string_view name) const {
         const auto nearest = nearestNames(name, names_);
         throw RenderError("there is no filter " + quoted + "; the nearest are " + enumeration(nearest), 2);
     }
-    std::vector<std::string> candidates;
-    for (const std::size_t match : matches) candidates.push_back(names_[match].front());
-    throw RenderError("the filter " + quoted + " may be " + enumeration(candidates, "or"), 2);
+    throw RenderError("the filter " + quoted + " may be " + enumeration(firstNames(matches, names_), "or"),
+                      2);
 }
 
 std::string keySegment(const VRM::PropertyList& properties) {

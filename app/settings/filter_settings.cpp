@@ -63,10 +63,8 @@ void FilterSettings::assign(std::string_view name, std::string_view value) {
     const auto& parameters = filter_->properties.parameters;
     const auto matches = matchName(name, parameterNames_);
     if (matches.size() > 1) {
-        std::vector<std::string> candidates;
-        for (const std::size_t match : matches) candidates.push_back(parameters[match].name);
         throw RenderError("the parameter " + quoted(name) + " of " + filter_->properties.name + " may be " +
-                              enumeration(candidates, "or"),
+                              enumeration(firstNames(matches, parameterNames_), "or"),
                           2);
     }
     if (matches.size() == 1) {

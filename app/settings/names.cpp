@@ -77,20 +77,25 @@ std::vector<std::size_t> matchName(std::string_view typed, std::span<const Names
     return exact.empty() ? beginning : exact;
 }
 
+std::vector<std::string> firstNames(std::span<const std::size_t> indices, std::span<const Names> things) {
+    std::vector<std::string> names;
+    names.reserve(indices.size());
+    for (const std::size_t index : indices) names.push_back(things[index].front());
+    return names;
+}
+
 std::vector<std::string> nearestNames(std::string_view typed, std::span<const Names> things) {
     const std::string wanted = comparableName(typed);
-    std::vector<std::pair<std::size_t, std::size_t>> ranked;
+    std::vector<std::size_t> distances(things.size(), std::string::npos), order(things.size());
     for (std::size_t i = 0; i < things.size(); ++i) {
-        std::size_t nearest = std::string::npos;
-        for (const std::string& name : things[i]) nearest = std::min(nearest, distance(wanted, name));
-        ranked.emplace_back(nearest, i);
+        for (const std::string& name : things[i])
+            distances[i] = std::min(distances[i], distance(wanted, name));
+        order[i] = i;
     }
-    std::sort(ranked.begin(), ranked.end());
-    std::vector<std::string> names;
-    for (const auto& [nearest, i] : ranked) {
-        if (names.size() < offeredNames) names.push_back(things[i].front());
-    }
-    return names;
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return distances[a] < distances[b]; });
+    order.resize(std::min(order.size(), offeredNames));
+    return firstNames(order, things);
 }
 
 std::string enumeration(std::span<const std::string> items, std::string_view lastWord) {

@@ -27,6 +27,9 @@ using Names = std::vector<std::string>;
 /// Nothing when nothing was typed.
 std::vector<std::size_t> matchName(std::string_view typed, std::span<const Names> things);
 
+/// The first names of some of the things.
+std::vector<std::string> firstNames(std::span<const std::size_t> indices, std::span<const Names> things);
+
 /// Up to three of the things' first names, those most like the typed one first.
 std::vector<std::string> nearestNames(std::string_view typed, std::span<const Names> things);
 

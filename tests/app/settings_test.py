@@ -126,3 +126,16 @@ def test_settings_bytes_belong_to_the_filter_before_them(vireo):
     assert json.loads((vireo.folder / "chain.json").read_text())["filters"] == [
         {"filter": "Solarize", "parameters": {"Threshold": 7}},
         {"filter": "Replicate", "parameters": {"Count": 3}}]
+
+
+def test_every_filter_keeps_its_defaults_through_bytes_and_names(vireo):
+    for entry in json.loads(vireo("list", "--json").stdout):
+        if entry["parameters"] == 0:
+            continue
+        name = entry["matchName"]
+        vireo("render", "-f", name, "--save-settings-bytes", "a.bin", "--overwrite")
+        vireo("render", "-f", name, "--settings-bytes", "a.bin", "--save-settings", "a.json", "--overwrite")
+        vireo("render", "--settings", "a.json", "--save-settings-bytes", "b.bin", "--overwrite")
+        assert (vireo.folder / "a.bin").read_bytes() == (vireo.folder / "b.bin").read_bytes(), name
+        [saved] = json.loads((vireo.folder / "a.json").read_text())["filters"]
+        assert len(saved["parameters"]) == entry["parameters"]

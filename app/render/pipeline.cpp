@@ -82,9 +82,10 @@ private:
 };
 
 struct Result {
-    FramePosition position;
-    std::unique_ptr<OutputFrame> output;  ///< Null where the frame is damaged.
-    std::string damage;
+    std::int64_t frame = 0;
+    std::unique_ptr<OutputFrame> output;  ///< Null where the frame is lost.
+    bool impaired = false;
+    std::string reason;
 };
 
 class Pipeline {
@@ -96,8 +97,7 @@ public:
     std::int64_t run() {
         std::vector<std::jthread> threads;
         threads.emplace_back([this] { guarded([this] { readAll(); }); });
-        for (int i = 0; i < jobs_; ++i)
-            threads.emplace_back([this] { guarded([this] { renderAll(); }); });
+        for (int i = 0; i < jobs_; ++i) threads.emplace_back([this] { guarded([this] { renderAll(); }); });
         std::int64_t frames = 0;
         guarded([&] { frames = writeAll(); });
         threads.clear();
@@ -172,9 +172,10 @@ private:
     Result render(const SlotHistory& history) const {
         SourceSlot& slot = history.current();
         const PicturePtr source = slot.picture(media_.pictureFormat);
-        if (slot.damage()) return {slot.position(), nullptr, *slot.damage()};
+        const std::int64_t number = slot.position().number;
+        if (slot.damage()) return {number, nullptr, false, *slot.damage()};
         const PicturePtr rendered = processor_.process(source, slot.position(), history);
-        return {slot.position(), media_.writer->convert(*rendered, slot.frame()), {}};
+        return {number, media_.writer->convert(*rendered, slot.frame()), slot.frame().impaired, {}};
     }
 
     std::int64_t writeAll() {
@@ -192,11 +193,12 @@ private:
             lock.unlock();
 
             if (result.output == nullptr) {
-                events_.damaged(result.position, result.damage);
-            } else {
-                media_.writer->write(std::move(result.output));
-                events_.written(++frames);
+                events_.damaged(Damage::Lost, result.frame, result.reason);
+                continue;
             }
+            if (result.impaired) events_.damaged(Damage::Impaired, result.frame, "it was read in part");
+            media_.writer->write(std::move(result.output));
+            events_.written(++frames);
         }
     }
 

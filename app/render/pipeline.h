@@ -11,10 +11,15 @@
 
 namespace vireo {
 
+enum class Damage {
+    Lost,      ///< The frame is left out.
+    Impaired,  ///< It was read in part and is rendered.
+};
+
 /// What happens on the calling thread while the pipeline runs.
 struct PipelineEvents {
     std::function<void(std::int64_t frames)> written;
-    std::function<void(const FramePosition& position, const std::string& reason)> damaged;
+    std::function<void(Damage damage, std::int64_t frame, const std::string& reason)> damaged;
 };
 
 /// Moves every frame from reader through processor to writer: one thread reads, `jobs` threads convert and

@@ -10,7 +10,7 @@
 namespace vireo {
 namespace {
 
-/// Numbers of damaged frames, as people write them: "3, 7-9".
+/// Numbers of damaged frames, as people write them: "frames 3, 7-9".
 class DamageList {
 public:
     void add(std::int64_t number) {
@@ -27,9 +27,10 @@ public:
     std::int64_t count() const { return count_; }
 
     std::string text() const {
-        std::string text;
+        std::string text = count_ > 1 ? "frames " : "frame ";
+        const std::size_t empty = text.size();
         for (const auto& [first, last] : runs_) {
-            if (!text.empty()) text += ", ";
+            if (text.size() > empty) text += ", ";
             text += std::to_string(first);
             if (last > first) text += '-' + std::to_string(last);
         }
@@ -50,7 +51,8 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
     const InterruptionGuard guard;
     StopRequest stop;
     Messages messages(job.quiet);
-    DamageList damage;
+    DamageList lost;
+    DamageList impaired;
     std::string reason;
 
     Media media = openMedia(job, processor, stop, messages);
@@ -60,25 +62,25 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
         runPipeline(media, processor, job.jobs > 0 ? job.jobs : cores, stop,
                     {.written = [&](std::int64_t written) { messages.progress(written, expected); },
                      .damaged =
-                         [&](const FramePosition& position, const std::string& why) {
+                         [&](Damage kind, std::int64_t frame, const std::string& why) {
                              if (job.strict)
-                                 throw RenderError(job.input + ": frame " + std::to_string(position.number) +
+                                 throw RenderError(job.input + ": frame " + std::to_string(frame) +
                                                    " is damaged: " + why);
-                             if (damage.count() == 0) reason = why;
-                             damage.add(position.number);
+                             if (kind == Damage::Lost && lost.count() == 0) reason = why;
+                             (kind == Damage::Lost ? lost : impaired).add(frame);
                          }});
     if (frames == 0) {
-        throw RenderError(job.input + (damage.count() > 0
+        throw RenderError(job.input + (lost.count() > 0
                                            ? ": no frame can be read: " + reason
                                            : ": there is no frame to render in the range asked for"));
     }
     media.writer->finish();
 
-    if (damage.count() > 0) {
-        messages.warning(job.input + ": damaged and left out: frame" + (damage.count() > 1 ? "s " : " ") +
-                         damage.text() + " (" + reason + ")");
-    }
-    return {frames, damage.count(),
+    if (lost.count() > 0)
+        messages.warning(job.input + ": damaged and left out: " + lost.text() + " (" + reason + ")");
+    if (impaired.count() > 0)
+        messages.warning(job.input + ": damaged and rendered as far as they can be read: " + impaired.text());
+    return {frames, lost.count() + impaired.count(),
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
 }
 

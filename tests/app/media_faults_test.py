@@ -139,3 +139,17 @@ def test_a_clip_that_breaks_off_is_rendered_up_to_there(vireo, tmp_path):
     assert 5 < len(frames(tmp_path, "out.mp4")) < 50
     assert b"warning" in result.stderr and b"49" in result.stderr
     vireo.error("render", "in.mp4", "strict.mp4", *IDENTITY, "--strict", status=1)
+
+
+def test_frames_that_are_read_in_part_are_rendered_and_named(vireo, tmp_path):
+    clip(tmp_path, "in.mkv", "-c:v", "libx264", "-g", "5", "-bf", "0", source="testsrc2=s=320x240:r=25:d={seconds}", seconds=1)
+    data = bytearray((tmp_path / "in.mkv").read_bytes())
+    middle = len(data) // 2
+    for at in range(middle, middle + 1500, 7):
+        data[at] ^= 0x5A
+    (tmp_path / "in.mkv").write_bytes(data)
+    result = vireo("render", "in.mkv", "out.mkv", *IDENTITY)
+    assert len(frames(tmp_path, "out.mkv")) >= 15
+    assert b"rendered as far as" in result.stderr
+    vireo.error("render", "in.mkv", "strict.mkv", *IDENTITY, "--strict", status=1)
+    assert not (tmp_path / "strict.mkv").exists()

@@ -36,7 +36,11 @@ inline HalfIntVector truncated(DoubleVector values) {
 
 /// The same, as doubles.
 inline DoubleVector whole(DoubleVector values) {
-#if defined(__SSE2__) && !defined(__AVX2__)
+#if defined(__AVX512BW__)
+    return (DoubleVector)_mm512_maskz_roundscale_pd(0xFF, (__m512d)values, _MM_FROUND_TO_ZERO);
+#elif defined(__AVX2__)
+    return (DoubleVector)_mm256_round_pd((__m256d)values, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
+#elif defined(__SSE2__)
     return (DoubleVector)_mm_cvtepi32_pd(_mm_cvttpd_epi32((__m128d)values));
 #else
     return __builtin_convertvector(truncated(values), DoubleVector);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Fixed-point arithmetic in doubles: whole numbers below 2^53 and their products are exact there.
+// Fixed-point arithmetic in doubles: whole numbers below 2^53 and their products are exact there. Only the
+// product of the two distances can leave 32 bits. Every other term is bounded by the frame's size, since the
+// distances are at most what radius and norm were made of, and the lens's terms are 1.0 at most.
 #include "filters/lens/lens_distortion_kernels.h"
 
 #include "filters/lens/double_vectors.h"
@@ -30,16 +32,15 @@ void place(const LensFrame& frame, const LensColumns& offsets, const LensOffset&
             saturated(2 * saturated(loadDoubles(offsets.tenth + i) * (row.tenth * fraction)));
         const DoubleVector squares =
             whole((row.hundredthSquared + loadDoubles(offsets.hundredthSquared + i)) * frame.perRadius);
-        const DoubleVector xPlace =
-            saturated(saturated(product * frame.horizontalDecentering) * frame.perNorm) +
-            saturated(loadDoubles(offsets.curved + i) * (relativeRadius * fraction)) +
-            saturated(saturated(frame.verticalDecentering * squares) * 10000) +
-            saturated(frame.verticalPrism * radius) + loadDoubles(offsets.rounded + i) + frame.halfWidth;
-        const DoubleVector yPlace =
-            saturated(saturated(product * frame.verticalDecentering) * frame.perNorm) +
-            saturated(row.curved * (relativeRadius * fraction)) +
-            saturated(saturated(frame.horizontalDecentering * squares) * 10000) +
-            saturated(frame.horizontalPrism * radius) + row.rounded + frame.halfHeight;
+        const DoubleVector xPlace = whole(whole(product * frame.horizontalDecentering) * frame.perNorm) +
+                                    whole(loadDoubles(offsets.curved + i) * (relativeRadius * fraction)) +
+                                    whole(frame.verticalDecentering * squares) * 10000 +
+                                    whole(frame.verticalPrism * radius) + loadDoubles(offsets.rounded + i) +
+                                    frame.halfWidth;
+        const DoubleVector yPlace = whole(whole(product * frame.verticalDecentering) * frame.perNorm) +
+                                    whole(row.curved * (relativeRadius * fraction)) +
+                                    whole(frame.horizontalDecentering * squares) * 10000 +
+                                    whole(frame.horizontalPrism * radius) + row.rounded + frame.halfHeight;
         // A position short of 0 by less than its last bit is truncated to 0.
         const auto inside =
             (xPlace > -frame.xStep) & (xPlace < frame.xEnd) & (yPlace > -frame.yStep) & (yPlace < frame.yEnd);

@@ -50,8 +50,8 @@ inline constexpr std::int32_t lensColumnBlock = 8;
 
 struct LensDistortionKernels {
     /// Writes the positions of `columns` columns of a row, and of those up to the end of a block, in 1/256
-    /// pixel, -1 outside the picture. Exact while squared distances add up to less than 2^25 and decenterings
-    /// lie within 64.
+    /// pixel, -1 outside the picture. Exact while squared distances add up to less than 2^25, radius and norm
+    /// are not 0 and none of the lens's terms is larger than 1.0.
     void (*place)(const LensFrame& frame, const LensColumns& offsets, const LensOffset& row, std::int32_t* x,
                   std::int32_t* y, std::int32_t columns);
 };

@@ -24,9 +24,11 @@ struct Lens {
     std::int64_t verticalPrism;
     std::int64_t horizontalPrism;
 
-    bool neutral() const {
-        return (curvature | verticalDecentering | horizontalDecentering | verticalPrism | horizontalPrism) ==
-               0;
+    bool neutral() const { return largest() == 0; }
+
+    std::int64_t largest() const {
+        return std::max({std::abs(curvature), std::abs(verticalDecentering), std::abs(horizontalDecentering),
+                         std::abs(verticalPrism), std::abs(horizontalPrism)});
     }
 
     static std::int64_t scaled(std::int16_t value, double unit) {
@@ -99,9 +101,8 @@ public:
     /// Whether the kernels' arithmetic is exact: for any settings in range and any frame of up to 7680 x
     /// 4320.
     bool fitsKernels() const {
-        constexpr std::int64_t most = fixed(64);
         return square(width_ / 2) + square(height_ / 2) < 1 << 25 && radius_ > 0 && norm_ > 0 &&
-               std::abs(lens_.verticalDecentering) <= most && std::abs(lens_.horizontalDecentering) <= most;
+               lens_.largest() <= fixedOne;
     }
 
     LensFrame forKernels() const {

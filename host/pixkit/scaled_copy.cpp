@@ -72,7 +72,7 @@ void scaleSamples(const PixelView& source, const PixelView& destination, const A
     }
 }
 
-/// Lays finished 4-byte pixels over the destination.
+/// Lays finished pixels over the destination; those that blend have 4 bytes.
 void put(const std::uint8_t* pixels, std::uint8_t* destination, std::int64_t bytes, Blend blend) {
     if (blend.replaces()) {
         std::memcpy(destination, pixels, static_cast<std::size_t>(bytes));
@@ -87,7 +87,7 @@ void copyPixels(const PixelView& source, const PixelView& destination, const Axi
     const std::int64_t from = columns.read().begin;
     std::int64_t fromRow = rows.read().begin;
     for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, ++fromRow) {
-        put(source.at(from, fromRow), destination.at(to.begin, y), 4 * to.size(), blend);
+        put(source.at(from, fromRow), destination.at(to.begin, y), source.pixelBytes * to.size(), blend);
     }
 }
 
@@ -216,9 +216,6 @@ bool growsByLine(const AxisScale& axis) { return axis.grows() && 2 * axis.bodyWe
 
 void scaleBytePixels(const PixelView& source, const PixelView& destination, const AxisScale& columns,
                      const AxisScale& rows, Blend blend) {
-    if (columns.copiesPixels() && rows.copiesPixels()) {
-        return copyPixels(source, destination, columns, rows, blend);
-    }
     if (blend.replaces() && rows.copiesPixels() && growsByLine(columns)) {
         return growRows(source, destination, columns, rows);
     }
@@ -234,6 +231,10 @@ void scaleBytePixels(const PixelView& source, const PixelView& destination, cons
 
 void scaledCopy(const PixelView& source, const PixelView& destination, const AxisScale& columns,
                 const AxisScale& rows, Blend blend) {
+    // Deep pixels move whole as well: arithmetic would change the bits of some that are not numbers.
+    if (columns.copiesPixels() && rows.copiesPixels() && (blend.replaces() || source.pixelBytes == 4)) {
+        return copyPixels(source, destination, columns, rows, blend);
+    }
     switch (source.pixelBytes) {
         case 16: return scaleSamples<float>(source, destination, columns, rows, blend);
         case 8: return scaleSamples<std::uint16_t>(source, destination, columns, rows, blend);

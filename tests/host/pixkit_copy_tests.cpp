@@ -213,6 +213,20 @@ TEST(VpixCopy, FullWeightReplacesWhatIsNotANumber) {
     EXPECT_EQ(std::memcmp(memory.data() + 32, source, 16), 0);
 }
 
+TEST(VpixCopy, FloatPixelsOfEqualRectanglesKeepEveryBit) {
+    constexpr std::uint32_t signalling[8] = {0x7FA00001, 0xFF800001, 0x00000001, 0x80000000,
+                                             0x7FC12345, 0x7F800000, 0x7FBFFFFF, 0x807FFFFF};
+    constexpr std::size_t size = sizeof signalling;
+    Memory memory(256);
+    std::memcpy(memory.data(), signalling, size);
+    const FrameRect bounds{0, 0, 2, 1};
+    TestBuffer from(memory, 0, bounds, 32, PixKit::formatCode("BGra"));
+    // Rows of another step, so that the block cannot move as one.
+    TestBuffer to(memory, 128, bounds, 48, PixKit::formatCode("BGra"));
+    vpixCopy(from.handle(), to.handle(), &bounds, &bounds, 0);
+    EXPECT_EQ(std::memcmp(memory.data() + 128, signalling, size), 0);
+}
+
 TEST(VpixCopy, PixelsOfDifferentWidthAreLeftAlone) {
     std::mt19937 random(5);
     Memory memory = noise(4096, random);

@@ -34,7 +34,9 @@ PicturePtr DecodedFrame::picture(std::uint32_t format) {
     std::shared_ptr<Picture> picture =
         pictureOf(*frame_, video_.width, video_.height, format, video_.coding, interlaced);
     // Only the properties are needed from here on.
-    for (AVBufferRef*& buffer : frame_->buf) av_buffer_unref(&buffer);
+    FramePtr properties = newFrame();
+    check(av_frame_copy_props(properties.get(), frame_.get()), "cannot read a frame");
+    frame_ = std::move(properties);
     if (!video_.orientation.upright()) picture = oriented(*picture, video_.orientation);
     if (video_.premultiplied) unpremultiply(*picture);
     return picture;

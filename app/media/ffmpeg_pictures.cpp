@@ -66,7 +66,8 @@ public:
         video.premultiplied = first_.premultiplied && formatHasAlpha(video.format);
         DecodedFrame decoded(std::move(frame_), video);
         PicturePtr result = decoded.picture(format);
-        frame_.reset(av_frame_clone(&decoded.properties()));
+        frame_ = newFrame();
+        check(av_frame_copy_props(frame_.get(), &decoded.properties()), "cannot read " + path_.string());
         return result;
     }
 

@@ -6,8 +6,11 @@
 
 #include <cstdio>
 #include <exception>
-#include <optional>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace frei0r {
 namespace {
@@ -29,9 +32,22 @@ struct Plugin {
     std::vector<ParameterText> parameters;
 };
 
-std::optional<Plugin> plugin;
+/// Between the first f0r_init and the last f0r_deinit. Some hosts initialise once for every instance, and
+/// some destruct instances behind the last f0r_deinit: those keep what they use.
+struct Loaded {
+    std::mutex mutex;
+    std::shared_ptr<const Plugin> plugin;
+    int users = 0;
+};
 
-void report(const char* what) { std::fprintf(stderr, "vireo: %s\n", what); }
+Loaded loaded;
+
+std::shared_ptr<const Plugin> loadedPlugin() {
+    const std::lock_guard lock(loaded.mutex);
+    return loaded.plugin;
+}
+
+void report(const char* what) { std::fprintf(stderr, "%s: %s\n", pluginFileName, what); }
 
 std::string plain(double value) {
     char text[32];
@@ -85,27 +101,35 @@ void guarded(Work&& work) {
     }
 }
 
-bool isParameter(int index) {
-    return plugin && index >= 0 && index < static_cast<int>(plugin->parameters.size());
-}
-
 }  // namespace
 }  // namespace frei0r
 
 using frei0r::Instance;
-using frei0r::plugin;
+using frei0r::loaded;
 
 int f0r_init() {
-    frei0r::guarded([] { plugin = frei0r::makePlugin(); });
-    return plugin ? 1 : -1;
+    bool done = false;
+    frei0r::guarded([&] {
+        const std::lock_guard lock(loaded.mutex);
+        if (loaded.plugin == nullptr) {
+            loaded.plugin = std::make_shared<const frei0r::Plugin>(frei0r::makePlugin());
+        }
+        ++loaded.users;
+        done = true;
+    });
+    return done ? 1 : 0;
 }
 
 void f0r_deinit() {
-    frei0r::guarded([] { plugin.reset(); });
+    frei0r::guarded([] {
+        std::shared_ptr<const frei0r::Plugin> last;
+        const std::lock_guard lock(loaded.mutex);
+        if (loaded.users > 0 && --loaded.users == 0) last = std::move(loaded.plugin);
+    });
 }
 
 void f0r_get_plugin_info(f0r_plugin_info_t* info) {
-    *info = {"",
+    *info = {pluginFileName,
              "The Vireo Filters developers",
              F0R_PLUGIN_TYPE_FILTER,
              F0R_COLOR_MODEL_BGRA8888,
@@ -114,7 +138,8 @@ void f0r_get_plugin_info(f0r_plugin_info_t* info) {
              frei0r::minorVersion,
              0,
              ""};
-    if (!plugin) return;
+    const auto plugin = frei0r::loadedPlugin();
+    if (plugin == nullptr) return;
     info->name = plugin->name.c_str();
     info->explanation = plugin->explanation.c_str();
     info->num_params = static_cast<int>(plugin->parameters.size());
@@ -122,7 +147,8 @@ void f0r_get_plugin_info(f0r_plugin_info_t* info) {
 
 void f0r_get_param_info(f0r_param_info_t* info, int index) {
     *info = {"", F0R_PARAM_DOUBLE, ""};
-    if (!frei0r::isParameter(index)) return;
+    const auto plugin = frei0r::loadedPlugin();
+    if (plugin == nullptr || index < 0 || index >= static_cast<int>(plugin->parameters.size())) return;
     const frei0r::ParameterText& parameter = plugin->parameters[static_cast<std::size_t>(index)];
     *info = {parameter.name.c_str(), parameter.type, parameter.explanation.c_str()};
 }
@@ -130,22 +156,23 @@ void f0r_get_param_info(f0r_param_info_t* info, int index) {
 f0r_instance_t f0r_construct(unsigned width, unsigned height) {
     Instance* instance = nullptr;
     frei0r::guarded([&] {
-        if (plugin) instance = new Instance(plugin->effect, width, height);
+        const auto plugin = frei0r::loadedPlugin();
+        if (plugin == nullptr) return;
+        instance =
+            new Instance(std::shared_ptr<const frei0r::Effect>(plugin, &plugin->effect), width, height);
     });
     return instance;
 }
 
-void f0r_destruct(f0r_instance_t instance) {
-    frei0r::guarded([&] { delete static_cast<Instance*>(instance); });
-}
+void f0r_destruct(f0r_instance_t instance) { delete static_cast<Instance*>(instance); }
 
 void f0r_set_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
-    if (instance == nullptr || value == nullptr || !frei0r::isParameter(index)) return;
+    if (instance == nullptr || value == nullptr) return;
     frei0r::guarded([&] { static_cast<Instance*>(instance)->setParameter(index, value); });
 }
 
 void f0r_get_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
-    if (instance == nullptr || value == nullptr || !frei0r::isParameter(index)) return;
+    if (instance == nullptr || value == nullptr) return;
     frei0r::guarded([&] { static_cast<Instance*>(instance)->getParameter(index, value); });
 }
 

@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/instance.h"
 
+#include "bridges/frei0r/record_value.h"
 #include "host/vireo_host.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace frei0r {
 namespace {
 
 /// What the filters' 16-bit sizes can take.
 constexpr unsigned largestSide = std::numeric_limits<std::int16_t>::max();
+
+/// Frames are counted in fields of 32 bits, whose differences filters take as signed.
+constexpr double lastFrame = std::numeric_limits<std::int32_t>::max() / 2;
 
 int checkedSide(unsigned side) {
     if (side == 0 || side > largestSide) {
@@ -26,21 +30,13 @@ int checkedSide(unsigned side) {
     return static_cast<int>(side);
 }
 
-std::int64_t readValue(std::span<const std::uint8_t> record, const VRM::Parameter& parameter) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, record.data() + parameter.offset, static_cast<std::size_t>(parameter.size));
-    const int unused = 64 - 8 * parameter.size;
-    if (parameter.minimum < 0) return static_cast<std::int64_t>(bits << unused) >> unused;
-    return static_cast<std::int64_t>(bits);
-}
+/// Wider rows overflow the 16 bits in which some filters count a row's bytes, and those are no longer the
+/// same below 0.
+constexpr unsigned widestRowsFromTheTop = std::numeric_limits<std::int16_t>::max() / 4;
 
-void writeValue(std::span<std::uint8_t> record, const VRM::Parameter& parameter, std::int64_t value) {
-    std::memcpy(record.data() + parameter.offset, &value, static_cast<std::size_t>(parameter.size));
-}
+std::int64_t roundedHalfUp(double value) { return static_cast<std::int64_t>(std::floor(value + 0.5)); }
 
-std::uint8_t channelByte(float channel) {
-    return static_cast<std::uint8_t>(std::lround(std::clamp(channel, 0.0F, 1.0F) * 255));
-}
+std::int64_t channelByte(float channel) { return roundedHalfUp(std::clamp(channel, 0.0F, 1.0F) * 255.0); }
 
 std::optional<double> positiveNumber(std::string_view text) {
     double value = 0;
@@ -59,6 +55,12 @@ std::optional<double> positiveRatio(std::string_view text) {
     return denominator ? std::optional(*numerator / *denominator) : std::nullopt;
 }
 
+/// A whole number of frames whose fields can be counted in 32 bits.
+std::optional<double> frameCount(std::string_view text) {
+    const auto number = positiveNumber(text);
+    return number && *number == std::floor(*number) && *number <= lastFrame ? number : std::nullopt;
+}
+
 std::optional<double> secondsOfUnit(std::string_view text) {
     if (text == "s" || text == "seconds") return 1;
     if (text == "ms" || text == "milliseconds") return 0.001;
@@ -67,53 +69,62 @@ std::optional<double> secondsOfUnit(std::string_view text) {
 
 }  // namespace
 
-Instance::Instance(const Effect& effect, unsigned width, unsigned height)
-    : effect_(effect),
+Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigned height)
+    : effect_(std::move(effect)),
       width_(checkedSide(width)),
       height_(checkedSide(height)),
-      filter_(effect.filter->entry),
-      ring_(effect.lookBack == 0 ? 0 : static_cast<std::size_t>(effect.lookBack) + 1,
+      turnsRows_(!effect_->takesRowsFromTheTop || width > widestRowsFromTheTop),
+      filter_(newInstance(*effect_->filter)),
+      ring_(effect_->lookBack == 0 ? 0 : static_cast<std::size_t>(effect_->lookBack) + 1,
             std::size_t{width} * height) {
-    if (!effect.takesRowsFromTheTop) {
+    if (turnsRows_) {
         turnedSource_.resize(std::size_t{width} * height);
         turnedResult_.resize(std::size_t{width} * height);
     }
     timeTexts_[static_cast<int>(TimeParameter::TimeUnit)] = "s";
 }
 
+bool Instance::hasTimeParameter(int number) const {
+    return effect_->readsTime && number < timeParameterCount;
+}
+
 void Instance::setParameter(int index, f0r_param_t value) {
     const std::lock_guard lock(mutex_);
-    const auto& parameters = effect_.filter->properties.parameters;
-    const std::span<std::uint8_t> record = filter_.settings();
-    if (index < static_cast<int>(parameters.size())) {
-        const VRM::Parameter& parameter = parameters[static_cast<std::size_t>(index)];
-        if (parameter.kind == VRM::ParameterKind::Color) {
-            const auto& color = *static_cast<const f0r_param_color*>(value);
-            if (std::isnan(color.r) || std::isnan(color.g) || std::isnan(color.b)) return;
-            // Red lies in the low byte; the top byte is no part of the colour.
-            record[parameter.offset] = channelByte(color.r);
-            record[parameter.offset + 1] = channelByte(color.g);
-            record[parameter.offset + 2] = channelByte(color.b);
-            return;
-        }
-        const double number = *static_cast<const double*>(value);
-        if (std::isnan(number)) return;
-        if (parameter.kind == VRM::ParameterKind::Boolean) {
-            writeValue(record, parameter, number >= 0.5 ? 1 : 0);
-        } else {
-            const double range = parameter.maximum - parameter.minimum;
-            writeValue(record, parameter,
-                       std::llround(parameter.minimum + std::clamp(number, 0.0, 1.0) * range));
-        }
+    const auto& parameters = effect_->filter->properties.parameters;
+    const int listed = static_cast<int>(parameters.size());
+    if (index < 0) return;
+    if (index < listed) {
+        setListed(parameters[static_cast<std::size_t>(index)], value);
+    } else if (hasTimeParameter(index - listed)) {
+        const char* const text = *static_cast<const f0r_param_string*>(value);
+        if (text != nullptr) setTime(static_cast<TimeParameter>(index - listed), text);
+    }
+}
+
+void Instance::setListed(const VRM::Parameter& parameter, f0r_param_t value) {
+    if (parameter.kind == VRM::ParameterKind::Color) {
+        const auto& color = *static_cast<const f0r_param_color*>(value);
+        if (std::isnan(color.r) || std::isnan(color.g) || std::isnan(color.b)) return;
+        writeValue(filter_.settings(), parameter,
+                   channelByte(color.r) | channelByte(color.g) << 8 | channelByte(color.b) << 16);
         return;
     }
+    const double number = *static_cast<const double*>(value);
+    if (std::isnan(number)) return;
+    if (parameter.kind == VRM::ParameterKind::Boolean) {
+        writeValue(filter_.settings(), parameter, number >= 0.5 ? 1 : 0);
+    } else {
+        const double range = parameter.maximum - parameter.minimum;
+        writeValue(filter_.settings(), parameter,
+                   roundedHalfUp(parameter.minimum + std::clamp(number, 0.0, 1.0) * range));
+    }
+}
 
-    const auto which = static_cast<TimeParameter>(index - static_cast<int>(parameters.size()));
-    const std::string_view text = *static_cast<const f0r_param_string*>(value);
+void Instance::setTime(TimeParameter parameter, const char* text) {
     std::optional<double> number;
-    switch (which) {
+    switch (parameter) {
         case TimeParameter::FrameRate:
-            number = text.empty() ? 0 : positiveRatio(text);
+            number = *text == '\0' ? 0 : positiveRatio(text);
             if (number) frameRate_ = *number;
             break;
         case TimeParameter::TimeUnit:
@@ -121,42 +132,53 @@ void Instance::setParameter(int index, f0r_param_t value) {
             if (number) timeUnit_ = *number;
             break;
         case TimeParameter::ClipLength:
-            number = text.empty() ? 0 : positiveNumber(text);
-            if (number) clipLength_ = static_cast<std::int64_t>(std::min(*number, 1e9));
+            number = *text == '\0' ? 0 : frameCount(text);
+            if (number) clipLength_ = static_cast<std::int64_t>(*number);
             break;
     }
-    if (number) timeTexts_[static_cast<int>(which)] = text;
+    if (number) timeTexts_[static_cast<int>(parameter)] = text;
 }
 
 void Instance::getParameter(int index, f0r_param_t value) {
     const std::lock_guard lock(mutex_);
-    const auto& parameters = effect_.filter->properties.parameters;
-    const std::span<const std::uint8_t> record = filter_.settings();
-    if (index >= static_cast<int>(parameters.size())) {
-        std::string& text = timeTexts_[index - static_cast<int>(parameters.size())];
-        *static_cast<f0r_param_string*>(value) = text.data();
+    const auto& parameters = effect_->filter->properties.parameters;
+    const int listed = static_cast<int>(parameters.size());
+    if (index < 0) return;
+    if (index >= listed) {
+        if (!hasTimeParameter(index - listed)) return;
+        *static_cast<f0r_param_string*>(value) = timeTexts_[index - listed].data();
         return;
     }
     const VRM::Parameter& parameter = parameters[static_cast<std::size_t>(index)];
-    const std::int64_t stored = readValue(record, parameter);
+    const std::int64_t stored = readValue(filter_.settings(), parameter);
+    const auto channel = [stored](int shift) { return static_cast<float>(stored >> shift & 0xFF) / 255; };
     switch (parameter.kind) {
         case VRM::ParameterKind::Boolean: *static_cast<double*>(value) = stored != 0 ? 1 : 0; break;
-        case VRM::ParameterKind::Number:
+        case VRM::ParameterKind::Number: {
+            const double range = parameter.maximum - parameter.minimum;
             *static_cast<double*>(value) =
-                (static_cast<double>(stored) - parameter.minimum) / (parameter.maximum - parameter.minimum);
+                range > 0 ? (static_cast<double>(stored) - parameter.minimum) / range : 0;
             break;
+        }
         case VRM::ParameterKind::Color:
-            *static_cast<f0r_param_color*>(value) = {static_cast<float>(record[parameter.offset]) / 255,
-                                                     static_cast<float>(record[parameter.offset + 1]) / 255,
-                                                     static_cast<float>(record[parameter.offset + 2]) / 255};
+            *static_cast<f0r_param_color*>(value) = {channel(0), channel(8), channel(16)};
             break;
     }
 }
 
 void Instance::update(double time, const std::uint32_t* source, std::uint32_t* destination) {
     const std::lock_guard lock(mutex_);
-    const std::int64_t number = frameNumber(time);
-    if (effect_.takesRowsFromTheTop) {
+    try {
+        renderTopDown(source, destination, frameNumber(time));
+    } catch (...) {
+        std::copy_n(source, std::int64_t{width_} * height_, destination);
+        if (std::exchange(failed_, true)) return;
+        throw;
+    }
+}
+
+void Instance::renderTopDown(const std::uint32_t* source, std::uint32_t* destination, std::int64_t number) {
+    if (!turnsRows_) {
         render(source, destination, number);
         return;
     }
@@ -173,15 +195,13 @@ void Instance::update(double time, const std::uint32_t* source, std::uint32_t* d
 std::int64_t Instance::frameNumber(double time) {
     if (frameRate_ == 0) return updates_++;
     const double number = std::round(time * timeUnit_ * frameRate_);
-    // Frames are counted in fields of 32 bits.
-    constexpr double last = std::numeric_limits<std::int32_t>::max() / 2;
-    return number > 0 ? static_cast<std::int64_t>(std::min(number, last)) : 0;
+    return number > 0 ? static_cast<std::int64_t>(std::min(number, lastFrame)) : 0;
 }
 
 FrameBuffer Instance::bufferOver(const std::uint32_t* pixels) const {
     auto* first = const_cast<std::uint32_t*>(pixels);
     const std::int32_t rowBytes = width_ * 4;
-    if (!effect_.takesRowsFromTheTop) return {{0, 0, width_, height_}, rowBytes, 0, first};
+    if (turnsRows_) return {{0, 0, width_, height_}, rowBytes, 0, first};
     return {{0, 0, width_, height_}, -rowBytes, 0, first + std::int64_t{width_} * (height_ - 1)};
 }
 

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/module.h"
 
-#include "host/vrm/filter_instance.h"
+#include "bridges/frei0r/record_value.h"
 
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <new>
 #include <random>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace frei0r {
@@ -52,24 +55,51 @@ void turnOver(ProbePixels& pixels) {
     }
 }
 
-/// A few filters step in ways that only rows from the bottom serve; a small picture tells.
-bool takesRowsFromTheTop(const VRM::FilterInstance& instance) {
-    ProbePixels source;
-    std::minstd_rand random(1);
-    std::generate(source.begin(), source.end(), random);
-    ProbePixels fromTop{};
-    ProbePixels fromBottom{};
-    for (const bool top : {true, false}) {
-        FrameBuffer sourceBuffer = probeBuffer(source, top);
-        FrameBuffer destination = probeBuffer(top ? fromTop : fromBottom, top);
-        instance.render({.source = &sourceBuffer, .destination = &destination, .time = 6, .duration = 20});
-        turnOver(source);
+void fillAtRandom(ProbePixels& pixels, std::minstd_rand& random) {
+    for (std::uint32_t& pixel : pixels) {
+        pixel = static_cast<std::uint32_t>(random()) << 16 ^ static_cast<std::uint32_t>(random());
     }
-    turnOver(fromBottom);
-    return fromTop == fromBottom;
 }
 
-int probedLookBack(const VRM::FilterInstance& instance) {
+void setAtRandom(const VRM::Filter& filter, const VRM::FilterInstance& instance, std::minstd_rand& random) {
+    for (const VRM::Parameter& parameter : filter.properties.parameters) {
+        const bool color = parameter.kind == VRM::ParameterKind::Color;
+        const bool number = parameter.kind == VRM::ParameterKind::Number;
+        const double least = number ? parameter.minimum : 0;
+        const double most = number ? parameter.maximum : color ? 0xFFFFFF : 1;
+        std::uniform_real_distribution<double> values(least, most);
+        writeValue(instance.settings(), parameter, static_cast<std::int64_t>(values(random)));
+    }
+}
+
+/// What the filter makes of a picture whose rows lie from the top or from the bottom, rows from the top.
+ProbePixels probePicture(const VRM::FilterInstance& instance, ProbePixels source, bool fromTheTop) {
+    ProbePixels result{};
+    if (!fromTheTop) turnOver(source);
+    FrameBuffer sourceBuffer = probeBuffer(source, fromTheTop);
+    FrameBuffer destination = probeBuffer(result, fromTheTop);
+    instance.render({.source = &sourceBuffer, .destination = &destination, .time = 6, .duration = 20});
+    if (!fromTheTop) turnOver(result);
+    return result;
+}
+
+/// A few filters step in ways that only rows from the bottom serve. A small picture tells, under the filter's
+/// own settings and some others, since many do little at first.
+bool takesRowsFromTheTop(const VRM::Filter& filter) {
+    constexpr int rounds = 8;
+    const VRM::FilterInstance instance = newInstance(filter);
+    std::minstd_rand random(1);
+    for (int round = 0; round < rounds; ++round) {
+        ProbePixels source;
+        fillAtRandom(source, random);
+        if (probePicture(instance, source, true) != probePicture(instance, source, false)) return false;
+        setAtRandom(filter, instance, random);
+    }
+    return true;
+}
+
+int probedLookBack(const VRM::Filter& filter) {
+    const VRM::FilterInstance instance = newInstance(filter);
     constexpr std::uint32_t late = 1000;
     ProbePixels source{};
     ProbePixels result{};
@@ -99,9 +129,15 @@ Effect loadEffect(std::uint32_t filterId) {
     if (filter == filters.end()) {
         throw std::runtime_error("the module has no filter " + std::to_string(filterId));
     }
-    const VRM::FilterInstance instance(filter->entry);
-    return {module, &*filter, takesRowsFromTheTop(instance), probedLookBack(instance),
+    return {module, &*filter, takesRowsFromTheTop(*filter), probedLookBack(*filter),
             std::ranges::count(timedFilters, filter->properties.matchName) != 0};
+}
+
+VRM::FilterInstance newInstance(const VRM::Filter& filter) {
+    VRM::FilterInstance instance(filter.entry);
+    // Without memory a filter keeps no settings and says nothing.
+    if (instance.settings().size() < filter.properties.recordSize()) throw std::bad_alloc();
+    return instance;
 }
 
 }  // namespace frei0r

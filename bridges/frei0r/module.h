@@ -2,11 +2,11 @@
 #ifndef VIREO_BRIDGES_FREI0R_MODULE_H
 #define VIREO_BRIDGES_FREI0R_MODULE_H
 
+#include "host/vrm/filter_instance.h"
 #include "host/vrm/meta_plugin.h"
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace frei0r {
 
@@ -16,12 +16,15 @@ struct Effect {
     const VRM::Filter* filter;
     bool takesRowsFromTheTop;  ///< Negative row bytes give the picture that positive ones give.
     int lookBack;              ///< How many frames back it asks for.
-    bool readsTime;
+    bool readsTime;            ///< Its picture changes with the frame's number or the clip's length.
 };
 
 /// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws
-/// std::runtime_error.
+/// std::exception.
 Effect loadEffect(std::uint32_t filterId);
+
+/// The filter with its own settings, whose record holds every parameter. Throws std::exception.
+VRM::FilterInstance newInstance(const VRM::Filter& filter);
 
 }  // namespace frei0r
 

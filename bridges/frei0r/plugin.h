@@ -4,7 +4,12 @@
 
 #include <cstdint>
 
-/// The filter that a plug-in carries; the one thing in which the plug-ins differ.
+// All in which the plug-ins differ.
+
+/// The filter that the plug-in carries.
 extern const std::uint32_t pluginFilterId;
+
+/// As the plug-in's file is called, for messages.
+extern const char* const pluginFileName;
 
 #endif

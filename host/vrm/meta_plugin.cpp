@@ -122,14 +122,18 @@ MetaPlugin::MetaPlugin(const std::filesystem::path& module) : state_(std::make_u
 MetaPlugin::~MetaPlugin() = default;
 
 std::shared_ptr<const MetaPlugin> MetaPlugin::shared(const std::filesystem::path& module) {
-    static std::mutex mutex;
+    // Also held while one goes: a library must not be terminated for one user while another initialises it.
+    // Without memory for its pointer a new one goes at once.
+    static std::recursive_mutex mutex;
     static std::map<std::filesystem::path, std::weak_ptr<const MetaPlugin>> loaded;
     const std::lock_guard lock(mutex);
-    auto plugin = loaded[module].lock();
-    if (plugin == nullptr) {
-        plugin = std::make_shared<const MetaPlugin>(module);
-        loaded[module] = plugin;
-    }
+    std::weak_ptr<const MetaPlugin>& known = loaded[module];
+    if (auto plugin = known.lock()) return plugin;
+    const std::shared_ptr<const MetaPlugin> plugin(new MetaPlugin(module), [](const MetaPlugin* unused) {
+        const std::lock_guard unloading(mutex);
+        delete unused;
+    });
+    known = plugin;
     return plugin;
 }
 

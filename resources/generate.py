@@ -234,10 +234,14 @@ def write_windows(output):
     output.write_text("\n".join(lines) + "\n")
 
 
+def file_name(entry):
+    words = entry["name"].replace("&", "and").replace("(RGB)", "").split()
+    return "_".join(words).lower()
+
+
 def print_names():
     for entry in read("filters.toml")["filter"]:
-        words = entry["name"].replace("&", "and").replace("(RGB)", "").split()
-        print(entry["id"], "_".join(words).lower())
+        print(entry["id"], file_name(entry))
 
 
 def main():

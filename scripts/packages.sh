@@ -13,7 +13,8 @@ check_packages=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
     clang-format-14 clang-tidy-14
     python3-pytest python3-numpy python3-pil
-    ffmpeg
+    ffmpeg melt
+    gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
 )
 
 # install_packages NAME... installs those that are missing.

@@ -1,0 +1,152 @@
+# SPDX-License-Identifier: MIT
+"""A short clip, and how each frei0r host and the command line render it through lossless paths."""
+import json
+import os
+import pathlib
+import subprocess
+
+import numpy
+from PIL import Image
+
+BUILD = pathlib.Path(os.environ.get("VIREO_BUILD", pathlib.Path(__file__).resolve().parents[3] / "build/linux"))
+RATE = 25
+
+
+def run(*command, environment=None, cwd=None):
+    completed = subprocess.run(
+        [str(part) for part in command], capture_output=True, timeout=120, cwd=cwd,
+        env={**os.environ, **(environment or {})})
+    assert completed.returncode == 0, completed.stderr.decode(errors="replace")
+    return completed.stdout
+
+
+def random_clip(width, height, frames, opaque=False):
+    """Frames of gradients and noise as BGRA, shape (frames, height, width, 4)."""
+    random = numpy.random.default_rng(frames)
+    clip = random.integers(0, 256, (frames, height, width, 4), numpy.uint8)
+    clip[..., 0] = numpy.linspace(0, 255, width)[None, None, :]
+    clip[..., 1] += numpy.arange(0, 10 * frames, 10, numpy.uint8)[:, None, None]
+    if opaque:
+        clip[..., 3] = 255
+    return clip
+
+
+class Effect:
+    """A filter with values: whole numbers as stored, truths, and colours as three bytes."""
+
+    def __init__(self, filter_name, **values):
+        self.info = json.loads(run(BUILD / "bin/vireo", "info", "--json", filter_name))
+        self.filter_name = self.info["name"]
+        self.values = {name.replace("_", " "): value for name, value in values.items()}
+        words = self.filter_name.replace("&", "and").replace("(RGB)", "").split()
+        self.plugin = "vireo_" + "_".join(words).lower()
+        self.timed = self.filter_name in ("Bend", "Ghosting", "Horizontal Hold", "Vertical Hold")
+
+    def unit(self, parameter, value):
+        """0 to 1, as frei0r takes numbers."""
+        return repr((value - parameter["minimum"]) / (parameter["maximum"] - parameter["minimum"]))
+
+    def given(self):
+        """(parameter, its value) for each one that is set."""
+        parameters = {parameter["name"]: parameter for parameter in self.info["parameters"]}
+        return [(parameters[name], value) for name, value in self.values.items()]
+
+    def for_vireo(self):
+        def text(value):
+            return f"rgb({value[0]},{value[1]},{value[2]})" if isinstance(value, tuple) else str(value).lower()
+
+        settings = ",".join(f"{name}={text(value)}" for name, value in self.values.items())
+        return f"{self.filter_name}:{settings}" if settings else self.filter_name
+
+    def for_ffmpeg(self):
+        """FFmpeg takes parameters by their place alone, and hands out milliseconds."""
+        texts = []
+        for parameter in self.info["parameters"]:
+            value = self.values.get(parameter["name"], parameter["default"])
+            if parameter["kind"] == "boolean":
+                texts.append("y" if value else "n")
+            elif parameter["kind"] == "colour":
+                red, green, blue = (
+                    value if isinstance(value, tuple) else bytes.fromhex(value.removeprefix("#")))
+                texts.append("/".join(f"{channel / 255:.9f}" for channel in (red, green, blue)))
+            else:
+                texts.append(self.unit(parameter, value))
+        if self.timed:
+            texts += [str(RATE), "ms"]
+        return f"frei0r=filter_name={self.plugin}:filter_params={'|'.join(texts)}"
+
+    def for_melt(self):
+        arguments = ["-filter", f"frei0r.{self.plugin}"]
+        for parameter, value in self.given():
+            if parameter["kind"] == "colour":
+                text = "#" + bytes(value).hex()
+            else:
+                text = str(int(value)) if parameter["kind"] == "boolean" else self.unit(parameter, value)
+            arguments.append(f"{parameter['name']}={text}")
+        return arguments + ([f"Frame Rate={RATE}"] if self.timed else [])
+
+    def for_gstreamer(self):
+        element = "frei0r-filter-vireo-" + "".join(
+            c if c.isalnum() else "-" for c in self.filter_name.lower())
+        arguments = [element]
+        for parameter, value in self.given():
+            name = "".join(c if c.isalnum() else "-" for c in parameter["name"].lower())
+            name = name if name[0].isalpha() else "param-" + name
+            if parameter["kind"] == "colour":
+                arguments += [f"{name}-{c}={value[i] / 255:.9f}" for i, c in enumerate("rgb")]
+            else:
+                arguments.append(
+                    f"{name}={str(value).lower()}" if parameter["kind"] == "boolean"
+                    else f"{name}={self.unit(parameter, value)}")
+        return arguments + ([f"frame-rate={RATE}"] if self.timed else [])
+
+
+def plugin_environment(folder=None):
+    path = str(folder or BUILD / "frei0r-1")
+    # GStreamer keeps what it learnt of plug-ins; a test starts without.
+    return {"FREI0R_PATH": path, "MLT_FREI0R_PLUGIN_PATH": path, "GST_REGISTRY_FORK": "no"}
+
+
+def with_ffmpeg(clip, filters, folder, environment=None):
+    frames, height, width, _ = clip.shape
+    (folder / "in.raw").write_bytes(clip.tobytes())
+    raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", str(RATE)]
+    out = run("ffmpeg", "-v", "error", *raw, "-i", folder / "in.raw", "-vf", filters, *raw[:4], "-",
+              environment=environment or plugin_environment())
+    return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
+
+
+def with_melt(clip, effect, folder):
+    frames, height, width, _ = clip.shape
+    (folder / "in.raw").write_bytes(clip.tobytes())
+    raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", RATE]
+    ffv1 = ["-c:v", "ffv1", "-pix_fmt", "bgra"]
+    run("ffmpeg", "-v", "error", "-y", *raw, "-i", folder / "in.raw", *ffv1, folder / "in.mkv")
+    (folder / "profile").write_text(
+        f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
+        "progressive=1\nsample_aspect_num=1\nsample_aspect_den=1\n"
+        f"display_aspect_num={width}\ndisplay_aspect_den={height}\ncolorspace=709\n")
+    run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *effect.for_melt(), "-consumer",
+        f"avformat:{folder / 'out.mkv'}", "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1",
+        "real_time=-1", environment=plugin_environment())
+    out = run("ffmpeg", "-v", "error", "-i", folder / "out.mkv", "-f", "rawvideo", "-pix_fmt", "bgra", "-")
+    return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
+
+
+def with_gstreamer(clip, effect, folder):
+    frames, height, width, _ = clip.shape
+    (folder / "in.raw").write_bytes(clip.tobytes())
+    run("gst-launch-1.0", "-q", "filesrc", f"location={folder / 'in.raw'}", "!", "rawvideoparse", "format=bgra",
+        f"width={width}", f"height={height}", f"framerate={RATE}/1", "!", *effect.for_gstreamer(), "!", "filesink",
+        f"location={folder / 'out.raw'}",
+        environment={**plugin_environment(), "GST_REGISTRY": str(folder / "registry")})
+    return numpy.frombuffer((folder / "out.raw").read_bytes(), numpy.uint8).reshape(clip.shape)
+
+
+def with_vireo(clip, effect, folder, program=BUILD / "bin/vireo"):
+    for number, frame in enumerate(clip):
+        Image.fromarray(frame[..., [2, 1, 0, 3]]).save(folder / f"in{number:03}.png")
+    run(program, "render", "in%03d.png", "out%03d.png", "--clip-length", len(clip), "-f", effect.for_vireo(),
+        "--overwrite", "--quiet", cwd=folder)
+    pictures = [Image.open(path).convert("RGBA") for path in sorted(folder.glob("out*.png"))]
+    return numpy.stack([numpy.asarray(picture)[..., [2, 1, 0, 3]] for picture in pictures])

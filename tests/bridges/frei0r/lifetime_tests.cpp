@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Orders of calls that hosts really make, and some that none should. The sanitizers watch.
+#include "tests/bridges/frei0r/support/loaded_plugin.h"
+#include "tests/bridges/frei0r/support/reference_render.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+
+namespace {
+
+bool moduleIsLoaded() {
+    void* const handle = dlopen(VIREO_TESTED_MODULE, RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr) dlclose(handle);
+    return handle != nullptr;
+}
+
+/// A plug-in where no module is near.
+class StrayPlugin {
+public:
+    explicit StrayPlugin(const char* name)
+        : folder_(std::filesystem::path(testing::TempDir()) / "stray-plugin") {
+        std::filesystem::create_directories(folder_);
+        std::filesystem::copy_file(pluginFile(name), file(),
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    StrayPlugin(const StrayPlugin&) = delete;
+    StrayPlugin& operator=(const StrayPlugin&) = delete;
+    ~StrayPlugin() { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path file() const { return folder_ / "plugin.so"; }
+
+private:
+    std::filesystem::path folder_;
+};
+
+TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
+    const StrayPlugin stray("vireo_levels");
+    const LoadedPlugin plugin(stray.file());
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(plugin.init(), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::MatchesRegex("vireo_levels: there is no VireoFiltersMetaPlugin.vrmp near .*\n"));
+    EXPECT_EQ(plugin.info().plugin_type, F0R_PLUGIN_TYPE_FILTER);
+    EXPECT_EQ(plugin.info().num_params, 0);
+    EXPECT_EQ(plugin.construct(8, 8), nullptr);
+    std::uint32_t pixels[64] = {};
+    double value = 0;
+    plugin.update(nullptr, 0, pixels, pixels);
+    plugin.setParameter(nullptr, &value, 0);
+    plugin.getParameter(nullptr, &value, 0);
+    plugin.destruct(nullptr);
+    plugin.deinit();
+}
+
+TEST(Lifetime, InformationBeforeTheStartIsThatOfAFilter) {
+    const LoadedPlugin plugin(pluginFile("vireo_bend"));
+    EXPECT_EQ(plugin.info().plugin_type, F0R_PLUGIN_TYPE_FILTER);
+    EXPECT_STREQ(plugin.info().name, "vireo_bend");
+    EXPECT_EQ(plugin.construct(8, 8), nullptr);
+}
+
+TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
+    const auto module = testedModule();
+    constexpr PictureSize size{16, 9};
+    const std::vector<Picture> clip = randomClip(size, 1);
+    const LoadedPlugin plugin(pluginFile("vireo_vertical_flip"));
+    ASSERT_EQ(plugin.init(), 1);
+    const f0r_instance_t instance = plugin.construct(size.width, size.height);
+    const f0r_instance_t other = plugin.construct(3, 200);
+    plugin.deinit();
+    EXPECT_EQ(plugin.construct(8, 8), nullptr);
+    Picture result(clip[0].size());
+    plugin.update(instance, 0, clip[0].data(), result.data());
+    const VRM::FilterInstance reference(filterOf(*module, "Vireo Vertical Flip").entry);
+    EXPECT_EQ(result, referenceFrame(reference, clip, size, 0, 0));
+    plugin.destruct(other);
+    plugin.destruct(instance);
+}
+
+TEST(Lifetime, StartsAreCounted) {
+    const LoadedPlugin plugin(pluginFile("vireo_solarize"));
+    plugin.deinit();
+    ASSERT_EQ(plugin.init(), 1);
+    ASSERT_EQ(plugin.init(), 1);
+    plugin.deinit();
+    EXPECT_EQ(plugin.info().num_params, 1);
+    plugin.destruct(plugin.construct(8, 8));
+    plugin.deinit();
+    EXPECT_EQ(plugin.info().num_params, 0);
+    plugin.deinit();
+}
+
+TEST(Lifetime, TheModuleGoesWithItsLastUser) {
+    ASSERT_FALSE(moduleIsLoaded());
+    for (int round = 0; round < 3; ++round) {
+        const InitialisedPlugin one(pluginFile("vireo_levels"));
+        {
+            // Some hosts forget f0r_deinit.
+            const LoadedPlugin other(pluginFile("vireo_bend"));
+            EXPECT_EQ(other.init(), 1);
+        }
+        EXPECT_TRUE(moduleIsLoaded());
+    }
+    EXPECT_FALSE(moduleIsLoaded());
+}
+
+TEST(Lifetime, SizesThatNoFrameHasAreRefused) {
+    const InitialisedPlugin plugin(pluginFile("vireo_vertical_flip"));
+    testing::internal::CaptureStderr();
+    for (const auto& [width, height] : {std::pair{0U, 8U}, {8U, 0U}, {32768U, 8U}, {8U, ~0U}, {~0U, ~0U}}) {
+        EXPECT_EQ(plugin.construct(width, height), nullptr) << width << " x " << height;
+    }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("32768 pixels is outside 1 to"));
+}
+
+}  // namespace

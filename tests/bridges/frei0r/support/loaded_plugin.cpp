@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "tests/bridges/frei0r/support/loaded_plugin.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+std::vector<std::filesystem::path> pluginFiles() {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(VIREO_TESTED_PLUGINS)) {
+        if (entry.path().extension() == ".so") files.push_back(entry.path());
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+std::filesystem::path pluginFile(const std::string& name) {
+    return std::filesystem::path(VIREO_TESTED_PLUGINS) / (name + ".so");
+}
+
+LoadedPlugin::LoadedPlugin(const std::filesystem::path& file) {
+    void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) throw std::runtime_error(dlerror());
+    library_ = std::shared_ptr<void>(handle, dlclose);
+    const auto find = [&]<class Function>(Function*& function, const char* name) {
+        function = reinterpret_cast<Function*>(dlsym(handle, name));
+        if (function == nullptr) throw std::runtime_error(file.string() + " has no " + name);
+    };
+    find(init, "f0r_init");
+    find(deinit, "f0r_deinit");
+    find(getInfo, "f0r_get_plugin_info");
+    find(getParameterInfo, "f0r_get_param_info");
+    find(construct, "f0r_construct");
+    find(destruct, "f0r_destruct");
+    find(setParameter, "f0r_set_param_value");
+    find(getParameter, "f0r_get_param_value");
+    find(update, "f0r_update");
+}
+
+f0r_plugin_info_t LoadedPlugin::info() const {
+    f0r_plugin_info_t info{};
+    getInfo(&info);
+    return info;
+}
+
+int LoadedPlugin::parameter(const std::string& name) const {
+    for (int i = 0; i < info().num_params; ++i) {
+        f0r_param_info_t parameter{};
+        getParameterInfo(&parameter, i);
+        if (parameter.name == name) return i;
+    }
+    throw std::out_of_range(std::string(info().name) + " has no " + name);
+}
+
+void LoadedPlugin::setNumber(f0r_instance_t instance, int index, double value) const {
+    setParameter(instance, &value, index);
+}
+
+double LoadedPlugin::number(f0r_instance_t instance, int index) const {
+    double value = 0;
+    getParameter(instance, &value, index);
+    return value;
+}
+
+void LoadedPlugin::setText(f0r_instance_t instance, const std::string& name, std::string text) const {
+    f0r_param_string pointer = text.data();
+    setParameter(instance, &pointer, parameter(name));
+}
+
+std::string LoadedPlugin::text(f0r_instance_t instance, const std::string& name) const {
+    f0r_param_string pointer = nullptr;
+    getParameter(instance, &pointer, parameter(name));
+    return pointer;
+}
+
+InitialisedPlugin::InitialisedPlugin(const std::filesystem::path& file) : LoadedPlugin(file) {
+    if (init() != 1) throw std::runtime_error(file.string() + " does not start");
+}
+
+InitialisedPlugin::~InitialisedPlugin() { deinit(); }

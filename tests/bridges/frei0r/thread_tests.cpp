@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Hosts call plug-ins from any thread. The thread sanitizer watches.
+#include "tests/bridges/frei0r/support/loaded_plugin.h"
+#include "tests/bridges/frei0r/support/reference_render.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace {
+
+constexpr int threadCount = 4;
+constexpr PictureSize size{33, 21};
+
+void onThreads(const std::function<void(int)>& work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < threadCount; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Threads, RenderInstancesOfTheirOwnAtOnce) {
+    const auto module = testedModule();
+    const std::vector<Picture> clip = randomClip(size, 8);
+    for (const char* name : {"vireo_bend", "vireo_ghosting", "vireo_levels", "vireo_alpha_glow"}) {
+        const InitialisedPlugin plugin(pluginFile(name));
+        const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        std::vector<Picture> expected;
+        for (std::size_t i = 0; i < clip.size(); ++i) {
+            expected.push_back(referenceFrame(reference, clip, size, i, 0));
+        }
+        std::atomic<int> wrong{0};
+        onThreads([&](int) {
+            const f0r_instance_t instance = plugin.construct(size.width, size.height);
+            Picture result(clip[0].size());
+            for (std::size_t i = 0; i < clip.size(); ++i) {
+                plugin.update(instance, 0, clip[i].data(), result.data());
+                if (result != expected[i]) ++wrong;
+            }
+            plugin.destruct(instance);
+        });
+        EXPECT_EQ(wrong, 0) << name;
+    }
+}
+
+TEST(Threads, ShareOneInstance) {
+    const std::vector<Picture> clip = randomClip(size, 8);
+    const InitialisedPlugin plugin(pluginFile("vireo_ghosting"));
+    const f0r_instance_t instance = plugin.construct(size.width, size.height);
+    onThreads([&](int thread) {
+        Picture result(clip[0].size());
+        for (const Picture& source : clip) {
+            plugin.setText(instance, "Clip Length", std::to_string(thread + 1));
+            plugin.update(instance, 0, source.data(), result.data());
+        }
+    });
+    plugin.destruct(instance);
+}
+
+TEST(Threads, StartAndEndPluginsOfOneModule) {
+    const std::vector<std::filesystem::path> files = pluginFiles();
+    std::atomic<int> wrong{0};
+    onThreads([&](int thread) {
+        for (std::size_t i = 0; i < 12; ++i) {
+            // Two threads each take the same plug-ins, in turn.
+            const InitialisedPlugin plugin(
+                files[(i + static_cast<std::size_t>(thread / 2) * 5) % files.size()]);
+            const f0r_instance_t instance = plugin.construct(size.width, size.height);
+            if (instance == nullptr || plugin.info().num_params < 0) ++wrong;
+            plugin.destruct(instance);
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace

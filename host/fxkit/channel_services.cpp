@@ -23,6 +23,7 @@ void copyWidened(const std::uint8_t* row, std::uint8_t* widened, std::int64_t wi
 void applyChannelTables(const void* source, void* destination, std::int32_t rowBytes, std::int32_t width,
                         std::int32_t height, const std::uint8_t* red, const std::uint8_t* green,
                         const std::uint8_t* blue) {
+    if (width <= 0) return;  // Kernels take widths of whole rows; a rectangle may be inverted.
     const std::uint8_t* const tables[3] = {blue, green, red};
     chosenKernels.applyTables(static_cast<const std::uint8_t*>(source),
                               static_cast<std::uint8_t*>(destination), rowBytes, width, height, tables);

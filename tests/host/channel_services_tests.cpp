@@ -107,6 +107,19 @@ TEST(ApplyChannelTables, TakesTheTablesInTheOrderOfTheirNames) {
     FxKit::applyChannelTables(nullptr, nullptr, 8, 2, 0, red.data(), green.data(), blue.data());
 }
 
+TEST(ApplyChannelTables, LeavesInvertedRectanglesAlone) {
+    const Bytes table(256, 7);
+    const Bytes source(64, 1);
+    Bytes result(64, 2);
+    for (const std::int32_t width : {-1, -3, -100, std::numeric_limits<std::int32_t>::min()}) {
+        FxKit::applyChannelTables(source.data(), result.data(), 16, width, 2, table.data(), table.data(),
+                                  table.data());
+        FxKit::applyChannelTables(source.data(), result.data(), 16, 2, width, table.data(), table.data(),
+                                  table.data());
+    }
+    EXPECT_EQ(result, Bytes(64, 2));
+}
+
 int plainlyConvolved(Frame& frame, const std::int16_t record[11], int y, int x, int channel) {
     std::int64_t sum = 0;
     for (int row = 0; row < 3; ++row) {

@@ -82,6 +82,7 @@ struct Options {
     InfoOptions info;
     RenderOptions render;
     SheetOptions sheet;
+    DialogOptions dialog;
 };
 
 void addSettingsOption(CLI::App& command, const std::string& names, std::vector<SettingsOption>& settings,
@@ -148,6 +149,19 @@ void addRenderCommand(CLI::App& program, RenderOptions& options) {
     command.add_option("--jobs", job.jobs, "Frames rendered side by side")->check(CLI::PositiveNumber);
 }
 
+void addSettingsCommand(CLI::App& program, DialogOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("settings", "Open a filter's settings dialog over a picture (Windows)");
+    command.add_option("filter", options.filter, "Name, key, match name or id")
+        ->required()
+        ->type_name("FILTER");
+    command.add_option("--image", options.image, "The picture")->required();
+    command.add_option("--settings", options.settings, "A settings file to start from");
+    command.add_option("--save-settings", options.saveSettings, "Where to write what was accepted");
+    command.add_flag("--overwrite", options.overwrite, "Replace an existing settings file");
+    command.footer("Example:\n  vireo settings Levels --image photo.png --save-settings look.json");
+}
+
 /// The whole command line; what is read from it lands in `options`.
 void describeOptions(CLI::App& program, Options& options) {
     program.name("vireo");
@@ -174,6 +188,7 @@ void describeOptions(CLI::App& program, Options& options) {
     info.footer("Examples:\n  vireo info \"Color Replace\"\n  vireo info solar --json");
 
     addRenderCommand(program, options.render);
+    addSettingsCommand(program, options.dialog);
 
     CLI::App& sheet = *program.add_subcommand("sheet", "Render every filter over one picture, on one sheet");
     sheet.add_option("input", options.sheet.input, "A picture")->required()->type_name("IN");
@@ -195,6 +210,8 @@ int runCommand(const CLI::App& program, const Options& options) {
         listFilters(catalogue, options.list);
     } else if (program.got_subcommand("info")) {
         describeFilter(catalogue, options.info);
+    } else if (program.got_subcommand("settings")) {
+        editSettings(catalogue, options.dialog);
     } else if (program.got_subcommand("sheet")) {
         renderSheet(catalogue, global, options.sheet);
     } else {
@@ -227,8 +244,9 @@ int runCommandLine(std::vector<std::string> arguments) {
             return 0;
         }
         if (program.get_subcommands().empty()) {
-            throw RenderError("a command is missing: list, info, render or sheet; vireo --help tells more",
-                              wrongUsage);
+            throw RenderError(
+                "a command is missing: list, info, render, settings or sheet; vireo --help tells more",
+                wrongUsage);
         }
         const int status = runCommand(program, options);
         std::cout.flush();

@@ -21,6 +21,9 @@ int renderFiles(const Catalogue& catalogue, const GlobalOptions& global, const R
 /// Renders the contact sheet of all filters over a picture.
 void renderSheet(const Catalogue& catalogue, const GlobalOptions& global, const SheetOptions& options);
 
+/// Opens the filter's settings dialog over a picture and writes what was accepted as a settings file.
+void editSettings(const Catalogue& catalogue, const DialogOptions& options);
+
 /// "vireo: SENTENCE" on a line of standard error.
 void printError(const char* sentence);
 

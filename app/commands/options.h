@@ -51,6 +51,13 @@ struct RenderOptions {
     RenderJob job;  ///< The options that need no reading.
 };
 
+struct DialogOptions {
+    std::string filter, image;
+    std::string settings;      ///< Where to start from; empty: the filter's own defaults.
+    std::string saveSettings;  ///< Empty: standard output.
+    bool overwrite = false;
+};
+
 struct SheetOptions {
     std::string input, output;
     bool overwrite = false;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Opens both ends of a job with FFmpeg's libraries.
+#include "app/files.h"
+
 #include "app/media/ffmpeg_pictures.h"
 #include "app/media/ffmpeg_reader.h"
 #include "app/media/ffmpeg_writer.h"
@@ -40,7 +42,7 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
     VideoProperties video;
     std::int64_t firstNumber = 1;
     const auto pattern = SequencePattern::parse(job.input);
-    if (pattern && !std::filesystem::exists(job.input)) {
+    if (pattern && !std::filesystem::exists(pathOf(job.input))) {
         auto source = std::make_unique<FfmpegPictureSource>(job);
         const FfmpegPictureSource& opened = *source;
         auto reader = std::make_unique<SequenceReader>(job, *pattern, processor.lookBack(), std::move(source),

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/muxer.h"
 
+#include "app/files.h"
+
 #include <new>
 
 namespace vireo {
@@ -11,7 +13,7 @@ Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRe
     if (job.output == "-") {
         pipe_ = std::make_unique<PipeIo>(1, PipeIo::Direction::Write, stop);
     } else {
-        file_.emplace(job.output, job.overwrite);
+        file_.emplace(pathOf(job.output), job.overwrite);
     }
     const std::string url = file_ ? fileUrl(file_->path().string()) : "pipe:1";
     check(avformat_alloc_output_context2(&context, &container, nullptr, url.c_str()),

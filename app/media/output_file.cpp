@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/output_file.h"
 
+#include "app/files.h"
 #include "app/render/interruption.h"
 #include "app/render/render_job.h"
 
@@ -26,7 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 
 RenderError cannotWrite(const fs::path& path, const std::error_code& error) {
-    return RenderError("cannot write " + path.string() + ": " + error.message());
+    return RenderError("cannot write " + utf8Of(path) + ": " + error.message());
 }
 
 fs::path temporaryBeside(const fs::path& path) {
@@ -56,14 +57,14 @@ OutputFile::OutputFile(const fs::path& path, bool overwrite) : target_(path) {
         if (!error) target_ = resolved;
     }
     const fs::file_status status = fs::status(target_, error);
-    if (fs::is_directory(status)) throw RenderError(path.string() + " is a folder");
+    if (fs::is_directory(status)) throw RenderError(utf8Of(path) + " is a folder");
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         special_ = true;
         temporary_ = target_;
         return;
     }
     if (fs::exists(status) && !overwrite)
-        throw RenderError(path.string() + " exists; --overwrite replaces it");
+        throw RenderError(utf8Of(path) + " exists; --overwrite replaces it");
 #ifndef _WIN32
     if (fs::exists(status) && access(target_.c_str(), W_OK) != 0)
         throw cannotWrite(path, {errno, std::generic_category()});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/picture_files.h"
 
+#include "app/files.h"
 #include "app/media/picture_tools.h"
 
 #include <algorithm>
@@ -109,7 +110,7 @@ PictureWriter::PictureWriter(const RenderJob& job, std::unique_ptr<PictureTarget
     if (pattern_) {
         files_.emplace(pattern_->folder());
     } else if (job.output != "-") {
-        file_.emplace(job.output, job.overwrite);
+        file_.emplace(pathOf(job.output), job.overwrite);
     }
 }
 

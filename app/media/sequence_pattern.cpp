@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/sequence_pattern.h"
 
+#include "app/files.h"
+
 #include <algorithm>
 #include <charconv>
 
 namespace vireo {
 
 std::optional<SequencePattern> SequencePattern::parse(const std::string& path) {
-    const std::filesystem::path whole(path);
-    const std::string name = whole.filename().string();
+    const std::filesystem::path whole = pathOf(path);
+    const std::string name = utf8Of(whole.filename());
     SequencePattern pattern;
     pattern.folder_ = whole.parent_path();
     bool found = false;
@@ -38,30 +40,30 @@ std::optional<SequencePattern> SequencePattern::parse(const std::string& path) {
 
 SequencePattern SequencePattern::single(const std::string& path) {
     SequencePattern pattern;
-    pattern.folder_ = std::filesystem::path(path).parent_path();
-    pattern.before_ = std::filesystem::path(path).filename().string();
+    pattern.folder_ = pathOf(path).parent_path();
+    pattern.before_ = utf8Of(pathOf(path).filename());
     pattern.digits_ = 0;
     return pattern;
 }
 
 std::filesystem::path SequencePattern::name(std::int64_t number) const {
-    if (digits_ == 0) return before_;
+    if (digits_ == 0) return pathOf(before_);
     std::string digits = std::to_string(number);
     if (static_cast<int>(digits.size()) < digits_)
         digits.insert(0, static_cast<std::size_t>(digits_) - digits.size(), '0');
-    return before_ + digits + after_;
+    return pathOf(before_ + digits + after_);
 }
 
 std::vector<std::int64_t> SequencePattern::existing() const {
     std::vector<std::int64_t> numbers;
     std::error_code error;
     if (digits_ == 0) {
-        if (std::filesystem::exists(folder_ / before_, error)) numbers.push_back(1);
+        if (std::filesystem::exists(folder_ / name(1), error)) numbers.push_back(1);
         return numbers;
     }
     const std::filesystem::path folder = folder_.empty() ? "." : folder_;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-        const std::string found = entry.path().filename().string();
+        const std::string found = utf8Of(entry.path().filename());
         if (found.size() <= before_.size() + after_.size() || !found.starts_with(before_) ||
             !found.ends_with(after_))
             continue;
@@ -69,7 +71,7 @@ std::vector<std::int64_t> SequencePattern::existing() const {
         const char* const end = found.data() + found.size() - after_.size();
         std::int64_t number = 0;
         const auto [stop, failure] = std::from_chars(begin, end, number);
-        if (failure == std::errc() && stop == end && number >= 0 && name(number) == found)
+        if (failure == std::errc() && stop == end && number >= 0 && name(number) == entry.path().filename())
             numbers.push_back(number);
     }
     std::sort(numbers.begin(), numbers.end());

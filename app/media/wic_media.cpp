@@ -2,6 +2,8 @@
 // Opens both ends of a job with the system's picture codecs.
 #include "app/media/wic_pictures.h"
 
+#include "app/files.h"
+
 namespace vireo {
 
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest&,
@@ -10,7 +12,9 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
         throw RenderError("standard input and output are not read or written as pictures here", 2);
     const auto pattern = SequencePattern::parse(job.input);
     auto reader = std::make_unique<SequenceReader>(
-        job, pattern && !std::filesystem::exists(job.input) ? *pattern : SequencePattern::single(job.input),
+        job,
+        pattern && !std::filesystem::exists(pathOf(job.input)) ? *pattern
+                                                               : SequencePattern::single(job.input),
         processor.lookBack(), std::make_unique<WicPictureSource>(job.premultiplied), messages);
     const std::int64_t firstNumber = job.startNumber.value_or(reader->firstNumber());
     checkPictureOutput(job, firstNumber, job.frames ? job.frames->first : 0, reader->info().framesExpected);

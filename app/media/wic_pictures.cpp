@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/wic_pictures.h"
 
+#include "app/files.h"
 #include "app/media/exif.h"
 #include "app/media/picture_tools.h"
 #include "app/media/wic_objects.h"
@@ -162,7 +163,7 @@ std::unique_ptr<SourceFrame> WicPictureSource::frame(const std::filesystem::path
 }
 
 WicPictureTarget::WicPictureTarget(const RenderJob& job) : premultiplied_(job.premultiplied) {
-    extension_ = std::filesystem::path(job.output).extension().string();
+    extension_ = utf8Of(pathOf(job.output).extension());
     if (!extension_.empty()) extension_.erase(0, 1);
     for (char& c : extension_) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (containerOf(extension_) == nullptr)

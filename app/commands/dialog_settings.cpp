@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// vireo settings: a filter's own settings dialog over a picture.
+#include "app/commands/commands.h"
+#include "app/files.h"
+#include "app/settings/settings_file.h"
+#include "host/vrm/filter_instance.h"
+
+#include <algorithm>
+#include <iostream>
+
+#if defined(_WIN32)
+#include "app/media/wic_pictures.h"
+#include "host/win32.h"
+#endif
+
+namespace vireo {
+
+#if defined(_WIN32)
+
+namespace {
+
+/// Sees whether a dialog opens on this thread: filters that have none answer Setup as if it had been
+/// accepted.
+class DialogWatch {
+public:
+    DialogWatch() : hook_(SetWindowsHookExW(WH_CBT, watch, nullptr, GetCurrentThreadId())) { opened = false; }
+    DialogWatch(const DialogWatch&) = delete;
+    DialogWatch& operator=(const DialogWatch&) = delete;
+    ~DialogWatch() { UnhookWindowsHookEx(hook_); }
+
+    bool sawDialog() const { return opened; }
+
+private:
+    static LRESULT CALLBACK watch(int code, WPARAM window, LPARAM data) {
+        constexpr wchar_t dialogClass[] = L"#32770";
+        wchar_t name[16] = {};
+        if (code == HCBT_CREATEWND && GetClassNameW(reinterpret_cast<HWND>(window), name, 16) != 0 &&
+            std::wcscmp(name, dialogClass) == 0) {
+            opened = true;
+        }
+        return CallNextHookEx(nullptr, code, window, data);
+    }
+
+    static inline bool opened = false;
+    HHOOK hook_;
+};
+
+FilterSettings startingSettings(const Catalogue& catalogue, const DialogOptions& options) {
+    const VRM::Filter& filter = catalogue.find(options.filter);
+    if (options.settings.empty()) return FilterSettings(filter);
+    const auto chain = parseSettings(catalogue, options.settings, readFile(options.settings));
+    if (chain.size() != 1 || &chain.front().filter() != &filter) {
+        throw RenderError(options.settings + " does not hold the settings of one " + filter.properties.name,
+                          2);
+    }
+    return chain.front();
+}
+
+PicturePtr readPicture(const std::string& file) {
+    WicPictureSource source(false);
+    const std::filesystem::path path = pathOf(file);
+    try {
+        source.probe(path);
+        return source.frame(path, 0)->picture(PixKit::formatBgra);
+    } catch (const DamagedFrame& damage) {
+        throw RenderError(file + " cannot be read: " + damage.what());
+    }
+}
+
+}  // namespace
+
+void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
+    const FilterSettings start = startingSettings(catalogue, options);
+    const std::string& name = start.filter().properties.name;
+    const PicturePtr picture = readPicture(options.image);
+    Picture scratch(picture->width(), picture->height());
+
+    VRM::FilterInstance instance(start.filter().entry);
+    const auto record = start.record({});
+    std::copy(record.begin(), record.end(), instance.settings().begin());
+    const DialogWatch dialog;
+    const std::int32_t result = instance.setup(picture->buffer(), scratch.buffer());
+    if (!dialog.sawDialog()) throw RenderError(name + " has no settings dialog; give its values with -f");
+    if (result != 0) throw RenderError("the dialog was cancelled, so nothing is saved");
+
+    FilterSettings accepted(start.filter());
+    accepted.setBytes(instance.settings());
+    accepted.assignFromBytes();
+    const std::string text = settingsText({accepted});
+    if (options.saveSettings.empty()) {
+        std::cout << text;
+    } else {
+        writeFile(options.saveSettings, text, options.overwrite);
+    }
+}
+
+#else
+
+void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
+    const std::string& name = catalogue.find(options.filter).properties.name;
+    throw RenderError("settings dialogs open on Windows alone; give " + name +
+                      " its values with -f, and vireo info \"" + name + "\" tells which it takes");
+}
+
+#endif
+
+}  // namespace vireo

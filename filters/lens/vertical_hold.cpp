@@ -27,6 +27,7 @@ void copyRolled(FrameBuffer* source, FrameBuffer* destination, const Roll& roll)
     const FrameRect lower = rectangle(roll, roll.shift, bottom);
     const FrameRect lowerTarget = rectangle(roll, top, roll.seam());
     vpixCopy(source, destination, &lower, &lowerTarget, VPixCopyReplace);
+    if (roll.seam() < top) return;  // The seam counts from 0 even where the bounds begin below it.
     const FrameRect upper = rectangle(roll, top, roll.shift);
     const FrameRect upperTarget = rectangle(roll, roll.seam(), bottom);
     vpixCopy(source, destination, &upper, &upperTarget, VPixCopyReplace);

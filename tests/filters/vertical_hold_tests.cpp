@@ -56,6 +56,18 @@ TEST(VerticalHold, CopiesAtNegativeTimes) {
     EXPECT_TRUE(samePicture(rolled(source.picture(), 0), filter.rendered(source)));
 }
 
+TEST(VerticalHold, CopiesNothingPastASeamAboveTheBounds) {
+    Random random(4);
+    const Geometry geometry{.width = 6, .height = 20, .top = 10};
+    TestFrame source(geometry, random);
+    TestFrame destination(geometry, random);
+    const Picture before = destination.picture();
+    FilterUnderTest filter(verticalHoldId);
+    filter.invocation.frameTime = 29;
+    filter.render(source, destination);
+    EXPECT_TRUE(samePicture(before, destination.picture()));
+}
+
 TEST(VerticalHold, WritesNothingOutsideTheDestination) {
     Random random(3);
     FilterUnderTest filter(verticalHoldId);

@@ -4,11 +4,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <random>
-#include <utility>
 #include <vector>
 
 namespace bench {
@@ -36,27 +36,42 @@ public:
         std::printf("\n| Job | Who |");
         for (const FrameSize& size : frameSizes) std::printf(" %s, × memcpy |", size.name);
         std::printf("\n|---|---|---|---|\n");
-        for (const auto& [subject, who] : jobs_) {
-            std::printf("| %s | %s |", subject.c_str(), who.c_str());
-            for (const FrameSize& size : frameSizes) {
-                const auto job = medians_.find(nameOf(subject, who, size));
-                const auto copy = medians_.find(nameOf(memcpySubject, "C library", size));
-                if (job == medians_.end() || copy == medians_.end()) {
-                    std::printf(" – |");
-                } else {
-                    std::printf(" %.2f |", job->second / copy->second);
-                }
-            }
-            std::printf("\n");
-        }
+        // Peers stand below the filter whose job they do.
+        std::stable_sort(jobs_.begin(), jobs_.end(),
+                         [](const Job& a, const Job& b) { return rank(a) < rank(b); });
+        for (const Job& job : jobs_) printRow(job);
     }
 
     static void announce(const std::string& subject, const std::string& who) {
-        jobs_.emplace_back(subject, who);
+        jobs_.push_back({subject, who});
     }
 
 private:
-    static inline std::vector<std::pair<std::string, std::string>> jobs_;
+    struct Job {
+        std::string subject;
+        std::string who;
+    };
+
+    static std::ptrdiff_t rank(const Job& job) {
+        static const std::vector<Job> announced = jobs_;
+        const auto sameSubject = [&](const Job& other) { return other.subject == job.subject; };
+        return std::find_if(announced.begin(), announced.end(), sameSubject) - announced.begin();
+    }
+
+    void printRow(const Job& job) const {
+        std::string cells;
+        for (const FrameSize& size : frameSizes) {
+            const auto time = medians_.find(nameOf(job.subject, job.who, size));
+            const auto copy = medians_.find(nameOf(memcpySubject, "C library", size));
+            if (time == medians_.end() || copy == medians_.end()) return;
+            char cell[32];
+            std::snprintf(cell, sizeof cell, " %.2f |", time->second / copy->second);
+            cells += cell;
+        }
+        std::printf("| %s | %s |%s\n", job.subject.c_str(), job.who.c_str(), cells.c_str());
+    }
+
+    static inline std::vector<Job> jobs_;
     std::map<std::string, double> medians_;
 };
 

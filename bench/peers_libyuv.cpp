@@ -20,7 +20,7 @@ void addLibyuv() {
                                f.size.height);
         };
     });
-    add("Levels", "libyuv RGBColorTable, in place", [](Frames& f) {
+    add("Levels, gamma 1.5", "libyuv RGBColorTable, in place", [](Frames& f) {
         std::array<std::uint8_t, 1024> table{};
         for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<std::uint8_t>(255 - i / 4);
         return [&f, table] {

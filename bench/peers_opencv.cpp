@@ -60,7 +60,7 @@ void addOpenCv() {
     cv::Mat table(1, 256, CV_8U);
     for (int i = 0; i < 256; ++i) table.at<std::uint8_t>(i) = static_cast<std::uint8_t>(255 - i);
 
-    addMatrixJob("Levels", "LUT", [table](const cv::Mat& s, cv::Mat& d) { cv::LUT(s, table, d); });
+    addMatrixJob("Levels, gamma 1.5", "LUT", [table](const cv::Mat& s, cv::Mat& d) { cv::LUT(s, table, d); });
     addMatrixJob("Extract", "grey, LUT, merge",
                  [table](const cv::Mat& s, cv::Mat& d) { grayMatte(s, d, table); });
     addMatrixJob("Color Pass", "inRange, grey, masked copy", colorPass);

@@ -123,6 +123,7 @@ TEST(CameraViewDialog, TheEyedropperTakesTheColourUnderThePointer) {
         POINT point{(area.left + area.right) / 2, area.top + 5};  // In the picture's upper half.
         ClientToScreen(dialog.window(), &point);
         SetCursorPos(point.x, point.y);
+        waitMilliseconds(200);
         INPUT down{};
         down.type = INPUT_MOUSE;
         down.mi.dwFlags = MOUSEEVENTF_LEFTDOWN;

@@ -34,5 +34,5 @@ from PIL import Image
 source, target = map(pathlib.Path, sys.argv[1:3])
 for language in sys.argv[3:]:
     for file in source.glob(f"*-{language}.bmp"):
-        Image.open(file).quantize(128).save(target / file.with_suffix(".png").name, optimize=True)
+        Image.open(file).convert("RGB").save(target / file.with_suffix(".png").name, optimize=True)
 END

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 namespace {
@@ -125,7 +126,9 @@ TEST(LevelsDialogModel, EachChannelHasItsOwnValuesAndHistogram) {
 
 class LevelsFile : public testing::Test {
 protected:
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "vireo_levels_file_test.lvl";
+    // The program runs several times at once, once for each instruction set.
+    const std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                       ("vireo_levels_" + std::to_string(std::random_device()()) + ".lvl");
 
     ~LevelsFile() override { std::filesystem::remove(path); }
 

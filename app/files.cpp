@@ -24,11 +24,14 @@ std::string readFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void writeFile(const std::string& path, std::string_view content, bool overwrite) {
+void refuseExisting(const std::string& path) {
     std::error_code error;
-    if (!overwrite && std::filesystem::exists(pathOf(path), error)) {
+    if (std::filesystem::exists(pathOf(path), error))
         throw RenderError(path + " exists already; --overwrite replaces it");
-    }
+}
+
+void writeFile(const std::string& path, std::string_view content, bool overwrite) {
+    if (!overwrite) refuseExisting(path);
     std::ofstream file(pathOf(path), std::ios::binary | std::ios::trunc);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     file.close();

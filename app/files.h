@@ -15,6 +15,9 @@ std::string utf8Of(const std::filesystem::path& path);
 /// A whole file. Throws RenderError.
 std::string readFile(const std::string& path);
 
+/// Throws RenderError where the file exists.
+void refuseExisting(const std::string& path);
+
 /// Writes a whole file; an existing one is refused unless `overwrite`. Throws RenderError.
 void writeFile(const std::string& path, std::string_view content, bool overwrite);
 

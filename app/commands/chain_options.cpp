@@ -139,6 +139,12 @@ ChainOptions readChain(const Catalogue& catalogue, const RenderOptions& options)
     return ChainReader(catalogue).read(options);
 }
 
+void refuseTakenNames(const ChainOptions& chain, const RenderOptions& options) {
+    if (options.job.overwrite) return;
+    if (!options.saveSettings.empty()) refuseExisting(options.saveSettings);
+    for (const SavedBytes& saved : chain.savedBytes) refuseExisting(saved.path);
+}
+
 void saveSettings(const ChainOptions& chain, const RenderOptions& options) {
     if (!options.saveSettings.empty())
         writeFile(options.saveSettings, chain.settingsText, options.job.overwrite);

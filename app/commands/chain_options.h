@@ -27,6 +27,9 @@ struct ChainOptions {
 /// Reads the options that make up the chain. Throws RenderError.
 ChainOptions readChain(const Catalogue& catalogue, const RenderOptions& options);
 
+/// Refuses what saveSettings() could only refuse after the work: names that are taken. Throws RenderError.
+void refuseTakenNames(const ChainOptions& chain, const RenderOptions& options);
+
 /// Writes what --save-settings and --save-settings-bytes ask for. Throws RenderError.
 void saveSettings(const ChainOptions& chain, const RenderOptions& options);
 

@@ -3,7 +3,7 @@
 
 #include "app/commands/commands.h"
 #include "app/commands/module_location.h"
-#include "app/settings/names.h"
+#include "app/settings/clip_time.h"
 #include "host/mtkcore/instruction_set.h"
 #include "host/qrb/language.h"
 #include "host/vireo_host.h"
@@ -12,11 +12,15 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 
 namespace vireo {
 namespace {
 
 constexpr int wrongUsage = 2;
+
+constexpr std::int64_t largestNumber = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t mostJobs = 1024;
 
 constexpr char introduction[] = "Twenty-two classic video filters for pictures and video.";
 
@@ -98,6 +102,18 @@ void addSettingsOption(CLI::App& command, const std::string& names, std::vector<
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 }
 
+/// Lets an option take the whole numbers of a range.
+CLI::Validator wholeNumbers(std::int64_t minimum, std::int64_t maximum) {
+    return CLI::Validator(
+        [minimum, maximum](const std::string& text) -> std::string {
+            const auto value = parseWholeNumber(text);
+            if (value && *value >= minimum && *value <= maximum) return {};
+            return "takes whole numbers from " + std::to_string(minimum) + " to " + std::to_string(maximum) +
+                   ", not \"" + text + '"';
+        },
+        "");
+}
+
 void addRenderCommand(CLI::App& program, RenderOptions& options) {
     CLI::App& command =
         *program.add_subcommand("render", "Render pictures, sequences or video through filters");
@@ -126,9 +142,9 @@ void addRenderCommand(CLI::App& program, RenderOptions& options) {
     command.add_option("--start", options.start, "Time of the first frame rendered");
     command.add_option("--duration", options.duration, "Time rendered");
     command.add_option("--clip-length", job.clipLength, "Frames of the input, where they cannot be counted")
-        ->check(CLI::PositiveNumber);
+        ->check(wholeNumbers(1, largestNumber));
     command.add_option("--start-number", job.startNumber, "Number of a sequence's first file")
-        ->check(CLI::NonNegativeNumber);
+        ->check(wholeNumbers(0, largestNumber));
     command.add_flag("--no-audio", job.noAudio, "Leave the sound out");
     command.add_flag("--alpha", job.alpha, "Keep alpha");
     command.add_flag("--premultiplied", job.premultiplied, "Colours of the source are multiplied by alpha");
@@ -146,7 +162,7 @@ void addRenderCommand(CLI::App& program, RenderOptions& options) {
     command.add_option("--pixel-format", job.pixelFormat, "The output's pixel format");
     command.add_option("--format", job.format, "The container of standard output");
     command.add_flag("--strict", job.strict, "A damaged input is a failure");
-    command.add_option("--jobs", job.jobs, "Frames rendered side by side")->check(CLI::PositiveNumber);
+    command.add_option("--jobs", job.jobs, "Frames rendered side by side")->check(wholeNumbers(1, mostJobs));
 }
 
 void addSettingsCommand(CLI::App& program, DialogOptions& options) {

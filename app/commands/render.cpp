@@ -7,8 +7,10 @@
 #include "app/settings/clip_time.h"
 #include "app/settings/names.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <limits>
 #include <set>
 
 namespace vireo {
@@ -57,7 +59,11 @@ void takePart(const RenderOptions& options, RenderJob& job) {
     }
     if (byFrames) {
         job.frames = FrameRange{start ? *start->frame : 0, std::nullopt};
-        if (duration) job.frames->last = job.frames->first + *duration->frame - 1;
+        constexpr std::int64_t lastOfAll = std::numeric_limits<std::int64_t>::max();
+        if (duration) {
+            job.frames->last =
+                job.frames->first + std::min(*duration->frame - 1, lastOfAll - job.frames->first);
+        }
         return;
     }
     if (start) job.start = start->seconds;
@@ -161,15 +167,21 @@ int renderFiles(const Catalogue& catalogue, const GlobalOptions& global, const R
     if (chainOptions.filters.empty())
         fail("no filter is given; -f NAME gives one, and vireo list tells their names");
     if (options.files.empty() && saves) {
+        refuseTakenNames(chainOptions, options);
         saveSettings(chainOptions, options);
         return 0;
     }
     const std::vector<RenderJob> jobs = planJobs(commonJob(global, options), options);
     FilterChain chain(chainOptions.filters, options.job.jobs, parseFormat(options.filterFormat));
+    refuseTakenNames(chainOptions, options);
+    int status = 0;
+    if (options.folder.empty()) {
+        runJob(jobs.front(), chain);
+    } else {
+        status = runMany(jobs, chain, options.folder);
+    }
     saveSettings(chainOptions, options);
-    if (!options.folder.empty()) return runMany(jobs, chain, options.folder);
-    runJob(jobs.front(), chain);
-    return 0;
+    return status;
 }
 
 }  // namespace vireo

@@ -92,6 +92,12 @@ std::string lowerExtension(const std::string& path) {
     return extension;
 }
 
+/// The ending of the output's name; standard output is told its format.
+std::string outputFormat(const RenderJob& job) {
+    if (job.output != "-") return lowerExtension(job.output);
+    return job.format.empty() ? "matroska" : job.format;
+}
+
 const OutputKind* kindOf(std::string_view extension) {
     for (const OutputKind& kind : outputKinds) {
         if (kind.extension == extension) return &kind;
@@ -257,15 +263,14 @@ void chooseDefaults(EncoderChoice& choice, const RenderJob& job) {
 
 }  // namespace
 
-bool isPictureName(const std::string& path) {
-    const OutputKind* kind = kindOf(lowerExtension(path));
+bool writesPictures(const RenderJob& job) {
+    const OutputKind* kind = kindOf(outputFormat(job));
     return kind != nullptr && kind->container == nullptr;
 }
 
 EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& video, int depth) {
     const bool pipe = job.output == "-";
-    const std::string name =
-        pipe ? (job.format.empty() ? "matroska" : job.format) : lowerExtension(job.output);
+    const std::string name = outputFormat(job);
     const OutputKind* kind = kindOf(name);
     const bool alpha = job.alpha || formatHasAlpha(video.format);
 
@@ -301,7 +306,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
 EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth,
                                    bool alpha) {
     EncoderChoice choice;
-    const OutputKind* kind = kindOf(lowerExtension(job.output));
+    const OutputKind* kind = kindOf(outputFormat(job));
     if (!job.encoder.empty()) {
         choice.codec = encoderNamed(job.encoder);
     } else {

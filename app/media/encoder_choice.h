@@ -22,8 +22,9 @@ struct EncoderChoice {
     EncoderOptions defaults;  ///< For what was not asked for.
 };
 
-/// Whether files of that name are pictures, one each.
-bool isPictureName(const std::string& path);
+/// Whether the output is a picture or a sequence of pictures, by its name or by the format of standard
+/// output.
+bool writesPictures(const RenderJob& job);
 
 /// By the output's name, the job's wishes and the source. `depth` is that of the rendered pictures. Throws
 /// RenderError.

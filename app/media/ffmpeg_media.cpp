@@ -23,10 +23,6 @@ void warnOfDepth(const RenderJob& job, const VideoProperties& video, int sourceD
     }
 }
 
-bool writesPictures(const RenderJob& job) {
-    return isPictureName(job.output == "-" ? "." + job.format : job.output);
-}
-
 }  // namespace
 
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
@@ -71,7 +67,7 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
     warnOfDepth(job, video, info.depth, depth, messages);
 
     if (pictures) {
-        checkPictureOutput(job, firstNumber, job.frames ? job.frames->first : 0, info.framesExpected);
+        checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);
         media.writer = std::make_unique<PictureWriter>(
             job, std::make_unique<FfmpegPictureTarget>(job, video, depth, messages), firstNumber);
         if (container != nullptr) container->connect([](PacketPtr) {});

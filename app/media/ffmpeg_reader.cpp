@@ -201,9 +201,10 @@ void FfmpegReader::readToPart(int lookBack) {
                                ? ": its frames are 0 to " + std::to_string(info_.frameCount - 1)
                                : std::string()));
     }
+    info_.firstFrame = frame->position.number;
     const double clipStart = seconds(*firstTime_, video_.timeBase);
     if (range_.last) {
-        const auto next = static_cast<std::size_t>(*range_.last + 1);
+        const std::size_t next = static_cast<std::size_t>(*range_.last) + 1;
         if (times_.empty()) partEnd_ = clipStart + static_cast<double>(next) / info_.frameRate;
         if (next < times_.size()) partEnd_ = seconds(times_[next], video_.timeBase);
     }
@@ -234,9 +235,9 @@ void FfmpegReader::describe(const RenderJob& job) {
     last = std::min(last, range_.last.value_or(last));
     info_.framesExpected = std::max<std::int64_t>(0, last - range_.first + 1);
     if (std::isfinite(start_) || std::isfinite(end_)) {
-        const double from = std::max(0.0, start_);
-        const double to = std::min(end_, static_cast<double>(info_.frameCount) / info_.frameRate);
-        info_.framesExpected = std::llround(std::max(0.0, to - from) * info_.frameRate);
+        const double behind =
+            std::min(std::ceil(end_ * info_.frameRate - 1e-6), static_cast<double>(info_.frameCount));
+        info_.framesExpected = std::max<std::int64_t>(0, std::llround(behind) - info_.firstFrame);
     }
 }
 

@@ -19,6 +19,8 @@ std::shared_ptr<Picture> premultiplied(const Picture& picture) {
 FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& encoder, bool premultiply,
                          Messages& messages)
     : alpha_(choice.alpha),
+      alphaKeepers_(choice.container != nullptr ? "--alpha and a name that ends in .mov or .mkv keep it"
+                                                : "a name that ends in .png, .tif or .webp keeps it"),
       premultiply_(premultiply),
       pixelAspect_(encoder.sample_aspect_ratio),
       range_(encoder.color_range),
@@ -28,9 +30,8 @@ FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& enco
 
 FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source) {
     if (!alpha_ && !alphaDropped_ && hasTransparency(picture) && !alphaDropped_.exchange(true)) {
-        messages_.notice(
-            "some pixels became transparent and the output holds no alpha: --alpha, or a name that ends in "
-            ".png, .mov or .mkv, keeps it");
+        messages_.notice(std::string("some pixels are transparent and the output holds no alpha: ") +
+                         alphaKeepers_);
     }
     const bool interlaced = source.position.interlacing != Interlacing::Progressive;
     FramePtr frame = premultiply_ ? packer_.frameOf(*premultiplied(picture), interlaced)

@@ -21,6 +21,7 @@ public:
 
 private:
     bool alpha_;
+    const char* alphaKeepers_;  ///< What would keep it.
     bool premultiply_;
     AVRational pixelAspect_;
     AVColorRange range_;

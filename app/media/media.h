@@ -29,6 +29,7 @@ struct SourceInfo {
     int depth = 8;  ///< Bits per channel; 32 for float.
     bool alpha = false;
     std::int64_t frameCount = 0;      ///< Frames of the whole input; 0 where unknown.
+    std::int64_t firstFrame = 0;      ///< The first frame that will be rendered.
     std::int64_t framesExpected = 0;  ///< Frames that will be rendered; 0 where unknown.
     double frameRate = 25;
 };

@@ -67,23 +67,23 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
 
     first_ = job.frames ? job.frames->first : 0;
     last_ = count - 1;
-    if (job.frames && job.frames->last) {
-        if (*job.frames->last > last_) {
-            messages.notice(job.input + " ends with frame " + std::to_string(last_) +
-                            "; what exists of the range is rendered");
-        }
-        last_ = std::min(last_, *job.frames->last);
-    }
+    if (job.frames && job.frames->last) last_ = std::min(last_, *job.frames->last);
+    /// The first picture at a time or later, at most the one behind the last.
+    const auto pictureAt = [count](double seconds) {
+        return std::llround(std::min(std::ceil(seconds * pictureRate - 1e-6), static_cast<double>(count)));
+    };
     const double start = job.start.value_or(0);
-    first_ = std::max<std::int64_t>(first_, std::llround(std::ceil(start * pictureRate - 1e-6)));
-    if (job.duration) {
-        const double end = std::ceil((start + *job.duration) * pictureRate - 1e-6);
-        last_ = std::min<std::int64_t>(last_, std::llround(end) - 1);
-    }
+    first_ = std::max<std::int64_t>(first_, pictureAt(start));
+    if (job.duration) last_ = std::min<std::int64_t>(last_, pictureAt(start + *job.duration) - 1);
     if (first_ > last_) {
         throw RenderError(job.input + " has no frame in the range asked for: its frames are 0 to " +
                           std::to_string(count - 1));
     }
+    if (job.frames && job.frames->last && *job.frames->last >= count) {
+        messages.notice(job.input + " ends with frame " + std::to_string(count - 1) +
+                        "; what exists of the range is rendered");
+    }
+    info_.firstFrame = first_;
     info_.framesExpected = last_ - first_ + 1;
     next_ = std::max<std::int64_t>(0, first_ - lookBack);
 }

@@ -17,7 +17,8 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
                                                                : SequencePattern::single(job.input),
         processor.lookBack(), std::make_unique<WicPictureSource>(job.premultiplied), messages);
     const std::int64_t firstNumber = job.startNumber.value_or(reader->firstNumber());
-    checkPictureOutput(job, firstNumber, job.frames ? job.frames->first : 0, reader->info().framesExpected);
+    const SourceInfo& info = reader->info();
+    checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);
     Media media;
     media.reader = std::move(reader);
     media.pictureFormat = PixKit::formatBgra;

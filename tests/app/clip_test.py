@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Time: earlier frames, key frames and fields, over a sequence of plain frames."""
+import subprocess
+
 import numpy
 import pytest
 from PIL import Image
@@ -65,3 +67,24 @@ def test_key_frames_count_from_the_whole_clip(vireo, sequence):
     assert [whole[number][1] for number in (0, 4, 9, 14, 19)] == [100, 128, (163 * 50 + 50) // 100, 0, 0]
     part = render(vireo, *arguments, "--start", "9f", "--duration", "2f")
     assert part == {number: whole[number] for number in (9, 10)}
+
+
+def test_parts_by_time_lie_beside_each_other(vireo, sequence):
+    subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-r", "25", "-i", "in%02d.png", "-c:v", "ffv1", "clip.mkv"],
+                   cwd=vireo.folder, check=True)
+    for source in ("in%02d.png", "clip.mkv"):
+        def part(*options, **status):
+            return vireo("render", source, "part%02d.png", "-f", "Solarize", *options, **status)
+        # Whichever comes first, only names that a part would take are taken.
+        part("--start", "0.41s", "--duration", "0.1")
+        part("--duration", "0.4")
+        part("--start", "0.52")
+        assert len(list(vireo.folder.glob("part*"))) == FRAMES - 1
+        assert not (vireo.folder / "part11.png").exists()
+        assert b"part12.png exists" in part("--start", "11f", "--duration", f"{2**63 - 1}f", status=1).stderr
+        nothing = part("--start", "9" * 30, status=1).stderr.decode()
+        assert nothing.count("\n") == 1 and "its frames are 0 to 19" in nothing
+        for path in vireo.folder.glob("part*"):
+            path.unlink()
+    assert "its frames are 0 to 19" in vireo.error(
+        "render", "in%02d.png", "part%02d.png", "-f", "Solarize", "--frames", "20-30", status=1)

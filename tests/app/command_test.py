@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Commands, statuses and words."""
+import io
 import json
 import re
 
@@ -91,7 +92,8 @@ def test_help_goes_to_standard_output(vireo, command):
     (["render", "in.png", "out.png", "-f", "Solarize", "--frames", "1-2", "--start", "1s"], "--frames"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "both"], "--interlaced"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "tff", "--progressive"], "--progressive"),
-    (["render", "in.png", "out.png", "-f", "Solarize", "--jobs", "0"], "--jobs"),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--jobs", "0"], 'whole numbers from 1 to 1024, not "0"'),
+    (["render", "in.png", "out.png", "-f", "Solarize", "--start-number=-1"], 'whole numbers from 0 to 2147483647, not "-1"'),
     (["render", "in.png", "out.png", "-f", "Solarize", "--encoder-option", "x"], "NAME=VALUE"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--filter-format", "vuya"], "offers the format vuya"),
     (["render", "in.png", "out.png", "-f", "Horizontal Flip", "--filter-format", "VUya"], "VUya"),
@@ -125,6 +127,11 @@ def test_quiet_leaves_only_errors(vireo, picture):
     assert vireo("render", "in.png", "out.png", "-f", "Solarize").stderr != b""
     assert vireo("--quiet", "render", "in.png", "out2.png", "-f", "Solarize").stderr == b""
     assert b"out.png" in vireo("--quiet", "render", "in.png", "out.png", "-f", "Solarize", status=1).stderr
+
+
+def test_standard_output_takes_one_picture(vireo, picture, pixels):
+    written = vireo("render", "-", "-", "-f", "Horizontal Flip", "--format", "png", input=picture.read_bytes()).stdout
+    assert (read_picture(io.BytesIO(written))[..., :3] == pixels[:, ::-1]).all()
 
 
 def test_sheet_shows_the_picture_first(vireo, picture, pixels, tmp_path):

@@ -87,6 +87,15 @@ def test_settings_written_from_names_read_the_same(vireo):
         {"filter": "Ghosting"}]}
 
 
+def test_settings_are_saved_when_the_render_is_done(vireo, picture):
+    save = ["-f", "Solarize", "--save-settings", "a.json", "--save-settings-bytes", "a.bin"]
+    vireo.error("render", "missing.png", "out.png", *save, status=1)
+    assert [path.name for path in vireo.folder.iterdir()] == ["in.png"]
+    (vireo.folder / "a.bin").write_bytes(b"mine")
+    assert "a.bin exists already" in vireo.error("render", "in.png", "out.png", *save, status=1)
+    assert sorted(path.name for path in vireo.folder.iterdir()) == ["a.bin", "in.png"]
+
+
 @pytest.mark.parametrize("text, place", [
     ('{"vireo": 2, "filters": []}', "look.json at vireo: is version 2"),
     ('{"vireo": 1,\n "filters": [}', "look.json: is no valid JSON at line 2, column 14"),

@@ -102,6 +102,8 @@ MemoryHandle workRecordOf(HWND dialog) {
     return static_cast<MemoryHandle>(GetPropW(dialog, workRecordProperty));
 }
 
+void cancelDialog(HWND dialog) { SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1); }
+
 void endDialog(HWND dialog, const FilterInvocation& invocation, LPARAM lParam) {
     const MemoryHandle record = workRecordOf(dialog);
     RemovePropW(dialog, workRecordProperty);

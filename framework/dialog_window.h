@@ -4,6 +4,7 @@
 #define VIREO_FRAMEWORK_DIALOG_WINDOW_H
 
 #include "framework/dialog_geometry.h"
+#include "framework/settings.h"
 #include "host/win32.h"
 
 #include "host/mtkcore/localizer.h"
@@ -119,6 +120,18 @@ struct DrawnMarker {
     int value;
 };
 
+/// Draws 256 black bars over the colour of windows. `bar(box, i)` places one in a box of the same size at 0,
+/// 0.
+template <class Bar>
+void drawBars(HDC context, const Box& box, Bar&& bar) {
+    const OffscreenDrawing drawing(context, box);
+    const Box inside = boxAt(0, 0, box.width(), box.height());
+    fill(drawing.get(), inside, GetSysColorBrush(COLOR_WINDOW));
+    for (int i = 0; i < 256; ++i) {
+        fill(drawing.get(), bar(inside, i), static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
+    }
+}
+
 /// Draws a strip's markers over the colour of buttons, in the order given.
 void drawMarkers(HDC context, const MarkerStrip& strip, std::span<const DrawnMarker> markers);
 
@@ -134,6 +147,18 @@ void centerOverHost(HWND dialog, const FilterInvocation& invocation);
 /// Keeps the work record on the window. MemoryHandle of the dialog's own record, or null before and after.
 void attachWorkRecord(HWND dialog, MemoryHandle record);
 MemoryHandle workRecordOf(HWND dialog);
+
+/// What OK does: stores the settings, in a handle of `handleSize` bytes where there is none, and closes the
+/// dialog.
+template <class Settings>
+void acceptSettings(HWND dialog, int commandId, FilterInvocation& invocation, std::size_t handleSize,
+                    const Settings& settings) {
+    if (ensureSettingsHandle(invocation, handleSize)) writeSettings(invocation.settingsHandle, settings);
+    SendMessageW(dialog, WM_CLOSE, static_cast<WPARAM>(commandId), 0);
+}
+
+/// What Cancel does: closes the dialog and stores nothing.
+void cancelDialog(HWND dialog);
 
 /// What WM_CLOSE ends with: releases the record, takes the property off and ends the dialog with the low word
 /// of lParam, sign-extended.

@@ -50,11 +50,7 @@ void initialise(HWND dialog, MemoryHandle record) {
 }
 
 void accept(HWND dialog) {
-    FilterInvocation& invocation = invocationOf(dialog);
-    if (ensureSettingsHandle(invocation, sizeof(Settings))) {
-        writeSettings(invocation.settingsHandle, shownSettings(dialog));
-    }
-    SendMessageW(dialog, WM_CLOSE, IDOK, 0);
+    acceptSettings(dialog, IDOK, invocationOf(dialog), sizeof(Settings), shownSettings(dialog));
 }
 
 }  // namespace
@@ -71,7 +67,7 @@ std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wPa
         case WM_HSCROLL: showPreview(dialog, WindowContext(dialog).get()); return TRUE;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDOK) accept(dialog);
-            if (LOWORD(wParam) == IDCANCEL) SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1);
+            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
             return TRUE;
         case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
         default: return FALSE;

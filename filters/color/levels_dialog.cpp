@@ -69,14 +69,8 @@ FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocati
 void* hostWindow(HWND dialog) { return invocationOf(dialog).hostCallbacks->window->getMainWindow.get()(); }
 
 void drawHistogram(HWND dialog, HDC context) {
-    const Box box = controlBox(dialog, histogramId);
-    const OffscreenDrawing drawing(context, box);
-    const Box inside = boxAt(0, 0, box.width(), box.height());
-    fill(drawing.get(), inside, GetSysColorBrush(COLOR_WINDOW));
-    for (int i = 0; i < 256; ++i) {
-        fill(drawing.get(), modelOf(dialog).histogramBar(inside, i),
-             static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
-    }
+    drawBars(context, controlBox(dialog, histogramId),
+             [&](const Box& box, int i) { return modelOf(dialog).histogramBar(box, i); });
 }
 
 void drawGradient(HWND dialog, HDC context) {
@@ -214,17 +208,13 @@ void paint(HWND dialog) {
 }
 
 void accept(HWND dialog) {
-    FilterInvocation& invocation = invocationOf(dialog);
-    if (ensureSettingsHandle(invocation, sizeof(Settings))) {
-        writeSettings(invocation.settingsHandle, modelOf(dialog).settings());
-    }
-    SendMessageW(dialog, WM_CLOSE, acceptId, 0);
+    acceptSettings(dialog, acceptId, invocationOf(dialog), sizeof(Settings), modelOf(dialog).settings());
 }
 
 void command(HWND dialog, int id, int notification) {
     switch (id) {
         case acceptId: return accept(dialog);
-        case IDCANCEL: SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1); return;
+        case IDCANCEL: cancelDialog(dialog); return;
         case loadId: return load(dialog);
         case saveId: return save(dialog);
         case comboId:

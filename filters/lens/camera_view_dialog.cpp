@@ -243,18 +243,14 @@ void setCursor(HWND dialog) {
 
 void accept(HWND dialog) {
     DialogState& state = stateOf(dialog);
-    FilterInvocation& invocation = invocationOf(dialog);
     takePositions(state, positionsOf(dialog));
-    if (ensureSettingsHandle(invocation, settingsSize)) {
-        writeSettings(invocation.settingsHandle, settingsOf(state));
-    }
-    SendMessageW(dialog, WM_CLOSE, IDOK, 0);
+    acceptSettings(dialog, IDOK, invocationOf(dialog), settingsSize, settingsOf(state));
 }
 
 void command(HWND dialog, int id, int notification, LPARAM lParam) {
     switch (id) {
         case IDOK: return accept(dialog);
-        case IDCANCEL: SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1); return;
+        case IDCANCEL: cancelDialog(dialog); return;
         case resetId: return resetAll(dialog);
         case fillAlphaId:
             stateOf(dialog).fillAlphaChannel = IsDlgButtonChecked(dialog, fillAlphaId) == BST_CHECKED ? 1 : 0;

@@ -172,11 +172,7 @@ void tick(HWND dialog) {
 }
 
 void accept(HWND dialog) {
-    FilterInvocation& invocation = invocationOf(dialog);
-    if (ensureSettingsHandle(invocation, settingsSize)) {
-        writeSettings(invocation.settingsHandle, shownSettings(dialog));
-    }
-    SendMessageW(dialog, WM_CLOSE, IDOK, 0);
+    acceptSettings(dialog, IDOK, invocationOf(dialog), settingsSize, shownSettings(dialog));
 }
 
 void close(HWND dialog, LPARAM lParam) {
@@ -198,7 +194,7 @@ std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wPa
         case WM_TIMER: tick(dialog); return TRUE;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDOK) accept(dialog);
-            if (LOWORD(wParam) == IDCANCEL) SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1);
+            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
             return TRUE;
         case WM_CLOSE: close(dialog, lParam); return TRUE;
         default: return FALSE;

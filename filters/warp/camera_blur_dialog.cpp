@@ -4,7 +4,6 @@
 #include "filters/warp/camera_blur.h"
 #include "filters/warp/camera_blur_dialog_model.h"
 #include "framework/dialog_window.h"
-#include "framework/settings.h"
 
 #include <commctrl.h>
 
@@ -60,12 +59,8 @@ void sliderMoved(HWND dialog) {
 }
 
 void accept(HWND dialog) {
-    FilterInvocation& invocation = invocationOf(dialog);
-    if (ensureSettingsHandle(invocation, sizeof(Settings))) {
-        writeSettings(invocation.settingsHandle,
-                      Settings{static_cast<std::uint16_t>(sliderPosition(dialog))});
-    }
-    SendMessageW(dialog, WM_CLOSE, IDOK, 0);
+    acceptSettings(dialog, IDOK, invocationOf(dialog), sizeof(Settings),
+                   Settings{static_cast<std::uint16_t>(sliderPosition(dialog))});
 }
 
 }  // namespace
@@ -82,7 +77,7 @@ std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wPa
         case WM_HSCROLL: sliderMoved(dialog); return TRUE;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDOK) accept(dialog);
-            if (LOWORD(wParam) == IDCANCEL) SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1);
+            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
             return TRUE;
         case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
         default: return FALSE;

@@ -57,17 +57,8 @@ DialogModel& modelOf(HWND dialog) { return recordOf(dialog).model; }
 
 FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocation; }
 
-void drawBars(HDC context, const Box& box, HBRUSH background, auto&& bar) {
-    const OffscreenDrawing drawing(context, box);
-    const Box inside = boxAt(0, 0, box.width(), box.height());
-    fill(drawing.get(), inside, background);
-    for (int i = 0; i < 256; ++i) {
-        fill(drawing.get(), bar(inside, i), static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
-    }
-}
-
 void drawHistogram(HWND dialog, HDC context) {
-    drawBars(context, controlBox(dialog, histogramId), GetSysColorBrush(COLOR_WINDOW),
+    drawBars(context, controlBox(dialog, histogramId),
              [&](const Box& box, int i) { return modelOf(dialog).histogramBar(box, i); });
 }
 
@@ -80,7 +71,7 @@ void drawRange(HWND dialog, HDC context) {
 
 void drawCurve(HWND dialog, HDC context) {
     const TransferCurve curve = transferCurve(modelOf(dialog).settings());
-    drawBars(context, controlBox(dialog, curveId), GetSysColorBrush(COLOR_WINDOW),
+    drawBars(context, controlBox(dialog, curveId),
              [&](const Box& box, int i) { return DialogModel::curveColumn(box, curve, i); });
 }
 
@@ -154,17 +145,13 @@ void paint(HWND dialog) {
 }
 
 void accept(HWND dialog) {
-    FilterInvocation& invocation = invocationOf(dialog);
-    if (ensureSettingsHandle(invocation, settingsSize)) {
-        writeSettings(invocation.settingsHandle, modelOf(dialog).settings());
-    }
-    SendMessageW(dialog, WM_CLOSE, acceptId, 0);
+    acceptSettings(dialog, acceptId, invocationOf(dialog), settingsSize, modelOf(dialog).settings());
 }
 
 void command(HWND dialog, int id, int notification) {
     switch (id) {
         case acceptId: return accept(dialog);
-        case IDCANCEL: SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1); return;
+        case IDCANCEL: cancelDialog(dialog); return;
         case IDOK: return enterPressed(dialog);
         case invertId: return update(dialog, modelOf(dialog).toggleInvert());
         default: break;

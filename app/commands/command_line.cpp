@@ -183,6 +183,7 @@ void describeOptions(CLI::App& program, Options& options) {
     program.name("vireo");
     program.footer(examples);
     program.fallthrough();
+    program.require_subcommand(0, 1);
     program.allow_windows_style_options(false);
     program.get_formatter()->column_width(36);
     program.set_help_flag("--help,-h", "Print this help");

@@ -7,10 +7,8 @@
 #include "app/settings/clip_time.h"
 #include "app/settings/names.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <iostream>
-#include <limits>
 #include <set>
 
 namespace vireo {
@@ -39,7 +37,8 @@ ClipTime parseTime(const char* option, const std::string& text) {
     return *time;
 }
 
-/// The part of the clip that is rendered. Times given as frames make it a range of frames.
+/// The part of the clip that is rendered. Where the frames are known before the clip is, it is a range of
+/// frames.
 void takePart(const RenderOptions& options, RenderJob& job) {
     if (!options.frames.empty()) {
         if (!options.start.empty() || !options.duration.empty())
@@ -53,21 +52,17 @@ void takePart(const RenderOptions& options, RenderJob& job) {
     if (!start && !duration) return;
     if (duration && (duration->frame ? *duration->frame == 0 : duration->seconds == 0))
         fail("--duration 0 leaves nothing to render");
-    const bool byFrames = start ? start->frame.has_value() : duration->frame.has_value();
-    if (start && duration && start->frame.has_value() != duration->frame.has_value()) {
-        fail("--start and --duration must both be frames or both be times");
+    if (start && start->frame) job.frames = FrameRange{*start->frame, std::nullopt};
+    if (start && !start->frame) job.start = start->seconds;
+    if (!duration) return;
+    if (!duration->frame) {
+        job.duration = duration->seconds;
+    } else if (job.start) {
+        job.durationFrames = duration->frame;
+    } else {
+        const std::int64_t first = job.frames ? job.frames->first : 0;
+        job.frames = FrameRange{first, lastOf(first, *duration->frame)};
     }
-    if (byFrames) {
-        job.frames = FrameRange{start ? *start->frame : 0, std::nullopt};
-        constexpr std::int64_t lastOfAll = std::numeric_limits<std::int64_t>::max();
-        if (duration) {
-            job.frames->last =
-                job.frames->first + std::min(*duration->frame - 1, lastOfAll - job.frames->first);
-        }
-        return;
-    }
-    if (start) job.start = start->seconds;
-    if (duration) job.duration = duration->seconds;
 }
 
 std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::vector<std::string>& texts) {

@@ -79,12 +79,12 @@ FfmpegReader::FfmpegReader(const RenderJob& job, int lookBack, const StopRequest
       forcedInterlacing_(job.interlacing),
       range_(job.frames.value_or(FrameRange{})) {
     if (job.start) start_ = *job.start;
-    if (job.duration) end_ = std::max(0.0, job.start.value_or(0)) + *job.duration;
+    if (job.duration && !job.frames) end_ = std::max(0.0, job.start.value_or(0)) + *job.duration;
     open(job);
     openDecoder();
     findLength(job);
     seekToPart(job, lookBack);
-    readToPart(lookBack);
+    readToPart(job, lookBack);
     describe(job);
 }
 
@@ -177,7 +177,7 @@ void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
     av_seek_frame(input_.get(), stream_, times_.front(), AVSEEK_FLAG_BACKWARD);
 }
 
-void FfmpegReader::readToPart(int lookBack) {
+void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
     std::unique_ptr<FfmpegFrame> frame = decode();
     while (frame != nullptr && (video_.width == 0 || beforePart(*frame))) {
         frame->preRoll = beforePart(*frame);
@@ -195,6 +195,10 @@ void FfmpegReader::readToPart(int lookBack) {
         std::string reason = failureText(AVERROR_INVALIDDATA);
         throw RenderError(name_ + ": no frame can be read: " + reason);
     }
+    // Frames and seconds meet where the part begins.
+    if (frame != nullptr && job.durationFrames)
+        range_.last = lastOf(frame->position.number, *job.durationFrames);
+    if (frame != nullptr && job.duration && job.frames) end_ = frame->position.seconds + *job.duration;
     if (frame == nullptr || afterPart(*frame)) {
         throw RenderError(name_ + " has no frame in the range asked for" +
                           (info_.frameCount > 0
@@ -233,12 +237,9 @@ void FfmpegReader::describe(const RenderJob& job) {
                          "; what exists of the range is rendered");
     }
     last = std::min(last, range_.last.value_or(last));
-    info_.framesExpected = std::max<std::int64_t>(0, last - range_.first + 1);
-    if (std::isfinite(start_) || std::isfinite(end_)) {
-        const double behind =
-            std::min(std::ceil(end_ * info_.frameRate - 1e-6), static_cast<double>(info_.frameCount));
-        info_.framesExpected = std::max<std::int64_t>(0, std::llround(behind) - info_.firstFrame);
-    }
+    const double behind = std::ceil(end_ * info_.frameRate - 1e-6);
+    if (behind <= static_cast<double>(last)) last = std::llround(behind) - 1;
+    info_.framesExpected = std::max<std::int64_t>(0, last - info_.firstFrame + 1);
 }
 
 std::unique_ptr<SourceFrame> FfmpegReader::read() {

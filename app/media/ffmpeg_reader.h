@@ -51,7 +51,7 @@ private:
     void openDecoder();
     void findLength(const RenderJob& job);
     void seekToPart(const RenderJob& job, int lookBack);
-    void readToPart(int lookBack);
+    void readToPart(const RenderJob& job, int lookBack);
     void describe(const RenderJob& job);
 
     std::unique_ptr<FfmpegFrame> decode();

@@ -65,16 +65,18 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
     info_.frameRate = pictureRate;
     info_.frameCount = job.clipLength.value_or(count);
 
-    first_ = job.frames ? job.frames->first : 0;
     last_ = count - 1;
     if (job.frames && job.frames->last) last_ = std::min(last_, *job.frames->last);
-    /// The first picture at a time or later, at most the one behind the last.
+    // The first picture at a time or later, at most the one behind the last.
     const auto pictureAt = [count](double seconds) {
         return std::llround(std::min(std::ceil(seconds * pictureRate - 1e-6), static_cast<double>(count)));
     };
-    const double start = job.start.value_or(0);
-    first_ = std::max<std::int64_t>(first_, pictureAt(start));
-    if (job.duration) last_ = std::min<std::int64_t>(last_, pictureAt(start + *job.duration) - 1);
+    first_ = job.frames ? job.frames->first : pictureAt(job.start.value_or(0));
+    if (job.durationFrames) last_ = std::min(last_, lastOf(first_, *job.durationFrames));
+    if (job.duration) {
+        const double start = job.start.value_or(static_cast<double>(first_) / pictureRate);
+        last_ = std::min<std::int64_t>(last_, pictureAt(start + *job.duration) - 1);
+    }
     if (first_ > last_) {
         throw RenderError(job.input + " has no frame in the range asked for: its frames are 0 to " +
                           std::to_string(count - 1));

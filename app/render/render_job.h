@@ -4,7 +4,9 @@
 
 #include "app/render/frame_processor.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,6 +20,11 @@ struct FrameRange {
     std::optional<std::int64_t> last;
 };
 
+/// The last of `count` frames, as far as numbers go.
+inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
+    return first + std::min(count - 1, std::numeric_limits<std::int64_t>::max() - first);
+}
+
 /// Everything that `vireo render` was told about one input and its output.
 struct RenderJob {
     std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
@@ -27,8 +34,9 @@ struct RenderJob {
     bool strict = false;  ///< Damage is a failure.
 
     std::optional<FrameRange> frames;
-    std::optional<double> start;     ///< Seconds from the first frame.
-    std::optional<double> duration;  ///< Seconds.
+    std::optional<double> start;                 ///< Seconds from the first frame; excludes `frames`.
+    std::optional<double> duration;              ///< Seconds, from the start or from the first of `frames`.
+    std::optional<std::int64_t> durationFrames;  ///< Frames, from the start.
     std::optional<std::int64_t> clipLength;
     std::optional<std::int64_t> startNumber;
 

@@ -59,6 +59,8 @@ def test_variable_frame_rate_keeps_every_time(vireo, tmp_path):
 @pytest.mark.parametrize("arguments, first, count", [
     (["--frames", "10-29"], 10, 20),
     (["--start", "0.4s", "--duration", "0.8s"], 10, 20),
+    (["--start", "0.39s", "--duration", "20f"], 10, 20),
+    (["--start", "10f", "--duration", "0.8s"], 10, 20),
     (["--frames", "45-80"], 45, 5),
 ])
 def test_parts_begin_at_zero_with_their_sound(vireo, tmp_path, arguments, first, count):

@@ -229,17 +229,22 @@ void FfmpegReader::describe(const RenderJob& job) {
     info_.depth = formatDepth(video_.format);
     info_.alpha = formatHasAlpha(video_.format);
     video_.premultiplied = job.premultiplied && info_.alpha;
-    if (info_.frameCount <= 0) return;
 
-    std::int64_t last = info_.frameCount - 1;
-    if (range_.last && *range_.last > last) {
-        messages_.notice(name_ + " ends with frame " + std::to_string(last) +
-                         "; what exists of the range is rendered");
-    }
-    last = std::min(last, range_.last.value_or(last));
-    const double behind = std::ceil(end_ * info_.frameRate - 1e-6);
-    if (behind <= static_cast<double>(last)) last = std::llround(behind) - 1;
-    info_.framesExpected = std::max<std::int64_t>(0, last - info_.firstFrame + 1);
+    constexpr double endless = std::numeric_limits<double>::infinity();
+    constexpr double mostFrames = 1e15;
+    if (info_.frameCount > 0) noteEnd(info_.frameCount - 1);
+    const double last = std::min({info_.frameCount > 0 ? static_cast<double>(info_.frameCount - 1) : endless,
+                                  range_.last ? static_cast<double>(*range_.last) : endless,
+                                  std::ceil(end_ * info_.frameRate - 1e-6) - 1});
+    if (last < mostFrames)
+        info_.framesExpected = std::max<std::int64_t>(0, std::llround(last) - info_.firstFrame + 1);
+}
+
+/// Says where the input ends when that is inside the range asked for.
+void FfmpegReader::noteEnd(std::int64_t last) {
+    if (!range_.last || *range_.last <= last) return;
+    messages_.notice(name_ + " ends with frame " + std::to_string(last) +
+                     "; what exists of the range is rendered");
 }
 
 std::unique_ptr<SourceFrame> FfmpegReader::read() {
@@ -249,6 +254,8 @@ std::unique_ptr<SourceFrame> FfmpegReader::read() {
         ahead_.pop_front();
     } else if (!done_) {
         frame = decode();
+        if (frame == nullptr && info_.frameCount == 0 && !stop_.requested())
+            noteEnd(numbering_.following() - 1);
         if (frame == nullptr || afterPart(*frame)) {
             frame.reset();
             done_ = true;

@@ -53,6 +53,7 @@ private:
     void seekToPart(const RenderJob& job, int lookBack);
     void readToPart(const RenderJob& job, int lookBack);
     void describe(const RenderJob& job);
+    void noteEnd(std::int64_t last);
 
     std::unique_ptr<FfmpegFrame> decode();
     void demux();

@@ -242,6 +242,11 @@ def test_pipes_carry_a_clip_in_and_out(vireo, tmp_path):
     (tmp_path / "out.mkv").write_bytes(piped.stdout)
     assert apart(samples(tmp_path, "in.mkv", "yuv420p"), samples(tmp_path, "out.mkv", "yuv420p")) <= 2
     assert probe(tmp_path, "out.mkv", "a:0")["codec_name"] == "flac"
+    # Without a known length the end is told when it is met, and the range alone says which names are taken.
+    for part, told in (("24-30", True), ("0-1", False)):
+        result = vireo("render", "-", "p%02d.png", *IDENTITY, "--frames", part, input=(tmp_path / "in.mkv").read_bytes())
+        assert (b"standard input ends with frame 24" in result.stderr) == told
+    assert sorted(p.name for p in tmp_path.glob("p*")) == ["p01.png", "p02.png", "p25.png"]
     y4m = ffmpeg("-i", "in.mkv", "-f", "yuv4mpegpipe", "-", cwd=tmp_path)
     piped = vireo("render", "-", "-", *IDENTITY, "--format", "y4m", input=y4m)
     assert piped.stdout.split(b"\n")[0].startswith(b"YUV4MPEG2 W160 H120 F25:1")

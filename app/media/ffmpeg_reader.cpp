@@ -140,7 +140,7 @@ void FfmpegReader::findLength(const RenderJob& job) {
         if (!times_.empty()) firstTime_ = times_.front();
         numbering_ = FrameNumbering(times_);
     }
-    if (job.clipLength) info_.frameCount = *job.clipLength;
+    if (info_.frameCount == 0) info_.frameCount = job.clipLength.value_or(0);
     const AVRational rate = av_guess_frame_rate(input_.get(), const_cast<AVStream*>(&stream), nullptr);
     video_.frameRate = rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
     video_.timeBase = stream.time_base;

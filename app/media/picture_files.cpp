@@ -63,7 +63,7 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
     }
     if (!failure.empty()) throw RenderError(job.input + ": no picture can be read: " + failure);
     info_.frameRate = pictureRate;
-    info_.frameCount = job.clipLength.value_or(count);
+    info_.frameCount = count;
 
     last_ = count - 1;
     if (job.frames && job.frames->last) last_ = std::min(last_, *job.frames->last);

@@ -37,7 +37,7 @@ struct RenderJob {
     std::optional<double> start;                 ///< Seconds from the first frame; excludes `frames`.
     std::optional<double> duration;              ///< Seconds, from the start or from the first of `frames`.
     std::optional<std::int64_t> durationFrames;  ///< Frames, from the start.
-    std::optional<std::int64_t> clipLength;
+    std::optional<std::int64_t> clipLength;      ///< Frames of the input, where that cannot be found.
     std::optional<std::int64_t> startNumber;
 
     std::string encoder;      ///< Empty: by the output's name.

@@ -95,3 +95,12 @@ def test_parts_by_time_lie_beside_each_other(vireo, sequence):
             path.unlink()
     assert "its frames are 0 to 19" in vireo.error(
         "render", "in%02d.png", "part%02d.png", "-f", "Solarize", "--frames", "20-30", status=1)
+
+
+def test_a_length_that_can_be_found_is_not_asked_for(vireo, sequence):
+    subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-r", "25", "-i", "in%02d.png", "-c:v", "ffv1", "clip.mkv"],
+                   cwd=vireo.folder, check=True)
+    for source, given in (("in%02d.png", 3), ("clip.mkv", 3), ("-", FRAMES)):
+        result = vireo("render", source, "out%02d.png", "--overwrite", "-f", "Solarize", "--frames", "15-30", "--clip-length", given,
+                       input=(vireo.folder / "clip.mkv").read_bytes())
+        assert b"ends with frame 19" in result.stderr, source

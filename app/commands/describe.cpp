@@ -3,8 +3,6 @@
 #include "app/commands/commands.h"
 #include "app/settings/filter_settings.h"
 #include "app/settings/parameter_value.h"
-#include "host/mtkcore/localizer.h"
-#include "host/mtkcore/utility.h"
 
 #include <nlohmann/json.hpp>
 
@@ -26,11 +24,6 @@ const char* kindName(VRM::ParameterKind kind) {
         case VRM::ParameterKind::Number: break;
     }
     return "number";
-}
-
-/// The text of a key in the host's language.
-std::string localised(const std::string& key) {
-    return mtkcore::utility::UTF16ToUtf8(mtkcore::config::Localizer::Get().Translate(key));
 }
 
 /// A bound as people write it: whole where it is.

@@ -6,6 +6,7 @@
 #include "host/vrm/meta_plugin.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,7 +27,11 @@ public:
 private:
     std::span<const VRM::Filter> filters_;
     std::vector<Names> names_;
+    std::vector<Names> translations_;  ///< Display names in the host's language.
 };
+
+/// The text of a key in the host's language.
+std::string localised(const std::string& key);
 
 /// The filter's word in its own keys: "BlackAndWhite" of "$$$/Strata/VireoFilters/BlackAndWhite/Name=…".
 std::string keySegment(const VRM::PropertyList& properties);

@@ -52,6 +52,7 @@ FilterSettings::FilterSettings(const VRM::Filter& filter) : filter_(&filter) {
     }
     for (const VRM::Parameter& parameter : filter.properties.parameters) {
         parameterNames_.push_back({parameter.name});
+        parameterTranslations_.push_back({localised(parameter.key)});
     }
 }
 
@@ -61,7 +62,10 @@ std::string FilterSettings::ownerName(std::string_view parameter) const {
 
 void FilterSettings::assign(std::string_view name, std::string_view value) {
     const auto& parameters = filter_->properties.parameters;
-    const auto matches = matchName(name, parameterNames_);
+    const std::string word = comparableName(name);
+    const bool isWord = word == "from" || word == "to" || word == "mix";
+    auto matches = matchName(name, parameterNames_);
+    if (matches.empty() && !isWord) matches = matchName(name, parameterTranslations_);
     if (matches.size() > 1) {
         throw RenderError("the parameter " + quoted(name) + " of " + filter_->properties.name + " may be " +
                               enumeration(firstNames(matches, parameterNames_), "or"),
@@ -73,7 +77,6 @@ void FilterSettings::assign(std::string_view name, std::string_view value) {
         assign(matches.front(), parseValueTrack(parameter, ownerName(parameter.name), value));
         return;
     }
-    const std::string word = comparableName(name);
     if ((word == "from" && from_) || (word == "to" && to_) || (word == "mix" && mix_))
         failTwice(ownerName(word));
     if (word == "from") {

@@ -73,6 +73,7 @@ private:
     const VRM::Filter* filter_;
     std::vector<std::uint8_t> bytes_;
     std::vector<Names> parameterNames_;
+    std::vector<Names> parameterTranslations_;  ///< In the host's language.
     std::vector<Assignment> assignments_;
     std::optional<ClipTime> from_, to_;
     std::optional<ValueTrack> mix_;

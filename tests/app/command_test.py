@@ -52,6 +52,19 @@ def test_every_default_lies_in_its_range(vireo):
                 assert parameter["minimum"] <= parameter["default"] <= parameter["maximum"], (entry, parameter)
 
 
+def test_names_as_a_language_lists_them_are_found(vireo, picture):
+    for language in ("en", "fr", "de", "ja", "es", "it", "ko"):
+        for entry in json.loads(vireo("list", "--json", "--language", language).stdout):
+            described = json.loads(vireo("info", entry["name"], "--json", "--language", language).stdout)
+            assert described["id"] == entry["id"], language
+    # The words of English scripts go before those of the language.
+    values = "Solarize:threshold=7", "Solarisation:seuil=7"
+    for number, value in enumerate(values):
+        vireo("render", "--language", "fr", "-f", value, "--save-settings", f"{number}.json")
+    assert (vireo.folder / "0.json").read_bytes() == (vireo.folder / "1.json").read_bytes()
+    vireo.error("render", "--save-settings", "2.json", "-f", values[1])
+
+
 def test_version_names_the_instruction_set(vireo):
     output = vireo("--version", environment={"VIREO_ISA": "baseline"}).stdout.decode()
     assert re.fullmatch(r"vireo \d+\.\d+\.\d+, instruction set baseline\n", output)

@@ -214,7 +214,7 @@ void chooseFormat(EncoderChoice& choice, const RenderJob& job, const VideoProper
               .chromaW = source->log2_chroma_w,
               .chromaH = source->log2_chroma_h,
               .depth = depth,
-              .fullRange = video.coding.fullRange || codec.id == AV_CODEC_ID_MJPEG,
+              .fullRange = (!sourceRgb && video.coding.fullRange) || codec.id == AV_CODEC_ID_MJPEG,
               .evenOnly =
                   codec.id == AV_CODEC_ID_H264 || codec.id == AV_CODEC_ID_HEVC || codec.id == AV_CODEC_ID_AV1,
               .width = video.uprightWidth(),

@@ -32,6 +32,13 @@ def test_identity_gives_the_source_back_with_its_tags(vireo, tmp_path, pixel_for
         assert before.get(tag) == after.get(tag), tag
 
 
+def test_pictures_become_video_that_players_read(vireo, tmp_path):
+    clip(tmp_path, "n%d.png", "-pix_fmt", "rgb24", seconds=0.12)
+    vireo("render", "n%d.png", "out.mp4", *IDENTITY)
+    stream = probe(tmp_path, "out.mp4")
+    assert [stream[tag] for tag in ("pix_fmt", "color_range", "color_space")] == ["yuv420p", "tv", "bt709"]
+
+
 def test_times_lengths_and_sound_are_kept(vireo, tmp_path):
     clip(tmp_path, "in.mp4", "-c:v", "libx264", "-c:a", "aac", "-metadata", "title=A title",
          "-metadata:s:a:0", "language=ita", seconds=2, sound=True)

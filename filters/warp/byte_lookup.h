@@ -4,6 +4,9 @@
 
 #include <cstdint>
 #include <cstring>
+#if defined(__AVX512VBMI__)
+#include <immintrin.h>
+#endif
 
 namespace VIREO_KERNEL_NAMESPACE {
 
@@ -19,8 +22,11 @@ inline void lookUp(const std::uint8_t* table, std::uint8_t* bytes, std::int64_t 
         Vector index;
         std::memcpy(&index, bytes + i, sizeof index);
         // A shuffle of two vectors takes its indices modulo 128.
-        const Vector low = __builtin_shuffle(quarters[0], quarters[1], index);
-        const Vector high = __builtin_shuffle(quarters[2], quarters[3], index);
+        const auto shuffled = [&](const Vector& first, const Vector& second) {
+            return (Vector)_mm512_permutex2var_epi8((__m512i)first, (__m512i)index, (__m512i)second);
+        };
+        const Vector low = shuffled(quarters[0], quarters[1]);
+        const Vector high = shuffled(quarters[2], quarters[3]);
         const Vector result = index < 128 ? low : high;
         std::memcpy(bytes + i, &result, sizeof result);
     }

@@ -5,11 +5,15 @@
 
 #if defined(VIREO_X86_KERNELS)
 
+#if defined(__clang__)
+#include <immintrin.h>
+#else
 // GCC 12 takes the undefined operands inside its 512-bit functions for a fault of their callers.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
 #pragma GCC diagnostic pop
+#endif
 
 #include <cstdint>
 
@@ -23,9 +27,9 @@ struct Lanes4 {
     static constexpr int pixels = 4;
 
     static Integers load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
-    static Integers gather(const std::uint8_t* const* pixels) {
+    static Integers gather(const std::uint8_t* const* addresses) {
         const auto pair = [&](int i) {
-            return _mm_unpacklo_epi32(_mm_loadu_si32(pixels[i]), _mm_loadu_si32(pixels[i + 1]));
+            return _mm_unpacklo_epi32(_mm_loadu_si32(addresses[i]), _mm_loadu_si32(addresses[i + 1]));
         };
         return _mm_unpacklo_epi64(pair(0), pair(2));
     }
@@ -57,8 +61,8 @@ struct Lanes8 {
     static constexpr int pixels = 8;
 
     static Integers load(const void* from) { return _mm256_loadu_si256(static_cast<const __m256i*>(from)); }
-    static Integers gather(const std::uint8_t* const* pixels) {
-        return _mm256_set_m128i(Lanes4::gather(pixels + 4), Lanes4::gather(pixels));
+    static Integers gather(const std::uint8_t* const* addresses) {
+        return _mm256_set_m128i(Lanes4::gather(addresses + 4), Lanes4::gather(addresses));
     }
     static void store(void* to, Integers v) { _mm256_storeu_si256(static_cast<__m256i*>(to), v); }
     static Integers all(std::int32_t value) { return _mm256_set1_epi32(value); }
@@ -90,9 +94,9 @@ struct Lanes16 {
     static constexpr int pixels = 16;
 
     static Integers load(const void* from) { return _mm512_loadu_si512(from); }
-    static Integers gather(const std::uint8_t* const* pixels) {
-        return _mm512_inserti64x4(_mm512_castsi256_si512(Lanes8::gather(pixels)), Lanes8::gather(pixels + 8),
-                                  1);
+    static Integers gather(const std::uint8_t* const* addresses) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(Lanes8::gather(addresses)),
+                                  Lanes8::gather(addresses + 8), 1);
     }
     static void store(void* to, Integers v) { _mm512_storeu_si512(to, v); }
     static Integers all(std::int32_t value) { return _mm512_set1_epi32(value); }

@@ -25,6 +25,7 @@ LAYERS = {
     "resources/": ["resources/", "host/"],
     "app/": ["app/", "host/"],
     "bridges/": ["{own}", "host/"],
+    "examples/": ["host/"],
     "tests/": [""],
     "bench/": [""],
 }

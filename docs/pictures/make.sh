@@ -1,16 +1,37 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Makes the pictures of the documentation from a photograph in the public domain (US Department of Agriculture),
-# which a Debian package carries. Needs the linux build and ffmpeg.
+# Makes the pictures of the documentation from three photographs in the public domain (citrus fruits: US Department of
+# Agriculture; honey bee: John Severns; bridge: Derek Jensen), which a Debian package carries. Needs the linux build
+# and what ./check installs.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 work=build/pictures
+photos=$work/unpacked/usr/share/palapeli/collection
 mkdir -p "$work"
-photo=$work/unpacked/usr/share/palapeli/collection/citrus-fruits.jpg
 
-if [[ ! -s $photo ]]; then
+if [[ ! -d $photos ]]; then
     (cd "$work" && apt-get download -qq palapeli-data && dpkg-deb -x palapeli-data_*.deb unpacked)
 fi
-ffmpeg -v error -y -i "$photo" -vf scale=2400:-2:flags=lanczos "$work/source.png"
-build/linux/bin/vireo sheet "$work/source.png" "$work/sheet.png" --overwrite --quiet
-ffmpeg -v error -y -i "$work/sheet.png" -vf scale=1200:-2:flags=lanczos -q:v 4 docs/pictures/sheet.jpg
+
+make() { ffmpeg -v error -y "$@"; }
+
+fill=scale=480:320:force_original_aspect_ratio=increase:flags=lanczos,crop=480:320
+make -i "$photos/citrus-fruits.jpg" -vf "$fill" "$work/citrus.png"
+make -i "$photos/european-honey-bee.jpg" -vf "$fill" "$work/bee.png"
+make -i "$photos/cincinnati-bridge.jpg" -vf "$fill" "$work/bridge.png"
+make -f lavfi -i "color=gray:s=480x320,format=gray,geq='if(mod(floor(X/16)+floor(Y/16),2),150,200)'" \
+    -frames:v 1 "$work/checkerboard.png"
+# One slice alone, cut out along its rind.
+inside='lt(hypot(X-146,Y-169),76)'
+make -i "$photos/citrus-fruits.jpg" -vf "$fill,format=rgba,
+    geq=r='if($inside,r(X,Y),255)':g='if($inside,g(X,Y),255)':b='if($inside,b(X,Y),255)':a='if($inside,255,0)',
+    crop=220:220:36:59,scale=320:320,pad=480:320:80:0:color=white@0" "$work/slice.png"
+# So few pixels that each is seen.
+make -i "$work/bridge.png" -vf crop=120:80:120:20 "$work/jagged.png"
+# Half a second that stands still, and the same that moves.
+make -loop 1 -i "$work/bridge.png" -frames:v 40 -r 25 -c:v ffv1 -pix_fmt bgra "$work/bridge.mkv"
+make -loop 1 -i "$photos/european-honey-bee.jpg" -frames:v 40 -r 25 -c:v ffv1 -pix_fmt bgra \
+    -vf "scale=720:-2:flags=lanczos,crop=480:320:'min(n*9,240)':100" "$work/moving.mkv"
+
+docs/filters/generate.py build/linux/bin/vireo --pictures "$work"
+/usr/bin/python3 docs/pictures/sheet.py docs/pictures/sheet.jpg "$work/bridge.png"

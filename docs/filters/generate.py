@@ -180,8 +180,8 @@ def index(all_filters):
         parts.append("</tr>\n")
     parts.append("</table>\n\n| Filter | What it does |\n|---|---|\n")
     parts += [f"| [{filter.name}]({filter.file}.md) | {filter.notes['summary']} |\n" for filter in all_filters]
-    text = (HERE / "notes/README.md.in").read_text(encoding="utf-8")
-    return WRITTEN.format("notes/README.md.in") + text.replace("<!-- filters -->\n", "".join(parts))
+    text = (HERE / "notes/README.txt").read_text(encoding="utf-8")
+    return WRITTEN.format("notes/README.txt") + text.replace("<!-- filters -->\n", "".join(parts))
 
 
 def pages(all_filters):

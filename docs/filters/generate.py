@@ -148,7 +148,13 @@ def example(filter, folder):
     frei0r = f"vireo_{filter.plugin}" + (":" + "|".join(values) if values else "")
     text = filter.name + (":" + settings if settings else "")
     return (f'```sh\nvireo render in.png out.png -f "{text}"\n'
-            f'ffmpeg -i in.mp4 -vf "frei0r={frei0r}" out.mp4\n```\n')
+            f'ffmpeg -i in.mp4 -vf "frei0r={frei0r}" out.mp4\n```\n\n'
+            f"In the [browser page](../browser.md): `index.html#f={address(text)}`\n")
+
+
+def address(text):
+    """A filter and its settings as the page's address has them."""
+    return "".join("%" + format(ord(c), "02X") if c in "#&()" else c for c in text if c != " ")
 
 
 def page(filter, folder):

@@ -154,7 +154,7 @@ def example(filter, folder):
 
 def address(text):
     """A filter and its settings as the page's address has them."""
-    return "".join("%" + format(ord(c), "02X") if c in "#&()" else c for c in text if c != " ")
+    return "".join("%" + format(ord(c), "02X") if c in "#&" else c for c in text if c not in " ()")
 
 
 def page(filter, folder):

@@ -33,5 +33,6 @@ make -loop 1 -i "$work/bridge.png" -frames:v 40 -r 25 -c:v ffv1 -pix_fmt bgra "$
 make -loop 1 -i "$photos/european-honey-bee.jpg" -frames:v 40 -r 25 -c:v ffv1 -pix_fmt bgra \
     -vf "scale=720:-2:flags=lanczos,crop=480:320:'min(n*9,240)':100" "$work/moving.mkv"
 
+docs/pictures/drawings.py
 docs/filters/generate.py build/linux/bin/vireo --pictures "$work"
 /usr/bin/python3 docs/pictures/sheet.py docs/pictures/sheet.jpg "$work/bridge.png"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The page's state behind the "#" of its address: "f=Solarize:threshold=60%&f=Ghosting&frame=12".
-import { ChainError, parseFilterText } from './chain.mjs';
-import { texts } from './texts.mjs';
+import { parseFilterText } from './chain.mjs';
+import { PageError } from './texts.mjs';
 
 /** An "&" parts only where one of these words and "=" follow, so that "Black & White" may be written as it is. */
 const words = ['f', 'off', 'sample', 'frame', 'language'];
@@ -23,7 +23,7 @@ const encoded = (text) => encodeURIComponent(text).replace(/%(?:3A|3D|2C|40|2F)/
 
 /**
  * { chain, sample, frame, language } of an address; `sample` and `language` are null where it names none.
- * Throws ChainError where a part cannot be read.
+ * Throws PageError where a part cannot be read.
  */
 export function parseAddress(hash, filters) {
     const state = { chain: [], sample: null, frame: 0, language: null };
@@ -41,7 +41,7 @@ export function parseAddress(hash, filters) {
         } else if (word === 'sample' || word === 'language') {
             state[word] = value;
         } else {
-            throw new ChainError(texts.badAddress, { text: decoded(part) });
+            throw new PageError('badAddress', { text: decoded(part) });
         }
     }
     return state;

@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: MIT
 // A chain of filters and its text, in the grammar of the command line: "NAME:parameter=value,parameter=value".
-import { texts } from './texts.mjs';
+import { PageError } from './texts.mjs';
 import { isReached, parseTime, parseTrack, trackText, valueAt } from './value_track.mjs';
 
 export const fullMix = 100;
-
-/** A text, a file or an address that does not make a chain; `key` and `values` make the sentence. */
-export class ChainError extends Error {
-    constructor(key, values) {
-        super(key);
-        this.key = key;
-        this.values = values;
-    }
-}
 
 /** Names are compared without case, blanks and brackets. */
 const comparable = (name) => name.toLowerCase().replace(/[\s()[\]{}]/g, '');
@@ -34,7 +25,7 @@ function matching(typed, things, namesOf) {
 export function findFilter(filters, name) {
     let found = matching(name, filters, (f) => [f.englishName, f.key, f.matchName, String(f.id)]);
     if (found.length === 0) found = matching(name, filters, (f) => [f.name]);
-    if (found.length !== 1) throw new ChainError(texts.noFilter, { name: name.trim() });
+    if (found.length !== 1) throw new PageError('noFilter', { name: name.trim() });
     return found[0];
 }
 
@@ -119,7 +110,7 @@ export class FilterUse {
         this.to = undefined;
     }
 
-    /** Sets what a name means from its text; throws ChainError. */
+    /** Sets what a name means from its text; throws PageError. */
     assign(name, text) {
         const word = comparable(name);
         const isWord = ['from', 'to', 'mix'].includes(word);
@@ -127,10 +118,10 @@ export class FilterUse {
         let found = matching(name, parameters, (p) => [p.englishName]);
         if (found.length === 0 && !isWord) found = matching(name, parameters, (p) => [p.name]);
         if (found.length > 1 || (found.length === 0 && !isWord)) {
-            throw new ChainError(texts.noParameter, { filter: this.filter.name, name: name.trim() });
+            throw new PageError('noParameter', { filter: this.filter.name, name: name.trim() });
         }
         const refuse = () => {
-            throw new ChainError(texts.badValue, { name: found[0]?.name ?? word, filter: this.filter.name, value: text.trim() });
+            throw new PageError('badValue', { name: found[0]?.name ?? word, filter: this.filter.name, value: text.trim() });
         };
         if (found.length === 1) {
             this.set(parameters.indexOf(found[0]), parseParameter(found[0], text) ?? refuse());
@@ -194,14 +185,14 @@ function joined(name, pairs) {
 /** The text cut at the commas that stand in no brackets. */
 const splitAtCommas = (text) => text.split(/,(?![^(]*\))/);
 
-/** The FilterUse that a text means; throws ChainError. */
+/** The FilterUse that a text means; throws PageError. */
 export function parseFilterText(filters, text) {
     const colon = text.indexOf(':');
     const use = new FilterUse(findFilter(filters, colon < 0 ? text : text.slice(0, colon)));
     const rest = colon < 0 ? '' : text.slice(colon + 1).trim();
     for (const piece of rest === '' ? [] : splitAtCommas(rest)) {
         const equals = piece.indexOf('=');
-        if (equals <= 0) throw new ChainError(texts.badPair, { text: piece.trim() });
+        if (equals <= 0) throw new PageError('badPair', { text: piece.trim() });
         use.assign(piece.slice(0, equals), piece.slice(equals + 1));
     }
     return use;

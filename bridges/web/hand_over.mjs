@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The chain for other programs: the command line, its settings files, and FFmpeg.
-import { ChainError, FilterUse, fullMix, findFilter } from './chain.mjs';
-import { texts } from './texts.mjs';
+import { FilterUse, fullMix, findFilter } from './chain.mjs';
+import { PageError } from './texts.mjs';
 
 const fileVersion = 1;
 
@@ -15,8 +15,9 @@ const fileWord = (name) => shellQuoted(name.startsWith('-') ? `./${name}` : name
 
 /** The command that renders the file `input` to `output` through the chain; "" without filters. */
 export function commandText(chain, input, output) {
-    const filters = switchedOn(chain).map((use) => ` -f ${shellQuoted(use.text())}`);
-    return filters.length === 0 ? '' : `vireo render ${fileWord(input)} ${fileWord(output)}${filters.join('')}`;
+    const filters = switchedOn(chain).map((use) => `-f ${shellQuoted(use.text())}`);
+    if (filters.length === 0) return '';
+    return [`vireo render ${fileWord(input)} ${fileWord(output)}`, ...filters].join(' \\\n    ');
 }
 
 /** A constant as JSON's own kind of value, key frames and colours as their text. */
@@ -40,10 +41,10 @@ export function settingsText(chain) {
     return `${JSON.stringify({ vireo: fileVersion, filters }, null, 2)}\n`;
 }
 
-/** The chain of a settings file; throws ChainError. */
+/** The chain of a settings file; throws PageError. */
 export function parseSettings(filters, name, text) {
     const refuse = () => {
-        throw new ChainError(texts.badSettings, { name });
+        throw new PageError('badSettings', { name });
     };
     let document;
     try {

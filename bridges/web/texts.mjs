@@ -12,7 +12,6 @@ export const texts = {
     save: '$$$/Page/Save=Save PNG',
     language: '$$$/Page/Language=Language',
     source: '$$$/Page/Source=Picture',
-    loading: '$$$/Page/Loading=Loading…',
 
     stage: '$$$/Page/Stage=Picture, before and after: arrow keys move it, plus and minus zoom',
     dropHint: '$$$/Page/DropHint=Drop or paste a picture or clip anywhere. It stays on your device.',
@@ -27,7 +26,6 @@ export const texts = {
     pause: '$$$/Page/Pause=Pause',
     frame: '$$$/Page/Frame=Frame',
     frameOf: '$$$/Page/FrameOf=Frame {frame} of {frames}',
-    preview: '$$$/Page/Preview=Preview',
 
     filters: '$$$/Page/Filters=Filters',
     add: '$$$/Page/Add=Add filter',
@@ -82,4 +80,13 @@ export const texts = {
 /** The text with its words in braces filled in. */
 export function filled(text, values = {}) {
     return text.replace(/\{(\w+)\}/g, (word, name) => values[name] ?? word);
+}
+
+/** An error that one of the page's texts tells in one sentence. */
+export class PageError extends Error {
+    constructor(text, values) {
+        super(text);
+        this.text = text;
+        this.values = values;
+    }
 }

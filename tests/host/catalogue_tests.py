@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Holds the six catalogues to the keys of the module."""
+"""Holds the six catalogues to the keys of the module and of the browser page."""
 
 import re
 import sys
@@ -16,8 +16,8 @@ import generate_catalogues
 CATALOGUES = sorted((ROOT / "host/mtkcore/languages").glob("*.po"))
 
 
-def module_keys():
-    """Each key of the resources and sources with its default text."""
+def used_keys():
+    """Each key of the resources, the sources and the page with its default text."""
     keys = set()
     for kind, _, data in generate.resources():
         if kind != "LOOKUP":
@@ -25,6 +25,8 @@ def module_keys():
     for folder in ("framework", "filters"):
         for path in (ROOT / folder).rglob("*.[ch]*"):
             keys.update(re.findall(r'"(\$\$\$/[^"]+)"', path.read_text(encoding="utf-8")))
+    page = (ROOT / "bridges/web/texts.mjs").read_text(encoding="utf-8")
+    keys.update(re.findall(r"'(\$\$\$/[^']+)'", page))
     return dict(key.split("=", 1) for key in keys)
 
 
@@ -42,7 +44,13 @@ def test_six_languages_stand_beside_english():
 
 
 def test_a_catalogue_holds_every_key_with_its_english_text(entries):
-    assert {key: english for key, english, _ in entries} == module_keys()
+    assert {key: english for key, english, _ in entries} == used_keys()
+
+
+def test_a_translation_keeps_the_words_in_braces(entries):
+    for key, english, translation in entries:
+        words = [sorted(re.findall(r"\{\w+\}", text)) for text in (english, translation)]
+        assert words[0] == words[1], key
 
 
 def test_file_types_keep_their_patterns(entries):

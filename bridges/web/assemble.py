@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Puts the page together in a folder that holds the built engine.
+
+assemble.py FOLDER   copies the page beside engine.mjs and vireo.wasm, and writes vireo.html, the same as one file
+
+The one file holds plain scripts: pages that are opened from a folder may neither fetch nor start a module as worker.
+"""
+
+import base64
+import json
+import re
+import shutil
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+SAMPLES = {"fruit.jpg": "image/jpeg", "cutout.png": "image/png", "clip.mp4": "video/mp4"}
+
+IMPORT = re.compile(r"^import (?:\{([^}]*)\}|(\w+)) from '\./([\w.]+)';\n", re.MULTILINE)
+EXPORT = re.compile(r"^export (?=(?:const|class|function\*?|async function\*?) (\w+))", re.MULTILINE)
+DEFAULT = re.compile(r"^export default (\w+);", re.MULTILINE)
+
+
+def variable(file_name):
+    return "module_" + re.sub(r"\W", "_", file_name)
+
+
+def plain_script(folder, file_name, done):
+    """A module and all that it imports, each as a function's result; `done` names those that stand already."""
+    if file_name in done:
+        return ""
+    done.add(file_name)
+    text = (folder / file_name).read_text(encoding="utf-8")
+    before = "".join(plain_script(folder, match[3], done) for match in IMPORT.finditer(text))
+
+    def taken(match):
+        names = match[1].replace(" as ", ": ") if match[1] else f"default: {match[2]}"
+        return f"const {{{names}}} = {variable(match[3])};\n"
+
+    names = EXPORT.findall(text) + [f"default: {name}" for name in DEFAULT.findall(text)]
+    text = DEFAULT.sub("", EXPORT.sub("", IMPORT.sub(taken, text)))
+    text = text.replace("import.meta.url", '"file:///"')
+    left = re.search(r"^(import|export)\b.*", text, re.MULTILINE)
+    if left:
+        sys.exit(f"{file_name}: cannot make a plain script of: {left[0]}")
+    return f"{before}const {variable(file_name)} = (() => {{\n{text}\nreturn {{ {', '.join(names)} }};\n}})();\n"
+
+
+def inlined(data, kind):
+    return {"type": kind, "base64": base64.b64encode(data).decode("ascii")}
+
+
+def one_file(folder):
+    """The text of the page as one file."""
+    worker = "'use strict';\n" + plain_script(folder, "worker.mjs", set())
+    files = {
+        "vireo.wasm": inlined((folder / "vireo.wasm").read_bytes(), "application/wasm"),
+        "worker.mjs": inlined(worker.encode("utf-8"), "text/javascript"),
+    }
+    for name, kind in SAMPLES.items():
+        files[f"samples/{name}"] = inlined((folder / "samples" / name).read_bytes(), kind)
+    page = plain_script(folder, "page.mjs", set()).replace("</", "<\\/")
+    style = (folder / "page.css").read_text(encoding="utf-8")
+    parts = {
+        '<link rel="stylesheet" href="page.css">': f"<style>\n{style}</style>",
+        '<script type="module" src="page.mjs"></script>': f"<script>globalThis.vireoFiles = {json.dumps(files)};</script>\n"
+        f'<script type="module">\n{page}</script>',
+    }
+    text = (folder / "index.html").read_text(encoding="utf-8")
+    for part, content in parts.items():
+        if text.count(part) != 1:
+            sys.exit(f"index.html does not hold once: {part}")
+        text = text.replace(part, content)
+    return text
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    folder = Path(sys.argv[1])
+    (folder / "samples").mkdir(parents=True, exist_ok=True)
+    for path in [HERE / "index.html", HERE / "page.css", *HERE.glob("*.mjs")]:
+        shutil.copyfile(path, folder / path.name)
+    for name in SAMPLES:
+        shutil.copyfile(HERE / "samples" / name, folder / "samples" / name)
+    (folder / "vireo.html").write_text(one_file(folder), encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main()

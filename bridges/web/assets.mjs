@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// Where the page's own files are: beside it, or inside it where the page is one file.
+
+const inside = globalThis.vireoFiles ?? {};
+
+const bytesOf = (base64) => Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
+
+/** An address of one of the page's files that this page may fetch. */
+export function assetUrl(name) {
+    const file = inside[name];
+    if (!file) return new URL(name, document.baseURI).href;
+    file.url ??= URL.createObjectURL(new Blob([bytesOf(file.base64)], { type: file.type }));
+    return file.url;
+}
+
+/** What the engine loads the module from: an address, or the bytes where the page is one file. */
+export const engineSource = () => (inside['vireo.wasm'] ? bytesOf(inside['vireo.wasm'].base64) : assetUrl('vireo.wasm'));
+
+/** Some browsers let a page from a folder fetch nothing, so a file is handed over as its bytes. */
+export async function assetBytes(name) {
+    if (inside[name]) return bytesOf(inside[name].base64);
+    return new Uint8Array(await (await fetch(assetUrl(name))).arrayBuffer());
+}
+
+/** One file holds the worker as a plain script, since pages from a folder may start no other. */
+export const startWorker = () =>
+    new Worker(assetUrl('worker.mjs'), { type: inside['worker.mjs'] ? 'classic' : 'module' });

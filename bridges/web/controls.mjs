@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+// Controls for a filter's parameters, made from its list alone. Each is { root, update(moment) }.
+import { colourText, fromDisplay, fullMix, parseColour, takesPercent, toDisplay } from './chain.mjs';
+import { element } from './dom.mjs';
+import { say } from './language.mjs';
+import { trackText } from './value_track.mjs';
+
+let lastId = 0;
+const newId = () => `control-${++lastId}`;
+
+/** Decimals that tell each stored value from its neighbours in display units. */
+function decimalsOf(parameter) {
+    const step = (parameter.displayMaximum - parameter.displayMinimum) / (parameter.maximum - parameter.minimum);
+    return Math.max(0, Math.ceil(-Math.log10(Math.abs(step)) - 1e-9));
+}
+
+/** A number entry in display units that hands over stored values. */
+function numberEntry(parameter, properties, take) {
+    const decimals = decimalsOf(parameter);
+    const shown = (value) => String(Number(toDisplay(parameter, value).toFixed(decimals)));
+    const entry = element('input', {
+        type: 'number',
+        min: parameter.displayMinimum,
+        max: parameter.displayMaximum,
+        step: 'any',
+        inputMode: decimals > 0 ? 'decimal' : 'numeric',
+        ...properties,
+    });
+    let now;
+    entry.onchange = () => {
+        const isNumber = entry.value.trim() !== '' && Number.isFinite(Number(entry.value));
+        const value = isNumber ? fromDisplay(parameter, Number(entry.value)) : now;
+        take(Math.min(Math.max(value, parameter.minimum), parameter.maximum));
+    };
+    const update = (value, isFixed) => {
+        now = value;
+        entry.value = shown(value);
+        entry.disabled = isFixed;
+    };
+    return { entry, update, shown };
+}
+
+/** `now()` is the stored value, `take(value)` hears of another one. */
+function numberControl(name, parameter, take) {
+    const id = newId();
+    const unit = takesPercent(parameter) ? '%' : '';
+    const number = numberEntry(parameter, { 'aria-label': name }, take);
+    const slider = element('input', { type: 'range', id, min: parameter.minimum, max: parameter.maximum, step: 1 });
+    slider.oninput = () => take(Number(slider.value));
+    const update = (value, isFixed) => {
+        number.update(value, isFixed);
+        slider.value = value;
+        slider.disabled = isFixed;
+        slider.setAttribute('aria-valuetext', number.shown(value) + unit);
+        slider.style.setProperty('--share', (value - parameter.minimum) / (parameter.maximum - parameter.minimum));
+    };
+    const label = element('label', { htmlFor: id }, name);
+    const entry = element('span', { className: 'entry' }, number.entry, element('span', { className: 'unit' }, unit));
+    return { root: element('div', { className: 'number control' }, label, entry, slider), update };
+}
+
+function booleanControl(name, take) {
+    const box = element('input', { type: 'checkbox' });
+    box.onchange = () => take(box.checked ? 1 : 0);
+    const update = (value) => {
+        box.checked = value !== 0;
+    };
+    return { root: element('label', { className: 'boolean control' }, box, name), update };
+}
+
+function colourControl(name, take, pick) {
+    const id = newId();
+    const well = element('input', { type: 'color', id });
+    const hex = element('input', { type: 'text', className: 'hex', spellcheck: false, 'aria-label': say('hex', { name }) });
+    const picker = element('button', { type: 'button', className: 'quiet icon pick', title: say('pick', { name }), 'aria-label': say('pick', { name }) });
+    let now;
+    well.oninput = () => take(parseColour(well.value));
+    hex.onchange = () => take(parseColour(hex.value.trim()) ?? now);
+    picker.onclick = () => pick(take);
+    const update = (value, isFixed) => {
+        now = value;
+        well.value = hex.value = colourText(value);
+        well.disabled = hex.disabled = picker.disabled = isFixed;
+    };
+    const label = element('label', { htmlFor: id }, name);
+    return { root: element('div', { className: 'colour control' }, label, hex, picker, well), update };
+}
+
+/** Says that a value changes along the clip, and offers to end that. */
+function keyFrameNote(control, text, makeConstant) {
+    const button = element('button', { type: 'button', className: 'quiet', onclick: makeConstant }, say('makeConstant'));
+    control.root = element('div', { className: 'keyed' }, control.root, element('p', {}, say('keyFrames', { text }), ' ', button));
+}
+
+/** The control of a parameter; `host` is { changed(), rebuild(), moment(), pick(take) }. */
+function parameterControl(use, index, name, host) {
+    const parameter = use.filter.parameters[index];
+    const take = (value) => {
+        use.set(index, value);
+        host.changed();
+    };
+    const make = {
+        number: () => numberControl(name, parameter, take),
+        boolean: () => booleanControl(name, take),
+        colour: () => colourControl(name, take, host.pick),
+    };
+    const control = make[parameter.kind]();
+    const track = use.assigned.get(index);
+    const isKeyed = typeof track === 'object';
+    if (isKeyed) {
+        keyFrameNote(control, trackText(track, parameter.kind === 'colour' ? colourText : String), () => {
+            use.set(index, use.valueAt(index, host.moment()));
+            host.rebuild();
+        });
+    }
+    return { root: control.root, update: (moment) => control.update(use.valueAt(index, moment), isKeyed) };
+}
+
+const mixParameter = { minimum: 0, maximum: fullMix, displayMinimum: 0, displayMaximum: fullMix };
+
+/** How much of the result lies over what went in. */
+function mixControl(use, host) {
+    const isKeyed = typeof use.mix === 'object';
+    const control = numberControl(say('mix'), mixParameter, (value) => {
+        use.mix = value === fullMix ? undefined : value;
+        host.changed();
+    });
+    if (isKeyed) {
+        keyFrameNote(control, trackText(use.mix, (value) => `${value}%`), () => {
+            use.mix = use.mixAt(host.moment());
+            host.rebuild();
+        });
+    }
+    control.root.classList.add('mix');
+    return { root: control.root, update: (moment) => control.update(use.mixAt(moment), isKeyed) };
+}
+
+/** A matrix stands as one: nine numbers by their places. */
+function matrixControl(use, indices, host) {
+    const cells = indices.map((index) => {
+        const parameter = use.filter.parameters[index];
+        const cell = numberEntry(parameter, { 'aria-label': parameter.name }, (value) => {
+            use.set(index, value);
+            host.changed();
+        });
+        const isKeyed = typeof use.assigned.get(index) === 'object';
+        return { entry: cell.entry, update: (moment) => cell.update(use.valueAt(index, moment), isKeyed) };
+    });
+    const root = element('div', { className: 'matrix control' }, ...cells.map((cell) => cell.entry));
+    return { root, update: (moment) => cells.forEach((cell) => cell.update(moment)) };
+}
+
+/** "(R) Gamma" as the group "R" and the rest "Gamma". */
+function groupOf(parameter) {
+    const parts = /^\((.+?)\)\s*(.+)$/.exec(parameter.name);
+    return parts ? { group: parts[1], name: parts[2] } : { group: null, name: parameter.name };
+}
+
+const isMatrixCell = (parameter) => /^M[1-3][1-3]$/.test(parameter.englishName);
+
+/** All controls of a filter in a chain as one { root, update(moment) }. */
+export function filterControls(use, host) {
+    const root = element('div', { className: 'controls' });
+    const controls = [];
+    const add = (control, to = root) => {
+        controls.push(control);
+        to.append(control.root);
+    };
+    const { parameters } = use.filter;
+    const cells = parameters.map((_, index) => index).filter((index) => isMatrixCell(parameters[index]));
+    if (cells.length > 0) add(matrixControl(use, cells, host));
+
+    let group = null;
+    parameters.forEach((parameter, index) => {
+        if (cells.includes(index)) return;
+        const { group: title, name } = groupOf(parameter);
+        if (title !== null && group?.title !== title) {
+            const details = element('details', { open: group === null }, element('summary', {}, title));
+            group = { title, details };
+            root.append(details);
+        }
+        add(parameterControl(use, index, name, host), title === null ? root : group.details);
+    });
+    if (parameters.length === 0) root.append(element('p', { className: 'note' }, say('nothingToSet')));
+    if (use.from || use.to) {
+        const values = { from: use.from?.text ?? say('begin'), to: use.to?.text ?? say('end') };
+        root.append(element('p', { className: 'note' }, say('stretch', values)));
+    }
+    add(mixControl(use, host));
+    return { root, update: (moment) => controls.forEach((control) => control.update(moment)) };
+}

@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: MIT
+// The page: what is open, the chain over it, and who hears of changes.
+import { addressOf, parseAddress } from './address.mjs';
+import { assetBytes } from './assets.mjs';
+import { renderedChain } from './chain.mjs';
+import { ChainList } from './chain_list.mjs';
+import { download, element } from './dom.mjs';
+import { FilterPicker } from './filter_picker.mjs';
+import { parseSettings } from './hand_over.mjs';
+import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
+import { Renderer } from './renderer.mjs';
+import { openCamera, openSource } from './sources.mjs';
+import { Stage } from './stage.mjs';
+import { TakeAlong } from './take_along.mjs';
+import { PageError } from './texts.mjs';
+
+const samples = {
+    fruit: { text: 'sampleFruit', file: 'fruit.jpg', type: 'image/jpeg' },
+    cutout: { text: 'sampleCutOut', file: 'cutout.png', type: 'image/png' },
+    clip: { text: 'sampleClip', file: 'clip.mp4', type: 'video/mp4' },
+};
+const firstAddress = '#f=Solarize:threshold=60%&sample=fruit';
+
+/** Thumbnails show this frame, at which every filter that depends on time does something. */
+const tellingFrame = 13;
+const thumbnailSide = 208;
+
+/** The address follows the chain at leisure: browsers refuse too many changes. */
+const addressDelay = 250;
+
+const find = (selector) => document.querySelector(selector);
+
+const state = { filters: [], language: 'en', chain: [], source: null, sample: null, frame: 0, isPlaying: false };
+
+const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
+
+function tell(text, isError = false) {
+    const line = find('.message');
+    line.textContent = text;
+    line.classList.toggle('error', isError);
+    line.setAttribute('role', isError ? 'alert' : 'status');
+    line.classList.remove('shown');
+    void line.offsetWidth; // starts the line's fading again
+    line.classList.toggle('shown', text !== '');
+}
+
+const tellError = (error) => tell(error instanceof PageError ? say(error.text, error.values) : error.message, true);
+
+/** Runs what may fail: its one sentence is told, and all stays as it was. */
+async function attempt(work) {
+    try {
+        return await work();
+    } catch (error) {
+        tellError(error);
+    }
+}
+
+const stage = new Stage(find('.stage'), (percent, isFitted) => {
+    find('.percent').textContent = `${percent} %`;
+    find('.fit').setAttribute('aria-pressed', isFitted);
+});
+
+const renderer = new Renderer({
+    before: (picture) => stage.before(picture),
+    after: (picture, isPreview) => {
+        stage.after(picture);
+        find('.stage').dataset.shown = isPreview ? 'preview' : 'full';
+        document.dispatchEvent(new CustomEvent('shown', { detail: { isPreview } }));
+    },
+    failed: tellError,
+});
+
+const chainList = new ChainList(find('.list'), {
+    changed: () => changed(),
+    moment,
+    pick: (take) => {
+        stage.pickColour(take);
+        tell(say('picking'));
+    },
+    tell,
+});
+const takeAlong = new TakeAlong(find('.take-along'), tell);
+const picker = new FilterPicker(find('.picker'), (filter) => chainList.add(filter));
+
+const isTimed = () =>
+    !state.source.isStill || state.chain.some((use) => use.isOn && (use.filter.usesTime || use.isAnimated()));
+
+function job() {
+    const lookBack = state.chain.filter((use) => use.isOn).reduce((sum, use) => sum + use.filter.earlierFrames, 0);
+    const { frame, isPlaying, source } = state;
+    return { chain: renderedChain(state.chain, moment()), frame, frames: source.frames, lookBack, isPlaying };
+}
+
+/** A file's name without its last extension. */
+const stem = (name) => name.replace(/\.[^.]+$/, '');
+
+let addressTimer;
+
+/** Something of the chain, the frame or the source changed: everything that shows it follows. */
+function changed() {
+    const { chain, source, sample, frame } = state;
+    const clip = source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
+    const input = source.isLive ? 'clip.mp4' : source.name;
+    const address = addressOf({ chain, sample, frame: source.isLive ? 0 : frame });
+    takeAlong.show({
+        chain,
+        clip,
+        moment: moment(),
+        input,
+        output: `${stem(input)}-vireo${source.isStill ? '.png' : '.mp4'}`,
+        link: location.href.replace(/#.*/, '') + address,
+    });
+    find('.none').hidden = chain.length > 0;
+    find('.timeline').hidden = !isTimed();
+    if (!isTimed() && state.isPlaying) pause();
+    showFrame();
+    renderer.request(job());
+    clearTimeout(addressTimer);
+    if (!state.isPlaying) addressTimer = setTimeout(() => history.replaceState(null, '', address), addressDelay);
+}
+
+function showFrame() {
+    const { frame, source } = state;
+    const scrub = find('.scrub');
+    Object.assign(scrub, { max: Math.max(source.frames - 1, 0), value: frame, disabled: source.isLive });
+    scrub.style.setProperty('--share', frame / Math.max(source.frames - 1, 1));
+    const text = say('frameOf', { frame, frames: source.frames });
+    scrub.setAttribute('aria-valuetext', text);
+    find('.frame').textContent = source.isLive ? String(frame) : `${frame} / ${source.frames - 1}`;
+    chainList.update();
+}
+
+function showFrameNumber(frame) {
+    state.frame = frame;
+    changed();
+}
+
+function showPlaying() {
+    const button = find('.play');
+    button.classList.toggle('playing', state.isPlaying);
+    for (const name of ['title', 'aria-label']) button.setAttribute(name, say(state.isPlaying ? 'pause' : 'play'));
+}
+
+function play() {
+    state.isPlaying = true;
+    state.source.play(showFrameNumber, state.frame);
+    showPlaying();
+}
+
+function pause() {
+    state.source.pause();
+    state.isPlaying = false;
+    showPlaying();
+    changed();
+}
+
+/** Puts a source into the page. `sample` is its name where it is bundled. */
+function show(source, sample, frame = 0) {
+    state.source?.close();
+    Object.assign(state, { source, sample, frame: Math.min(frame, Math.max(source.frames - 1, 0)), isPlaying: false });
+    stage.pickColour(null);
+    stage.open(source.width, source.height);
+    renderer.open(source);
+    find('.size').textContent = `${source.width} × ${source.height}`;
+    for (const button of document.querySelectorAll('.samples button')) {
+        button.setAttribute('aria-pressed', button.dataset.sample === sample);
+    }
+    showPlaying();
+    changed();
+    if (source.isLive) play();
+}
+
+const readPng = (bytes) => renderer.readPng(bytes);
+
+async function openSample(name, frame = 0) {
+    const { file, type } = samples[name];
+    const blob = new Blob([await assetBytes(`samples/${file}`)], { type });
+    show(await openSource(blob, file, readPng), name, frame);
+}
+
+/** A settings file becomes the chain, anything else the picture. */
+async function openFile(file) {
+    const name = file.name || 'picture.png';
+    if (file.type === 'application/json' || name.endsWith('.json')) {
+        state.chain = parseSettings(state.filters, name, await file.text());
+        chainList.show(state.chain);
+        changed();
+    } else {
+        show(await openSource(file, name, readPng), null);
+    }
+    tell(say('opened', { name }));
+}
+
+/** Takes over what an address says; where it names no picture, the open one stays. */
+async function follow(hash) {
+    const { chain, sample, frame, language } = parseAddress(hash, state.filters);
+    for (const [word, value, known] of [['sample', sample, samples], ['language', language, languages]]) {
+        if (value !== null && !Object.hasOwn(known, value)) throw new PageError('badAddress', { text: `${word}=${value}` });
+    }
+    if (language !== null && language !== state.language) await speakLanguage(language);
+    state.chain = chain;
+    const isOpen = state.source !== null && (sample === null || sample === state.sample);
+    if (isOpen) {
+        state.frame = Math.min(frame, Math.max(state.source.frames - 1, 0));
+        changed();
+    } else {
+        await openSample(sample ?? 'fruit', frame);
+    }
+    chainList.show(chain);
+}
+
+async function speakLanguage(language) {
+    const { filters, texts } = await renderer.describe(language, allTexts);
+    speak(texts);
+    state.language = language;
+    state.filters = filters;
+    for (const use of state.chain) use.filter = filters.find(({ id }) => id === use.filter.id);
+    document.documentElement.lang = language;
+    find('.language').value = language;
+    for (const node of document.querySelectorAll('[data-text]')) node.textContent = say(node.dataset.text);
+    for (const node of document.querySelectorAll('[data-label]')) node.setAttribute('aria-label', say(node.dataset.label));
+    for (const node of document.querySelectorAll('[data-title]')) {
+        node.title = say(node.dataset.title);
+        node.setAttribute('aria-label', node.dataset.text ? `${node.textContent}: ${node.title}` : node.title);
+    }
+    showPlaying();
+    if (state.source === null) return;
+    chainList.rebuild();
+    changed();
+}
+
+/** The language that was chosen here before, as far as the browser keeps it. */
+const rememberedLanguage = {
+    get() {
+        try {
+            const language = localStorage.getItem('language');
+            return language in languages ? language : null;
+        } catch {
+            return null;
+        }
+    },
+    set(language) {
+        try {
+            localStorage.setItem('language', language);
+        } catch {
+            // The choice then lasts as long as the page.
+        }
+    },
+};
+
+async function save() {
+    const { source, frame } = state;
+    const number = source.isStill || source.isLive ? '' : `-${String(frame).padStart(4, '0')}`;
+    const name = `${stem(source.name)}-vireo${number}.png`;
+    download(name, await renderer.png(job()), 'image/png');
+    tell(say('saved', { name }));
+}
+
+function listen() {
+    const click = (selector, work) => (find(selector).onclick = () => attempt(work));
+    const file = find('.file');
+    click('.open', () => file.click());
+    file.onchange = () => attempt(async () => {
+        const [chosen] = file.files;
+        if (chosen) await openFile(chosen);
+        file.value = '';
+    });
+    click('.camera', async () => show(await openCamera(say('camera')), null));
+    click('.save', save);
+    click('.add', () => {
+        const chains = state.filters.map((filter) => [
+            { filter: filter.id, values: filter.parameters.map((parameter) => parameter.default), mix: 100 },
+        ]);
+        const frames = Math.max(state.source.frames, 2 * tellingFrame);
+        return picker.open(state.filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
+    });
+    click('.play', () => (state.isPlaying ? pause() : play()));
+    find('.scrub').oninput = (event) => {
+        if (state.isPlaying) pause();
+        showFrameNumber(Number(event.target.value));
+    };
+    const compare = find('.compare input');
+    compare.onchange = () => (stage.isComparing = compare.checked);
+    compare.checked = stage.isComparing = true;
+    click('.zoom .in', () => stage.zoomIn());
+    click('.zoom .out', () => stage.zoomOut());
+    click('.fit', () => stage.fit());
+    click('.actual', () => stage.zoomTo(1));
+
+    const language = find('.language');
+    language.append(...Object.entries(languages).map(([value, text]) => element('option', { value }, text)));
+    language.onchange = () => attempt(async () => {
+        rememberedLanguage.set(language.value);
+        await speakLanguage(language.value);
+    });
+    for (const [name, { text }] of Object.entries(samples)) {
+        const button = element('button', { type: 'button', className: 'quiet', 'data-text': text, 'data-sample': name });
+        button.onclick = () => attempt(() => openSample(name));
+        find('.samples').append(button);
+    }
+    listenToFiles();
+    addEventListener('hashchange', () => attempt(() => follow(location.hash)));
+}
+
+/** Files come by drop and by paste. */
+function listenToFiles() {
+    const body = document.body;
+    addEventListener('dragover', (event) => {
+        event.preventDefault();
+        body.classList.add('dropping');
+    });
+    addEventListener('dragleave', (event) => {
+        if (event.relatedTarget === null) body.classList.remove('dropping');
+    });
+    addEventListener('drop', (event) => {
+        event.preventDefault();
+        body.classList.remove('dropping');
+        const [file] = event.dataTransfer.files;
+        if (file) attempt(() => openFile(file));
+    });
+    addEventListener('paste', (event) => {
+        const [file] = event.clipboardData.files;
+        if (file) attempt(() => openFile(file));
+    });
+}
+
+async function start() {
+    listen();
+    try {
+        await renderer.started;
+        await speakLanguage(rememberedLanguage.get() ?? browserLanguage());
+    } catch {
+        throw new PageError('noEngine');
+    }
+    try {
+        await follow(location.hash.length > 1 ? location.hash : firstAddress);
+    } catch (error) {
+        await follow(firstAddress);
+        tellError(error);
+    }
+    document.body.classList.add('ready');
+}
+
+attempt(start);

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// Runs the engine beside the page. Each message { id, action, argument } is answered by { id, result } or { id, error }.
+import { loadEngine } from './engine.mjs';
+import { readPng, writePng } from './png.mjs';
+
+let engine;
+const pictures = new Map(); // frame's number -> the picture that goes into the chain
+
+/** The picture of a frame, or the one nearest before it, or else the earliest. */
+function pictureAt(frame) {
+    const numbers = [...pictures.keys()].sort((a, b) => a - b);
+    return pictures.get(numbers.findLast((number) => number <= frame) ?? numbers[0]);
+}
+
+function rendered({ chain, frame, frames }, source) {
+    if (chain.length === 0) return { ...source, data: source.data.slice() };
+    return engine.render(chain, source, { frame, frames, fetch: (number) => pictureAt(number) });
+}
+
+const actions = {
+    async start(source) {
+        engine = await loadEngine(source);
+    },
+    describe({ language, texts }) {
+        engine.setLanguage(language);
+        return { filters: engine.filters(), texts: texts.map((text) => engine.text(text)) };
+    },
+    store({ frame, picture }) {
+        pictures.set(frame, picture);
+    },
+    drop(frames) {
+        for (const frame of frames) pictures.delete(frame);
+    },
+    render(job) {
+        return rendered(job, job.picture ?? pictureAt(job.frame));
+    },
+    async png(job) {
+        return writePng(rendered(job, pictureAt(job.frame)));
+    },
+    readPng,
+};
+
+/** What need not be copied on its way to the page. */
+function transferred(result) {
+    if (result instanceof Uint8Array) return [result.buffer];
+    return result?.data ? [result.data.buffer] : [];
+}
+
+self.onmessage = async ({ data: { id, action, argument } }) => {
+    try {
+        const result = await actions[action](argument);
+        self.postMessage({ id, result }, transferred(result));
+    } catch (error) {
+        self.postMessage({ id, error: error.message });
+    }
+};

@@ -24,6 +24,7 @@ inline Bytes interleavedLow16(Bytes a, Bytes b) { return _mm512_unpacklo_epi16(a
 inline Bytes interleavedHigh16(Bytes a, Bytes b) { return _mm512_unpackhi_epi16(a, b); }
 inline Bytes weighedPairs(Bytes bytes, Bytes weights) { return _mm512_maddubs_epi16(bytes, weights); }
 inline Bytes addedPairs(Bytes words) { return _mm512_madd_epi16(words, _mm512_set1_epi16(1)); }
+inline Bytes highProducts16(Bytes a, Bytes b) { return _mm512_mulhi_epu16(a, b); }
 inline Bytes added32(Bytes a, Bytes b) { return _mm512_add_epi32(a, b); }
 
 inline Bytes quotients(Bytes dividends, float reciprocal) {
@@ -52,6 +53,7 @@ inline Bytes interleavedLow16(Bytes a, Bytes b) { return _mm256_unpacklo_epi16(a
 inline Bytes interleavedHigh16(Bytes a, Bytes b) { return _mm256_unpackhi_epi16(a, b); }
 inline Bytes weighedPairs(Bytes bytes, Bytes weights) { return _mm256_maddubs_epi16(bytes, weights); }
 inline Bytes addedPairs(Bytes words) { return _mm256_madd_epi16(words, _mm256_set1_epi16(1)); }
+inline Bytes highProducts16(Bytes a, Bytes b) { return _mm256_mulhi_epu16(a, b); }
 inline Bytes added32(Bytes a, Bytes b) { return _mm256_add_epi32(a, b); }
 inline Bytes quotients(Bytes dividends, float reciprocal) {
     const __m256 values = _mm256_cvtepi32_ps(dividends);
@@ -84,6 +86,7 @@ inline Bytes weighedPairs(Bytes bytes, Bytes weights) {
                          _mm_mullo_epi16(second, _mm_srai_epi16(weights, 8)));
 }
 inline Bytes addedPairs(Bytes words) { return _mm_madd_epi16(words, _mm_set1_epi16(1)); }
+inline Bytes highProducts16(Bytes a, Bytes b) { return _mm_mulhi_epu16(a, b); }
 inline Bytes added32(Bytes a, Bytes b) { return _mm_add_epi32(a, b); }
 inline Bytes quotients(Bytes dividends, float reciprocal) {
     const __m128 values = _mm_cvtepi32_ps(dividends);

@@ -1,46 +1,57 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/copy_kernels.h"
 
+#if defined(__SSE2__)
+#include "host/fxkit/byte_lanes.h"
+#endif
+
 #include <cstring>
 #include <type_traits>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-#if defined(__AVX512BW__)
-constexpr std::int64_t vectorBytes = 64;
-#elif defined(__AVX2__)
-constexpr std::int64_t vectorBytes = 32;
-#else
-constexpr std::int64_t vectorBytes = 16;
-#endif
-typedef std::uint16_t Words __attribute__((vector_size(vectorBytes)));
-
-/// Where a word is at most 255 * 255 + 127, its quotient by 255 in the high byte.
-template <class Word>
-Word dividedBy255(Word sum) {
-    return static_cast<Word>(sum + 1 + (sum >> 8));
+/// The quotient by 255, rounded to the nearest. One more than the dividend with half of 255, times 257 /
+/// 65536, truncates to the same, as long as the quotient is a byte.
+constexpr std::uint8_t blendedByte(std::uint8_t source, std::uint8_t destination, std::uint32_t weight) {
+    return static_cast<std::uint8_t>((source * weight + destination * (255 - weight) + 128) * 257 >> 16);
 }
 
+#if defined(__SSE2__)
+/// The same for a register of bytes. The products are of weights without and bytes with a sign: bytes less
+/// 128 make sums less 128 * 255, to which 128 * 256 restore the dividend, and the 128 that are added to it.
+class BlendedBytes {
+public:
+    explicit BlendedBytes(std::uint32_t weight)
+        : weights_(repeatedWord(static_cast<int>(weight | (255 - weight) << 8))) {}
+
+    Bytes operator()(Bytes source, Bytes destination) const {
+        const Bytes less128 = repeatedWord(0x8080);
+        source ^= less128;
+        destination ^= less128;
+        return joined16(quotients255(interleavedLow8(source, destination)),
+                        quotients255(interleavedHigh8(source, destination)));
+    }
+
+private:
+    Bytes quotients255(Bytes pairs) const {
+        return highProducts16(weighedPairs(weights_, pairs) ^ repeatedWord(0x8000), repeatedWord(257));
+    }
+
+    Bytes weights_;
+};
+#endif
+
 void blend(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes, std::uint32_t weight) {
-    const auto mine = static_cast<std::uint16_t>(weight);
-    const auto theirs = static_cast<std::uint16_t>(255 - weight);
     std::int64_t i = 0;
-    // The two bytes of a word apart, so that nothing has to be widened and packed again.
-    for (; i + vectorBytes <= bytes; i += vectorBytes) {
-        Words s;
-        Words d;
-        std::memcpy(&s, source + i, sizeof s);
-        std::memcpy(&d, destination + i, sizeof d);
-        const Words low = dividedBy255((s & 0xFF) * mine + (d & 0xFF) * theirs + 127);
-        const Words high = dividedBy255((s >> 8) * mine + (d >> 8) * theirs + 127);
-        const Words blended = low >> 8 | (high & 0xFF00);
-        std::memcpy(destination + i, &blended, sizeof blended);
+#if defined(__SSE2__)
+    const BlendedBytes blended(weight);
+    constexpr auto lanes = static_cast<std::int64_t>(sizeof(Bytes));
+    for (; i + lanes <= bytes; i += lanes) {
+        storeBytes(destination + i, blended(loadBytes(source + i), loadBytes(destination + i)));
     }
-    for (; i < bytes; ++i) {
-        const auto sum = static_cast<std::uint16_t>(source[i] * mine + destination[i] * theirs + 127);
-        destination[i] = static_cast<std::uint8_t>(dividedBy255(sum) >> 8);
-    }
+#endif
+    for (; i < bytes; ++i) destination[i] = blendedByte(source[i], destination[i], weight);
 }
 
 /// Two bytes of a pixel in halves of a word, where sums of up to 16 x 16 of them have room.
@@ -100,8 +111,62 @@ void joinColumns(const ColumnSums& columns, Width across, ColumnSums& boxes, std
 template <std::int32_t width>
 using Known = std::integral_constant<std::int32_t, width>;
 
+#if defined(__AVX512BW__)
+constexpr int vectorBytes = 64;
+#elif defined(__AVX2__)
+constexpr int vectorBytes = 32;
+#else
+constexpr int vectorBytes = 16;
+#endif
+typedef std::uint16_t Words __attribute__((vector_size(vectorBytes)));
+typedef std::uint32_t Pixels __attribute__((vector_size(vectorBytes)));
+constexpr int vectorPixels = vectorBytes / 4;
+
+Words loadWords(const std::uint8_t* bytes) {
+    Words words;
+    std::memcpy(&words, bytes, sizeof words);
+    return words;
+}
+
+/// Each pixel of two registers in a row added to its neighbour, for the pixels of one register; `which`
+/// counts up by 2 from 0.
+Words addedNeighbours(Words first, Words second, Pixels which) {
+    return (Words)__builtin_shuffle((Pixels)first, (Pixels)second, which) +
+           (Words)__builtin_shuffle((Pixels)first, (Pixels)second, which + 1);
+}
+
+/// The means of boxes of 2 x 2 pixels, as many as fill whole registers. Returns how many.
+std::int64_t quarterMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::uint8_t* destination,
+                          std::int64_t count) {
+    Pixels which;
+    for (int i = 0; i < vectorPixels; ++i) which[i] = static_cast<std::uint32_t>(2 * i);
+    std::int64_t x = 0;
+    for (; x + vectorPixels <= count; x += vectorPixels) {
+        const auto load = [&](int row, int half) {
+            return loadWords(source + row * rowBytes + 8 * x + half * vectorBytes);
+        };
+        const Words rows[2][2] = {{load(0, 0), load(0, 1)}, {load(1, 0), load(1, 1)}};
+        Words even[2];
+        Words odd[2];
+        for (int half = 0; half < 2; ++half) {
+            even[half] = (rows[0][half] & 0xFF) + (rows[1][half] & 0xFF);
+            odd[half] = (rows[0][half] >> 8) + (rows[1][half] >> 8);
+        }
+        const Words means = (addedNeighbours(even[0], even[1], which) + 2) >> 2 |
+                            (addedNeighbours(odd[0], odd[1], which) + 2) >> 2 << 8;
+        std::memcpy(destination + 4 * x, &means, sizeof means);
+    }
+    return x;
+}
+
 void boxMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::int32_t across, std::int32_t down,
               std::uint8_t* destination, std::int64_t count) {
+    if (across == 2 && down == 2) {
+        const std::int64_t done = quarterMeans(source, rowBytes, destination, count);
+        source += 8 * done;
+        destination += 4 * done;
+        count -= done;
+    }
     const BoxDivisor divisor(static_cast<std::uint32_t>(across * down));
     const std::int64_t blockBoxes = boxBlock / across;
     ColumnSums columns;

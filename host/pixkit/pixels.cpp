@@ -18,10 +18,13 @@ void vpixFillRect(FrameBuffer* handle, const FrameRect* rect, std::uint32_t colo
     const PixKit::Range columns = intersection(PixKit::columnsOf(*rect), view.columns);
     const PixKit::Range rows = intersection(PixKit::rowsOf(*rect), view.rows);
     if (columns.empty() || rows.empty()) return;
-    std::uint8_t* first = view.at(columns.begin, rows.begin);
     const std::int64_t rowLength = columns.size() * view.pixelBytes;
-    for (std::int64_t i = 0; i < rowLength; i += sizeof color) std::memcpy(first + i, &color, sizeof color);
-    for (std::int64_t y = rows.begin + 1; y < rows.end; ++y) {
+    // Rows are stored bottom-up; memory is walked upwards.
+    const std::uint8_t* first = view.at(columns.begin, rows.end - 1);
+    for (std::int64_t i = 0; i < rowLength; i += sizeof color) {
+        std::memcpy(view.at(columns.begin, rows.end - 1) + i, &color, sizeof color);
+    }
+    for (std::int64_t y = rows.end - 2; y >= rows.begin; --y) {
         std::memcpy(view.at(columns.begin, y), first, static_cast<std::size_t>(rowLength));
     }
 }

@@ -36,6 +36,13 @@ Sample blended(Sample source, Sample destination, std::uint32_t weight) {
     }
 }
 
+/// Calls row(y) for every row to write, the last first: rows are stored bottom-up, and the processor reads
+/// ahead of those who walk memory upwards.
+template <class Row>
+void forEachRowInMemory(const AxisScale& rows, Row&& row) {
+    for (std::int64_t y = rows.written().end - 1; y >= rows.written().begin; --y) row(y);
+}
+
 std::uint64_t weightAt(const Taps& taps, std::int64_t index, std::uint64_t body) {
     if (index == 0) return taps.head;
     return index == taps.count - 1 ? taps.tail : body;
@@ -85,10 +92,10 @@ void copyPixels(const PixelView& source, const PixelView& destination, const Axi
                 const AxisScale& rows, Blend blend) {
     const Range& to = columns.written();
     const std::int64_t from = columns.read().begin;
-    std::int64_t fromRow = rows.read().begin;
-    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, ++fromRow) {
-        put(source.at(from, fromRow), destination.at(to.begin, y), source.pixelBytes * to.size(), blend);
-    }
+    const std::int64_t fromRow = rows.read().begin - rows.written().begin;
+    forEachRowInMemory(rows, [&](std::int64_t y) {
+        put(source.at(from, fromRow + y), destination.at(to.begin, y), source.pixelBytes * to.size(), blend);
+    });
 }
 
 /// One line of a growing axis: the ends, which repeat a pixel, and what lies between neighbours.
@@ -119,11 +126,11 @@ void growLine(const SourceLine& source, const DestinationLine& destination, cons
 void growRows(const PixelView& source, const PixelView& destination, const AxisScale& columns,
               const AxisScale& rows) {
     const Range from = columns.read();
-    std::int64_t fromRow = rows.read().begin;
-    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, ++fromRow) {
-        growLine({source.at(from.begin, fromRow), 4, from.size()},
+    const std::int64_t fromRow = rows.read().begin - rows.written().begin;
+    forEachRowInMemory(rows, [&](std::int64_t y) {
+        growLine({source.at(from.begin, fromRow + y), 4, from.size()},
                  {destination.at(columns.written().begin, y), 4, columns.written().size()}, columns);
-    }
+    });
 }
 
 void growColumn(const PixelView& source, const PixelView& destination, const AxisScale& columns,
@@ -142,21 +149,23 @@ void copyBoxes(const PixelView& source, const PixelView& destination, const Axis
     const auto across = static_cast<std::int32_t>(columns.wholeSpan());
     const auto down = static_cast<std::int32_t>(rows.wholeSpan());
     const Range& to = columns.written();
-    std::int64_t fromRow = rows.read().begin;
-    for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y, fromRow += down) {
-        const std::uint8_t* from = source.at(columns.read().begin, fromRow);
+    const std::int64_t firstRow = rows.read().begin;
+    forEachRowInMemory(rows, [&](std::int64_t y) {
+        // The last of the box's rows lies lowest in memory.
+        const std::uint8_t* from =
+            source.at(columns.read().begin, firstRow + (y - rows.written().begin + 1) * down - 1);
         if (blend.replaces()) {
-            kernels.boxMeans(from, -source.rowBytes, across, down, destination.at(to.begin, y), to.size());
-            continue;
+            kernels.boxMeans(from, source.rowBytes, across, down, destination.at(to.begin, y), to.size());
+            return;
         }
         for (std::int64_t x = to.begin; x < to.end; x += blockPixels) {
             std::uint8_t pixels[4 * blockPixels];
             const std::int64_t count = std::min(blockPixels, to.end - x);
-            kernels.boxMeans(from + 4 * across * (x - to.begin), -source.rowBytes, across, down, pixels,
+            kernels.boxMeans(from + 4 * across * (x - to.begin), source.rowBytes, across, down, pixels,
                              count);
             put(pixels, destination.at(x, y), 4 * count, blend);
         }
-    }
+    });
 }
 
 RunWeights runWeights(const Taps& taps, const AxisScale& axis) {
@@ -186,7 +195,7 @@ void scaleBytes(const PixelView& source, const PixelView& destination, const Axi
             runs[count] = {static_cast<std::int32_t>(taps.first - from), runWeights(taps, columns), total,
                            1 / total};
         }
-        for (std::int64_t y = rows.written().begin; y < rows.written().end; ++y) {
+        forEachRowInMemory(rows, [&](std::int64_t y) {
             const Taps down = rows.taps(y);
             float sums[4 * blockSourcePixels];
             std::uint8_t pixels[4 * blockPixels];
@@ -194,7 +203,7 @@ void scaleBytes(const PixelView& source, const PixelView& destination, const Axi
                             4 * sourcePixels);
             kernels.meanAcross(sums, runs, static_cast<double>(down.total), pixels, count);
             put(pixels, destination.at(x, y), 4 * count, blend);
-        }
+        });
         x += count;
     }
 }

@@ -118,6 +118,25 @@ TEST(VpixCopy, LongLinesMatchTheExactDefinition) {
     }
 }
 
+TEST(VpixCopy, EveryBlendOfTwoBytesIsRoundedExactly) {
+    constexpr int size = 256;
+    const FrameRect bounds{0, 0, size / 4, size};
+    Memory sources(size * size);
+    Memory destinations(size * size);
+    for (std::size_t i = 0; i < sources.size(); ++i) sources[i] = static_cast<std::uint8_t>(i / size);
+    TestBuffer source(sources, 0, bounds, size);
+    TestBuffer destination(destinations, 0, bounds, size);
+    for (std::uint32_t weight = 0; weight < 256; ++weight) {
+        for (std::size_t i = 0; i < destinations.size(); ++i)
+            destinations[i] = static_cast<std::uint8_t>(i % size);
+        vpixCopy(source.handle(), destination.handle(), &bounds, &bounds, 0x8000 | weight);
+        for (std::uint32_t i = 0; i < destinations.size(); ++i) {
+            const std::uint32_t expected = (i / size * weight + i % size * (255 - weight) + 127) / 255;
+            ASSERT_EQ(destinations[i], expected) << i / size << " over " << i % size << ", weight " << weight;
+        }
+    }
+}
+
 /// Every rounding of a whole line: all weights that a length has meet both small and large differences.
 TEST(VpixCopy, GrowingLinesRoundHalfUpAtEveryLength) {
     std::mt19937 random(7);

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Runs every block of commands of a page, in the order in which a reader meets them, in what looks like a clone of the
-tree. Builds and installations are taken as done; the demo's clip and photographs are small ones."""
+"""Runs every block of commands of the pages, in the order in which a reader meets them, in what looks like a clone of
+the tree. Builds and installations are taken as done; the demo's clip and photographs are small ones."""
 import os
 import pathlib
 import re
@@ -41,19 +41,20 @@ def ffmpeg(*words):
     subprocess.run(["ffmpeg", "-v", "error", "-y", *map(str, words)], check=True)
 
 
-@pytest.fixture
-def clone(tmp_path, samples):
+@pytest.fixture(scope="module")
+def clone(tmp_path_factory, samples):
+    folder = tmp_path_factory.mktemp("clone")
     for entry in ROOT.iterdir():
         if entry.name not in ("build", "demo", "check", "demo-output", ".git"):
-            (tmp_path / entry.name).symlink_to(entry)
-    (tmp_path / "build").mkdir()
-    (tmp_path / "build/linux").symlink_to(BUILD)
-    (tmp_path / "build/demo").symlink_to(samples)
-    (tmp_path / "done").mkdir()
-    for stub in [*(tmp_path / "done" / name for name in ALREADY_DONE), tmp_path / "demo", tmp_path / "check"]:
+            (folder / entry.name).symlink_to(entry)
+    (folder / "build").mkdir()
+    (folder / "build/linux").symlink_to(BUILD)
+    (folder / "build/demo").symlink_to(samples)
+    (folder / "done").mkdir()
+    for stub in [*(folder / "done" / name for name in ALREADY_DONE), folder / "demo", folder / "check"]:
         stub.write_text("#!/bin/sh\n")
         stub.chmod(0o755)
-    return tmp_path
+    return folder
 
 
 @pytest.mark.parametrize("page", PAGES)

@@ -12,7 +12,7 @@ build_packages=(
 check_packages=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
     fonts-wine fonts-ipafont-gothic fonts-nanum
-    ccache clang-format-14 clang-tidy-14
+    ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
     python3-pytest python3-numpy python3-pil
     ffmpeg melt
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad

@@ -9,6 +9,9 @@ namespace {
 constexpr std::string_view blanks = " \t\r\n";
 constexpr std::size_t offeredNames = 3;
 
+/// What is typed may be a whole file; its begin is enough to find names that are near.
+constexpr std::size_t comparedLength = 100;
+
 /// How many single characters have to be changed, left out, put in or swapped with the next to make `name` of
 /// `typed`.
 std::size_t editDistance(std::string_view typed, std::string_view name) {
@@ -30,6 +33,7 @@ std::size_t editDistance(std::string_view typed, std::string_view name) {
 
 /// The distance to the whole name or to its beginning, whichever is less: people abbreviate.
 std::size_t distance(std::string_view typed, const std::string& name) {
+    typed = typed.substr(0, comparedLength);
     const std::string whole = comparableName(name);
     return std::min(editDistance(typed, whole),
                     editDistance(typed, std::string_view(whole).substr(0, typed.size())) + 1);

@@ -102,6 +102,8 @@ Json parseJson(const Place& whole, std::string_view text) {
         whole.fail("is no valid JSON at line " +
                    std::to_string(std::count(before.begin(), before.end(), '\n') + 1) + ", column " +
                    std::to_string(end - lineStart + 1));
+    } catch (const Json::out_of_range&) {
+        whole.fail("holds a number that is too large");
     }
 }
 
@@ -122,7 +124,8 @@ std::vector<FilterSettings> parseSettings(const Catalogue& catalogue, const std:
     if (!document.is_object()) whole.fail("must be an object with \"vireo\" and \"filters\"");
     const Json& version = require(document, "vireo", whole);
     if (version != fileVersion) {
-        whole.member("vireo").fail("is version " + version.dump() + ", but only version 1 is known");
+        const std::string given = version.is_structured() ? "no number" : "version " + version.dump();
+        whole.member("vireo").fail("is " + given + ", but only version 1 is known");
     }
     refuseOthers(document, {"vireo", "filters"}, whole);
     const Json& filters = require(document, "filters", whole);

@@ -25,6 +25,7 @@ void vpixFillRect(FrameBuffer* handle, const FrameRect* rect, std::uint32_t colo
         std::memcpy(view.at(columns.begin, rows.end - 1) + i, &color, sizeof color);
     }
     for (std::int64_t y = rows.end - 2; y >= rows.begin; --y) {
-        std::memcpy(view.at(columns.begin, y), first, static_cast<std::size_t>(rowLength));
+        // Rows may overlap.
+        std::memmove(view.at(columns.begin, y), first, static_cast<std::size_t>(rowLength));
     }
 }

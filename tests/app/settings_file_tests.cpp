@@ -85,6 +85,9 @@ TEST(SettingsFile, NamesTheFileAndThePlaceOfDamage) {
         {R"({"vireo": 2})",
          "the settings file look.json at vireo: is version 2, but only version 1 is known"},
         {R"({"vireo": "1"})", "the settings file look.json at vireo: is version \"1\""},
+        {R"({"vireo": )" + std::string(200000, '[') + std::string(200000, ']') + '}',
+         "the settings file look.json at vireo: is no number, but only version 1 is known"},
+        {R"({"vireo": 1e999})", "the settings file look.json: holds a number that is too large"},
         {R"({"vireo": 1, "filters": []})", "the settings file look.json at filters: must be a list"},
         {R"({"vireo": 1, "filter": []})", "the settings file look.json at filter: is not known here"},
         {open + "3" + close, "the settings file look.json at filters[0]: must be an object"},
@@ -100,7 +103,7 @@ TEST(SettingsFile, NamesTheFileAndThePlaceOfDamage) {
         {open + R"({"filter": "addv", "parameter": {}})" + close,
          "the settings file look.json at filters[0].parameter: is not known here"},
     };
-    for (const Case& c : cases) EXPECT_THAT(errorOf(c.text), StartsWith(c.message)) << c.text;
+    for (const Case& c : cases) EXPECT_THAT(errorOf(c.text), StartsWith(c.message)) << c.text.substr(0, 200);
 }
 
 TEST(LevelsFile, HoldsTheRecordBehindItsMagic) {

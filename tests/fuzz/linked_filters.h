@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_TESTS_FUZZ_LINKED_FILTERS_H
+#define VIREO_TESTS_FUZZ_LINKED_FILTERS_H
+
+#include "host/vrm/meta_plugin.h"
+
+#include <vector>
+
+/// The filters of the module, which is linked into the program.
+const std::vector<VRM::Filter>& linkedFilters();
+
+#endif

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
@@ -128,18 +129,17 @@ Words loadWords(const std::uint8_t* bytes) {
     return words;
 }
 
-/// Each pixel of two registers in a row added to its neighbour, for the pixels of one register; `which`
-/// counts up by 2 from 0.
-Words addedNeighbours(Words first, Words second, Pixels which) {
-    return (Words)__builtin_shuffle((Pixels)first, (Pixels)second, which) +
-           (Words)__builtin_shuffle((Pixels)first, (Pixels)second, which + 1);
+/// Each pixel of two registers in a row added to its neighbour, for the pixels of one register.
+template <int... i>
+Words addedNeighbours(Words first, Words second, std::integer_sequence<int, i...>) {
+    return (Words)__builtin_shufflevector((Pixels)first, (Pixels)second, 2 * i...) +
+           (Words)__builtin_shufflevector((Pixels)first, (Pixels)second, 2 * i + 1 ...);
 }
 
 /// The means of boxes of 2 x 2 pixels, as many as fill whole registers. Returns how many.
 std::int64_t quarterMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::uint8_t* destination,
                           std::int64_t count) {
-    Pixels which;
-    for (int i = 0; i < vectorPixels; ++i) which[i] = static_cast<std::uint32_t>(2 * i);
+    constexpr std::make_integer_sequence<int, vectorPixels> all;
     std::int64_t x = 0;
     for (; x + vectorPixels <= count; x += vectorPixels) {
         const auto load = [&](int row, int half) {
@@ -152,8 +152,8 @@ std::int64_t quarterMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, s
             even[half] = (rows[0][half] & 0xFF) + (rows[1][half] & 0xFF);
             odd[half] = (rows[0][half] >> 8) + (rows[1][half] >> 8);
         }
-        const Words means = (addedNeighbours(even[0], even[1], which) + 2) >> 2 |
-                            (addedNeighbours(odd[0], odd[1], which) + 2) >> 2 << 8;
+        const Words means = (addedNeighbours(even[0], even[1], all) + 2) >> 2 |
+                            (addedNeighbours(odd[0], odd[1], all) + 2) >> 2 << 8;
         std::memcpy(destination + 4 * x, &means, sizeof means);
     }
     return x;

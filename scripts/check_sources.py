@@ -35,8 +35,10 @@ HOST_INSIDE = [
     "host/vireo_host.h",
     "host/fxkit/channel_services.h",
     "host/heapkit/memory_handles.h",
+    "host/pixkit/mix.h",
     "host/vrm/filter_instance.h",
     "host/vrm/meta_plugin.h",
+    "host/vrm/parameter_value.h",
     "host/vrm/property_list.h",
 ]
 MODULE = ("framework/", "filters/", "resources/")

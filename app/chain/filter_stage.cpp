@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/chain/filter_stage.h"
 
-#include "app/chain/mix.h"
 #include "app/chain/vuya.h"
+#include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
 
 #include <algorithm>
@@ -163,7 +163,7 @@ PicturePtr FilterStage::apply(const PicturePtr& input, const Moment& moment, con
     auto result = std::make_shared<Picture>(source->width(), source->height(), source->format());
     execute(*source, *result, moment, inputAt);
     if (asVuya) result = bgraFromVuya(*result);
-    if (mix < fullMix) mixInto(*input, *result, mix);
+    if (mix < fullMix) PixKit::mixInto(*input->buffer(), *result->buffer(), mix);
     return result;
 }
 

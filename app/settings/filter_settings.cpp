@@ -137,7 +137,7 @@ void FilterSettings::assignFromBytes() {
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         if (isAssigned(i)) continue;
         const std::int64_t value = readValue(parameters[i], bytes_);
-        const ValueRange range = valueRange(parameters[i]);
+        const VRM::ValueRange range = valueRange(parameters[i]);
         if (value < range.minimum || value > range.maximum) {
             throw RenderError(ownerName(parameters[i].name) + " goes from " + std::to_string(range.minimum) +
                               " to " + std::to_string(range.maximum) + ", so that the " +

@@ -20,16 +20,7 @@ constexpr std::int64_t fullMix = 100;
 
 std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
-bool isSigned(const VRM::Parameter& parameter) { return parameter.minimum < 0; }
-
-/// The smallest and the largest number in the parameter's bytes.
-ValueRange recordRange(const VRM::Parameter& parameter) {
-    const int bits = 8 * parameter.size;
-    if (isSigned(parameter)) return {-(std::int64_t{1} << (bits - 1)), (std::int64_t{1} << (bits - 1)) - 1};
-    return {0, (std::int64_t{1} << bits) - 1};
-}
-
-std::string rangeText(const ValueRange& range) {
+std::string rangeText(const VRM::ValueRange& range) {
     return std::to_string(range.minimum) + " to " + std::to_string(range.maximum);
 }
 
@@ -56,7 +47,7 @@ std::int64_t parsePercent(const VRM::Parameter& parameter, const std::string& ow
 
 std::int64_t parseNumber(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
     if (text.ends_with('%')) return parsePercent(parameter, owner, text);
-    const ValueRange range = valueRange(parameter);
+    const VRM::ValueRange range = valueRange(parameter);
     const auto value = parseWholeNumber(text);
     if (!value || *value < range.minimum || *value > range.maximum) {
         fail(owner + " takes whole numbers from " + rangeText(range) + ", not " + quoted(text));
@@ -162,15 +153,6 @@ std::string trackText(const ValueTrack& track, const std::function<std::string(s
 
 }  // namespace
 
-ValueRange valueRange(const VRM::Parameter& parameter) {
-    if (parameter.kind == VRM::ParameterKind::Boolean) return {0, 1};
-    if (parameter.kind == VRM::ParameterKind::Color) return {0, 0xFFFFFF};
-    const ValueRange record = recordRange(parameter);
-    const double lowest = static_cast<double>(record.minimum), highest = static_cast<double>(record.maximum);
-    return {static_cast<std::int64_t>(std::ceil(std::clamp(parameter.minimum, lowest, highest))),
-            static_cast<std::int64_t>(std::floor(std::clamp(parameter.maximum, lowest, highest)))};
-}
-
 std::int64_t parseValue(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
     switch (parameter.kind) {
         case VRM::ParameterKind::Boolean: return parseBoolean(owner, text);
@@ -201,22 +183,6 @@ std::string valueText(const VRM::Parameter& parameter, std::int64_t value) {
 
 std::string valueText(const VRM::Parameter& parameter, const ValueTrack& track) {
     return trackText(track, [&](std::int64_t value) { return valueText(parameter, value); });
-}
-
-std::int64_t readValue(const VRM::Parameter& parameter, std::span<const std::uint8_t> record) {
-    std::uint64_t bits = 0;
-    for (int i = parameter.size - 1; i >= 0; --i) {
-        bits = bits << 8 | record[parameter.offset + static_cast<std::size_t>(i)];
-    }
-    if (!isSigned(parameter)) return static_cast<std::int64_t>(bits);
-    const int unused = 64 - 8 * parameter.size;
-    return static_cast<std::int64_t>(bits << unused) >> unused;
-}
-
-void writeValue(const VRM::Parameter& parameter, std::int64_t value, std::span<std::uint8_t> record) {
-    for (int i = 0; i < parameter.size; ++i) {
-        record[parameter.offset + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> (8 * i));
-    }
 }
 
 ValueTrack parseMix(const std::string& owner, std::string_view text) {

@@ -1,24 +1,16 @@
 // SPDX-License-Identifier: MIT
-// A parameter's value as people write it, as a number, and as its bytes in a settings record.
+// A parameter's value as people write it.
 #ifndef VIREO_APP_SETTINGS_PARAMETER_VALUE_H
 #define VIREO_APP_SETTINGS_PARAMETER_VALUE_H
 
 #include "app/settings/value_track.h"
-#include "host/vrm/property_list.h"
+#include "host/vrm/parameter_value.h"
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
 namespace vireo {
-
-/// The whole numbers that a parameter takes, both ends included: its range, as far as the record can hold it.
-struct ValueRange {
-    std::int64_t minimum = 0;
-    std::int64_t maximum = 0;
-};
-ValueRange valueRange(const VRM::Parameter& parameter);
 
 /// One value: a whole number, "N%", a colour or a word for on and off, by the parameter's kind. Colours have
 /// red in the low byte, check boxes are 0 or 1. Throws RenderError of wrong usage, which names the parameter
@@ -33,10 +25,6 @@ std::string valueText(const VRM::Parameter& parameter, std::int64_t value);
 
 /// The same of a track: "0@0s..254@5s".
 std::string valueText(const VRM::Parameter& parameter, const ValueTrack& track);
-
-/// The value that a settings record holds. The record holds the parameter whole.
-std::int64_t readValue(const VRM::Parameter& parameter, std::span<const std::uint8_t> record);
-void writeValue(const VRM::Parameter& parameter, std::int64_t value, std::span<std::uint8_t> record);
 
 /// What a filter's mix takes: whole per cents, with or without the sign.
 ValueTrack parseMix(const std::string& owner, std::string_view text);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/instance.h"
 
-#include "bridges/frei0r/record_value.h"
 #include "host/vireo_host.h"
+#include "host/vrm/parameter_value.h"
 
 #include <algorithm>
 #include <charconv>
@@ -105,18 +105,18 @@ void Instance::setListed(const VRM::Parameter& parameter, f0r_param_t value) {
     if (parameter.kind == VRM::ParameterKind::Color) {
         const auto& color = *static_cast<const f0r_param_color*>(value);
         if (std::isnan(color.r) || std::isnan(color.g) || std::isnan(color.b)) return;
-        writeValue(filter_.settings(), parameter,
-                   channelByte(color.r) | channelByte(color.g) << 8 | channelByte(color.b) << 16);
+        writeValue(parameter, channelByte(color.r) | channelByte(color.g) << 8 | channelByte(color.b) << 16,
+                   filter_.settings());
         return;
     }
     const double number = *static_cast<const double*>(value);
     if (std::isnan(number)) return;
     if (parameter.kind == VRM::ParameterKind::Boolean) {
-        writeValue(filter_.settings(), parameter, number >= 0.5 ? 1 : 0);
+        writeValue(parameter, number >= 0.5 ? 1 : 0, filter_.settings());
     } else {
         const double range = parameter.maximum - parameter.minimum;
-        writeValue(filter_.settings(), parameter,
-                   roundedHalfUp(parameter.minimum + std::clamp(number, 0.0, 1.0) * range));
+        writeValue(parameter, roundedHalfUp(parameter.minimum + std::clamp(number, 0.0, 1.0) * range),
+                   filter_.settings());
     }
 }
 
@@ -150,7 +150,7 @@ void Instance::getParameter(int index, f0r_param_t value) {
         return;
     }
     const VRM::Parameter& parameter = parameters[static_cast<std::size_t>(index)];
-    const std::int64_t stored = readValue(filter_.settings(), parameter);
+    const std::int64_t stored = readValue(parameter, filter_.settings());
     const auto channel = [stored](int shift) { return static_cast<float>(stored >> shift & 0xFF) / 255; };
     switch (parameter.kind) {
         case VRM::ParameterKind::Boolean: *static_cast<double*>(value) = stored != 0 ? 1 : 0; break;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/module.h"
 
-#include "bridges/frei0r/record_value.h"
+#include "host/vrm/parameter_value.h"
 
 #include <dlfcn.h>
 
@@ -68,7 +68,7 @@ void setAtRandom(const VRM::Filter& filter, const VRM::FilterInstance& instance,
         const double least = number ? parameter.minimum : 0;
         const double most = number ? parameter.maximum : color ? 0xFFFFFF : 1;
         std::uniform_real_distribution<double> values(least, most);
-        writeValue(instance.settings(), parameter, static_cast<std::int64_t>(values(random)));
+        writeValue(parameter, static_cast<std::int64_t>(values(random)), instance.settings());
     }
 }
 

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "app/chain/mix.h"
+#include "host/pixkit/mix.h"
+
+#include "host/pixkit/pixel_view.h"
 
 #include <cstdint>
 #include <type_traits>
 
-namespace vireo {
+namespace PixKit {
 namespace {
 
 constexpr int channels = 4;
@@ -46,11 +48,11 @@ void mixPixel(const Channel* source, Channel* result, Wide<Channel> percent) {
 }
 
 template <class Channel>
-void mixRows(const Picture& source, Picture& result, int percent) {
-    for (int y = 0; y < result.height(); ++y) {
-        const auto* from = reinterpret_cast<const Channel*>(source.row(y));
-        auto* to = reinterpret_cast<Channel*>(result.row(y));
-        for (int x = 0; x < result.width(); ++x, from += channels, to += channels) {
+void mixRows(const PixelView& source, const PixelView& result, int percent) {
+    for (std::int64_t y = result.rows.begin; y < result.rows.end; ++y) {
+        const auto* from = reinterpret_cast<const Channel*>(source.at(source.columns.begin, y));
+        auto* to = reinterpret_cast<Channel*>(result.at(result.columns.begin, y));
+        for (std::int64_t x = 0; x < result.columns.size(); ++x, from += channels, to += channels) {
             mixPixel(from, to, static_cast<Wide<Channel>>(percent));
         }
     }
@@ -58,12 +60,14 @@ void mixRows(const Picture& source, Picture& result, int percent) {
 
 }  // namespace
 
-void mixInto(const Picture& source, Picture& result, int percent) {
-    switch (PixKit::bytesPerPixel(result.format()) / channels) {
-        case 1: return mixRows<std::uint8_t>(source, result, percent);
-        case 2: return mixRows<std::uint16_t>(source, result, percent);
-        default: return mixRows<float>(source, result, percent);
+void mixInto(const FrameBuffer& source, const FrameBuffer& result, int percent) {
+    const PixelView from = viewOf(&source);
+    const PixelView to = viewOf(&result);
+    switch (to.pixelBytes / channels) {
+        case 1: return mixRows<std::uint8_t>(from, to, percent);
+        case 2: return mixRows<std::uint16_t>(from, to, percent);
+        default: return mixRows<float>(from, to, percent);
     }
 }
 
-}  // namespace vireo
+}  // namespace PixKit

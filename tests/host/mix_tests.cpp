@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/chain/mix.h"
+#include "host/pixkit/mix.h"
+
+#include "tests/host/test_buffer.h"
 
 #include <gmock/gmock.h>
 
@@ -7,7 +9,6 @@
 #include <cstring>
 #include <random>
 
-namespace vireo {
 namespace {
 
 /// The rule as it reads, in more digits than any depth has.
@@ -37,10 +38,13 @@ void expectMix(std::uint32_t format, double top) {
         return static_cast<Channel>(values(random));
     };
     constexpr int width = 300;
+    constexpr std::size_t pixelBytes = 4 * sizeof(Channel);
     for (const int percent : {1, 33, 50, 99}) {
-        Picture source(width, 1, format), result(width, 1, format);
-        auto* s = reinterpret_cast<Channel*>(source.row(0));
-        auto* d = reinterpret_cast<Channel*>(result.row(0));
+        Memory sourceMemory(pixelBytes * width), resultMemory(pixelBytes * width);
+        TestBuffer source(sourceMemory, 0, {0, 0, width, 1}, 0, format);
+        TestBuffer result(resultMemory, 0, {0, 0, width, 1}, 0, format);
+        auto* s = reinterpret_cast<Channel*>(sourceMemory.data());
+        auto* d = reinterpret_cast<Channel*>(resultMemory.data());
         for (int i = 0; i < 4 * width; ++i) {
             s[i] = channel(i % 4);
             d[i] = channel(i % 4);
@@ -49,8 +53,8 @@ void expectMix(std::uint32_t format, double top) {
         for (int x = 0; x < width; ++x, s += 4, d += 4) {
             expected.push_back(mixed(s, d, percent));
         }
-        mixInto(source, result, percent);
-        const auto* got = reinterpret_cast<const Channel*>(result.row(0));
+        PixKit::mixInto(*source.handle(), *result.handle(), percent);
+        const auto* got = reinterpret_cast<const Channel*>(resultMemory.data());
         for (int i = 0; i < 4 * width; ++i) {
             const long double exact =
                 expected[static_cast<std::size_t>(i / 4)][static_cast<std::size_t>(i % 4)];
@@ -70,13 +74,10 @@ TEST(Mix, FollowsTheRuleAtEveryDepth) {
 }
 
 TEST(Mix, WeighsColoursByAlpha) {
-    Picture source(1, 1), result(1, 1);
-    const std::uint8_t clear[] = {200, 200, 200, 0}, opaque[] = {10, 20, 30, 255};
-    std::memcpy(source.row(0), clear, 4);
-    std::memcpy(result.row(0), opaque, 4);
-    mixInto(source, result, 50);
-    EXPECT_THAT(std::vector<int>(result.row(0), result.row(0) + 4), testing::ElementsAre(10, 20, 30, 128));
+    Memory clear{200, 200, 200, 0}, opaque{10, 20, 30, 255};
+    TestBuffer source(clear, 0, {0, 0, 1, 1}, 4), result(opaque, 0, {0, 0, 1, 1}, 4);
+    PixKit::mixInto(*source.handle(), *result.handle(), 50);
+    EXPECT_THAT(opaque, testing::ElementsAre(10, 20, 30, 128));
 }
 
 }  // namespace
-}  // namespace vireo

@@ -4,9 +4,9 @@
 #include "app/chain/vuya.h"
 #include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
+#include "host/vrm/filter_probe.h"
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <stdexcept>
 
@@ -109,33 +109,7 @@ FilterStage::FilterStage(FilterSettings settings, int threads) : settings_(std::
         idle_.push_back(instances_.back().get());
     }
     pixelFormats_ = instances_.front()->pixelFormats();
-    lookBack_ = probeLookBack();
-}
-
-/// Renders a tiny frame far inside a long clip and takes note of what the filter asks for.
-int FilterStage::probeLookBack() const {
-    constexpr int size = 16;
-    constexpr std::int64_t frame = 1 << 20;
-
-    Picture source(size, size), destination(size, size);
-    for (int y = 0; y < size; ++y) std::memset(source.row(y), 0, 4 * size);
-
-    struct Probe {
-        std::int64_t earliest = frame;
-        FrameBuffer* picture = nullptr;
-    } probe{frame, source.buffer()};
-    const auto note = [](std::uint32_t time, FrameBuffer* target, const FrameRect* bounds, void* data) {
-        auto& noted = *static_cast<Probe*>(data);
-        noted.earliest = std::min<std::int64_t>(noted.earliest, time / 2);
-        vpixCopy(noted.picture, target, &noted.picture->bounds, bounds, VPixCopyReplace);
-        return std::int32_t{0};
-    };
-    for (const Field field : {Field::None, Field::Upper, Field::Lower}) {
-        const Moment moment{{frame, 2 * frame, 0, 25, Interlacing::TopFieldFirst}, field};
-        instances_.front()->render({source.buffer(), destination.buffer(), moment.time(),
-                                    static_cast<std::uint32_t>(4 * frame), fieldFlags(field), note, &probe});
-    }
-    return static_cast<int>(frame - probe.earliest);
+    lookBack_ = VRM::lookBack(*instances_.front());
 }
 
 void FilterStage::execute(const Picture& source, Picture& destination, const Moment& moment,

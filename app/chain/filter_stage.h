@@ -49,7 +49,6 @@ public:
 private:
     class Lease;
 
-    int probeLookBack() const;
     void execute(const Picture& source, Picture& destination, const Moment& moment, const InputAt& inputAt);
 
     FilterSettings settings_;

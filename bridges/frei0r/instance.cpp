@@ -2,6 +2,7 @@
 #include "bridges/frei0r/instance.h"
 
 #include "host/vireo_host.h"
+#include "host/vrm/filter_probe.h"
 #include "host/vrm/parameter_value.h"
 
 #include <algorithm>
@@ -74,7 +75,7 @@ Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigne
       width_(checkedSide(width)),
       height_(checkedSide(height)),
       turnsRows_(!effect_->takesRowsFromTheTop || width > widestRowsFromTheTop),
-      filter_(newInstance(*effect_->filter)),
+      filter_(VRM::newInstance(*effect_->filter)),
       ring_(effect_->lookBack == 0 ? 0 : static_cast<std::size_t>(effect_->lookBack) + 1,
             std::size_t{width} * height) {
     if (turnsRows_) {

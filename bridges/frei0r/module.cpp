@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/module.h"
 
+#include "host/vrm/filter_probe.h"
 #include "host/vrm/parameter_value.h"
 
 #include <dlfcn.h>
@@ -8,18 +9,12 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <new>
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace frei0r {
 namespace {
-
-/// Filters whose picture changes with the frame's number or the clip's length; lists do not tell.
-constexpr std::string_view timedFilters[] = {"QULN Bend", "QULN Ghosting", "QULN Horizontal Hold",
-                                             "QULN Vertical Hold"};
 
 std::filesystem::path pluginFolder() {
     Dl_info info{};
@@ -87,7 +82,7 @@ ProbePixels probePicture(const VRM::FilterInstance& instance, ProbePixels source
 /// own settings and some others, since many do little at first.
 bool takesRowsFromTheTop(const VRM::Filter& filter) {
     constexpr int rounds = 8;
-    const VRM::FilterInstance instance = newInstance(filter);
+    const VRM::FilterInstance instance = VRM::newInstance(filter);
     std::minstd_rand random(1);
     for (int round = 0; round < rounds; ++round) {
         ProbePixels source;
@@ -96,28 +91,6 @@ bool takesRowsFromTheTop(const VRM::Filter& filter) {
         setAtRandom(filter, instance, random);
     }
     return true;
-}
-
-int probedLookBack(const VRM::Filter& filter) {
-    const VRM::FilterInstance instance = newInstance(filter);
-    constexpr std::uint32_t late = 1000;
-    ProbePixels source{};
-    ProbePixels result{};
-    FrameBuffer sourceBuffer = probeBuffer(source, false);
-    FrameBuffer destination = probeBuffer(result, false);
-    std::uint32_t earliest = late;
-    instance.render({.source = &sourceBuffer,
-                     .destination = &destination,
-                     .time = late,
-                     .duration = 2 * late,
-                     .getFrame =
-                         [](std::uint32_t time, FrameBuffer*, const FrameRect*, void* data) {
-                             auto& seen = *static_cast<std::uint32_t*>(data);
-                             seen = std::min(seen, time);
-                             return std::int32_t{0};
-                         },
-                     .getFrameData = &earliest});
-    return static_cast<int>((late - earliest + 1) / 2);
 }
 
 }  // namespace
@@ -129,15 +102,8 @@ Effect loadEffect(std::uint32_t filterId) {
     if (filter == filters.end()) {
         throw std::runtime_error("the module has no filter " + std::to_string(filterId));
     }
-    return {module, &*filter, takesRowsFromTheTop(*filter), probedLookBack(*filter),
-            std::ranges::count(timedFilters, filter->properties.matchName) != 0};
-}
-
-VRM::FilterInstance newInstance(const VRM::Filter& filter) {
-    VRM::FilterInstance instance(filter.entry);
-    // Without memory a filter keeps no settings and says nothing.
-    if (instance.settings().size() < filter.properties.recordSize()) throw std::bad_alloc();
-    return instance;
+    return {module, &*filter, takesRowsFromTheTop(*filter), VRM::lookBack(VRM::newInstance(*filter)),
+            VRM::readsTime(filter->properties)};
 }
 
 }  // namespace frei0r

@@ -2,7 +2,6 @@
 #ifndef VIREO_BRIDGES_FREI0R_MODULE_H
 #define VIREO_BRIDGES_FREI0R_MODULE_H
 
-#include "host/vrm/filter_instance.h"
 #include "host/vrm/meta_plugin.h"
 
 #include <cstdint>
@@ -22,9 +21,6 @@ struct Effect {
 /// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws
 /// std::exception.
 Effect loadEffect(std::uint32_t filterId);
-
-/// The filter with its own settings, whose record holds every parameter. Throws std::exception.
-VRM::FilterInstance newInstance(const VRM::Filter& filter);
 
 }  // namespace frei0r
 

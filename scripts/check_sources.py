@@ -39,6 +39,7 @@ HOST_INSIDE = [
     "host/vrm/filter_instance.h",
     "host/vrm/filter_probe.h",
     "host/vrm/meta_plugin.h",
+    "host/vrm/module_library.h",
     "host/vrm/parameter_value.h",
     "host/vrm/property_list.h",
 ]

@@ -6,6 +6,7 @@
 #include "framework/registration_order.h"
 #include "framework/vpix_suites.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace HorizontalFlip {
@@ -50,7 +51,8 @@ std::int32_t execute(const FilterInvocation& invocation) {
     ScopedVPix frame(invocation.sourceFrame);
     const std::uint32_t code = QueryPixelFormat(frame);
     frame.release();
-    const Format* format = std::ranges::find(formats, code, &Format::code);
+    const Format* format = std::find_if(std::begin(formats), std::end(formats),
+                                        [code](const Format& known) { return known.code == code; });
     if (format != std::end(formats)) {
         render(frameThroughPixKit(invocation.sourceFrame), frameThroughPixKit(invocation.destFrame), *format);
     }

@@ -23,7 +23,7 @@ void DialogModel::countPixels(const FrameView& frame) {
             ++histogram_[static_cast<std::size_t>(lumaOf(pixel[2], pixel[1], pixel[0]))];
         }
     }
-    largestCount_ = std::ranges::max(histogram_);
+    largestCount_ = *std::max_element(histogram_.begin(), histogram_.end());
 }
 
 Box DialogModel::histogramBar(const Box& histogram, int i) const {

@@ -13,6 +13,7 @@
 
 namespace mtkcore {
 
+/// The baseline is what every machine has that runs the build: SSE2, or 128-bit vectors in WebAssembly.
 enum class InstructionSet { Baseline, Avx2, Avx512 };
 
 inline constexpr InstructionSet allInstructionSets[] = {InstructionSet::Baseline, InstructionSet::Avx2,
@@ -20,7 +21,12 @@ inline constexpr InstructionSet allInstructionSets[] = {InstructionSet::Baseline
 
 /// The name that the environment variable VIREO_ISA takes.
 constexpr std::string_view instructionSetName(InstructionSet set) {
-    constexpr std::string_view names[] = {"baseline", "avx2", "avx512"};
+#if defined(__wasm_simd128__)
+    constexpr std::string_view baseline = "simd128";
+#else
+    constexpr std::string_view baseline = "baseline";
+#endif
+    constexpr std::string_view names[] = {baseline, "avx2", "avx512"};
     return names[static_cast<int>(set)];
 }
 

@@ -26,7 +26,9 @@ std::u16string Localizer::Translate(std::string_view key) const {
     const std::uint16_t language = QRB::primaryLanguage(QRB::GetLanguageID());
     for (const Catalogue& catalogue : catalogues) {
         if (catalogue.language != language) continue;
-        const auto entry = std::ranges::lower_bound(catalogue.entries, name, {}, &CatalogueEntry::key);
+        const auto entry = std::lower_bound(
+            catalogue.entries.begin(), catalogue.entries.end(), name,
+            [](const CatalogueEntry& known, std::string_view sought) { return known.key < sought; });
         if (entry != catalogue.entries.end() && entry->key == name) return std::u16string(entry->text);
     }
     return utility::Utf8ToUTF16(equals == std::string_view::npos ? name : key.substr(equals + 1));

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/mtkcore/utility.h"
 
+#include "host/mtkcore/decimal_text.h"
 #include "host/qrb/locale.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 
@@ -98,10 +98,7 @@ std::u16string WcharToUTF16(std::wstring_view text) {
 std::u16string NumberToString(double value, int, int decimals, int, int) {
     // All digits of the number, so that what lies behind the last one kept is known exactly.
     constexpr int allDecimals = 1074;
-    char digits[1500];
-    const auto written =
-        std::to_chars(digits, std::end(digits), std::abs(value), std::chars_format::fixed, allDecimals);
-    std::string text(digits, written.ptr);
+    std::string text = fixedText(std::abs(value), allDecimals);
     const std::size_t point = text.find('.');
     if (point != std::string::npos) {
         const std::size_t end = point + 1 + static_cast<std::size_t>(decimals);

@@ -27,8 +27,8 @@ Block blockOf(const PixelView& view, const Range& columns, const Range& rows) {
 }
 
 std::int64_t distance(const Block& from, const Block& to) {
-    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(to.pixels) -
-                                     reinterpret_cast<std::uintptr_t>(from.pixels));
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(to.pixels)) -
+           static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(from.pixels));
 }
 
 /// Whether blocks of equal step share a byte; where the steps differ, whether they might.

@@ -14,7 +14,7 @@ struct LineWalk {
     std::int64_t sourceLeft;
     std::uint32_t phase;
 
-    void advance(std::int64_t pixels, std::uint32_t rest, std::ptrdiff_t step, std::uint32_t unit) {
+    void advance(std::int64_t pixels, std::uint32_t rest, std::int64_t step, std::uint32_t unit) {
         phase += rest;
         const bool carries = phase >= unit;
         phase -= carries ? unit : 0;
@@ -88,7 +88,7 @@ private:
 
 /// Pixels anywhere in memory.
 template <class Lanes>
-void growScattered(LineWalk walk, std::ptrdiff_t step, const DestinationLine& destination,
+void growScattered(LineWalk walk, std::int64_t step, const DestinationLine& destination,
                    const LinePosition& position) {
     const Interpolation<Lanes> interpolation(position);
     const std::uint32_t advance = Lanes::pixels * position.advance;

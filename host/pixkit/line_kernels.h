@@ -4,19 +4,18 @@
 
 #include "host/mtkcore/instruction_set.h"
 
-#include <cstddef>
 #include <cstdint>
 
 /// A line of 4-byte pixels, `step` bytes apart.
 struct SourceLine {
     const std::uint8_t* pixels;
-    std::ptrdiff_t step;
+    std::int64_t step;
     std::int64_t count;
 };
 
 struct DestinationLine {
     std::uint8_t* pixels;
-    std::ptrdiff_t step;
+    std::int64_t step;
     std::int64_t count;
 };
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/qrb/locale.h"
 
+#include "host/mtkcore/decimal_text.h"
 #include "host/qrb/language.h"
 
-#include <charconv>
 #include <string>
 
 namespace QRB {
@@ -53,11 +53,9 @@ bool Locale::GetValueFromDisplayString(std::u16string_view text, double* value) 
             return false;
         }
     }
-    double parsed = 0;
-    if (!digits || std::from_chars(number.data(), number.data() + number.size(), parsed).ec != std::errc()) {
-        return false;
-    }
-    *value = parsed;
+    const auto parsed = digits ? mtkcore::utility::numberOf(number) : std::nullopt;
+    if (!parsed) return false;
+    *value = *parsed;
     return true;
 }
 

@@ -2,73 +2,18 @@
 #include "host/vrm/meta_plugin.h"
 
 #include "host/qrb/language.h"
+#include "host/vrm/module_library.h"
 
 #include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
-#include <system_error>
-
-#if defined(_WIN32)
-#include "host/win32.h"
-#else
-#include <dlfcn.h>
-#endif
 
 namespace VRM {
-namespace {
-
-constexpr char exportedName[] = "VRMetaPlugin";
-
-/// A library of the platform, unloaded when it goes.
-class Library {
-public:
-    explicit Library(const std::filesystem::path& path) {
-#if defined(_WIN32)
-        handle_ = LoadLibraryW(path.c_str());
-        if (handle_ == nullptr) fail(path, std::system_category().message(static_cast<int>(GetLastError())));
-#else
-        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (handle_ == nullptr) fail(path, dlerror());
-#endif
-    }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-
-    ~Library() {
-#if defined(_WIN32)
-        FreeLibrary(handle_);
-#else
-        dlclose(handle_);
-#endif
-    }
-
-    MetaPluginFunction* function() const {
-#if defined(_WIN32)
-        const auto address = reinterpret_cast<void*>(GetProcAddress(handle_, exportedName));
-#else
-        void* const address = dlsym(handle_, exportedName);
-#endif
-        return reinterpret_cast<MetaPluginFunction*>(address);
-    }
-
-private:
-    [[noreturn]] static void fail(const std::filesystem::path& path, const std::string& reason) {
-        throw std::runtime_error("cannot load the module " + path.string() + ": " + reason);
-    }
-
-#if defined(_WIN32)
-    HMODULE handle_ = nullptr;
-#else
-    void* handle_ = nullptr;
-#endif
-};
-
-}  // namespace
 
 struct MetaPlugin::State {
     std::filesystem::path path;
-    Library library;
+    ModuleLibrary library;
     MetaPluginFunction* function;
     std::vector<Filter> filters;
 

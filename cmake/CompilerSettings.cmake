@@ -12,6 +12,12 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
+if(EMSCRIPTEN)
+  set(VIREO_HOST_LIBRARY STATIC)
+else()
+  set(VIREO_HOST_LIBRARY SHARED)
+endif()
+
 # Sums are evaluated as written, so that every instruction set gives the same bytes.
 add_compile_options(-ffp-contract=off)
 add_compile_options(-Wall -Wextra -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Wno-missing-field-initializers)

@@ -13,6 +13,9 @@ set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 
 # vireo_install(TARGET FOLDER): installs a program or a library, which finds the host library from there.
 function(vireo_install target folder)
+  if(EMSCRIPTEN)
+    return()
+  endif()
   install(TARGETS ${target} RUNTIME DESTINATION ${folder} LIBRARY DESTINATION ${folder})
   file(RELATIVE_PATH way ${CMAKE_INSTALL_PREFIX}/${folder} ${CMAKE_INSTALL_PREFIX}/${VIREO_INSTALL_PRIVATEDIR})
   set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${way}")

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
 set(EMSCRIPTEN_SYSTEM_PROCESSOR wasm32)
 include(/usr/share/emscripten/cmake/Modules/Platform/Emscripten.cmake)
-set(CMAKE_EXECUTABLE_SUFFIX .wasm)
 
 add_compile_options(-msimd128 -fwasm-exceptions)
 add_link_options(-fwasm-exceptions)

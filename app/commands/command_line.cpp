@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <iostream>
 #include <limits>
+#include <map>
 
 namespace vireo {
 namespace {
@@ -56,6 +57,14 @@ Settings:
   vireo render clip.mov out.mov --lvl warm.lvl
   vireo render clip.mov out.mov -f Levels --settings-bytes levels.bin)help";
 
+constexpr char farmExamples[] =
+    R"help(Takes everything that vireo render takes. All lines may run again at any time: only what is missing is done.
+
+Examples:
+  vireo farm plan in.mov out.mov -f Levels --segments 8 | sh
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --part segments | parallel
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --part join | sh)help";
+
 struct LanguageName {
     std::string_view name;
     std::uint16_t id;
@@ -85,6 +94,7 @@ struct Options {
     ListOptions list;
     InfoOptions info;
     RenderOptions render;
+    FarmOptions farm;
     SheetOptions sheet;
     DialogOptions dialog;
 };
@@ -114,10 +124,7 @@ CLI::Validator wholeNumbers(std::int64_t minimum, std::int64_t maximum) {
         "");
 }
 
-void addRenderCommand(CLI::App& program, RenderOptions& options) {
-    CLI::App& command =
-        *program.add_subcommand("render", "Render pictures, sequences or video through filters");
-    command.footer(renderExamples);
+void addRenderOptions(CLI::App& command, RenderOptions& options) {
     command.add_option("files", options.files, "IN OUT, or IN... with --to; - is standard input or output")
         ->type_name("IN... OUT");
     using Kind = SettingsOption::Kind;
@@ -165,6 +172,52 @@ void addRenderCommand(CLI::App& program, RenderOptions& options) {
     command.add_option("--jobs", job.jobs, "Frames rendered side by side")->check(wholeNumbers(1, mostJobs));
 }
 
+void addRenderCommand(CLI::App& program, RenderOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("render", "Render pictures, sequences or video through filters");
+    command.footer(renderExamples);
+    addRenderOptions(command, options);
+}
+
+void addFarmOptions(CLI::App& command, FarmOptions& options) {
+    addRenderOptions(command, options.render);
+    command.add_option("--segments", options.segments, "How many segments")
+        ->required()
+        ->check(wholeNumbers(1, largestNumber));
+    command.add_flag("--keep", options.keep, "Keep the segments when they are joined");
+}
+
+void addFarmCommand(CLI::App& program, FarmOptions& options) {
+    CLI::App& farm = *program.add_subcommand("farm", "Render one clip on many machines");
+    farm.require_subcommand(1);
+    CLI::App& plan =
+        *farm.add_subcommand("plan", "Print the shell lines that render a clip in segments and join them");
+    addFarmOptions(plan, options);
+    plan.add_option("--part", options.part, "Only the lines of the segments, or of joining")
+        ->check(CLI::IsMember({"segments", "join"}));
+    plan.footer(farmExamples);
+    addFarmOptions(*farm.add_subcommand("join", "Join the segments of a plan of the same options"), options);
+}
+
+/// The options that a command was given, in their order. `settings` are those among them that were taken out
+/// while they were read.
+std::vector<GivenOption> givenOptions(const CLI::App& command, const std::vector<SettingsOption>& settings) {
+    std::vector<GivenOption> given;
+    std::map<const CLI::Option*, std::size_t> taken;
+    std::size_t settingsTaken = 0;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option->get_positional()) continue;
+        const bool isFlag = option->get_expected_max() == 0;
+        GivenOption& added = given.emplace_back(GivenOption{option->get_name(), std::nullopt});
+        if (option->get_trigger_on_parse()) {
+            added.value = settings[settingsTaken++].value;
+        } else if (!isFlag) {
+            added.value = option->results()[taken[option]++];
+        }
+    }
+    return given;
+}
+
 void addSettingsCommand(CLI::App& program, DialogOptions& options) {
     CLI::App& command =
         *program.add_subcommand("settings", "Open a filter's settings dialog over a picture (Windows)");
@@ -205,6 +258,7 @@ void describeOptions(CLI::App& program, Options& options) {
     info.footer("Examples:\n  vireo info \"Color Replace\"\n  vireo info solar --json");
 
     addRenderCommand(program, options.render);
+    addFarmCommand(program, options.farm);
     addSettingsCommand(program, options.dialog);
 
     CLI::App& sheet = *program.add_subcommand("sheet", "Render every filter over one picture, on one sheet");
@@ -214,6 +268,14 @@ void describeOptions(CLI::App& program, Options& options) {
         ->type_name("OUT");
     sheet.add_flag("--overwrite", options.sheet.overwrite, "Replace an existing output");
     sheet.footer("Example:\n  vireo sheet photo.jpg sheet.png");
+}
+
+void runFarm(const CLI::App& program, const Catalogue& catalogue, const Options& options) {
+    const CLI::App& command = *program.get_subcommand("farm")->get_subcommands().front();
+    FarmOptions farm = options.farm;
+    farm.given = givenOptions(command, farm.render.settings);
+    for (GivenOption& option : givenOptions(program, {})) farm.given.push_back(std::move(option));
+    (command.get_name() == "plan" ? planFarm : joinFarm)(catalogue, options.global, farm);
 }
 
 int runCommand(const CLI::App& program, const Options& options) {
@@ -227,6 +289,8 @@ int runCommand(const CLI::App& program, const Options& options) {
         listFilters(catalogue, options.list);
     } else if (program.got_subcommand("info")) {
         describeFilter(catalogue, options.info);
+    } else if (program.got_subcommand("farm")) {
+        runFarm(program, catalogue, options);
     } else if (program.got_subcommand("settings")) {
         editSettings(catalogue, options.dialog);
     } else if (program.got_subcommand("sheet")) {
@@ -262,7 +326,7 @@ int runCommandLine(std::vector<std::string> arguments) {
         }
         if (program.get_subcommands().empty()) {
             throw RenderError(
-                "a command is missing: list, info, render, settings or sheet; vireo --help tells more",
+                "a command is missing: list, info, render, farm, settings or sheet; vireo --help tells more",
                 wrongUsage);
         }
         const int status = runCommand(program, options);

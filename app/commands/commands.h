@@ -18,6 +18,12 @@ void describeFilter(const Catalogue& catalogue, const InfoOptions& options);
 /// some may have failed, which has been said then.
 int renderFiles(const Catalogue& catalogue, const GlobalOptions& global, const RenderOptions& options);
 
+/// Prints shell lines that render one input in segments and join them.
+void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+
+/// Joins the segments of a plan that was given the same options.
+void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+
 /// Renders the contact sheet of all filters over a picture.
 void renderSheet(const Catalogue& catalogue, const GlobalOptions& global, const SheetOptions& options);
 

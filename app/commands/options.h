@@ -51,6 +51,20 @@ struct RenderOptions {
     RenderJob job;  ///< The options that need no reading.
 };
 
+/// An option as it stood on the command line; flags have no value.
+struct GivenOption {
+    std::string name;
+    std::optional<std::string> value;
+};
+
+struct FarmOptions {
+    RenderOptions render;
+    std::int64_t segments = 1;
+    std::string part;  ///< "segments", "join" or both.
+    bool keep = false;
+    std::vector<GivenOption> given;  ///< Everything but the files, also the options of every command.
+};
+
 struct DialogOptions {
     std::string filter, image;
     std::string settings;      ///< Where to start from; empty: the filter's own defaults.

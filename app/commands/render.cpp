@@ -3,6 +3,7 @@
 #include "app/chain/filter_chain.h"
 #include "app/commands/chain_options.h"
 #include "app/commands/commands.h"
+#include "app/commands/render_jobs.h"
 #include "app/files.h"
 #include "app/settings/clip_time.h"
 #include "app/settings/names.h"
@@ -76,26 +77,6 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
     return options;
 }
 
-std::optional<std::uint32_t> parseFormat(const std::string& name) {
-    if (name.empty()) return std::nullopt;
-    if (name.size() != 4)
-        fail("--filter-format takes a code of four characters such as vuya, not " + quoted(name));
-    const char characters[5] = {name[0], name[1], name[2], name[3], '\0'};
-    return PixKit::formatCode(characters);
-}
-
-/// What all jobs of a command share.
-RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
-    RenderJob job = options.job;
-    job.quiet = global.quiet;
-    takePart(options, job);
-    job.encoderOptions = parseEncoderOptions(options.encoderOptions);
-    if (options.progressive) job.interlacing = Interlacing::Progressive;
-    if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
-    if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;
-    return job;
-}
-
 /// One job for an input and its output, or one for each input into the folder.
 std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& options) {
     std::vector<RenderJob> jobs;
@@ -155,6 +136,25 @@ int runMany(const std::vector<RenderJob>& jobs, FilterChain& chain, const std::s
 }
 
 }  // namespace
+
+std::optional<std::uint32_t> parseFormat(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    if (name.size() != 4)
+        fail("--filter-format takes a code of four characters such as vuya, not " + quoted(name));
+    const char characters[5] = {name[0], name[1], name[2], name[3], '\0'};
+    return PixKit::formatCode(characters);
+}
+
+RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
+    RenderJob job = options.job;
+    job.quiet = global.quiet;
+    takePart(options, job);
+    job.encoderOptions = parseEncoderOptions(options.encoderOptions);
+    if (options.progressive) job.interlacing = Interlacing::Progressive;
+    if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
+    if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;
+    return job;
+}
 
 int renderFiles(const Catalogue& catalogue, const GlobalOptions& global, const RenderOptions& options) {
     const ChainOptions chainOptions = readChain(catalogue, options);

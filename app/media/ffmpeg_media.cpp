@@ -3,77 +3,85 @@
 #include "app/files.h"
 
 #include "app/media/ffmpeg_pictures.h"
-#include "app/media/ffmpeg_reader.h"
+#include "app/media/ffmpeg_source.h"
 #include "app/media/ffmpeg_writer.h"
 
 namespace vireo {
 namespace {
 
-void warnOfDepth(const RenderJob& job, const VideoProperties& video, int sourceDepth, int depth,
-                 Messages& messages) {
+void warnOfDepth(const RenderJob& job, const FfmpegSource& source, Messages& messages) {
+    const VideoProperties& video = source.video;
+    const int sourceDepth = source.reader->info().depth;
     if (video.transfer == AVCOL_TRC_SMPTE2084 || video.transfer == AVCOL_TRC_ARIB_STD_B67) {
         messages.warning(job.input + " is HDR (" + av_color_transfer_name(video.transfer) +
                          "): the filters take its values as they are, as if it were not, and the result may "
                          "look wrong");
     }
-    if (depth < sourceDepth) {
+    if (source.depth < sourceDepth) {
         const std::string have = sourceDepth == 32 ? "floating-point" : std::to_string(sourceDepth) + "-bit";
         messages.notice(job.input + " has " + have + " channels; they are brought to " +
-                        std::to_string(depth) + " bits with dithering");
+                        std::to_string(source.depth) + " bits with dithering");
     }
 }
 
 }  // namespace
 
+FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
+                        Messages& messages) {
+    captureLibraryMessages();
+    FfmpegSource source;
+    const auto pattern = SequencePattern::parse(job.input);
+    if (pattern && !std::filesystem::exists(pathOf(job.input))) {
+        auto pictures = std::make_unique<FfmpegPictureSource>(job);
+        const FfmpegPictureSource& opened = *pictures;
+        auto reader = std::make_unique<SequenceReader>(job, *pattern, processor.lookBack(),
+                                                       std::move(pictures), messages);
+        source.video = opened.video();
+        if (job.interlacing) source.video.interlacing = *job.interlacing;
+        source.firstNumber = reader->firstNumber();
+        source.reader = std::move(reader);
+    } else {
+        auto reader = std::make_unique<FfmpegReader>(job, processor.lookBack(), stop, messages);
+        source.container = reader.get();
+        source.video = reader->video();
+        source.reader = std::move(reader);
+    }
+    if (job.startNumber) source.firstNumber = *job.startNumber;
+
+    const int sourceDepth = source.reader->info().depth;
+    source.pictureFormat = processor.sourceFormat(sourceDepth);
+    if (source.pictureFormat == formatBgraFloat && sourceDepth == 32) {
+        source.depth = 32;
+    } else if (source.pictureFormat != PixKit::formatBgra) {
+        source.pictureFormat = formatBgra16;
+        source.depth = std::min(sourceDepth, 16);
+    }
+    return source;
+}
+
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                 Messages& messages) {
-    captureLibraryMessages();
     const bool pictures = writesPictures(job);
     if (!job.overwrite && job.output != "-" && !(pictures && SequencePattern::parse(job.output)) &&
         std::filesystem::is_regular_file(job.output))
         throw RenderError(job.output + " exists; --overwrite replaces it");
 
+    FfmpegSource source = openSource(job, processor, stop, messages);
+    warnOfDepth(job, source, messages);
     Media media;
-    FfmpegReader* container = nullptr;
-    VideoProperties video;
-    std::int64_t firstNumber = 1;
-    const auto pattern = SequencePattern::parse(job.input);
-    if (pattern && !std::filesystem::exists(pathOf(job.input))) {
-        auto source = std::make_unique<FfmpegPictureSource>(job);
-        const FfmpegPictureSource& opened = *source;
-        auto reader = std::make_unique<SequenceReader>(job, *pattern, processor.lookBack(), std::move(source),
-                                                       messages);
-        video = opened.video();
-        if (job.interlacing) video.interlacing = *job.interlacing;
-        firstNumber = reader->firstNumber();
-        media.reader = std::move(reader);
-    } else {
-        auto reader = std::make_unique<FfmpegReader>(job, processor.lookBack(), stop, messages);
-        container = reader.get();
-        video = reader->video();
-        media.reader = std::move(reader);
-    }
-    if (job.startNumber) firstNumber = *job.startNumber;
-
-    const SourceInfo& info = media.reader->info();
-    media.pictureFormat = processor.sourceFormat(info.depth);
-    int depth = 8;
-    if (media.pictureFormat == formatBgraFloat && info.depth == 32) {
-        depth = 32;
-    } else if (media.pictureFormat != PixKit::formatBgra) {
-        media.pictureFormat = formatBgra16;
-        depth = std::min(info.depth, 16);
-    }
-    warnOfDepth(job, video, info.depth, depth, messages);
-
+    media.pictureFormat = source.pictureFormat;
     if (pictures) {
-        checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);
+        const SourceInfo& info = source.reader->info();
+        checkPictureOutput(job, source.firstNumber, info.firstFrame, info.framesExpected);
         media.writer = std::make_unique<PictureWriter>(
-            job, std::make_unique<FfmpegPictureTarget>(job, video, depth, messages), firstNumber);
-        if (container != nullptr) container->connect([](PacketPtr) {});
+            job, std::make_unique<FfmpegPictureTarget>(job, source.video, source.depth, messages),
+            source.firstNumber);
+        if (source.container != nullptr) source.container->connect([](PacketPtr) {});
     } else {
-        media.writer = std::make_unique<FfmpegWriter>(job, container, video, depth, stop, messages);
+        media.writer =
+            std::make_unique<FfmpegWriter>(job, source.container, source.video, source.depth, stop, messages);
     }
+    media.reader = std::move(source.reader);
     return media;
 }
 

@@ -149,20 +149,32 @@ void FfmpegReader::findLength(const RenderJob& job) {
 
 void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
     if (times_.empty() || !(job.frames || job.start)) return;
-    const AVStream& stream = *input_->streams[stream_];
     std::int64_t first = range_.first;
     if (job.start) {
-        const auto found = std::find_if(times_.begin(), times_.end(), [&](std::int64_t time) {
-            return seconds(time - times_.front(), stream.time_base) >= start_ - 1e-6;
-        });
-        first = found - times_.begin();
+        first = framesBefore(start_);
     }
     announcedFrames_ = 0;  // the packets before are not seen
     const std::int64_t wanted = std::min(first, static_cast<std::int64_t>(times_.size()) - 1) - lookBack;
     if (wanted <= 0) return;
-    // A container that seeks by decoding times may land on a key frame that is shown later than wanted.
-    const std::int64_t target = times_[static_cast<std::size_t>(wanted)];
+    readClipProperties();
+    seekTo(times_[static_cast<std::size_t>(wanted)]);
+}
+
+/// Parts join because all of them are written with what the clip's first frame says.
+void FfmpegReader::readClipProperties() {
+    decode();
+    avcodec_flush_buffers(decoder_.get());
+    decoded_.clear();
+    otherPackets_.clear();
+    numbering_ = FrameNumbering(times_);
+    inputEnded_ = drained_ = false;
+}
+
+/// To a key frame shown at that time or before.
+void FfmpegReader::seekTo(std::int64_t target) {
+    const AVStream& stream = *input_->streams[stream_];
     const PacketPtr packet = newPacket();
+    // A container that seeks by decoding times may land on a key frame that is shown later than wanted.
     for (double back : {0.0, 2.0, 10.0, 60.0}) {
         const auto earlier = target - static_cast<std::int64_t>(back / av_q2d(stream.time_base));
         if (av_seek_frame(input_.get(), stream_, earlier, AVSEEK_FLAG_BACKWARD) < 0) break;
@@ -206,6 +218,7 @@ void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
                                : std::string()));
     }
     info_.firstFrame = frame->position.number;
+    renderedTime_ = frame->properties().pts;
     const double clipStart = seconds(*firstTime_, video_.timeBase);
     if (range_.last) {
         const std::size_t next = static_cast<std::size_t>(*range_.last) + 1;
@@ -235,9 +248,18 @@ void FfmpegReader::describe(const RenderJob& job) {
     if (info_.frameCount > 0) noteEnd(info_.frameCount - 1);
     const double last = std::min({info_.frameCount > 0 ? static_cast<double>(info_.frameCount - 1) : endless,
                                   range_.last ? static_cast<double>(*range_.last) : endless,
-                                  std::ceil(end_ * info_.frameRate - 1e-6) - 1});
+                                  times_.empty() ? std::ceil(end_ * info_.frameRate - 1e-6) - 1
+                                                 : static_cast<double>(framesBefore(end_) - 1)});
     if (last < mostFrames)
         info_.framesExpected = std::max<std::int64_t>(0, std::llround(last) - info_.firstFrame + 1);
+}
+
+/// Frames of the clip before a time counted from the first one, where all times are known.
+std::int64_t FfmpegReader::framesBefore(double time) const {
+    const auto found = std::find_if(times_.begin(), times_.end(), [&](std::int64_t frame) {
+        return seconds(frame - times_.front(), video_.timeBase) >= time - 1e-6;
+    });
+    return found - times_.begin();
 }
 
 /// Says where the input ends when that is inside the range asked for.
@@ -259,7 +281,7 @@ std::unique_ptr<SourceFrame> FfmpegReader::read() {
         if (frame == nullptr || afterPart(*frame)) {
             frame.reset();
             done_ = true;
-            readOthersToEnd();
+            passOthersToEnd();
         }
     }
     return frame;
@@ -448,16 +470,19 @@ void FfmpegReader::connect(PacketSink sink) {
     otherPackets_.clear();
 }
 
-/// After the last frame the other streams go on to the end of the part.
-void FfmpegReader::readOthersToEnd() {
-    constexpr double interleaving = 2;  // seconds by which streams of a file may lie apart
+void FfmpegReader::passOthers(double until) {
     while (!stop_.requested()) {
         PacketPtr packet = nextPacket();
-        if (packet == nullptr ||
-            packetTime(*packet, *input_->streams[packet->stream_index]) > partEnd_ + interleaving)
-            return;
+        if (packet == nullptr) return;
+        const double time = packetTime(*packet, *input_->streams[packet->stream_index]);
         if (packet->stream_index != stream_) passOn(std::move(packet));
+        if (time > until) return;
     }
+}
+
+void FfmpegReader::passOthersToEnd() {
+    constexpr double interleaving = 2;  // seconds by which streams of a file may lie apart
+    passOthers(partEnd_ + interleaving);
 }
 
 }  // namespace vireo

@@ -28,6 +28,13 @@ public:
     const AVFormatContext& input() const { return *input_; }
     int videoStream() const { return stream_; }
 
+    /// The times of the clip's frames in order, in the stream's time base, where they were looked up: for a
+    /// part of a clip that can be sought. Else empty.
+    const std::vector<std::int64_t>& frameTimes() const { return times_; }
+
+    /// The time of the first frame that is rendered.
+    std::int64_t firstTimeRendered() const { return renderedTime_; }
+
     /// The part that is rendered, in seconds of the input's own clock.
     double partStart() const { return partStart_; }
     double partEnd() const { return partEnd_; }
@@ -46,13 +53,21 @@ public:
     /// From here on packets of other streams go to `sink`, those that were read already at once.
     void connect(PacketSink sink);
 
+    /// Reads on to a time in seconds of the input's clock, without decoding: only the other streams' packets
+    /// are wanted.
+    void passOthers(double until);
+    void passOthersToEnd();
+
 private:
     void open(const RenderJob& job);
     void openDecoder();
     void findLength(const RenderJob& job);
     void seekToPart(const RenderJob& job, int lookBack);
+    void seekTo(std::int64_t time);
+    void readClipProperties();
     void readToPart(const RenderJob& job, int lookBack);
     void describe(const RenderJob& job);
+    std::int64_t framesBefore(double time) const;
     void noteEnd(std::int64_t last);
 
     std::unique_ptr<FfmpegFrame> decode();
@@ -67,7 +82,6 @@ private:
     bool beforePart(const SourceFrame& frame) const;
     bool afterPart(const SourceFrame& frame) const;
     void passOn(PacketPtr packet);
-    void readOthersToEnd();
 
     const StopRequest& stop_;
     Messages& messages_;
@@ -86,6 +100,7 @@ private:
     VideoProperties video_;
     std::vector<std::int64_t> times_;
     std::optional<std::int64_t> firstTime_;  ///< Of the clip's first frame.
+    std::int64_t renderedTime_ = 0;
     FrameNumbering numbering_;
     std::int64_t announcedFrames_ = 0;  ///< By the container, where all of its packets are read.
     std::int64_t shownPackets_ = 0;

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_writer.h"
 
+extern "C" {
+#include <libavutil/opt.h>
+}
+
 #include <cmath>
 
 namespace vireo {
@@ -37,12 +41,40 @@ void copySideData(const AVStream& from, AVStream& to) {
     }
 }
 
+/// Packets that were in a container have its form, which goes with what its header says of them.
+void takeEncoding(const AVCodecParameters& from, AVCodecParameters& to) {
+    to.codec_id = from.codec_id;
+    to.codec_tag = from.codec_tag;
+    to.profile = from.profile;
+    to.level = from.level;
+    to.bits_per_coded_sample = from.bits_per_coded_sample;
+    to.video_delay = from.video_delay;
+    av_freep(&to.extradata);
+    to.extradata_size = 0;
+    if (from.extradata_size == 0) return;
+    const auto size = static_cast<std::size_t>(from.extradata_size);
+    to.extradata = static_cast<std::uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (to.extradata == nullptr) throw std::bad_alloc();
+    to.extradata_size = from.extradata_size;
+    std::copy_n(from.extradata, size, to.extradata);
+}
+
+/// The options that are not the encoder's.
+void setContainerOptions(AVCodecContext& encoder, const RenderJob& job, Dictionary& options) {
+    for (const auto& [name, value] : job.encoderOptions) {
+        if (av_opt_find(&encoder, name.c_str(), nullptr, 0, AV_OPT_SEARCH_CHILDREN) == nullptr)
+            options.set(name, value);
+    }
+}
+
 }  // namespace
 
 FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const VideoProperties& video,
-                           int depth, const StopRequest& stop, Messages& messages)
+                           int depth, const StopRequest& stop, Messages& messages,
+                           const AVCodecParameters* encoded)
     : choice_(chooseVideoEncoder(job, video, depth)),
       muxer_(job, *choice_.container, stop),
+      encodes_(encoded == nullptr),
       fixedRate_(!holdsTimes(*choice_.container, *choice_.codec, video.timeBase)),
       sourceBase_(video.timeBase),
       timeOrigin_(reader != nullptr ? reader->timeOrigin() : 0) {
@@ -53,12 +85,17 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
     }
     if ((choice_.container->flags & AVFMT_GLOBALHEADER) != 0) encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     Dictionary options;
-    vireo::openEncoder(*encoder_, choice_, job, &options);
+    if (encoded == nullptr) {
+        openEncoder(*encoder_, choice_, job, &options);
+    } else {
+        setContainerOptions(*encoder_, job, options);
+    }
 
     AVFormatContext& output = muxer_.context();
     stream_ = avformat_new_stream(&output, nullptr);
     if (stream_ == nullptr) throw std::bad_alloc();
     check(avcodec_parameters_from_context(stream_->codecpar, encoder_.get()), "cannot write the video");
+    if (encoded != nullptr) takeEncoding(*encoded, *stream_->codecpar);
     stream_->time_base = encoder_->time_base;
     stream_->avg_frame_rate = encoder_->framerate;
     stream_->sample_aspect_ratio = encoder_->sample_aspect_ratio;
@@ -88,14 +125,15 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
 std::unique_ptr<OutputFrame> FfmpegWriter::convert(const Picture& picture, const SourceFrame& source) {
     const auto& decoded = dynamic_cast<const FfmpegFrame&>(source);
     FramePtr frame = frames_->frameOf(picture, decoded);
-    const double time = seconds(frame->pts, sourceBase_) - timeOrigin_;
-    if (fixedRate_) {
-        frame->pts = std::llround(time * av_q2d(encoder_->framerate));
-        frame->pkt_duration = 1;
-    } else {
-        frame->pts -= std::llround(timeOrigin_ / av_q2d(sourceBase_));
-    }
+    frame->pts = timeOf(frame->pts);
+    if (fixedRate_) frame->pkt_duration = 1;
     return std::make_unique<FfmpegOutputFrame>(std::move(frame));
+}
+
+std::int64_t FfmpegWriter::timeOf(std::int64_t sourceTime) const {
+    if (!fixedRate_) return sourceTime - std::llround(timeOrigin_ / av_q2d(sourceBase_));
+    const double time = seconds(sourceTime, sourceBase_) - timeOrigin_;
+    return std::llround(time * av_q2d(encoder_->framerate));
 }
 
 void FfmpegWriter::write(std::unique_ptr<OutputFrame> output) {
@@ -119,14 +157,18 @@ void FfmpegWriter::encode(const AVFrame* frame) {
             packet->duration = duration->second;
             durations_.erase(duration);
         }
-        av_packet_rescale_ts(packet.get(), encoder_->time_base, stream_->time_base);
-        packet->stream_index = stream_->index;
-        muxer_.write(std::move(packet));
+        writeEncoded(std::move(packet));
     }
 }
 
+void FfmpegWriter::writeEncoded(PacketPtr packet) {
+    av_packet_rescale_ts(packet.get(), encoder_->time_base, stream_->time_base);
+    packet->stream_index = stream_->index;
+    muxer_.write(std::move(packet));
+}
+
 void FfmpegWriter::finish() {
-    encode(nullptr);
+    if (encodes_) encode(nullptr);
     if (others_) others_->finish();
     muxer_.finish();
 }

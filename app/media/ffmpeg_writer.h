@@ -20,16 +20,23 @@ public:
 /// Encodes video into a container, with the other streams of the input beside it.
 class FfmpegWriter : public MediaWriter {
 public:
-    /// `reader` is the input where it has other streams, else null; `video` its properties.
+    /// `reader` is the input where it has other streams, else null; `video` its properties. Where the video
+    /// was encoded before, `encoded` tells how, and packets are written instead of frames.
     FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const VideoProperties& video, int depth,
-                 const StopRequest& stop, Messages& messages);
+                 const StopRequest& stop, Messages& messages, const AVCodecParameters* encoded = nullptr);
 
     std::unique_ptr<OutputFrame> convert(const Picture& picture, const SourceFrame& source) override;
     void write(std::unique_ptr<OutputFrame> frame) override;
     void finish() override;
 
+    /// Where a source frame stands in the output, in its clock.
+    std::int64_t timeOf(std::int64_t sourceTime) const;
+    AVRational timeBase() const { return encoder_->time_base; }
+
+    /// Times are the output's.
+    void writeEncoded(PacketPtr packet);
+
 private:
-    void openEncoder(const RenderJob& job, const VideoProperties& video);
     void encode(const AVFrame* frame);
 
     EncoderChoice choice_;
@@ -38,6 +45,7 @@ private:
     AVStream* stream_ = nullptr;
     std::optional<FrameOutput> frames_;
     std::optional<StreamCopies> others_;
+    bool encodes_;
     bool fixedRate_;  ///< Frames are counted, since the output has no times of its own.
     AVRational sourceBase_;
     double timeOrigin_;

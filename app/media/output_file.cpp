@@ -30,13 +30,7 @@ RenderError cannotWrite(const fs::path& path, const std::error_code& error) {
     return RenderError("cannot write " + utf8Of(path) + ": " + error.message());
 }
 
-fs::path temporaryBeside(const fs::path& path) {
-    static std::atomic<int> counter = 0;
-    return path.parent_path() /
-           (".vireo-" + std::to_string(getpid()) + '-' + std::to_string(++counter) + ".part");
-}
-
-void createFile(const fs::path& path, const fs::path& shown) {
+bool createFile(const fs::path& path, std::error_code& error) {
 #ifdef _WIN32
     const int file = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
     if (file >= 0) _close(file);
@@ -44,7 +38,22 @@ void createFile(const fs::path& path, const fs::path& shown) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file >= 0) close(file);
 #endif
-    if (file < 0) throw cannotWrite(shown, {errno, std::generic_category()});
+    error = file < 0 ? std::error_code(errno, std::generic_category()) : std::error_code();
+    return file >= 0;
+}
+
+/// Makes a file or a folder beside `path` by `create(name, error)`, which tells whether it made it. Its name
+/// may be taken: by the leftover of a program that was killed, or from another machine.
+template <class Create>
+fs::path makeTemporary(const fs::path& path, const fs::path& shown, Create create) {
+    static std::atomic<int> counter = 0;
+    while (true) {
+        fs::path name = path.parent_path() /
+                        (".vireo-" + std::to_string(getpid()) + '-' + std::to_string(++counter) + ".part");
+        std::error_code error;
+        if (create(name, error)) return name;
+        if (error && error != std::errc::file_exists) throw cannotWrite(shown, error);
+    }
 }
 
 }  // namespace
@@ -69,8 +78,7 @@ OutputFile::OutputFile(const fs::path& path, bool overwrite) : target_(path) {
     if (fs::exists(status) && access(target_.c_str(), W_OK) != 0)
         throw cannotWrite(path, {errno, std::generic_category()});
 #endif
-    temporary_ = temporaryBeside(target_);
-    createFile(temporary_, path);
+    temporary_ = makeTemporary(target_, path, createFile);
     if (fs::exists(status)) fs::permissions(temporary_, status.permissions(), error);
 }
 
@@ -89,11 +97,10 @@ void OutputFile::commit() {
 }
 
 OutputFileSet::OutputFileSet(const fs::path& folder)
-    : folder_(folder), temporary_(temporaryBeside(folder / "x")) {
-    std::error_code error;
-    fs::create_directory(temporary_, error);
-    if (error) throw cannotWrite(folder.empty() ? "." : folder, error);
-}
+    : folder_(folder),
+      temporary_(makeTemporary(
+          folder / "x", folder.empty() ? "." : folder,
+          [](const fs::path& path, std::error_code& error) { return fs::create_directory(path, error); })) {}
 
 OutputFileSet::~OutputFileSet() {
     std::error_code error;

@@ -10,7 +10,6 @@ generate.py VIREO --pictures SOURCES  renders the pictures from the sources that
 import argparse
 import json
 import pathlib
-import re
 import struct
 import subprocess
 import sys
@@ -64,7 +63,8 @@ class Picture:
         return ["-f", self.filter] * self.repeat if self.filter else ["-f", "Levels:mix=0%"]
 
     def alternative(self):
-        return re.sub("[`*]", "", f"{self.of.name}, {self.label()}")
+        label = self.label().replace("`", "")
+        return label if label.startswith(self.of.name) else f"{self.of.name}, {label}"
 
 
 def run(*command):
@@ -147,9 +147,11 @@ def example(filter, folder):
     values = frei0r_values(filter, settings, folder) if settings else []
     frei0r = f"vireo_{filter.plugin}" + (":" + "|".join(values) if values else "")
     text = filter.name + (":" + settings if settings else "")
-    return (f'```sh\nvireo render in.png out.png -f "{text}"\n'
+    media = "mp4" if filter.notes.get("time") else "png"
+    sample = "&sample=clip&frame=12" if filter.notes.get("time") else ""
+    return (f'```sh\nvireo render in.{media} out.{media} -f "{text}"\n'
             f'ffmpeg -i in.mp4 -vf "frei0r={frei0r}" out.mp4\n```\n\n'
-            f"In the [browser page](../browser.md): `index.html#f={address(text)}`\n")
+            f"In the [browser page](../browser.md): `index.html#f={address(text)}{sample}`\n")
 
 
 def address(text):

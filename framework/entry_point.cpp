@@ -64,7 +64,7 @@ std::int32_t propertyList(MetaPluginPropertyListRecord& record) {
     std::size_t resourceSize = 0;
     const void* resource =
         LoadModuleResource(wideTypeName.c_str(), entries[record.index].piplId, &resourceSize);
-    if (resource == nullptr) return MetaPluginNoPropertyList;
+    if (resource == nullptr || resourceSize < headerBytes) return MetaPluginNoPropertyList;
 
     const auto size = static_cast<std::int32_t>(resourceSize - headerBytes);
     if (record.buffer != nullptr) {

@@ -34,7 +34,7 @@ void stream(std::uint8_t* address, __m256i line) {
 template <auto write>
 void copyLines(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
     if (bytes < lineBytes) {
-        std::memcpy(destination, source, static_cast<std::size_t>(bytes));
+        std::memmove(destination, source, static_cast<std::size_t>(bytes));
         return;
     }
     const __m256i first = load(source);
@@ -60,7 +60,7 @@ void copyPastCaches(const std::uint8_t* source, std::uint8_t* destination, std::
 #else
 
 void copy(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {
-    std::memcpy(destination, source, static_cast<std::size_t>(bytes));
+    std::memmove(destination, source, static_cast<std::size_t>(bytes));
 }
 
 void copyPastCaches(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes) {

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-/// Source and destination do not overlap, unless they are the same.
+/// Source and destination do not overlap, unless they are the same: else the destination holds any bytes.
 struct RowCopyKernels {
     void (*copy)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes);
     /// The same past the caches, for whole rows of frames that no cache holds.

@@ -15,7 +15,7 @@ public:
     const void* find() {
         const void* suite = suite_.load(std::memory_order_acquire);
         if (suite != nullptr) return suite;
-        if (vrmAcquireSuite(name_, version_, &suite) != 0) suite = nullptr;
+        if (vrmAcquireSuite(name_, version_, &suite) != 0 || suite == nullptr) return nullptr;
         suite_.store(suite, std::memory_order_release);
         return suite;
     }

@@ -7,9 +7,11 @@
 #include "framework/pixel_formats.h"
 #include "framework/registration_order.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
-#include <vector>
+#include <memory>
+#include <new>
 
 namespace Antialias {
 namespace {
@@ -52,21 +54,25 @@ void render(const FrameView& source, const FrameView& destination) {
     const FrameExtent sourceExtent(source);
     const FrameExtent destinationExtent(destination);
 
-    std::vector<std::uint8_t> completed[2];
+    std::unique_ptr<std::uint8_t[]> completed[2];
     for (std::int64_t y = 0; y < height; ++y) {
         const std::int64_t fitting = std::min(sourceExtent.fitting(y * stride, width, bytesPerPixel),
                                               destinationExtent.fitting(y * stride, width, bytesPerPixel));
         if (fitting <= 0) continue;
         const std::uint8_t* centre = source.pixels + y * stride;
-        // Where the source ends, a neighbouring row is completed with the pixels beside it.
-        const auto neighbour = [&](std::int64_t row, std::vector<std::uint8_t>& buffer) {
+        // Where the source ends, a neighbouring row is completed with the pixels beside it, or replaced by
+        // them without memory.
+        const auto neighbour = [&](std::int64_t row, std::unique_ptr<std::uint8_t[]>& buffer) {
             if (row < 0 || row >= height) return centre;
             const std::int64_t present = sourceExtent.fitting(row * stride, fitting, bytesPerPixel);
             const std::uint8_t* pixels = source.pixels + row * stride;
             if (present == fitting) return pixels;
-            buffer.assign(centre, centre + fitting * bytesPerPixel);
-            std::copy_n(pixels, present * bytesPerPixel, buffer.begin());
-            return static_cast<const std::uint8_t*>(buffer.data());
+            const std::int64_t length = fitting * bytesPerPixel;
+            buffer.reset(new (std::nothrow) std::uint8_t[static_cast<std::size_t>(length)]);
+            if (buffer == nullptr) return centre;
+            std::copy_n(centre, length, buffer.get());
+            std::copy_n(pixels, present * bytesPerPixel, buffer.get());
+            return static_cast<const std::uint8_t*>(buffer.get());
         };
         averageRow(neighbour(y - 1, completed[0]), centre, neighbour(y + 1, completed[1]),
                    destination.pixels + y * stride, fitting);

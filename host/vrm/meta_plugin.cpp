@@ -23,9 +23,9 @@ struct MetaPlugin::State {
             throw std::runtime_error(path.string() + " is no Vireo module: it does not export " +
                                      exportedName);
         }
-        MetaPluginInitialiseRecord record{QRB::GetLanguageID()};
-        call(MetaPluginInitialise, &record, "initialise");
         try {
+            MetaPluginInitialiseRecord record{QRB::GetLanguageID()};
+            call(MetaPluginInitialise, &record, "initialise");
             readFilters();
         } catch (...) {
             function(MetaPluginTerminate, nullptr);

@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+// Every allocation of every filter fails once, in a program of its own: operator new and vpixNew are
+// replaced.
+#include "host/heapkit/memory_handles.h"
+#include "host/vireo_host.h"
+#include "host/vrm/meta_plugin.h"
+#include "tests/filters/support/filter_under_test.h"
+#include "tests/host/short_memory.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace {
+
+int liveBuffers = 0;
+int liveHandles = 0;
+
+template <class Function>
+Function* next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+MemoryHandle newHandle(std::size_t size) {
+    if (CountedMemory::nextFails()) return nullptr;
+    ++liveHandles;
+    return HeapKit::newHandle(size);
+}
+
+void disposeHandle(MemoryHandle handle) {
+    if (handle != nullptr) --liveHandles;
+    HeapKit::disposeHandle(handle);
+}
+
+/// The reference host's table with memory that may fail. Its newVPix is the vpixNew below.
+const HostCallbacks& faultyHost() {
+    static const MemoryFunctions memory{{}, newHandle, {}, disposeHandle, {}, newHandle};
+    static const HostCallbacks callbacks = [] {
+        HostCallbacks table = *vireoHostCallbacks();
+        table.memory = &memory;
+        return table;
+    }();
+    return callbacks;
+}
+
+}  // namespace
+
+// The library's own allocations for a buffer count as one with it.
+FrameBuffer* vpixNew(const FrameRect* bounds) {
+    static const auto real = next<decltype(vpixNew)>("vpixNew");
+    if (CountedMemory::nextFails()) return nullptr;
+    const CountedMemory::Pause pause;
+    FrameBuffer* const buffer = real(bounds);
+    if (buffer != nullptr) ++liveBuffers;
+    return buffer;
+}
+
+void vpixDispose(FrameBuffer* handle) {
+    static const auto real = next<decltype(vpixDispose)>("vpixDispose");
+    if (handle != nullptr) --liveBuffers;
+    const CountedMemory::Pause pause;
+    real(handle);
+}
+
+namespace {
+
+constexpr Geometry geometry{.width = 41, .height = 32};
+
+std::int32_t brightFrame(std::uint32_t, FrameBuffer* target, const FrameRect* bounds, void*) {
+    vpixFillRect(target, bounds, 0xFF80C0F0);
+    return 0;
+}
+
+/// What a call came to.
+struct Outcome {
+    bool failed;  ///< Whether it met the failing allocation.
+    std::int32_t result = 0;
+    std::string exception = {};
+    int leaked = 0;
+    bool madeSettings = false;
+    std::vector<std::uint8_t> settings = {};
+    Picture picture = {};
+};
+
+class AllocationFaults : public testing::TestWithParam<std::uint32_t> {
+protected:
+    AllocationFaults() : source(geometry, sourcePicture()), untouched(geometry, random) {}
+
+    /// Alpha Glow needs a shape; elsewhere softened alpha must not show.
+    Picture sourcePicture() {
+        Picture picture{geometry.width, geometry.height};
+        for (int y = 0; y < picture.height; ++y) {
+            for (int x = 0; x < picture.width; ++x) {
+                const bool solid = GetParam() != 10001 || (x > 10 && x < 20 && y > 8 && y < 20);
+                picture.at(x, y) = static_cast<std::uint32_t>(random() & 0xFFFFFF) | (solid ? 0xFF000000 : 0);
+            }
+        }
+        return picture;
+    }
+
+    Outcome call(std::int16_t selector, const std::vector<std::uint8_t>& settings, int failing) {
+        FilterUnderTest filter(GetParam());
+        filter.invocation.hostCallbacks = &faultyHost();
+        filter.invocation.getFrameCallback = brightFrame;
+        filter.invocation.frameTime = 100;
+        TestFrame destination(geometry, untouched.picture());
+        filter.invocation.sourceFrame = source.handle();
+        filter.invocation.destFrame = destination.handle();
+        if (!settings.empty()) filter.setSettings(settings);
+        liveHandles = liveBuffers = 0;
+
+        Outcome outcome{};
+        {
+            const CountedMemory memory(failing);
+            try {
+                outcome.result = filter.call(selector);
+            } catch (const std::exception& exception) {
+                outcome.exception = exception.what();
+            }
+            outcome.failed = memory.hasFailed();
+            outcome.leaked = memory.live();
+        }
+        outcome.settings = filter.settings();
+        outcome.madeSettings = settings.empty() && filter.invocation.settingsHandle != nullptr;
+        outcome.leaked += liveBuffers + liveHandles - (outcome.madeSettings ? 1 : 0);
+        outcome.picture = destination.picture();
+        EXPECT_TRUE(destination.guardsHold());
+        return outcome;
+    }
+
+    Outcome callWithMemory(std::int16_t selector, const std::vector<std::uint8_t>& settings) {
+        return call(selector, settings, 1000000);
+    }
+
+    /// Calls onFault with the outcome of the call for each of its allocations that may fail.
+    template <class OnFault>
+    int forEachFault(std::int16_t selector, const std::vector<std::uint8_t>& settings, OnFault&& onFault) {
+        for (int failing = 1;; ++failing) {
+            SCOPED_TRACE("selector " + std::to_string(selector) + ", allocation " + std::to_string(failing));
+            const Outcome outcome = call(selector, settings, failing);
+            if (!outcome.failed) return failing - 1;
+            EXPECT_EQ(outcome.exception, "");
+            EXPECT_EQ(outcome.leaked, 0);
+            onFault(outcome);
+        }
+    }
+
+    Random random;
+    TestFrame source;
+    TestFrame untouched;
+};
+
+TEST_P(AllocationFaults, LeaveTheSettingsWholeOrAlone) {
+    callWithMemory(FilterSelectorExecute, {});  // What is made once is made here.
+    const Outcome fresh = callWithMemory(FilterSelectorInitSettings, {});
+    std::vector<std::uint8_t> stored = fresh.settings;
+    for (std::uint8_t& byte : stored) byte = static_cast<std::uint8_t>(byte + 3);
+    for (const std::int16_t selector : {FilterSelectorInitSettings, FilterSelectorSetup}) {
+        const Outcome usual = callWithMemory(selector, {});
+        forEachFault(selector, {}, [&](const Outcome& outcome) {
+            EXPECT_EQ(outcome.result, usual.result);
+            EXPECT_TRUE(!outcome.madeSettings || outcome.settings == usual.settings);
+        });
+        forEachFault(selector, stored, [&](const Outcome& outcome) {
+            EXPECT_EQ(outcome.result, usual.result);
+            EXPECT_EQ(outcome.settings, stored);
+        });
+    }
+}
+
+TEST_P(AllocationFaults, OfOtherSelectorsAreNone) {
+    for (const std::int16_t selector : {FilterSelectorGetPixelFormat, FilterSelectorGetFilterFlags}) {
+        EXPECT_EQ(forEachFault(selector, {}, [](const Outcome&) {}), 0);
+    }
+}
+
+/// What Execute may fall back to.
+struct Fallback {
+    std::string name;
+    std::int32_t result;
+    Picture picture;
+};
+
+class RenderFaults : public AllocationFaults {
+protected:
+    Fallback nothing(std::int32_t result) { return {"nothing written", result, untouched.picture()}; }
+    Fallback copy() { return {"a copy", 0, source.picture()}; }
+
+    /// Without the wave whose intensity stands at this byte.
+    Fallback withoutWave(std::vector<std::uint8_t> settings, std::size_t intensity) {
+        settings[intensity] = settings[intensity + 1] = 0;
+        return {"one wave", 0, callWithMemory(FilterSelectorExecute, settings).picture};
+    }
+
+    /// The earlier frame below the current one.
+    Fallback twoLayers() {
+        TestFrame layers(geometry);
+        const FrameRect bounds = layers.handle()->bounds;
+        brightFrame(0, layers.handle(), &bounds, nullptr);
+        vpixCopy(source.handle(), layers.handle(), &bounds, &bounds, VPixCopyBlend | 187);
+        return {"two layers", 0, layers.picture()};
+    }
+
+    std::vector<Fallback> fallbacks(const std::vector<std::uint8_t>& settings) {
+        switch (GetParam()) {
+            case 10001: return {copy()};
+            case 10004: return {nothing(1), withoutWave(settings, 4), withoutWave(settings, 14)};
+            case 10010:
+            case 10017: return {copy()};
+            case 10011:
+            case 10034: return {nothing(0)};
+            case 10029: return {twoLayers()};
+            default: return {};
+        }
+    }
+};
+
+TEST_P(RenderFaults, FallBackAsTold) {
+    const std::vector<std::uint8_t> settings = callWithMemory(FilterSelectorInitSettings, {}).settings;
+    const Outcome usual = callWithMemory(FilterSelectorExecute, settings);
+    const std::vector<Fallback> told = fallbacks(settings);
+    std::set<std::string> missing;
+    for (const Fallback& fallback : told) missing.insert(fallback.name);
+
+    forEachFault(FilterSelectorExecute, settings, [&](const Outcome& outcome) {
+        EXPECT_EQ(outcome.settings, settings);
+        if (outcome.result == usual.result && samePicture(usual.picture, outcome.picture)) return;
+        const auto match = std::ranges::find_if(told, [&](const Fallback& fallback) {
+            return fallback.result == outcome.result && samePicture(fallback.picture, outcome.picture);
+        });
+        if (match == told.end()) {
+            ADD_FAILURE() << "result " << outcome.result << " and a picture that nobody told of";
+        } else {
+            missing.erase(match->name);
+        }
+    });
+    for (const std::string& name : missing) ADD_FAILURE() << "never fell back to " << name;
+    EXPECT_TRUE(samePicture(usual.picture, callWithMemory(FilterSelectorExecute, settings).picture));
+}
+
+const auto allFilters =
+    testing::Values(10001, 10002, 10004, 10006, 10010, 10011, 10013, 10015, 10016, 10017, 10020, 10022, 10026,
+                    10029, 10030, 10031, 10034, 10035, 10042, 10049, 10052, 10053);
+INSTANTIATE_TEST_SUITE_P(Filters, AllocationFaults, allFilters, testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Filters, RenderFaults, allFilters, testing::PrintToStringParamName());
+
+// Only where the source ends before the destination does Antialias need memory.
+TEST(AntialiasFaults, MissingRowsAreReplacedByTheirNeighbours) {
+    Random random;
+    TestFrame source({.width = 20, .height = 6}, random);
+    FilterUnderTest filter(10002);
+    for (int failing = 1;; ++failing) {
+        TestFrame destination({.width = 24, .height = 12}, random);
+        filter.invocation.sourceFrame = source.handle();
+        filter.invocation.destFrame = destination.handle();
+        const CountedMemory memory(failing);
+        EXPECT_EQ(filter.call(FilterSelectorExecute), 0);
+        EXPECT_TRUE(destination.outerGuardsHold());
+        if (!memory.hasFailed()) {
+            EXPECT_GT(failing, 1) << "nothing was allocated";
+            break;
+        }
+    }
+}
+
+// A module that runs out of memory while it registers its filters is ended before anybody else starts it.
+TEST(HostFaults, LeaveNoModuleHalfInitialised) {
+    const std::filesystem::path path =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path() / "VireoFiltersMetaPlugin.vrmp";
+    const VRM::MetaPlugin kept(path);  // Loaded for good, so that no static part is made again.
+    const auto count = [&] {
+        MetaPluginCountRecord record{};
+        kept.call(MetaPluginCount, &record);
+        return record.count;
+    };
+    const std::int32_t own = count();
+    ASSERT_GT(own, 0);
+    int failures = 0;
+    for (bool failed = true; failed;) {
+        ASSERT_EQ(kept.call(MetaPluginTerminate, nullptr), MetaPluginDone);
+        const int failing = failures + 1;
+        int live = 0;
+        {
+            const CountedMemory memory(failing);
+            try {
+                const VRM::MetaPlugin module(path);
+            } catch (const std::bad_alloc&) {
+                ++failures;
+            }
+            failed = memory.hasFailed();
+            live = memory.live();
+        }
+        EXPECT_EQ(failures == failing, failed) << "allocation " << failing;
+        EXPECT_LE(live, 0) << "allocation " << failing;
+        EXPECT_EQ(count(), 0) << "allocation " << failing;
+    }
+    EXPECT_GT(failures, own);
+}
+
+}  // namespace

@@ -73,10 +73,11 @@ inline ModuleCase moduleCase(std::span<const std::uint8_t> input) {
     return read;
 }
 
-/// The shape, cut down to a size that is rendered in milliseconds.
+/// The shape, mostly cut down to a size that is rendered in a millisecond.
 inline FrameShape shapeOf(const ShapeCase& shape, std::int64_t pixelBytes) {
-    constexpr std::int64_t largestPixels = 1 << 16;
-    constexpr std::int64_t largestLength = 1 << 19;
+    const bool large = (shape.layout & 0x78) == 0x78;
+    const std::int64_t largestPixels = large ? 5 << 20 : 1 << 16;
+    const std::int64_t largestLength = large ? 20 << 20 : 1 << 19;
     constexpr std::int64_t longestSide = 5000;
     constexpr std::int64_t furthest = std::numeric_limits<std::int32_t>::max() - longestSide;
     const auto side = [&](std::int16_t value) { return std::clamp<std::int64_t>(value, -8, longestSide); };

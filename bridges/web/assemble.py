@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Puts the page together in a folder that holds the built engine.
+"""Puts the page together in a folder that holds the built vireo.wasm.
 
-assemble.py FOLDER   copies the page beside engine.mjs and vireo.wasm, and writes vireo.html, the same as one file
+assemble.py FOLDER   copies the page beside it, and writes vireo.html, the same as one file
 
 The one file holds plain scripts: pages that are opened from a folder may neither fetch nor start a module as worker.
 """

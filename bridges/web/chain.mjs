@@ -40,8 +40,12 @@ const displayScale = (parameter) =>
 export const fromDisplay = (parameter, display) =>
     Math.floor(parameter.minimum + (display - parameter.displayMinimum) * displayScale(parameter) + 0.5);
 
-export const toDisplay = (parameter, value) =>
-    parameter.displayMinimum + (value - parameter.minimum) / displayScale(parameter);
+/** A stored value in display units, with just the decimals that tell it from its neighbours. */
+export function displayText(parameter, value) {
+    const step = 1 / displayScale(parameter);
+    const decimals = Math.max(0, Math.ceil(-Math.log10(Math.abs(step)) - 1e-9));
+    return String(Number((parameter.displayMinimum + (value - parameter.minimum) * step).toFixed(decimals)));
+}
 
 function parseNumber(parameter, text) {
     const percent = /^([+-]?\d*\.?\d*)\s*%$/.exec(text);

@@ -12,7 +12,7 @@ export class ChainList {
     #cards = [];
     #open = new Set(); // uses whose controls show
 
-    /** `host` is { changed(), moment(), pick(take), tell(text) }. */
+    /** `host` is { changed(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
     constructor(list, host) {
         this.#list = list;
         this.#host = host;
@@ -77,10 +77,7 @@ export class ChainList {
 
         if (!isOpen) return { root, update: () => {} };
         const controls = filterControls(use, {
-            changed: () => {
-                this.update();
-                this.#host.changed();
-            },
+            changed: this.#host.changed,
             rebuild: () => {
                 this.rebuild();
                 this.#host.changed();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Controls for a filter's parameters, made from its list alone. Each is { root, update(moment) }.
-import { colourText, fromDisplay, fullMix, parseColour, takesPercent, toDisplay } from './chain.mjs';
+import { colourText, displayText, fromDisplay, fullMix, parseColour, takesPercent } from './chain.mjs';
 import { element } from './dom.mjs';
 import { say } from './language.mjs';
 import { trackText } from './value_track.mjs';
@@ -8,22 +8,15 @@ import { trackText } from './value_track.mjs';
 let lastId = 0;
 const newId = () => `control-${++lastId}`;
 
-/** Decimals that tell each stored value from its neighbours in display units. */
-function decimalsOf(parameter) {
-    const step = (parameter.displayMaximum - parameter.displayMinimum) / (parameter.maximum - parameter.minimum);
-    return Math.max(0, Math.ceil(-Math.log10(Math.abs(step)) - 1e-9));
-}
-
 /** A number entry in display units that hands over stored values. */
 function numberEntry(parameter, properties, take) {
-    const decimals = decimalsOf(parameter);
-    const shown = (value) => String(Number(toDisplay(parameter, value).toFixed(decimals)));
+    const shown = (value) => displayText(parameter, value);
     const entry = element('input', {
         type: 'number',
         min: parameter.displayMinimum,
         max: parameter.displayMaximum,
         step: 'any',
-        inputMode: decimals > 0 ? 'decimal' : 'numeric',
+        inputMode: 'decimal',
         ...properties,
     });
     let now;

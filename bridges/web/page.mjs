@@ -36,12 +36,13 @@ const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
 
 function tell(text, isError = false) {
     const line = find('.message');
-    line.textContent = text;
-    line.classList.toggle('error', isError);
     line.setAttribute('role', isError ? 'alert' : 'status');
+    line.textContent = '';
     line.classList.remove('shown');
+    line.classList.toggle('error', isError);
     void line.offsetWidth; // starts the line's fading again
-    line.classList.toggle('shown', text !== '');
+    line.textContent = text;
+    line.classList.add('shown');
 }
 
 const tellError = (error) => tell(error instanceof PageError ? say(error.text, error.values) : error.message, true);

@@ -150,7 +150,7 @@ class Video {
         this.#isPlaying = true;
         let count = from;
         if (!this.isLive) this.#video.currentTime = from / this.rate;
-        this.#video.play();
+        this.#video.play().catch(() => {}); // ended by a pause that comes at once
         eachFrame(this.#video, (time) => {
             if (!this.#isPlaying) return false;
             onFrame(this.isLive ? count++ : Math.min(Math.round(time * this.rate), this.frames - 1));

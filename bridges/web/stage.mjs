@@ -53,6 +53,7 @@ export class Stage {
     open(width, height) {
         this.#size = { width, height };
         Object.assign(this.#picture.style, { width: `${width}px`, height: `${height}px` });
+        for (const canvas of [this.#before, this.#after]) Object.assign(canvas, { width: 1, height: 1 });
         this.fit();
     }
 

@@ -12,9 +12,11 @@ function pictureAt(frame) {
     return pictures.get(numbers.findLast((number) => number <= frame) ?? numbers[0]);
 }
 
-function rendered({ chain, frame, frames }, source) {
+/** The result of a job { chain, frame, frames, picture }, over the stored pictures where it brings none. */
+function rendered({ chain, frame, frames, picture }) {
+    const source = picture ?? pictureAt(frame);
     if (chain.length === 0) return { ...source, data: source.data.slice() };
-    return engine.render(chain, source, { frame, frames, fetch: (number) => pictureAt(number) });
+    return engine.render(chain, source, { frame, frames, fetch: picture ? undefined : pictureAt });
 }
 
 const actions = {
@@ -31,12 +33,8 @@ const actions = {
     drop(frames) {
         for (const frame of frames) pictures.delete(frame);
     },
-    render(job) {
-        return rendered(job, job.picture ?? pictureAt(job.frame));
-    },
-    async png(job) {
-        return writePng(rendered(job, pictureAt(job.frame)));
-    },
+    render: rendered,
+    png: (job) => writePng(rendered(job)),
     readPng,
 };
 

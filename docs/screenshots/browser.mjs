@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+// Makes the screenshots of the browser page. Needs the web build, chromium, ffmpeg, and what npm ci installs.
+//   node docs/screenshots/browser.mjs [FOLDER]   this folder unless named
+import { execFileSync } from 'node:child_process';
+import path from 'node:path';
+
+import { launch, open, serve } from '../../tests/bridges/web/browser.mjs';
+
+const folder = process.argv[2] ?? import.meta.dirname;
+const desktop = { viewport: { width: 1200, height: 750 } };
+const phone = { viewport: { width: 390, height: 780 }, isMobile: true, hasTouch: true };
+
+/** Opens the dialog of all filters, whose pictures come one after another. */
+async function addFilter(page) {
+    await page.click('.add');
+    await page.waitForFunction(() => [...document.querySelectorAll('.tile canvas')].every(({ width }) => width > 100));
+}
+
+const shots = [
+    { name: 'light', address: '#f=ColorReplace:similarity=20,targetcolor=%23709250,replacecolor=steelblue&f=AlphaGlow:glow=14,startcolor=gold&sample=cutout', ...desktop },
+    { name: 'dark', address: '#f=Levels:rgbgamma=130&f=Ghosting&f=Bend&sample=clip&frame=38', ...desktop, colorScheme: 'dark' },
+    { name: 'filters', address: '#sample=fruit', ...desktop, work: addFilter },
+    { name: 'phone', address: '#f=Solarize:threshold=60%&sample=fruit&language=ja', ...phone },
+];
+
+/** At most 256 colours, which a page of few colours hardly shows. */
+function shrink(file, target) {
+    execFileSync('ffmpeg', ['-v', 'error', '-y', '-i', file, '-vf', 'split[a][b];[a]palettegen[p];[b][p]paletteuse=dither=sierra2_4a', target]);
+}
+
+const [browser, server] = await Promise.all([launch(), serve()]);
+for (const { name, address, work, ...options } of shots) {
+    const page = await open(browser, server.url + address, options);
+    await work?.(page);
+    const file = path.join(folder, `browser-${name}.full.png`);
+    await page.screenshot({ path: file });
+    shrink(file, path.join(folder, `browser-${name}.png`));
+    execFileSync('rm', [file]);
+    await page.context().close();
+}
+await browser.close();
+server.close();

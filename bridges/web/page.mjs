@@ -194,11 +194,12 @@ async function openFile(file) {
 
 /** Takes over what an address says; where it names no picture, the open one stays. */
 async function follow(hash) {
-    const { chain, sample, frame, language } = parseAddress(hash, state.filters);
+    const { sample, frame, language } = parseAddress(hash, state.filters);
     for (const [word, value, known] of [['sample', sample, samples], ['language', language, languages]]) {
         if (value !== null && !Object.hasOwn(known, value)) throw new PageError('badAddress', { text: `${word}=${value}` });
     }
     if (language !== null && language !== state.language) await speakLanguage(language);
+    const { chain } = parseAddress(hash, state.filters); // in the language that is spoken now
     state.chain = chain;
     const isOpen = state.source !== null && (sample === null || sample === state.sample);
     if (isOpen) {

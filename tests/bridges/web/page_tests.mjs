@@ -237,6 +237,9 @@ walk('all texts are in the language of the browser, or in the chosen one', '#f=C
     assert.deepEqual(english, []);
     await page.reload();
     await page.waitForSelector('html[lang=ja]');
+    await page.evaluate(() => (location.hash = '#f=Solarize&language=ko'));
+    await page.waitForSelector('html[lang=ko]');
+    assert.deepEqual(await cardTitles(page), ['솔라리제이션']);
 }, { locale: 'de-DE' });
 
 walk('the keyboard reaches and does everything', '#f=Solarize&f=ColorReplace&sample=cutout', async (page) => {

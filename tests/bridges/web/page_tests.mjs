@@ -56,7 +56,7 @@ walk('a dropped picture is filtered, saved, and rendered alike by the command', 
     await holdToCommand(page, name);
 });
 
-walk('every filter gives the pixels of the command line', '#sample=cutout', async (page) => {
+walk('filters of every kind give the pixels of the command line', '#sample=cutout', async (page) => {
     const keys = ['AlphaGlow', 'CameraBlur:percentblur=3', 'Extract', 'LensDistortion:curvature=40', 'Levels:rgbgamma=160,rblackin=20'];
     for (const text of [keys.slice(0, 2), keys.slice(2)]) {
         await shown(page, () => page.evaluate((hash) => (location.hash = hash), `f=${text.join('&f=')}`));
@@ -239,7 +239,7 @@ walk('all texts are in the language of the browser, or in the chosen one', '#f=C
     await page.waitForSelector('html[lang=ja]');
     await page.evaluate(() => (location.hash = '#f=Solarize&language=ko'));
     await page.waitForSelector('html[lang=ko]');
-    assert.deepEqual(await cardTitles(page), ['솔라리제이션']);
+    assert.deepEqual(await cardTitles(page), ['솔라라이즈']);
 }, { locale: 'de-DE' });
 
 walk('the keyboard reaches and does everything', '#f=Solarize&f=ColorReplace&sample=cutout', async (page) => {

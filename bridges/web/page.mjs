@@ -161,6 +161,7 @@ function show(source, sample, frame = 0) {
     Object.assign(state, { source, sample, frame: Math.min(frame, Math.max(source.frames - 1, 0)), isPlaying: false });
     stage.pickColour(null);
     stage.open(source.width, source.height);
+    delete find('.stage').dataset.shown;
     renderer.open(source);
     find('.size').textContent = `${source.width} × ${source.height}`;
     for (const button of document.querySelectorAll('.samples button')) {

@@ -7,7 +7,7 @@ import { EngineWorker } from './engine_worker.mjs';
 const restTime = 150;
 
 /** A preview of this many pixels is rendered and shown within a frame of the display. */
-const previewPixels = 640_000;
+const previewPixels = 960 * 540;
 
 export class Renderer {
     #view; // { before(picture), after(picture, isPreview), failed(error) }

@@ -7,6 +7,8 @@
 #include <cstring>
 #if defined(__SSE2__)
 #include <immintrin.h>
+#elif defined(__wasm_simd128__)
+#include <wasm_simd128.h>
 #endif
 
 namespace VIREO_KERNEL_NAMESPACE {
@@ -46,11 +48,9 @@ inline WordVector multiplyHigh(WordVector a, WordVector b) {
 #elif defined(__SSE2__)
     return (WordVector)_mm_mulhi_epu16((__m128i)a, (__m128i)b);
 #else
-    WordVector product;
-    for (int i = 0; i < vectorBytes / 2; ++i) {
-        product[i] = static_cast<std::uint16_t>(std::uint32_t{a[i]} * b[i] >> 16);
-    }
-    return product;
+    const PixelVector even = ((PixelVector)a & 0xFFFF) * ((PixelVector)b & 0xFFFF) >> 16;
+    const PixelVector odd = ((PixelVector)a >> 16) * ((PixelVector)b >> 16) & 0xFFFF0000;
+    return (WordVector)(even | odd);
 #endif
 }
 

@@ -46,7 +46,7 @@ HOST_INSIDE = [
 MODULE = ("framework/", "filters/", "resources/")
 
 # What the module may include beside the standard library.
-MODULE_SYSTEM = {"immintrin.h", "commctrl.h", "commdlg.h", "dlgs.h", "windowsx.h"}
+MODULE_SYSTEM = {"immintrin.h", "wasm_simd128.h", "commctrl.h", "commdlg.h", "dlgs.h", "windowsx.h"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 

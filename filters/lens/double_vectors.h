@@ -27,6 +27,11 @@ inline HalfIntVector truncated(DoubleVector values) {
     return (HalfIntVector)_mm512_maskz_cvttpd_epi32(0xFF, (__m512d)values);
 #elif defined(__AVX2__)
     return (HalfIntVector)_mm256_cvttpd_epi32((__m256d)values);
+#elif defined(__wasm_simd128__)
+    const v128_t integers = wasm_i32x4_trunc_sat_f64x2_zero((v128_t)values);
+    HalfIntVector result;
+    std::memcpy(&result, &integers, sizeof result);
+    return result;
 #else
     HalfIntVector result;
     for (int i = 0; i < vectorDoubles; ++i) result[i] = static_cast<std::int32_t>(values[i]);
@@ -42,6 +47,8 @@ inline DoubleVector whole(DoubleVector values) {
     return (DoubleVector)_mm256_round_pd((__m256d)values, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
 #elif defined(__SSE2__)
     return (DoubleVector)_mm_cvtepi32_pd(_mm_cvttpd_epi32((__m128d)values));
+#elif defined(__wasm_simd128__)
+    return (DoubleVector)wasm_f64x2_trunc((v128_t)values);
 #else
     return __builtin_convertvector(truncated(values), DoubleVector);
 #endif
@@ -54,6 +61,8 @@ inline DoubleVector squareRoot(DoubleVector values) {
     return (DoubleVector)_mm256_sqrt_pd((__m256d)values);
 #elif defined(__SSE2__)
     return (DoubleVector)_mm_sqrt_pd((__m128d)values);
+#elif defined(__wasm_simd128__)
+    return (DoubleVector)wasm_f64x2_sqrt((v128_t)values);
 #else
     for (int i = 0; i < vectorDoubles; ++i) values[i] = std::sqrt(values[i]);
     return values;

@@ -34,6 +34,8 @@ inline bool allOf(IntVector lanes) {
     return _mm256_movemask_epi8((__m256i)lanes) == -1;
 #elif defined(__SSE2__)
     return _mm_movemask_epi8((__m128i)lanes) == 0xFFFF;
+#elif defined(__wasm_simd128__)
+    return wasm_i32x4_all_true((v128_t)lanes);
 #else
     std::int32_t all = -1;
     for (int i = 0; i < vectorPixels; ++i) all &= lanes[i];

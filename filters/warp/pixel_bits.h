@@ -15,6 +15,8 @@ inline std::uint32_t bitsOf(IntVector lanes) {
     return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)lanes));
 #elif defined(__SSE2__)
     return static_cast<std::uint32_t>(_mm_movemask_ps((__m128)lanes));
+#elif defined(__wasm_simd128__)
+    return wasm_i32x4_bitmask((v128_t)lanes);
 #else
     std::uint32_t bits = 0;
     for (int i = 0; i < vectorPixels; ++i) bits |= (lanes[i] & 1u) << i;

@@ -123,12 +123,16 @@ inline void storeTruncated(std::int16_t* to, Lanes values) {
 
 #else
 
-using Lanes = float __attribute__((vector_size(16)));
 constexpr int laneCount = 4;
+template <class Value>
+using Four = Value __attribute__((vector_size(laneCount * sizeof(Value))));
+using Lanes = Four<float>;
 
 template <class Value>
 Lanes load(const Value* values) {
-    return Lanes{1.0F * values[0], 1.0F * values[1], 1.0F * values[2], 1.0F * values[3]};
+    Four<Value> four;
+    std::memcpy(&four, values, sizeof(four));
+    return __builtin_convertvector(four, Lanes);
 }
 template <class Value>
 Lanes loadDifference(const Value* a, const Value* b) {
@@ -138,7 +142,9 @@ inline Lanes repeated(float value) { return Lanes{value, value, value, value}; }
 inline void store(float* to, Lanes values) { std::memcpy(to, &values, sizeof(values)); }
 template <class Value>
 void storeTruncated(Value* to, Lanes values) {
-    for (int i = 0; i < laneCount; ++i) to[i] = static_cast<Value>(values[i]);
+    const auto four =
+        __builtin_convertvector(__builtin_convertvector(values, Four<std::int32_t>), Four<Value>);
+    std::memcpy(to, &four, sizeof(four));
 }
 
 #endif

@@ -17,7 +17,12 @@ check_packages=(
     ffmpeg melt
     parallel slurm-wlm
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
+    emscripten binaryen node-acorn chromium
 )
+# Newer ones than the system's may stand on the machine already.
+for command_and_package in node:nodejs npm:npm; do
+    command -v "${command_and_package%:*}" >/dev/null || check_packages+=("${command_and_package#*:}")
+done
 
 # install_packages NAME... installs those that are missing.
 install_packages() {

@@ -5,10 +5,11 @@ import { createReadStream, existsSync } from 'node:fs';
 import { readFile } from 'node:fs/promises';
 import { createServer } from 'node:http';
 import path from 'node:path';
+import { fileURLToPath } from 'node:url';
 
 import { chromium } from 'playwright-core';
 
-export const root = path.resolve(import.meta.dirname, '../../..');
+export const root = fileURLToPath(new URL('../../..', import.meta.url));
 export const pageFolder = path.join(root, 'build/web');
 
 const arguments_ = [

@@ -35,4 +35,10 @@ make -loop 1 -i "$photos/european-honey-bee.jpg" -frames:v 40 -r 25 -c:v ffv1 -p
 
 docs/pictures/drawings.py
 docs/filters/generate.py build/linux/bin/vireo --pictures "$work"
+
+# Every ninth frame of a clip in which a value changes.
+build/linux/bin/vireo render "$work/bridge.mkv" "$work/key.mkv" --overwrite --quiet --encoder ffv1 \
+    -f "Solarize:threshold=0@0f..254@18f..0@36f"
+make -i "$work/key.mkv" -vf "select=not(mod(n\,9)),scale=240:-2:flags=lanczos,tile=5x1:padding=4:color=white" \
+    -frames:v 1 -q:v 5 -bitexact docs/pictures/key-frames.jpg
 /usr/bin/python3 docs/pictures/sheet.py docs/pictures/sheet.jpg "$work/bridge.png"

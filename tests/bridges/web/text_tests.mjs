@@ -2,6 +2,7 @@
 // The chain as text: what is typed, linked, saved and handed over.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
+import { readdirSync, readFileSync } from 'node:fs';
 import { before, test } from 'node:test';
 
 import { addressOf, parseAddress } from '../../../bridges/web/address.mjs';
@@ -92,4 +93,15 @@ test('what is switched off is not handed over, and FFmpeg is told a known clip',
     const moment = { frame: 0, rate: 25 };
     assert.equal(ffmpegText(chain, null, moment), 'frei0r=vireo_horizontal_hold:1,frei0r=vireo_solarize');
     assert.match(ffmpegText(chain, { rate: 25, frames: 75 }, moment), /^frei0r=vireo_horizontal_hold:1\|0\.5\d*\|25\|ms\|75,/);
+});
+
+test("the filters' pages link to their filters", () => {
+    const folder = new URL('../../../docs/filters/', import.meta.url);
+    const pages = readdirSync(folder).filter((name) => name.endsWith('.md') && name !== 'README.md');
+    assert.equal(pages.length, filters.length);
+    for (const page of pages) {
+        const text = readFileSync(new URL(page, folder), 'utf8');
+        const { chain } = parseAddress(/`index\.html(#[^`]+)`/.exec(text)[1], filters);
+        assert.deepEqual(chain.map((use) => use.filter.englishName), [/^# (.+)$/m.exec(text)[1]]);
+    }
 });

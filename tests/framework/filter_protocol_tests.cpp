@@ -28,6 +28,10 @@ class FilterProtocol : public testing::Test {
 protected:
     FilterProtocol() : plugin(VIREO_TESTED_MODULE) {}
 
+    FilterEntryProc entryOf(std::uint32_t id) const {
+        return std::ranges::find(plugin.filters(), id, &VRM::Filter::id)->entry;
+    }
+
     const VRM::MetaPlugin plugin;
 };
 
@@ -105,24 +109,34 @@ TEST_F(FilterProtocol, FormatsThatFiltersOfferAreFourCharacters) {
     }
 }
 
-TEST_F(FilterProtocol, ExceptionsOfTheSuiteLayerReachTheHost) {
-    const auto flip = std::find_if(plugin.filters().begin(), plugin.filters().end(),
-                                   [](const VRM::Filter& filter) { return filter.id == 10030; });
-    ASSERT_NE(flip, plugin.filters().end());
+std::int32_t withdrawSuite(std::uint32_t, FrameBuffer*, const FrameRect*, void*) {
+    vireoHostOfferSuite(VIREO_VPIX_SUITE, 0);
+    return 0;
+}
+
+TEST_F(FilterProtocol, SuitesThrowUntilTheyAreFoundAndStayFromThenOn) {
     const FrameRect bounds{0, 0, 4, 3};
     FrameBuffer* const source = vpixNew(&bounds);
     FrameBuffer* const destination = vpixNew(&bounds);
-    const VRM::FilterInstance instance(flip->entry);
+    const VRM::FilterInstance flip(entryOf(10030));
+    const VRM::FilterInstance ghosting(entryOf(10029));
 
     vireoHostOfferSuite(VIREO_VPIX_SUITE, 0);
     try {
-        instance.render({source, destination});
+        flip.render({source, destination});
         ADD_FAILURE() << "rendered without the suite";
     } catch (const QRB::Exception& exception) {
         EXPECT_STREQ(exception.what(), "Null VPix Suite");
     }
     vireoHostOfferSuite(VIREO_VPIX_SUITE, 1);
-    EXPECT_EQ(instance.render({source, destination}), 0);
+    EXPECT_EQ(flip.render({source, destination}), 0);
+
+    // Withdrawn in the middle of a call.
+    VRM::FrameRequest request{source, destination};
+    request.getFrame = withdrawSuite;
+    EXPECT_EQ(ghosting.render(request), 0);
+    EXPECT_EQ(flip.render({source, destination}), 0);
+    vireoHostOfferSuite(VIREO_VPIX_SUITE, 1);
     vpixDispose(source);
     vpixDispose(destination);
 }

@@ -73,12 +73,12 @@ inline ModuleCase moduleCase(std::span<const std::uint8_t> input) {
     return read;
 }
 
-/// The shape, mostly cut down to a size that is rendered in a millisecond.
-inline FrameShape shapeOf(const ShapeCase& shape, std::int64_t pixelBytes) {
-    const bool large = (shape.layout & 0x78) == 0x78;
+/// The shape, cut down to a size that is rendered in a millisecond, or in some where `large` allows a frame
+/// that no cache holds.
+inline FrameShape shapeOf(const ShapeCase& shape, std::int64_t pixelBytes, bool large) {
     const std::int64_t largestPixels = large ? 5 << 20 : 1 << 16;
     const std::int64_t largestLength = large ? 20 << 20 : 1 << 19;
-    constexpr std::int64_t longestSide = 5000;
+    constexpr std::int64_t longestSide = 6000;
     constexpr std::int64_t furthest = std::numeric_limits<std::int32_t>::max() - longestSide;
     const auto side = [&](std::int16_t value) { return std::clamp<std::int64_t>(value, -8, longestSide); };
     const auto begin = [&](std::int32_t value) {

@@ -177,9 +177,11 @@ private:
     void callExecute() {
         const std::uint32_t format = formatOf(given_.format);
         const std::int64_t pixelBytes = PixKit::bytesPerPixel(format);
-        const FrameShape sourceShape = shapeOf(given_.source, pixelBytes);
-        const FrameShape destinationShape =
-            given_.has(ModuleCase::OwnDestination) ? shapeOf(given_.destination, pixelBytes) : sourceShape;
+        const bool large = filter_.id == verticalFlip;  // The one that treats them differently.
+        const FrameShape sourceShape = shapeOf(given_.source, pixelBytes, large);
+        const FrameShape destinationShape = given_.has(ModuleCase::OwnDestination)
+                                                ? shapeOf(given_.destination, pixelBytes, large)
+                                                : sourceShape;
         const auto padding = staysOffPadding(filter_, sourceShape, destinationShape)
                                  ? GuardedFrame::Padding::Guarded
                                  : GuardedFrame::Padding::Open;

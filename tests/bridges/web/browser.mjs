@@ -59,9 +59,9 @@ export async function shown(page, work) {
     await rest(page);
 }
 
-/** Drops a file on the page. */
-export async function drop(page, name, type, bytes) {
-    const transfer = await page.evaluateHandle(
+/** What a drop or the clipboard brings: one file. */
+export const transferOf = (page, name, type, bytes) =>
+    page.evaluateHandle(
         ([fileName, fileType, base64]) => {
             const content = Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
             const made = new DataTransfer();
@@ -70,7 +70,10 @@ export async function drop(page, name, type, bytes) {
         },
         [name, type, Buffer.from(bytes).toString('base64')],
     );
-    await page.dispatchEvent('body', 'drop', { dataTransfer: transfer });
+
+/** Drops a file on the page. */
+export async function drop(page, name, type, bytes) {
+    await page.dispatchEvent('body', 'drop', { dataTransfer: await transferOf(page, name, type, bytes) });
 }
 
 /** The bytes that a click downloads, and their name. */

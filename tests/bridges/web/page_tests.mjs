@@ -8,7 +8,7 @@ import path from 'node:path';
 import { after, before, describe, test } from 'node:test';
 import { promisify } from 'node:util';
 
-import { downloaded, drop, handedOver, launch, open, pageFolder, pixels, rest, root, serve, shown } from './browser.mjs';
+import { downloaded, drop, handedOver, launch, open, pageFolder, pixels, rest, root, serve, shown, transferOf } from './browser.mjs';
 
 const bin = path.join(root, 'build/linux/bin');
 const [cutOut, clip] = ['cutout.png', 'clip.mp4'].map((name) => readFileSync(path.join(pageFolder, 'samples', name)));
@@ -223,6 +223,15 @@ walk('the camera is filtered until another picture is opened', '#f=Solarize', as
     assert.equal(await page.textContent('.size'), '960 × 720');
 });
 
+walk('a colour is picked from a pasted picture', '#f=ColorReplace&sample=fruit', async (page) => {
+    const transfer = await transferOf(page, 'pasted.png', 'image/png', cutOut);
+    await shown(page, () => page.evaluate((clipboardData) => dispatchEvent(new ClipboardEvent('paste', { clipboardData })), transfer));
+    await page.click('.pick');
+    const box = await page.locator('.picture').boundingBox();
+    await shown(page, () => page.mouse.click(box.x + (240 / 960) * box.width, box.y + (680 / 720) * box.height));
+    assert.match(await chainText(page), /Target Color=#ffe0c4/);
+});
+
 walk('all texts are in the language of the browser, or in the chosen one', '#f=ColorReplace&sample=cutout', async (page) => {
     assert.equal(await page.textContent('.add'), 'Filter hinzufügen');
     assert.deepEqual(await cardTitles(page), ['Farbe ersetzen']);
@@ -316,8 +325,11 @@ walk('a phone shows it all in one column', '#f=Levels&sample=fruit', async (page
     for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
         await page.selectOption('.language', language);
         await page.waitForSelector(`html[lang=${language}]`);
-        const width = await page.evaluate(() => document.documentElement.scrollWidth);
-        assert.ok(width <= 360, `${width} pixels of content in the language ${language}`);
+        for (const width of [920, 360]) {
+            await page.setViewportSize({ width, height: 740 });
+            const content = await page.evaluate(() => document.documentElement.scrollWidth);
+            assert.ok(content <= width, `${content} of ${width} pixels in the language ${language}`);
+        }
     }
     const stage = await page.locator('.stage').boundingBox();
     assert.ok(stage.height > 200 && stage.width > 300);

@@ -11,8 +11,25 @@ const moves = 60;
 const fullRuns = 5;
 
 /** Filters with the parameter that moves; the first group computes each pixel from itself alone. */
-const pointwise = ['Solarize:Threshold', 'Levels:RGBGamma', 'ColorBalance:Red', 'GammaCorrection:Gamma', 'ColorPass:Similarity', 'ColorReplace:Similarity', 'Extract:Softness'];
-const others = ['EdgeFeather:Amount', 'ConvolutionKernel:Offset', 'Replicate:Count', 'LensDistortion:Curvature', 'CameraView:Roll', 'Bend:HorizontalIntensity', 'AlphaGlow:Glow', 'CameraBlur:PercentBlur'];
+const pointwise = [
+    'Solarize:Threshold',
+    'Levels:RGBGamma',
+    'ColorBalance:Red',
+    'GammaCorrection:Gamma',
+    'ColorPass:Similarity',
+    'ColorReplace:Similarity',
+    'Extract:Softness',
+];
+const others = [
+    'EdgeFeather:Amount',
+    'ConvolutionKernel:Offset',
+    'Replicate:Count',
+    'LensDistortion:Curvature',
+    'CameraView:Roll',
+    'Bend:HorizontalIntensity',
+    'AlphaGlow:Glow',
+    'CameraBlur:PercentBlur',
+];
 
 const quantile = (values, share) => values.toSorted((a, b) => a - b)[Math.floor(share * (values.length - 1))];
 const shownTime = (value) => value.toFixed(1);
@@ -20,7 +37,9 @@ const shownTime = (value) => value.toFixed(1);
 /** Runs in the page: moves the slider `count` times and gives the milliseconds until each result of a kind is shown. */
 async function timeMoves({ name, count, isPreview }) {
     const compact = (text) => text.replace(/[\s()]/g, '').toLowerCase();
-    const label = [...document.querySelectorAll('.number label')].find((node) => compact(node.textContent) === compact(name.replace(/^RGB/, '')));
+    const label = [...document.querySelectorAll('.number label')].find(
+        (node) => compact(node.textContent) === compact(name.replace(/^RGB/, '')),
+    );
     const slider = label.control;
     const span = slider.max - slider.min;
     const times = [];
@@ -44,9 +63,23 @@ async function timeMoves({ name, count, isPreview }) {
     return times;
 }
 
-const picture = execFileSync('ffmpeg', [
-    '-v', 'error', '-i', path.join(pageFolder, 'samples/fruit.jpg'), '-vf', 'scale=1920:1080', '-c:v', 'png', '-f', 'image2pipe', '-',
-], { maxBuffer: 1 << 28 });
+const picture = execFileSync(
+    'ffmpeg',
+    [
+        '-v',
+        'error',
+        '-i',
+        path.join(pageFolder, 'samples/fruit.jpg'),
+        '-vf',
+        'scale=1920:1080',
+        '-c:v',
+        'png',
+        '-f',
+        'image2pipe',
+        '-',
+    ],
+    { maxBuffer: 1 << 28 },
+);
 const [browser, server] = await Promise.all([launch(), serve()]);
 const page = await open(browser, server.url);
 await shown(page, () => drop(page, 'picture.png', 'image/png', picture));
@@ -58,7 +91,9 @@ for (const moved of [...pointwise, ...others]) {
     const previews = await page.evaluate(timeMoves, { name, count: moves, isPreview: true });
     const wholes = await page.evaluate(timeMoves, { name, count: fullRuns, isPreview: false });
     const rest = 150; // what the page waits before it renders the whole picture
-    console.log(`| ${filter} | ${shownTime(quantile(previews, 0.5))} | ${shownTime(quantile(previews, 0.95))} | ${shownTime(quantile(wholes, 0.5) - rest)} |`);
+    console.log(
+        `| ${filter} | ${shownTime(quantile(previews, 0.5))} | ${shownTime(quantile(previews, 0.95))} | ${shownTime(quantile(wholes, 0.5) - rest)} |`,
+    );
 }
 await browser.close();
 server.close();

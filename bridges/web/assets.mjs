@@ -14,7 +14,8 @@ export function assetUrl(name) {
 }
 
 /** What the engine loads the module from: an address, or the bytes where the page is one file. */
-export const engineSource = () => (inside['vireo.wasm'] ? bytesOf(inside['vireo.wasm'].base64) : assetUrl('vireo.wasm'));
+export const engineSource = () =>
+    inside['vireo.wasm'] ? bytesOf(inside['vireo.wasm'].base64) : assetUrl('vireo.wasm');
 
 /** Some browsers let a page from a folder fetch nothing, so a file is handed over as its bytes. */
 export async function assetBytes(name) {

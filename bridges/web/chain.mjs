@@ -81,7 +81,8 @@ export function parseColour(text) {
     const word = text.toLowerCase();
     if (/^#[0-9a-f]{6}$/.test(word)) return Number.parseInt(word.slice(1), 16);
     const channels = /^rgb\s*\(\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*\)$/.exec(word)?.slice(1).map(Number);
-    if (channels) return channels.every((c) => c <= 255) ? (channels[0] << 16) | (channels[1] << 8) | channels[2] : null;
+    if (channels)
+        return channels.every((c) => c <= 255) ? (channels[0] << 16) | (channels[1] << 8) | channels[2] : null;
     return namedColour(word);
 }
 
@@ -125,7 +126,11 @@ export class FilterUse {
             throw new PageError('noParameter', { filter: this.filter.name, name: name.trim() });
         }
         const refuse = () => {
-            throw new PageError('badValue', { name: found[0]?.name ?? word, filter: this.filter.name, value: text.trim() });
+            throw new PageError('badValue', {
+                name: found[0]?.name ?? word,
+                filter: this.filter.name,
+                value: text.trim(),
+            });
         };
         if (found.length === 1) {
             this.set(parameters.indexOf(found[0]), parseParameter(found[0], text) ?? refuse());
@@ -178,7 +183,10 @@ export class FilterUse {
 
     /** The same as text() without what addresses would escape. */
     compactText() {
-        return joined(this.filter.key, this.pairs('').map(([name, value]) => [compact(name), value]));
+        return joined(
+            this.filter.key,
+            this.pairs('').map(([name, value]) => [compact(name), value]),
+        );
     }
 }
 

@@ -2,7 +2,7 @@
 // The chain as a list of cards: set, switched off, removed, and moved by hand or by keyboard.
 import { FilterUse } from './chain.mjs';
 import { filterControls } from './controls.mjs';
-import { element } from './dom.mjs';
+import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
 
 export class ChainList {
@@ -51,11 +51,17 @@ export class ChainList {
     #card(use) {
         const filter = use.filter.name;
         const isOpen = this.#open.has(use);
-        const grip = element('button', { type: 'button', className: 'quiet icon grip', title: say('move', { filter }), 'aria-label': say('move', { filter }) });
+        const grip = iconButton('grip', say('move', { filter }));
         const title = element('button', { type: 'button', className: 'quiet title', 'aria-expanded': isOpen }, filter);
-        const power = element('input', { type: 'checkbox', role: 'switch', checked: use.isOn, title: say('isOn', { filter }), 'aria-label': say('isOn', { filter }) });
-        const remove = element('button', { type: 'button', className: 'quiet icon remove', title: say('remove', { filter }), 'aria-label': say('remove', { filter }) });
-        const root = element('li', { className: use.isOn ? 'card' : 'card off' }, element('header', {}, grip, title, power, remove));
+        const powerName = say('isOn', { filter });
+        const power = element('input', { type: 'checkbox', role: 'switch', title: powerName, 'aria-label': powerName });
+        power.checked = use.isOn;
+        const remove = iconButton('remove', say('remove', { filter }));
+        const root = element(
+            'li',
+            { className: use.isOn ? 'card' : 'card off' },
+            element('header', {}, grip, title, power, remove),
+        );
 
         title.onclick = () => {
             if (!this.#open.delete(use)) this.#open.add(use);
@@ -137,6 +143,7 @@ export class ChainList {
             else if (from < middles.length - 1 && clientY > middles[from + 1]) this.#move(use, from + 1);
         };
         addEventListener('pointermove', move, { signal: stop.signal });
-        for (const end of ['pointerup', 'pointercancel']) addEventListener(end, () => stop.abort(), { signal: stop.signal });
+        for (const end of ['pointerup', 'pointercancel'])
+            addEventListener(end, () => stop.abort(), { signal: stop.signal });
     }
 }

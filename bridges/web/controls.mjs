@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Controls for a filter's parameters, made from its list alone. Each is { root, update(moment) }.
 import { colourText, displayText, fromDisplay, fullMix, parseColour, takesPercent } from './chain.mjs';
-import { element } from './dom.mjs';
+import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
 import { trackText } from './value_track.mjs';
 
@@ -64,8 +64,13 @@ function booleanControl(name, take) {
 function colourControl(name, take, pick) {
     const id = newId();
     const well = element('input', { type: 'color', id });
-    const hex = element('input', { type: 'text', className: 'hex', spellcheck: false, 'aria-label': say('hex', { name }) });
-    const picker = element('button', { type: 'button', className: 'quiet icon pick', title: say('pick', { name }), 'aria-label': say('pick', { name }) });
+    const hex = element('input', {
+        type: 'text',
+        className: 'hex',
+        spellcheck: false,
+        'aria-label': say('hex', { name }),
+    });
+    const picker = iconButton('pick', say('pick', { name }));
     let now;
     well.oninput = () => take(parseColour(well.value));
     hex.onchange = () => take(parseColour(hex.value.trim()) ?? now);
@@ -81,8 +86,17 @@ function colourControl(name, take, pick) {
 
 /** Says that a value changes along the clip, and offers to end that. */
 function keyFrameNote(control, text, makeConstant) {
-    const button = element('button', { type: 'button', className: 'quiet', onclick: makeConstant }, say('makeConstant'));
-    control.root = element('div', { className: 'keyed' }, control.root, element('p', {}, say('keyFrames', { text }), ' ', button));
+    const button = element(
+        'button',
+        { type: 'button', className: 'quiet', onclick: makeConstant },
+        say('makeConstant'),
+    );
+    control.root = element(
+        'div',
+        { className: 'keyed' },
+        control.root,
+        element('p', {}, say('keyFrames', { text }), ' ', button),
+    );
 }
 
 /** The control of a parameter; `host` is { changed(), rebuild(), moment(), pick(take) }. */
@@ -119,10 +133,14 @@ function mixControl(use, host) {
         host.changed();
     });
     if (isKeyed) {
-        keyFrameNote(control, trackText(use.mix, (value) => `${value}%`), () => {
-            use.mix = use.mixAt(host.moment());
-            host.rebuild();
-        });
+        keyFrameNote(
+            control,
+            trackText(use.mix, (value) => `${value}%`),
+            () => {
+                use.mix = use.mixAt(host.moment());
+                host.rebuild();
+            },
+        );
     }
     control.root.classList.add('mix');
     return { root: control.root, update: (moment) => control.update(use.mixAt(moment), isKeyed) };

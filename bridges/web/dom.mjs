@@ -12,6 +12,11 @@ export function element(tag, properties = {}, ...children) {
     return made;
 }
 
+/** A button that shows the icon of its class, named for those who do not see it. */
+export function iconButton(icon, name) {
+    return element('button', { type: 'button', className: `quiet icon ${icon}`, title: name, 'aria-label': name });
+}
+
 /** Saves bytes under a name, as a link's click does. */
 export function download(name, bytes, type) {
     const url = URL.createObjectURL(new Blob([bytes], { type }));

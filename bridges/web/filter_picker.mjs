@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The dialog that shows every filter over the picture at hand.
-import { element } from './dom.mjs';
+import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
 
 export class FilterPicker {
@@ -30,10 +30,14 @@ export class FilterPicker {
                 this.#choose(filter);
             };
             const names = element('span', {}, filter.name, element('small', {}, filter.category));
-            return element('li', {}, element('button', { type: 'button', className: 'tile', onclick: choose }, canvas, names));
+            return element(
+                'li',
+                {},
+                element('button', { type: 'button', className: 'tile', onclick: choose }, canvas, names),
+            );
         };
         const sorted = filters.toSorted((a, b) => a.name.localeCompare(b.name, document.documentElement.lang));
-        const close = element('button', { type: 'button', className: 'quiet icon remove', 'aria-label': say('close'), title: say('close') });
+        const close = iconButton('remove', say('close'));
         close.onclick = () => this.#dialog.close();
         const title = element('h2', { id: 'picker-title' }, say('add'));
         this.#dialog.replaceChildren(element('header', {}, title, close), element('ul', {}, ...sorted.map(tile)));

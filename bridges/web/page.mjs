@@ -100,7 +100,8 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     const { chain, source, sample, frame } = state;
-    const clip = source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
+    const clip =
+        source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
     const input = source.isLive ? 'clip.mp4' : source.name;
     const address = addressOf({ chain, sample, frame: source.isLive ? 0 : frame });
     takeAlong.show({
@@ -196,8 +197,12 @@ async function openFile(file) {
 /** Takes over what an address says; where it names no picture, the open one stays. */
 async function follow(hash) {
     const { sample, frame, language } = parseAddress(hash, state.filters);
-    for (const [word, value, known] of [['sample', sample, samples], ['language', language, languages]]) {
-        if (value !== null && !Object.hasOwn(known, value)) throw new PageError('badAddress', { text: `${word}=${value}` });
+    for (const [word, value, known] of [
+        ['sample', sample, samples],
+        ['language', language, languages],
+    ]) {
+        if (value !== null && !Object.hasOwn(known, value))
+            throw new PageError('badAddress', { text: `${word}=${value}` });
     }
     if (language !== null && language !== state.language) await speakLanguage(language);
     const { chain } = parseAddress(hash, state.filters); // in the language that is spoken now
@@ -221,7 +226,8 @@ async function speakLanguage(language) {
     document.documentElement.lang = language;
     find('.language').value = language;
     for (const node of document.querySelectorAll('[data-text]')) node.textContent = say(node.dataset.text);
-    for (const node of document.querySelectorAll('[data-label]')) node.setAttribute('aria-label', say(node.dataset.label));
+    for (const node of document.querySelectorAll('[data-label]'))
+        node.setAttribute('aria-label', say(node.dataset.label));
     for (const node of document.querySelectorAll('[data-title]')) {
         node.title = say(node.dataset.title);
         node.setAttribute('aria-label', node.dataset.text ? `${node.textContent}: ${node.title}` : node.title);
@@ -263,11 +269,12 @@ function listen() {
     const click = (selector, work) => (find(selector).onclick = () => attempt(work));
     const file = find('.file');
     click('.open', () => file.click());
-    file.onchange = () => attempt(async () => {
-        const [chosen] = file.files;
-        if (chosen) await openFile(chosen);
-        file.value = '';
-    });
+    file.onchange = () =>
+        attempt(async () => {
+            const [chosen] = file.files;
+            if (chosen) await openFile(chosen);
+            file.value = '';
+        });
     click('.camera', async () => show(await openCamera(say('camera')), null));
     click('.save', save);
     click('.add', () => {
@@ -292,12 +299,18 @@ function listen() {
 
     const language = find('.language');
     language.append(...Object.entries(languages).map(([value, text]) => element('option', { value }, text)));
-    language.onchange = () => attempt(async () => {
-        rememberedLanguage.set(language.value);
-        await speakLanguage(language.value);
-    });
+    language.onchange = () =>
+        attempt(async () => {
+            rememberedLanguage.set(language.value);
+            await speakLanguage(language.value);
+        });
     for (const [name, { text }] of Object.entries(samples)) {
-        const button = element('button', { type: 'button', className: 'quiet', 'data-text': text, 'data-sample': name });
+        const button = element('button', {
+            type: 'button',
+            className: 'quiet',
+            'data-text': text,
+            'data-sample': name,
+        });
         button.onclick = () => attempt(() => openSample(name));
         find('.samples').append(button);
     }

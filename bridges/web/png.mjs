@@ -24,13 +24,19 @@ async function through(transform, bytes) {
 export function readPngHeader(bytes) {
     if (bytes.length < 33 || signature.some((byte, i) => bytes[i] !== byte)) return null;
     const view = new DataView(bytes.buffer, bytes.byteOffset);
-    return { width: view.getUint32(16), height: view.getUint32(20), depth: bytes[24], type: bytes[25], interlaced: bytes[28] };
+    return {
+        width: view.getUint32(16),
+        height: view.getUint32(20),
+        depth: bytes[24],
+        type: bytes[25],
+        interlaced: bytes[28],
+    };
 }
 
 function chunks(bytes) {
     const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
     const found = { IDAT: [] };
-    for (let at = 8; at + 12 <= bytes.length; ) {
+    for (let at = 8; at + 12 <= bytes.length;) {
         const length = view.getUint32(at);
         const name = String.fromCharCode(...bytes.subarray(at + 4, at + 8));
         const content = bytes.subarray(at + 8, at + 8 + length);
@@ -104,7 +110,10 @@ function chunk(name, content) {
     const bytes = new Uint8Array(content.length + 12);
     const view = new DataView(bytes.buffer);
     view.setUint32(0, content.length);
-    bytes.set(Array.from(name, (letter) => letter.charCodeAt(0)), 4);
+    bytes.set(
+        Array.from(name, (letter) => letter.charCodeAt(0)),
+        4,
+    );
     bytes.set(content, 8);
     view.setUint32(content.length + 8, crc(bytes.subarray(4, content.length + 8)));
     return bytes;
@@ -129,6 +138,11 @@ export async function writePng({ width, height, data }) {
     view.setUint32(4, height);
     header.set([8, hasAlpha ? 6 : 2, 0, 0, 0], 8);
     const compressed = await through(new CompressionStream('deflate'), rows);
-    const parts = [Uint8Array.from(signature), chunk('IHDR', header), chunk('IDAT', compressed), chunk('IEND', new Uint8Array(0))];
+    const parts = [
+        Uint8Array.from(signature),
+        chunk('IHDR', header),
+        chunk('IDAT', compressed),
+        chunk('IEND', new Uint8Array(0)),
+    ];
     return new Uint8Array(await new Blob(parts).arrayBuffer());
 }

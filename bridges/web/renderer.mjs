@@ -42,7 +42,10 @@ export class Renderer {
         this.#job = null;
         const scale = Math.min(1, Math.sqrt(previewPixels / (source.width * source.height)));
         const size = (side, by) => Math.max(1, Math.round(side * by));
-        for (const [pane, by] of [[this.#preview, scale], [this.#full, 1]]) {
+        for (const [pane, by] of [
+            [this.#preview, scale],
+            [this.#full, 1],
+        ]) {
             pane.worker.forget();
             Object.assign(pane, { width: size(source.width, by), height: size(source.height, by) });
         }
@@ -62,7 +65,7 @@ export class Renderer {
 
     async #renderPreviews() {
         this.#isBusy = true;
-        for (let done = null; this.#job !== null && this.#job !== done; ) {
+        for (let done = null; this.#job !== null && this.#job !== done;) {
             done = this.#job;
             await this.#render(this.#preview, done);
         }
@@ -74,7 +77,7 @@ export class Renderer {
     async #renderFull() {
         if (this.#isFullBusy) return;
         this.#isFullBusy = true;
-        for (let done = null; this.#job !== null && this.#job !== done && !this.#job.isPlaying; ) {
+        for (let done = null; this.#job !== null && this.#job !== done && !this.#job.isPlaying;) {
             done = this.#job;
             await this.#render(this.#full, done);
         }

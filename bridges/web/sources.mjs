@@ -75,9 +75,16 @@ function once(target, event, milliseconds = 10_000) {
             clearTimeout(timer);
             finish();
         };
-        const timer = setTimeout(end(() => reject(new Error(`no ${event}`))), milliseconds);
+        const timer = setTimeout(
+            end(() => reject(new Error(`no ${event}`))),
+            milliseconds,
+        );
         target.addEventListener(event, end(resolve), { signal: stop.signal });
-        target.addEventListener('error', end(() => reject(new Error('not readable'))), { signal: stop.signal });
+        target.addEventListener(
+            'error',
+            end(() => reject(new Error('not readable'))),
+            { signal: stop.signal },
+        );
     });
 }
 
@@ -112,8 +119,11 @@ async function measuredRate(video) {
     const single = steps.filter((step) => step < 1.5 * Math.min(...steps));
     if (single.length === 0) return stillRate;
     const rate = single.length / single.reduce((sum, step) => sum + step, 0);
-    return commonRates.find((common) => Math.abs(common / rate - 1) < 0.0005) ??
-        commonRates.find((common) => Math.abs(common / rate - 1) < 0.02) ?? rate;
+    return (
+        commonRates.find((common) => Math.abs(common / rate - 1) < 0.0005) ??
+        commonRates.find((common) => Math.abs(common / rate - 1) < 0.02) ??
+        rate
+    );
 }
 
 class Video {
@@ -131,10 +141,12 @@ class Video {
     }
 
     grab(frame, width, height) {
-        this.#turn = this.#turn.catch(() => {}).then(async () => {
-            if (!this.#isPlaying && !this.isLive) await this.#seek(frame);
-            return pictureOf(this.#video, width, height);
-        });
+        this.#turn = this.#turn
+            .catch(() => {})
+            .then(async () => {
+                if (!this.#isPlaying && !this.isLive) await this.#seek(frame);
+                return pictureOf(this.#video, width, height);
+            });
         return this.#turn;
     }
 
@@ -171,7 +183,8 @@ class Video {
     }
 }
 
-const silentVideo = () => Object.assign(document.createElement('video'), { muted: true, playsInline: true, loop: true });
+const silentVideo = () =>
+    Object.assign(document.createElement('video'), { muted: true, playsInline: true, loop: true });
 
 async function openClip(blob, name) {
     const video = silentVideo();

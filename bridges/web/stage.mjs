@@ -105,7 +105,11 @@ export class Stage {
     }
 
     #zoomBy(factor, x = this.#box.width / 2, y = this.#box.height / 2) {
-        const scale = limited(this.#scale * factor, Math.min(this.#fitScale, 1 / devicePixelRatio), mostZoom / devicePixelRatio);
+        const scale = limited(
+            this.#scale * factor,
+            Math.min(this.#fitScale, 1 / devicePixelRatio),
+            mostZoom / devicePixelRatio,
+        );
         this.#left = x - ((x - this.#left) * scale) / this.#scale;
         this.#top = y - ((y - this.#top) * scale) / this.#scale;
         this.#scale = scale;
@@ -195,7 +199,8 @@ export class Stage {
     }
 
     #takeColour({ x, y }) {
-        const place = (at, begin, size, pixels) => limited(Math.floor(((at - begin) / this.#scale / size) * pixels), 0, pixels - 1);
+        const place = (at, begin, size, pixels) =>
+            limited(Math.floor(((at - begin) / this.#scale / size) * pixels), 0, pixels - 1);
         const { width, height } = this.#before;
         const column = place(x, this.#left, this.#size.width, width);
         const row = place(y, this.#top, this.#size.height, height);
@@ -223,7 +228,12 @@ export class Stage {
     }
 
     #dividerKey(event) {
-        const steps = { ArrowLeft: -dividerStep, ArrowDown: -dividerStep, ArrowRight: dividerStep, ArrowUp: dividerStep };
+        const steps = {
+            ArrowLeft: -dividerStep,
+            ArrowDown: -dividerStep,
+            ArrowRight: dividerStep,
+            ArrowUp: dividerStep,
+        };
         const ends = { Home: 0, End: 1 };
         if (event.key in steps) this.#share = limited(this.#share + steps[event.key], 0, 1);
         else if (event.key in ends) this.#share = ends[event.key];

@@ -22,7 +22,12 @@ export class TakeAlong {
         this.#output = root.querySelector('.output');
         this.#note = root.querySelector('.note');
         this.#tabs = kinds.map((kind) => {
-            const tab = element('button', { type: 'button', role: 'tab', id: `tab-${kind}`, 'aria-controls': 'take-along-output' });
+            const tab = element('button', {
+                type: 'button',
+                role: 'tab',
+                id: `tab-${kind}`,
+                'aria-controls': 'take-along-output',
+            });
             tab.onclick = () => this.#select(kind);
             tab.onkeydown = (event) => this.#key(event, kind);
             return tab;
@@ -46,7 +51,10 @@ export class TakeAlong {
         return {
             command: () => [commandText(chain, input, output), say('commandNote')],
             settings: () => [settingsText(chain), say('settingsNote')],
-            ffmpeg: () => [ffmpegText(chain, clip, moment), ffmpegLacks(chain) ? say('ffmpegLacks') : say('ffmpegNote')],
+            ffmpeg: () => [
+                ffmpegText(chain, clip, moment),
+                ffmpegLacks(chain) ? say('ffmpegLacks') : say('ffmpegNote'),
+            ],
             link: () => [link, say('linkNote')],
         };
     }

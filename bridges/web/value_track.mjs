@@ -57,9 +57,7 @@ export function parseTrack(text, parseValue) {
 /** The track as it was written, with `valueText` for its values. */
 export function trackText(track, valueText) {
     if (typeof track === 'number') return valueText(track);
-    return track.keys
-        .map((key) => `${valueText(key.value)}@${key.time.text}${transitions[key.toNext] ?? ''}`)
-        .join('');
+    return track.keys.map((key) => `${valueText(key.value)}@${key.time.text}${transitions[key.toNext] ?? ''}`).join('');
 }
 
 function between(from, to, share, isColour) {

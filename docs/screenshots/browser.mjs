@@ -17,15 +17,34 @@ async function addFilter(page) {
 }
 
 const shots = [
-    { name: 'light', address: '#f=ColorReplace:similarity=20,targetcolor=%23709250,replacecolor=steelblue&f=AlphaGlow:glow=14,startcolor=gold&sample=cutout', ...desktop },
-    { name: 'dark', address: '#f=Levels:rgbgamma=130&f=Ghosting&f=Bend&sample=clip&frame=38', ...desktop, colorScheme: 'dark' },
+    {
+        name: 'light',
+        address:
+            '#f=ColorReplace:similarity=20,targetcolor=%23709250,replacecolor=steelblue&f=AlphaGlow:glow=14,startcolor=gold&sample=cutout',
+        ...desktop,
+    },
+    {
+        name: 'dark',
+        address: '#f=Levels:rgbgamma=130&f=Ghosting&f=Bend&sample=clip&frame=38',
+        ...desktop,
+        colorScheme: 'dark',
+    },
     { name: 'filters', address: '#sample=fruit', ...desktop, work: addFilter },
     { name: 'phone', address: '#f=Solarize:threshold=60%&sample=fruit&language=ja', ...phone },
 ];
 
 /** At most 256 colours, which a page of few colours hardly shows. */
 function shrink(file, target) {
-    execFileSync('ffmpeg', ['-v', 'error', '-y', '-i', file, '-vf', 'split[a][b];[a]palettegen[p];[b][p]paletteuse=dither=sierra2_4a', target]);
+    execFileSync('ffmpeg', [
+        '-v',
+        'error',
+        '-y',
+        '-i',
+        file,
+        '-vf',
+        'split[a][b];[a]palettegen[p];[b][p]paletteuse=dither=sierra2_4a',
+        target,
+    ]);
 }
 
 const [browser, server] = await Promise.all([launch(), serve()]);

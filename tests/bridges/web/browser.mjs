@@ -13,11 +13,25 @@ export const root = fileURLToPath(new URL('../../..', import.meta.url));
 export const pageFolder = path.join(root, 'build/web');
 
 const arguments_ = [
-    '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
-    '--disable-component-update', '--disable-sync', '--use-fake-ui-for-media-stream', '--use-fake-device-for-media-stream',
+    '--headless',
+    '--no-sandbox',
+    '--disable-gpu',
+    '--disable-quic',
+    '--no-first-run',
+    '--disable-background-networking',
+    '--disable-component-update',
+    '--disable-sync',
+    '--use-fake-ui-for-media-stream',
+    '--use-fake-device-for-media-stream',
 ];
 
-const types = { '.html': 'text/html', '.mjs': 'text/javascript', '.js': 'text/javascript', '.css': 'text/css', '.wasm': 'application/wasm' };
+const types = {
+    '.html': 'text/html',
+    '.mjs': 'text/javascript',
+    '.js': 'text/javascript',
+    '.css': 'text/css',
+    '.wasm': 'application/wasm',
+};
 
 /** Serves the built page as any static server would. */
 export async function serve() {
@@ -90,4 +104,6 @@ export async function handedOver(page, kind) {
 
 /** The pixels of a picture file as RGBA. */
 export const pixels = (file) =>
-    execFileSync('ffmpeg', ['-v', 'error', '-i', file, '-f', 'rawvideo', '-pix_fmt', 'rgba', '-'], { maxBuffer: 1 << 28 });
+    execFileSync('ffmpeg', ['-v', 'error', '-i', file, '-f', 'rawvideo', '-pix_fmt', 'rgba', '-'], {
+        maxBuffer: 1 << 28,
+    });

@@ -8,7 +8,20 @@ import path from 'node:path';
 import { after, before, describe, test } from 'node:test';
 import { promisify } from 'node:util';
 
-import { downloaded, drop, handedOver, launch, open, pageFolder, pixels, rest, root, serve, shown, transferOf } from './browser.mjs';
+import {
+    downloaded,
+    drop,
+    handedOver,
+    launch,
+    open,
+    pageFolder,
+    pixels,
+    rest,
+    root,
+    serve,
+    shown,
+    transferOf,
+} from './browser.mjs';
 
 const bin = path.join(root, 'build/linux/bin');
 const [cutOut, clip] = ['cutout.png', 'clip.mp4'].map((name) => readFileSync(path.join(pageFolder, 'samples', name)));
@@ -24,7 +37,11 @@ const fileOf = (page, name) => path.join(page.folder, name);
 
 /** Runs a command that the page handed over, in the page's folder. */
 const run = promisify((page, command, done) => {
-    const environment = { ...process.env, PATH: `${bin}:${process.env.PATH}`, FREI0R_PATH: path.join(bin, '../frei0r-1') };
+    const environment = {
+        ...process.env,
+        PATH: `${bin}:${process.env.PATH}`,
+        FREI0R_PATH: path.join(bin, '../frei0r-1'),
+    };
     execFile('sh', ['-ec', command], { cwd: page.folder, env: environment }, done);
 });
 
@@ -48,55 +65,74 @@ async function holdToCommand(page, name) {
     assert.ok(!ours.equals(pixels(fileOf(page, name))), `${name}: the filters do nothing`);
 }
 
-walk('a dropped picture is filtered, saved, and rendered alike by the command', '#f=ColorReplace:similarity=30,targetcolor=olive,mix=70&f=Bend:horizontalintensity=21', async (page) => {
-    const name = "bird's eye.png";
-    await shown(page, () => drop(page, name, 'image/png', cutOut));
-    assert.match(await message(page), /bird's eye\.png is open/);
-    assert.equal(await page.textContent('.size'), '960 × 720');
-    await holdToCommand(page, name);
-});
+walk(
+    'a dropped picture is filtered, saved, and rendered alike by the command',
+    '#f=ColorReplace:similarity=30,targetcolor=olive,mix=70&f=Bend:horizontalintensity=21',
+    async (page) => {
+        const name = "bird's eye.png";
+        await shown(page, () => drop(page, name, 'image/png', cutOut));
+        assert.match(await message(page), /bird's eye\.png is open/);
+        assert.equal(await page.textContent('.size'), '960 × 720');
+        await holdToCommand(page, name);
+    },
+);
 
 walk('filters of every kind give the pixels of the command line', '#sample=cutout', async (page) => {
-    const keys = ['AlphaGlow', 'CameraBlur:percentblur=3', 'Extract', 'LensDistortion:curvature=40', 'Levels:rgbgamma=160,rblackin=20'];
+    const keys = [
+        'AlphaGlow',
+        'CameraBlur:percentblur=3',
+        'Extract',
+        'LensDistortion:curvature=40',
+        'Levels:rgbgamma=160,rblackin=20',
+    ];
     for (const text of [keys.slice(0, 2), keys.slice(2)]) {
         await shown(page, () => page.evaluate((hash) => (location.hash = hash), `f=${text.join('&f=')}`));
         await holdToCommand(page, 'cutout.png');
     }
 });
 
-walk('a slider shows a preview at once and the whole picture when the hand rests', '#f=Solarize:threshold=100&sample=fruit', async (page) => {
-    const order = await page.evaluate(
-        () =>
-            new Promise((resolve) => {
-                const seen = [];
-                document.addEventListener('shown', ({ detail }) => {
-                    seen.push(detail.isPreview);
-                    if (!detail.isPreview) resolve(seen);
-                });
-                const slider = document.querySelector('.number input[type=range]');
-                for (const value of [110, 120, 130]) {
-                    slider.value = value;
-                    slider.dispatchEvent(new Event('input', { bubbles: true }));
-                }
-            }),
-    );
-    assert.equal(order.at(-1), false);
-    assert.ok(order.length <= 4 && order.slice(0, -1).every((isPreview) => isPreview), `shown as previews: ${order}`);
-    assert.equal(await page.inputValue('.number input[type=number]'), '51.2');
-    await shown(page, async () => {
-        await page.fill('.number input[type=number]', '60');
+walk(
+    'a slider shows a preview at once and the whole picture when the hand rests',
+    '#f=Solarize:threshold=100&sample=fruit',
+    async (page) => {
+        const order = await page.evaluate(
+            () =>
+                new Promise((resolve) => {
+                    const seen = [];
+                    document.addEventListener('shown', ({ detail }) => {
+                        seen.push(detail.isPreview);
+                        if (!detail.isPreview) resolve(seen);
+                    });
+                    const slider = document.querySelector('.number input[type=range]');
+                    for (const value of [110, 120, 130]) {
+                        slider.value = value;
+                        slider.dispatchEvent(new Event('input', { bubbles: true }));
+                    }
+                }),
+        );
+        assert.equal(order.at(-1), false);
+        assert.ok(
+            order.length <= 4 && order.slice(0, -1).every((isPreview) => isPreview),
+            `shown as previews: ${order}`,
+        );
+        assert.equal(await page.inputValue('.number input[type=number]'), '51.2');
+        await shown(page, async () => {
+            await page.fill('.number input[type=number]', '60');
+            await page.keyboard.press('Enter');
+        });
+        assert.equal(await chainText(page), 'Solarize:Threshold=152');
+        await page.fill('.number input[type=number]', '900');
         await page.keyboard.press('Enter');
-    });
-    assert.equal(await chainText(page), 'Solarize:Threshold=152');
-    await page.fill('.number input[type=number]', '900');
-    await page.keyboard.press('Enter');
-    assert.equal(await page.inputValue('.number input[type=number]'), '100');
-});
+        assert.equal(await page.inputValue('.number input[type=number]'), '100');
+    },
+);
 
 walk('every filter shows itself before it is chosen', '#f=Solarize&sample=clip&frame=20', async (page) => {
     await page.click('.add');
     await page.waitForFunction(() => [...document.querySelectorAll('.tile canvas')].every(({ width }) => width > 100));
-    const different = await page.evaluate(() => new Set([...document.querySelectorAll('.tile canvas')].map((canvas) => canvas.toDataURL())).size);
+    const different = await page.evaluate(
+        () => new Set([...document.querySelectorAll('.tile canvas')].map((canvas) => canvas.toDataURL())).size,
+    );
     assert.equal(await page.locator('.tile').count(), 22);
     assert.ok(different > 14, `only ${different} filters look different`);
     await page.keyboard.press('Escape');
@@ -114,7 +150,10 @@ walk('a chain is built, moved, switched off and taken apart', '#f=Solarize&sampl
     assert.match(await message(page), /Levels is now number 1 of 3/);
     assert.ok(await page.evaluate(() => document.activeElement.matches('.card:first-child .grip')));
 
-    const [from, to] = [await page.locator('.card:nth-child(3) .grip').boundingBox(), await page.locator('.card:nth-child(2) .grip').boundingBox()];
+    const [from, to] = [
+        await page.locator('.card:nth-child(3) .grip').boundingBox(),
+        await page.locator('.card:nth-child(2) .grip').boundingBox(),
+    ];
     await page.mouse.move(from.x + 5, from.y + 5);
     await page.mouse.down();
     await page.mouse.move(to.x + 5, to.y - 4, { steps: 4 });
@@ -128,28 +167,35 @@ walk('a chain is built, moved, switched off and taken apart', '#f=Solarize&sampl
     assert.ok((await handedOver(page, 'link')).endsWith('#off=Ghosting&f=Solarize&sample=cutout'));
 });
 
-walk('a link opens all of it again', '#f=Color Replace:similarity=20%25,target color=red,mix=50&off=Black & White&f=bend:horizontal rate=3@0s..9@2s&sample=clip&frame=12', async (page) => {
-    const expected = '#f=ColorReplace:Similarity=25,TargetColor=%23ff0000,mix=50&off=BlackAndWhite&f=Bend:HorizontalRate=3@0s..9@2s&sample=clip&frame=12';
-    const link = await handedOver(page, 'link');
-    assert.equal(new URL(link).hash, expected);
-    await page.waitForURL(link);
-    assert.equal(await page.textContent('.frame'), '12 / 74');
-    const command = await handedOver(page, 'command');
-    await page.goto('about:blank');
-    await page.goto(link);
-    await rest(page);
-    assert.equal(await handedOver(page, 'command'), command);
+walk(
+    'a link opens all of it again',
+    '#f=Color Replace:similarity=20%25,target color=red,mix=50&off=Black & White&f=bend:horizontal rate=3@0s..9@2s&sample=clip&frame=12',
+    async (page) => {
+        const expected =
+            '#f=ColorReplace:Similarity=25,TargetColor=%23ff0000,mix=50&off=BlackAndWhite&f=Bend:HorizontalRate=3@0s..9@2s&sample=clip&frame=12';
+        const link = await handedOver(page, 'link');
+        assert.equal(new URL(link).hash, expected);
+        await page.waitForURL(link);
+        assert.equal(await page.textContent('.frame'), '12 / 74');
+        const command = await handedOver(page, 'command');
+        await page.goto('about:blank');
+        await page.goto(link);
+        await rest(page);
+        assert.equal(await handedOver(page, 'command'), command);
 
-    await page.evaluate(() => (location.hash = '#f=Solarize:threshold=999'));
-    await page.waitForSelector('.message.error');
-    assert.match(await message(page), /Threshold of Solarize cannot be “999”/);
-    assert.equal(new URL(await handedOver(page, 'link')).hash, expected);
-});
+        await page.evaluate(() => (location.hash = '#f=Solarize:threshold=999'));
+        await page.waitForSelector('.message.error');
+        assert.match(await message(page), /Threshold of Solarize cannot be “999”/);
+        assert.equal(new URL(await handedOver(page, 'link')).hash, expected);
+    },
+);
 
 walk('the links in the documentation are understood', '#sample=cutout', async (page) => {
     const docs = path.join(root, 'docs');
     const names = readdirSync(docs, { recursive: true }).filter((name) => name.endsWith('.md'));
-    const links = names.flatMap((name) => readFileSync(path.join(docs, name), 'utf8').match(/(?<=index\.html)#[^\s)`]+/g) ?? []);
+    const links = names.flatMap(
+        (name) => readFileSync(path.join(docs, name), 'utf8').match(/(?<=index\.html)#[^\s)`]+/g) ?? [],
+    );
     assert.ok(links.length > 20, `only ${links.length} links`);
     const refused = await page.evaluate(async (addresses) => {
         const [{ loadEngine }, { parseAddress }] = await Promise.all([import('./engine.mjs'), import('./address.mjs')]);
@@ -165,28 +211,39 @@ walk('the links in the documentation are understood', '#sample=cutout', async (p
     assert.deepEqual(refused, []);
 });
 
-walk('settings files are those of the command line, and come back', '#f=ColorReplace:similarity=20,solidcolors=on,replacecolor=navy,mix=50&f=Levels:rgbgamma=90@0s..hold..150@5f,from=2f&sample=cutout', async (page) => {
-    await page.click('#tab-settings');
-    const { bytes } = await downloaded(page, '.take-along .download');
-    writeFileSync(fileOf(page, 'cutout.png'), cutOut);
-    await run(page, `rm -f cutout-vireo.png; ${await handedOver(page, 'command')} --quiet --overwrite --save-settings look.json`);
-    assert.equal(bytes.toString(), readFileSync(fileOf(page, 'look.json'), 'utf8'));
+walk(
+    'settings files are those of the command line, and come back',
+    '#f=ColorReplace:similarity=20,solidcolors=on,replacecolor=navy,mix=50&f=Levels:rgbgamma=90@0s..hold..150@5f,from=2f&sample=cutout',
+    async (page) => {
+        await page.click('#tab-settings');
+        const { bytes } = await downloaded(page, '.take-along .download');
+        writeFileSync(fileOf(page, 'cutout.png'), cutOut);
+        await run(
+            page,
+            `rm -f cutout-vireo.png; ${await handedOver(page, 'command')} --quiet --overwrite --save-settings look.json`,
+        );
+        assert.equal(bytes.toString(), readFileSync(fileOf(page, 'look.json'), 'utf8'));
 
-    const link = await handedOver(page, 'link');
-    await page.evaluate(() => (location.hash = '#f=Solarize'));
-    await page.waitForFunction(() => document.querySelectorAll('.card').length === 1);
-    await shown(page, () => drop(page, 'look.json', 'application/json', bytes));
-    assert.equal(await handedOver(page, 'link'), link);
-});
+        const link = await handedOver(page, 'link');
+        await page.evaluate(() => (location.hash = '#f=Solarize'));
+        await page.waitForFunction(() => document.querySelectorAll('.card').length === 1);
+        await shown(page, () => drop(page, 'look.json', 'application/json', bytes));
+        assert.equal(await handedOver(page, 'link'), link);
+    },
+);
 
-walk("FFmpeg's filter gives the same pixels", '#f=ColorReplace:similarity=70,replacecolor=%2301fe4d&f=Solarize:threshold=101&f=HorizontalFlip&sample=cutout', async (page) => {
-    const saved = await downloaded(page, '.save');
-    writeFileSync(fileOf(page, 'saved.png'), saved.bytes);
-    writeFileSync(fileOf(page, 'cutout.png'), cutOut);
-    const filter = await handedOver(page, 'ffmpeg');
-    await run(page, `ffmpeg -v error -y -i cutout.png -vf 'format=bgra,${filter}' ffmpeg.png`);
-    assert.ok(pixels(fileOf(page, 'ffmpeg.png')).equals(pixels(fileOf(page, 'saved.png'))));
-});
+walk(
+    "FFmpeg's filter gives the same pixels",
+    '#f=ColorReplace:similarity=70,replacecolor=%2301fe4d&f=Solarize:threshold=101&f=HorizontalFlip&sample=cutout',
+    async (page) => {
+        const saved = await downloaded(page, '.save');
+        writeFileSync(fileOf(page, 'saved.png'), saved.bytes);
+        writeFileSync(fileOf(page, 'cutout.png'), cutOut);
+        const filter = await handedOver(page, 'ffmpeg');
+        await run(page, `ffmpeg -v error -y -i cutout.png -vf 'format=bgra,${filter}' ffmpeg.png`);
+        assert.ok(pixels(fileOf(page, 'ffmpeg.png')).equals(pixels(fileOf(page, 'saved.png'))));
+    },
+);
 
 /** How far apart two pictures are, in levels of a channel. */
 function meanDifference(a, b) {
@@ -225,47 +282,71 @@ walk('the camera is filtered until another picture is opened', '#f=Solarize', as
 
 walk('a colour is picked from a pasted picture', '#f=ColorReplace&sample=fruit', async (page) => {
     const transfer = await transferOf(page, 'pasted.png', 'image/png', cutOut);
-    await shown(page, () => page.evaluate((clipboardData) => dispatchEvent(new ClipboardEvent('paste', { clipboardData })), transfer));
+    await shown(page, () =>
+        page.evaluate((clipboardData) => dispatchEvent(new ClipboardEvent('paste', { clipboardData })), transfer),
+    );
     await page.click('.pick');
     const box = await page.locator('.picture').boundingBox();
     await shown(page, () => page.mouse.click(box.x + (240 / 960) * box.width, box.y + (680 / 720) * box.height));
     assert.match(await chainText(page), /Target Color=#ffe0c4/);
 });
 
-walk('all texts are in the language of the browser, or in the chosen one', '#f=ColorReplace&sample=cutout', async (page) => {
-    assert.equal(await page.textContent('.add'), 'Filter hinzufügen');
-    assert.deepEqual(await cardTitles(page), ['Farbe ersetzen']);
-    await page.selectOption('.language', 'ja');
-    await page.waitForSelector('html[lang=ja]');
-    assert.equal(await page.textContent('.add'), 'フィルターを追加');
-    assert.match(await chainText(page), /Color Replace/);
-    const english = await page.evaluate(() => {
-        const words = [...document.querySelectorAll('button, label, h2, .note')].map((node) => node.textContent.trim());
-        return words.filter((text) => /^(Open|Save|Reset|Mix|Fit|Copy|Compare|Command|Link|Filters)/.test(text));
-    });
-    assert.deepEqual(english, []);
-    await page.reload();
-    await page.waitForSelector('html[lang=ja]');
-    await page.evaluate(() => (location.hash = '#f=Solarize&language=ko'));
-    await page.waitForSelector('html[lang=ko]');
-    assert.deepEqual(await cardTitles(page), ['솔라라이즈']);
-}, { locale: 'de-DE' });
+walk(
+    'all texts are in the language of the browser, or in the chosen one',
+    '#f=ColorReplace&sample=cutout',
+    async (page) => {
+        assert.equal(await page.textContent('.add'), 'Filter hinzufügen');
+        assert.deepEqual(await cardTitles(page), ['Farbe ersetzen']);
+        await page.selectOption('.language', 'ja');
+        await page.waitForSelector('html[lang=ja]');
+        assert.equal(await page.textContent('.add'), 'フィルターを追加');
+        assert.match(await chainText(page), /Color Replace/);
+        const english = await page.evaluate(() => {
+            const words = [...document.querySelectorAll('button, label, h2, .note')].map((node) =>
+                node.textContent.trim(),
+            );
+            return words.filter((text) => /^(Open|Save|Reset|Mix|Fit|Copy|Compare|Command|Link|Filters)/.test(text));
+        });
+        assert.deepEqual(english, []);
+        await page.reload();
+        await page.waitForSelector('html[lang=ja]');
+        await page.evaluate(() => (location.hash = '#f=Solarize&language=ko'));
+        await page.waitForSelector('html[lang=ko]');
+        assert.deepEqual(await cardTitles(page), ['솔라라이즈']);
+    },
+    { locale: 'de-DE' },
+);
 
 walk('the keyboard reaches and does everything', '#f=Solarize&f=ColorReplace&sample=cutout', async (page) => {
     const reached = [];
     for (let i = 0; i < 60; ++i) {
         await page.keyboard.press('Tab');
-        reached.push(await page.evaluate(() => {
-            const node = document.activeElement;
-            const label = node.labels?.[0]?.textContent;
-            return node.getAttribute('aria-label') ?? label ?? node.textContent.trim();
-        }));
+        reached.push(
+            await page.evaluate(() => {
+                const node = document.activeElement;
+                const label = node.labels?.[0]?.textContent;
+                return node.getAttribute('aria-label') ?? label ?? node.textContent.trim();
+            }),
+        );
         if (reached.at(-1) === 'Copy') break;
     }
-    for (const name of ['Save PNG', 'Divider between before and after', 'Compare', 'Add filter', 'Move Solarize: arrow keys up and down', 'Similarity', 'Target Color', 'Mix', 'Copy']) {
+    for (const name of [
+        'Save PNG',
+        'Divider between before and after',
+        'Compare',
+        'Add filter',
+        'Move Solarize: arrow keys up and down',
+        'Similarity',
+        'Target Color',
+        'Mix',
+        'Copy',
+    ]) {
         assert.ok(reached.includes(name), `${name} is not reached: ${reached.join(', ')}`);
     }
-    assert.ok(reached.every((name) => name !== ''), 'something without a name is reached');
+    assert.ok(
+        reached.every((name) => name !== ''),
+        'something without a name is reached',
+    );
 
     await page.focus('.divider');
     await page.keyboard.press('End');
@@ -274,7 +355,10 @@ walk('the keyboard reaches and does everything', '#f=Solarize&f=ColorReplace&sam
     await page.keyboard.press('1');
     for (let i = 0; i < 4; ++i) await page.keyboard.press('+');
     assert.equal(await page.textContent('.percent'), '400 %');
-    assert.equal(await page.evaluate(() => getComputedStyle(document.querySelector('canvas')).imageRendering), 'pixelated');
+    assert.equal(
+        await page.evaluate(() => getComputedStyle(document.querySelector('canvas')).imageRendering),
+        'pixelated',
+    );
     await page.keyboard.press('0');
     await page.focus('#tab-command');
     await page.keyboard.press('ArrowRight');
@@ -296,8 +380,18 @@ walk('what cannot be used gets one sentence and changes nothing', '#f=Solarize&s
         ['half.png', 'image/png', cutOut.subarray(0, 40_000), /“half\.png” is no picture or clip/],
         ['vast.png', 'image/png', claimedPng(60_000, 60_000), /“vast\.png” has more than 64 million pixels/],
         ['clip.mp4', 'video/mp4', Buffer.from('no clip'), /“clip\.mp4” is no picture or clip/],
-        ['look.json', 'application/json', Buffer.from('{"vireo": 2, "filters": []}'), /“look\.json” is no settings file/],
-        ['look.json', 'application/json', Buffer.from('{"vireo": 1, "filters": [{"filter": "Sun"}]}'), /“Sun” is not the name of one filter/],
+        [
+            'look.json',
+            'application/json',
+            Buffer.from('{"vireo": 2, "filters": []}'),
+            /“look\.json” is no settings file/,
+        ],
+        [
+            'look.json',
+            'application/json',
+            Buffer.from('{"vireo": 1, "filters": [{"filter": "Sun"}]}'),
+            /“Sun” is not the name of one filter/,
+        ],
     ];
     for (const [name, type, bytes, sentence] of files) {
         await page.evaluate(() => (document.querySelector('.message').textContent = ''));
@@ -315,25 +409,34 @@ walk('a broken link still opens the page', '#f=Sunrise', async (page) => {
     assert.deepEqual(await cardTitles(page), ['Solarize']);
 });
 
-walk('the single file works from a folder', `file://${pageFolder}/vireo.html#f=Solarize&f=AlphaGlow&sample=cutout`, async (page) => {
-    await holdToCommand(page, 'cutout.png');
-    await shown(page, () => page.click('[data-sample=clip]'));
-    assert.equal(await page.textContent('.frame'), '0 / 74');
-});
+walk(
+    'the single file works from a folder',
+    `file://${pageFolder}/vireo.html#f=Solarize&f=AlphaGlow&sample=cutout`,
+    async (page) => {
+        await holdToCommand(page, 'cutout.png');
+        await shown(page, () => page.click('[data-sample=clip]'));
+        assert.equal(await page.textContent('.frame'), '0 / 74');
+    },
+);
 
-walk('a phone shows it all in one column', '#f=Levels&sample=fruit', async (page) => {
-    for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
-        await page.selectOption('.language', language);
-        await page.waitForSelector(`html[lang=${language}]`);
-        for (const width of [920, 360]) {
-            await page.setViewportSize({ width, height: 740 });
-            const content = await page.evaluate(() => document.documentElement.scrollWidth);
-            assert.ok(content <= width, `${content} of ${width} pixels in the language ${language}`);
+walk(
+    'a phone shows it all in one column',
+    '#f=Levels&sample=fruit',
+    async (page) => {
+        for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
+            await page.selectOption('.language', language);
+            await page.waitForSelector(`html[lang=${language}]`);
+            for (const width of [920, 360]) {
+                await page.setViewportSize({ width, height: 740 });
+                const content = await page.evaluate(() => document.documentElement.scrollWidth);
+                assert.ok(content <= width, `${content} of ${width} pixels in the language ${language}`);
+            }
         }
-    }
-    const stage = await page.locator('.stage').boundingBox();
-    assert.ok(stage.height > 200 && stage.width > 300);
-}, { viewport: { width: 360, height: 740 }, isMobile: true, hasTouch: true });
+        const stage = await page.locator('.stage').boundingBox();
+        assert.ok(stage.height > 200 && stage.width > 300);
+    },
+    { viewport: { width: 360, height: 740 }, isMobile: true, hasTouch: true },
+);
 
 describe('the page', { concurrency: 2 }, () => {
     let browser;

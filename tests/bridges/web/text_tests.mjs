@@ -27,7 +27,8 @@ test('filters and parameters are taken by any name that is clear', () => {
         LensDistort: 'Lens Distortion',
         'color balance rgb:red=1': 'Color Balance (RGB):Red=1',
         'levels: rgb gamma = 7 , (g) gamma=8': 'Levels:(RGB) Gamma=7,(G) Gamma=8',
-        'Color Replace:target=rgb(1, 2, 3),sim=100%,solid=YES': 'Color Replace:Target Color=#010203,Similarity=127,Solid Colors=true',
+        'Color Replace:target=rgb(1, 2, 3),sim=100%,solid=YES':
+            'Color Replace:Target Color=#010203,Similarity=127,Solid Colors=true',
         'bend:mix=30,to=1:02:03.5,from=12f,fill=#ABCDEF': 'Bend:Fill Color=#abcdef,from=12f,to=1:02:03.5,mix=30%',
         'horizontal hold:offset=-65536': 'Horizontal Hold:Offset=-65536',
     };
@@ -36,17 +37,39 @@ test('filters and parameters are taken by any name that is clear', () => {
 
 test('what is unclear or out of range is refused', () => {
     const refused = [
-        'Sun', 'color', '', 'Solarize:thr', 'Solarize:=1', 'Solarize:thr=', 'Solarize:thr=255', 'Solarize:thr=1.5', 'Solarize:thr=101%',
-        'Camera View:zoom=10%', 'Levels:black=1', 'Levels:rgb black=1', 'Color Pass:color=#12345', 'Color Pass:color=rgb(1,2,256)',
-        'Color Pass:rev=maybe', 'Solarize:mix=101', 'Solarize:from=5x', 'Solarize:thr=1@5s..2@5s', 'Solarize:thr=1@5s..2', 'Solarize:fro=1s',
+        'Sun',
+        'color',
+        '',
+        'Solarize:thr',
+        'Solarize:=1',
+        'Solarize:thr=',
+        'Solarize:thr=255',
+        'Solarize:thr=1.5',
+        'Solarize:thr=101%',
+        'Camera View:zoom=10%',
+        'Levels:black=1',
+        'Levels:rgb black=1',
+        'Color Pass:color=#12345',
+        'Color Pass:color=rgb(1,2,256)',
+        'Color Pass:rev=maybe',
+        'Solarize:mix=101',
+        'Solarize:from=5x',
+        'Solarize:thr=1@5s..2@5s',
+        'Solarize:thr=1@5s..2',
+        'Solarize:fro=1s',
     ];
-    for (const typed of refused) assert.throws(() => textOf(typed), { name: 'Error', text: /^(no|bad)/ }, `${typed} is taken`);
+    for (const typed of refused)
+        assert.throws(() => textOf(typed), { name: 'Error', text: /^(no|bad)/ }, `${typed} is taken`);
 });
 
 test('key frames hold, go straight or ease, by seconds or frames, colours by channel', () => {
     const cases = [
         ['Solarize:thr=0@0s..254@5s', 25, { 0: 0, 62: 126, 63: 128, 125: 254, 900: 254 }],
-        ['Solarize:thr=10@10f..hold..20@20f..smooth..120@30f', 25, { 9: 10, 19: 10, 20: 20, 22: 30, 25: 70, 28: 110, 30: 120 }],
+        [
+            'Solarize:thr=10@10f..hold..20@20f..smooth..120@30f',
+            25,
+            { 9: 10, 19: 10, 20: 20, 22: 30, 25: 70, 28: 110, 30: 120 },
+        ],
         ['Color Pass:color=#000000@0f..#ff8000@2f', 25, { 1: 0x804000 }],
         ['Horizontal Hold:offset=-5@0f..0@2f', 25, { 1: -2 }],
     ];
@@ -69,7 +92,8 @@ test('shown numbers lead back to each stored value', () => {
 });
 
 test('addresses may be written by hand, escaped or not', () => {
-    const written = '#f=BlackAndWhite&off=Solarize:Threshold=152,mix=50&f=ColorPass:Color=%23ff0000&sample=clip&frame=7';
+    const written =
+        '#f=BlackAndWhite&off=Solarize:Threshold=152,mix=50&f=ColorPass:Color=%23ff0000&sample=clip&frame=7';
     const typed = [
         written,
         'f=Black & White&off=Solarize:threshold=60%,mix=50%&f=Color Pass:color=#ff0000&frame=7&sample=clip',
@@ -89,10 +113,16 @@ test('quoted words come through a shell as they are', () => {
 
 test('what is switched off is not handed over, and FFmpeg is told a known clip', () => {
     const { chain } = parseAddress('#off=Ghosting&f=HorizontalHold:offset=1048576&f=Solarize', filters);
-    assert.deepEqual(JSON.parse(settingsText(chain)).filters.map(({ filter }) => filter), ['Horizontal Hold', 'Solarize']);
+    assert.deepEqual(
+        JSON.parse(settingsText(chain)).filters.map(({ filter }) => filter),
+        ['Horizontal Hold', 'Solarize'],
+    );
     const moment = { frame: 0, rate: 25 };
     assert.equal(ffmpegText(chain, null, moment), 'frei0r=vireo_horizontal_hold:1,frei0r=vireo_solarize');
-    assert.match(ffmpegText(chain, { rate: 25, frames: 75 }, moment), /^frei0r=vireo_horizontal_hold:1\|0\.5\d*\|25\|ms\|75,/);
+    assert.match(
+        ffmpegText(chain, { rate: 25, frames: 75 }, moment),
+        /^frei0r=vireo_horizontal_hold:1\|0\.5\d*\|25\|ms\|75,/,
+    );
 });
 
 test("the filters' pages link to their filters", () => {
@@ -102,6 +132,9 @@ test("the filters' pages link to their filters", () => {
     for (const page of pages) {
         const text = readFileSync(new URL(page, folder), 'utf8');
         const { chain } = parseAddress(/`index\.html(#[^`]+)`/.exec(text)[1], filters);
-        assert.deepEqual(chain.map((use) => use.filter.englishName), [/^# (.+)$/m.exec(text)[1]]);
+        assert.deepEqual(
+            chain.map((use) => use.filter.englishName),
+            [/^# (.+)$/m.exec(text)[1]],
+        );
     }
 });

@@ -156,6 +156,22 @@ function pause() {
     changed();
 }
 
+let openings = 0;
+let shownOpening = 0;
+
+/** Shows a source once it is there, unless one that was asked for later is there before; says whether it did. */
+async function open(coming, sample, frame) {
+    const opening = ++openings;
+    const source = await coming;
+    if (opening < shownOpening) {
+        source.close();
+        return false;
+    }
+    shownOpening = opening;
+    show(source, sample, frame);
+    return true;
+}
+
 /** Puts a source into the page. `sample` is its name where it is bundled. */
 function show(source, sample, frame = 0) {
     state.source?.close();
@@ -175,11 +191,11 @@ function show(source, sample, frame = 0) {
 
 const readPng = (bytes) => renderer.readPng(bytes);
 
-async function openSample(name, frame = 0) {
-    const { file, type } = samples[name];
-    const blob = new Blob([await assetBytes(`samples/${file}`)], { type });
-    show(await openSource(blob, file, readPng), name, frame);
+async function sampleSource({ file, type }) {
+    return openSource(new Blob([await assetBytes(`samples/${file}`)], { type }), file, readPng);
 }
+
+const openSample = (name, frame) => open(sampleSource(samples[name]), name, frame);
 
 /** A settings file becomes the chain, anything else the picture. */
 async function openFile(file) {
@@ -188,8 +204,8 @@ async function openFile(file) {
         state.chain = parseSettings(state.filters, name, await file.text());
         chainList.show(state.chain);
         changed();
-    } else {
-        show(await openSource(file, name, readPng), null);
+    } else if (!(await open(openSource(file, name, readPng), null))) {
+        return;
     }
     tell(say('opened', { name }));
 }
@@ -272,10 +288,10 @@ function listen() {
     file.onchange = () =>
         attempt(async () => {
             const [chosen] = file.files;
+            file.value = ''; // so that the same file may be chosen again
             if (chosen) await openFile(chosen);
-            file.value = '';
         });
-    click('.camera', async () => show(await openCamera(say('camera')), null));
+    click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
     click('.add', () => {
         const chains = state.filters.map((filter) => [

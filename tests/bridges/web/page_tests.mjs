@@ -276,7 +276,9 @@ walk('the camera is filtered until another picture is opened', '#f=Solarize', as
     await page.click('.camera');
     await page.waitForFunction(() => Number(document.querySelector('.frame').textContent) > 3);
     await shown(page, () => page.click('.play'));
+    await page.click('[data-sample=clip]'); // takes longer to open than what is asked for next
     await shown(page, () => page.click('[data-sample=cutout]'));
+    await page.waitForTimeout(1000);
     assert.equal(await page.textContent('.size'), '960 × 720');
 });
 

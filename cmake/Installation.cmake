@@ -5,11 +5,22 @@
 # own. On Windows everything lies beside the program.
 if(WIN32)
   set(VIREO_INSTALL_PRIVATEDIR ${CMAKE_INSTALL_BINDIR})
+  set(VIREO_INSTALL_PRESETDIR ${CMAKE_INSTALL_BINDIR}/presets)
 else()
   set(VIREO_INSTALL_PRIVATEDIR ${CMAKE_INSTALL_LIBDIR}/vireo)
+  set(VIREO_INSTALL_PRESETDIR ${CMAKE_INSTALL_DATADIR}/vireo/presets)
 endif()
 set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
+
+# Shells look for the completion of what a package manager installed in a place of its own.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(VIREO_INSTALL_ZSHDIR ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+else()
+  set(VIREO_INSTALL_ZSHDIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+endif()
+set(VIREO_INSTALL_BASHDIR ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+set(VIREO_INSTALL_FISHDIR ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # vireo_install(TARGET FOLDER): installs a program or a library, which finds the host library from there.
 function(vireo_install target folder)

@@ -16,6 +16,7 @@ check_packages=(
     python3-pytest python3-numpy python3-pil
     ffmpeg melt
     parallel slurm-wlm
+    man-db zsh fish bash-completion
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     emscripten binaryen node-acorn chromium
 )

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/chain_options.h"
 
+#include "app/commands/presets.h"
 #include "app/files.h"
 #include "app/settings/settings_file.h"
 
@@ -35,6 +36,8 @@ public:
                 fail("--save-settings-bytes must stand behind the -f whose bytes it saves");
             chain_.savedBytes.push_back({0, path});
         }
+        if (chain_.filters.empty())
+            fail("no filter is given; -f NAME gives one, and vireo list tells their names");
         if (!options.saveSettings.empty()) chain_.settingsText = textToSave();
         return std::move(chain_);
     }
@@ -43,6 +46,7 @@ private:
     void take(const SettingsOption& option) {
         switch (option.kind) {
             case Kind::Filter: chain_.filters.push_back(parseFilterText(catalogue_, option.value)); break;
+            case Kind::Preset: takePreset(option.value); break;
             case Kind::SettingsFile: {
                 if (file_) fail("--settings is given twice");
                 std::string text = readFile(option.value);
@@ -64,6 +68,17 @@ private:
                 }
                 break;
         }
+    }
+
+    void takePreset(const std::string& name) {
+        const Preset preset = findPreset(name);
+        std::string text = readFile(preset.file);
+        const bool isFirst = chain_.filters.empty() && !levelsBytes_;
+        for (FilterSettings& filter : parseSettings(catalogue_, preset.file, text))
+            chain_.filters.push_back(std::move(filter));
+        hasPreset_ = true;
+        presetText_ = isFirst ? std::move(text) : "";
+        presetFilters_ = chain_.filters.size();
     }
 
     void takeLevels(std::vector<std::uint8_t> bytes) {
@@ -96,6 +111,7 @@ private:
 
     /// A settings file is the chain, or sets the one filter given.
     void mergeFile() {
+        if (hasPreset_) fail("--settings and --preset are two chains; give one of them");
         if (chain_.filters.empty()) {
             if (levelsBytes_) fail("--settings and --lvl alone are two chains; give one of them");
             chain_.filters = file_->filters;
@@ -118,9 +134,11 @@ private:
         if (isChanged) file_->text.clear();
     }
 
-    /// A file that was loaded and not changed is saved as it was, byte by byte.
+    /// A file or preset that was loaded and not changed is saved as it was, byte by byte.
     std::string textToSave() {
         if (file_ && !file_->text.empty()) return file_->text;
+        if (!presetText_.empty() && chain_.filters.size() == presetFilters_ && fromBytes_.empty())
+            return presetText_;
         for (const std::size_t index : fromBytes_) chain_.filters[index].assignFromBytes();
         return settingsText(chain_.filters);
     }
@@ -128,6 +146,9 @@ private:
     const Catalogue& catalogue_;
     ChainOptions chain_;
     std::optional<LoadedFile> file_;
+    bool hasPreset_ = false;
+    std::string presetText_;  ///< Of the preset that the chain begins with, while nothing stands before.
+    std::size_t presetFilters_ = 0;                         ///< Filters up to the end of the last preset.
     std::optional<std::vector<std::uint8_t>> levelsBytes_;  ///< Of a --lvl before any -f.
     std::vector<std::string> bytesOfTheOnlyFilter_;         ///< Files that no -f stands before.
     std::vector<std::size_t> fromBytes_;                    ///< Filters whose settings came as bytes.

@@ -24,7 +24,7 @@ struct ChainOptions {
     std::vector<SavedBytes> savedBytes;
 };
 
-/// Reads the options that make up the chain. Throws RenderError.
+/// Reads the options that make up the chain. Throws RenderError, also where they name no filter.
 ChainOptions readChain(const Catalogue& catalogue, const RenderOptions& options);
 
 /// Refuses what saveSettings() could only refuse after the work: names that are taken. Throws RenderError.

@@ -1,37 +1,47 @@
 // SPDX-License-Identifier: MIT
-// The commands. Each throws RenderError, or any std::exception, where it fails.
+// Each adds a command to the command line.
 #ifndef VIREO_APP_COMMANDS_COMMANDS_H
 #define VIREO_APP_COMMANDS_COMMANDS_H
 
-#include "app/commands/options.h"
-#include "app/settings/catalogue.h"
+#include "app/commands/command_set.h"
 
 namespace vireo {
 
-/// Prints the filters, as a table or as JSON.
-void listFilters(const Catalogue& catalogue, const ListOptions& options);
+/// vireo list: the filters, as a table or as JSON.
+void addListCommand(CommandSet& commands);
 
-/// Prints one filter with its parameters, as text or as JSON.
-void describeFilter(const Catalogue& catalogue, const InfoOptions& options);
+/// vireo info: one filter with its parameters, as text or as JSON.
+void addInfoCommand(CommandSet& commands);
 
-/// Renders one input to an output, or each of many into a folder. Returns the exit status: of many inputs
-/// some may have failed, which has been said then.
-int renderFiles(const Catalogue& catalogue, const GlobalOptions& global, const RenderOptions& options);
+/// vireo presets: the ready-made looks, as a table or as JSON.
+void addPresetsCommand(CommandSet& commands);
 
-/// Prints shell lines that render one input in segments and join them.
-void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+/// vireo render: one input to an output, or each of many into a folder.
+void addRenderCommand(CommandSet& commands);
 
-/// Joins the segments of a plan that was given the same options.
-void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+/// vireo compare: before and after in one picture.
+void addCompareCommand(CommandSet& commands);
 
-/// Renders the contact sheet of all filters over a picture.
-void renderSheet(const Catalogue& catalogue, const GlobalOptions& global, const SheetOptions& options);
+/// vireo preview: renders into a player's window.
+void addPreviewCommand(CommandSet& commands);
 
-/// Opens the filter's settings dialog over a picture and writes what was accepted as a settings file.
-void editSettings(const Catalogue& catalogue, const DialogOptions& options);
+/// vireo farm: one clip rendered in segments by shell lines.
+void addFarmCommand(CommandSet& commands);
+
+/// vireo sheet: every filter over one picture.
+void addSheetCommand(CommandSet& commands);
+
+/// vireo settings: a filter's settings dialog over a picture.
+void addSettingsCommand(CommandSet& commands);
+
+/// vireo man: the manual page.
+void addManCommand(CommandSet& commands);
+
+/// vireo completion: the script that completes command lines in a shell, and the query that it makes.
+void addCompletionCommand(CommandSet& commands);
 
 /// "vireo: SENTENCE" on a line of standard error.
-void printError(const char* sentence);
+void printError(const std::string& sentence);
 
 }  // namespace vireo
 

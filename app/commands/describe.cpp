@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 // vireo list and vireo info.
 #include "app/commands/commands.h"
+#include "app/commands/table.h"
 #include "app/settings/filter_settings.h"
 #include "app/settings/parameter_value.h"
+#include "app/terminal.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cmath>
-#include <iomanip>
 #include <iostream>
-#include <sstream>
+#include <memory>
 
 namespace vireo {
 namespace {
@@ -53,36 +53,11 @@ Json parameterJson(const VRM::Parameter& parameter, std::int64_t initial) {
             {"size", parameter.size}};
 }
 
-/// Characters on a line, counted as code points of UTF-8.
-std::size_t textWidth(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
-using Row = std::vector<std::string>;
-
-/// Columns as wide as their widest cell, two blanks between them.
-void printTable(const std::vector<Row>& rows, const std::string& indentation) {
-    std::vector<std::size_t> widths;
-    for (const Row& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], textWidth(row[i]));
-    }
-    for (const Row& row : rows) {
-        std::string line = indentation;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i];
-            if (i + 1 < row.size()) line += std::string(widths[i] - textWidth(row[i]) + 2, ' ');
-        }
-        std::cout << line << '\n';
-    }
-}
-
 std::string rangeText(double minimum, double maximum) {
     return number(minimum).dump() + " to " + number(maximum).dump();
 }
 
-Row parameterRow(const VRM::Parameter& parameter, std::int64_t initial) {
+TableRow parameterRow(const VRM::Parameter& parameter, std::int64_t initial) {
     const bool isNumber = parameter.kind == VRM::ParameterKind::Number;
     const std::string text = valueText(parameter, initial);
     return {localised(parameter.key), kindName(parameter.kind),
@@ -93,31 +68,28 @@ Row parameterRow(const VRM::Parameter& parameter, std::int64_t initial) {
                                                           : "off"};
 }
 
-}  // namespace
-
-void listFilters(const Catalogue& catalogue, const ListOptions& options) {
-    if (options.json) {
+void listFilters(const Catalogue& catalogue, bool asJson) {
+    if (asJson) {
         Json list = Json::array();
         for (const VRM::Filter& filter : catalogue.filters()) list.push_back(summary(filter));
         std::cout << list.dump(2) << '\n';
         return;
     }
-    std::vector<Row> rows{{"Id", "Name", "Category", "Parameters", "Match name"}};
+    std::vector<TableRow> rows{{"Id", "Name", "Category", "Parameters", "Match name"}};
     for (const VRM::Filter& filter : catalogue.filters()) {
         const VRM::PropertyList& properties = filter.properties;
         rows.push_back({std::to_string(filter.id), localised(properties.nameKey),
                         localised(properties.categoryKey), std::to_string(properties.parameters.size()),
                         properties.matchName});
     }
-    printTable(rows, "");
+    printTable(rows, "", 1);
 }
 
-void describeFilter(const Catalogue& catalogue, const InfoOptions& options) {
-    const VRM::Filter& filter = catalogue.find(options.filter);
+void describeFilter(const VRM::Filter& filter, bool asJson) {
     const VRM::PropertyList& properties = filter.properties;
     const std::vector<std::uint8_t> initial = FilterSettings(filter).record({});
 
-    if (options.json) {
+    if (asJson) {
         Json description = summary(filter);
         Json& parameters = description["parameters"] = Json::array();
         for (const VRM::Parameter& parameter : properties.parameters) {
@@ -126,21 +98,49 @@ void describeFilter(const Catalogue& catalogue, const InfoOptions& options) {
         std::cout << description.dump(2) << '\n';
         return;
     }
-    std::cout << localised(properties.nameKey) << '\n';
-    printTable({{"Id", std::to_string(filter.id)},
-                {"Category", localised(properties.categoryKey)},
-                {"Match name", properties.matchName}},
-               "  ");
+    std::cout << Terminal::output().styled(Style::Heading, localised(properties.nameKey))
+              << "\n  Id          " << filter.id << "\n  Category    " << localised(properties.categoryKey)
+              << "\n  Match name  " << properties.matchName << '\n';
     if (properties.parameters.empty()) {
         std::cout << "\n  No parameters\n";
         return;
     }
     std::cout << '\n';
-    std::vector<Row> rows{{"Parameter", "Kind", "Range", "Display", "Default"}};
+    std::vector<TableRow> rows{{"Parameter", "Kind", "Range", "Display", "Default"}};
     for (const VRM::Parameter& parameter : properties.parameters) {
         rows.push_back(parameterRow(parameter, readValue(parameter, initial)));
     }
-    printTable(rows, "  ");
+    printTable(rows, "  ", 0);
+}
+
+}  // namespace
+
+void addListCommand(CommandSet& commands) {
+    const auto json = std::make_shared<bool>(false);
+    CLI::App& command = commands.add("list", "List the filters", [json](Session& session) {
+        listFilters(session.catalogue(), *json);
+        return 0;
+    });
+    command.add_flag("--json", *json, "As JSON");
+    command.footer("Examples:\n  vireo list\n  vireo list --language de\n  vireo list --json");
+}
+
+void addInfoCommand(CommandSet& commands) {
+    struct Options {
+        std::string filter;
+        bool json = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App& command =
+        commands.add("info", "Describe a filter and its parameters", [options](Session& session) {
+            describeFilter(session.catalogue().find(options->filter), options->json);
+            return 0;
+        });
+    command.add_option("filter", options->filter, "Its name or the beginning of it, key, match name or id")
+        ->required()
+        ->type_name("FILTER");
+    command.add_flag("--json", options->json, "As JSON");
+    command.footer("Examples:\n  vireo info \"Color Replace\"\n  vireo info solar --json");
 }
 
 }  // namespace vireo

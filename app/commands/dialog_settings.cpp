@@ -2,11 +2,13 @@
 // vireo settings: a filter's own settings dialog over a picture.
 #include "app/commands/commands.h"
 #include "app/files.h"
+#include "app/render/render_job.h"
 #include "app/settings/settings_file.h"
 #include "host/vrm/filter_instance.h"
 
 #include <algorithm>
 #include <iostream>
+#include <memory>
 
 #if defined(_WIN32)
 #include "app/media/wic_pictures.h"
@@ -14,10 +16,16 @@
 #endif
 
 namespace vireo {
+namespace {
+
+struct DialogOptions {
+    std::string filter, image;
+    std::string settings;      ///< Where to start from; empty: the filter's own defaults.
+    std::string saveSettings;  ///< Empty: standard output.
+    bool overwrite = false;
+};
 
 #if defined(_WIN32)
-
-namespace {
 
 /// Sees whether a dialog opens on this thread: filters that have none answer Setup as if it had been
 /// accepted.
@@ -67,8 +75,6 @@ PicturePtr readPicture(const std::string& file) {
     }
 }
 
-}  // namespace
-
 void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
     const FilterSettings start = startingSettings(catalogue, options);
     const std::string& name = start.filter().properties.name;
@@ -103,5 +109,27 @@ void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
 }
 
 #endif
+
+}  // namespace
+
+void addSettingsCommand(CommandSet& commands) {
+    const auto options = std::make_shared<DialogOptions>();
+    CLI::App& command = commands.add("settings", "Open a filter's settings dialog over a picture (Windows)",
+                                     [options](Session& session) {
+                                         editSettings(session.catalogue(), *options);
+                                         return 0;
+                                     });
+    command.add_option("filter", options->filter, "Its name or the beginning of it, key, match name or id")
+        ->required()
+        ->type_name("FILTER");
+    command.add_option("--image", options->image, "The picture")->required()->type_name("FILE");
+    command.add_option("--settings", options->settings, "A settings file to start from")->type_name("FILE");
+    command
+        .add_option("--save-settings", options->saveSettings,
+                    "Where to write what was accepted, else to standard output")
+        ->type_name("FILE");
+    command.add_flag("--overwrite", options->overwrite, "Replace what exists");
+    command.footer("Example:\n  vireo settings Levels --image photo.png --save-settings look.json");
+}
 
 }  // namespace vireo

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // vireo farm: one clip rendered in segments by shell lines, which may run anywhere and again at any time.
-#include "app/chain/filter_chain.h"
-#include "app/commands/chain_options.h"
-#include "app/commands/commands.h"
-#include "app/commands/render_jobs.h"
+#include "app/commands/farm.h"
+
+#include "app/commands/render_options.h"
 #include "app/files.h"
 #include "app/media/encoder_choice.h"
 #include "app/media/picture_files.h"
@@ -72,10 +71,7 @@ public:
         : options_(options),
           chainOptions_(readChain(catalogue, options.render)),
           job_(jobOf(global, options)) {
-        if (chainOptions_.filters.empty())
-            fail("no filter is given; -f NAME gives one, and vireo list tells their names");
-        chain_.emplace(chainOptions_.filters, options.render.job.jobs,
-                       parseFormat(options.render.filterFormat));
+        chain_ = chainOf(chainOptions_, options.render);
         folder_ = job_.output + ".farm-" + digest();
         part_ = partOf(job_, *chain_);
         cut();
@@ -219,7 +215,7 @@ private:
     const FarmOptions& options_;
     const ChainOptions chainOptions_;
     const RenderJob job_;
-    std::optional<FilterChain> chain_;
+    std::unique_ptr<FilterChain> chain_;
     std::string folder_;
     ClipPart part_;
     std::vector<Segment> segments_;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // vireo farm where there is no video.
-#include "app/commands/commands.h"
+#include "app/commands/farm.h"
+
+#include "app/render/render_job.h"
 
 namespace vireo {
 namespace {

@@ -3,11 +3,13 @@
 #include "app/chain/filter_chain.h"
 #include "app/commands/commands.h"
 #include "app/commands/label_font.h"
+#include "app/render/render_job.h"
 #include "host/pixkit/pixkit.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 namespace vireo {
 namespace {
@@ -105,14 +107,21 @@ private:
 
 }  // namespace
 
-void renderSheet(const Catalogue& catalogue, const GlobalOptions& global, const SheetOptions& options) {
-    SheetProcessor processor(catalogue);
-    RenderJob job;
-    job.input = options.input;
-    job.output = options.output;
-    job.overwrite = options.overwrite;
-    job.quiet = global.quiet;
-    renderMedia(job, processor);
+void addSheetCommand(CommandSet& commands) {
+    const auto job = std::make_shared<RenderJob>();
+    CLI::App& command =
+        commands.add("sheet", "Render every filter over one picture, on one sheet", [job](Session& session) {
+            SheetProcessor processor(session.catalogue());
+            job->quiet = session.global().quiet;
+            renderMedia(*job, processor);
+            return 0;
+        });
+    command.add_option("input", job->input, "A picture")->required()->type_name("IN");
+    command.add_option("output", job->output, "The sheet, as large as the picture")
+        ->required()
+        ->type_name("OUT");
+    command.add_flag("--overwrite", job->overwrite, "Replace what exists");
+    command.footer("Example:\n  vireo sheet photo.jpg sheet.png");
 }
 
 }  // namespace vireo

@@ -272,7 +272,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
     const bool pipe = job.output == "-";
     const std::string name = outputFormat(job);
     const OutputKind* kind = kindOf(name);
-    const bool alpha = job.alpha || formatHasAlpha(video.format);
+    const bool alpha = job.alpha || video.alpha;
 
     EncoderChoice choice;
     if (kind != nullptr && kind->container != nullptr) {

@@ -27,6 +27,7 @@ struct VideoProperties {
     ColourCoding coding;
     Interlacing interlacing = Interlacing::Progressive;
     bool premultiplied = false;
+    bool alpha = false;  ///< Worth keeping.
 
     int uprightWidth() const { return orientation.transpose ? height : width; }
     int uprightHeight() const { return orientation.transpose ? width : height; }

@@ -24,6 +24,17 @@ void warnOfDepth(const RenderJob& job, const FfmpegSource& source, Messages& mes
     }
 }
 
+/// The properties of an output whose frames have another shape than the source's.
+void reshape(VideoProperties& video, const SourceInfo& info, const FrameShape& shape) {
+    video.alpha = shape.alpha;
+    if (shape.width == info.width && shape.height == info.height) return;
+    video.width = video.orientation.transpose ? shape.height : shape.width;
+    video.height = video.orientation.transpose ? shape.width : shape.height;
+    // A player guesses the colours of an untagged video by its height.
+    if (video.matrix == AVCOL_SPC_UNSPECIFIED && !formatIsRgb(video.format))
+        video.matrix = video.coding.matrix;
+}
+
 }  // namespace
 
 FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
@@ -48,7 +59,9 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
     }
     if (job.startNumber) source.firstNumber = *job.startNumber;
 
-    const int sourceDepth = source.reader->info().depth;
+    const SourceInfo& info = source.reader->info();
+    reshape(source.video, info, processor.outputShape({info.width, info.height, info.alpha}));
+    const int sourceDepth = info.depth;
     source.pictureFormat = processor.sourceFormat(sourceDepth);
     if (source.pictureFormat == formatBgraFloat && sourceDepth == 32) {
         source.depth = 32;

@@ -11,7 +11,7 @@ Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRe
     : name_(job.output == "-" ? "standard output" : job.output) {
     AVFormatContext* context = nullptr;
     if (job.output == "-") {
-        pipe_ = std::make_unique<PipeIo>(1, PipeIo::Direction::Write, stop);
+        pipe_ = std::make_unique<PipeIo>(job.pipe, PipeIo::Direction::Write, stop);
     } else {
         file_.emplace(pathOf(job.output), job.overwrite);
     }

@@ -33,6 +33,13 @@ public:
     virtual FramePosition position(std::int64_t number) const = 0;
 };
 
+/// What all frames of a clip have in common. `alpha`: whether it is worth keeping.
+struct FrameShape {
+    int width = 0;
+    int height = 0;
+    bool alpha = false;
+};
+
 /// What is done to each frame between decoder and encoder. process() may be called on several threads at
 /// once, for different frames and in any order, and gives the same bytes as in order on one.
 class FrameProcessor {
@@ -46,7 +53,10 @@ public:
     /// it. `sourceDepth` is the source's bits per channel, 32 for float.
     virtual std::uint32_t sourceFormat(int sourceDepth) const = 0;
 
-    /// Renders one frame. The result has the source's geometry and format. Throws std::exception on failure.
+    /// The shape of the frames that process() makes of the source's.
+    virtual FrameShape outputShape(const FrameShape& source) const { return source; }
+
+    /// Renders one frame. The result has the source's format. Throws std::exception on failure.
     virtual PicturePtr process(const PicturePtr& source, const FramePosition& position,
                                const SourceHistory& history) = 0;
 };

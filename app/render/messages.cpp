@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/render/messages.h"
 
-#include <cstdio>
+#include "app/terminal.h"
 
-#ifdef _WIN32
-#include <io.h>
-#define isatty _isatty
-#else
-#include <unistd.h>
-#endif
+#include <cstdio>
 
 namespace vireo {
 namespace {
@@ -27,13 +22,15 @@ std::string clockTime(std::int64_t seconds) {
 
 }  // namespace
 
-Messages::Messages(bool quiet) : quiet_(quiet), terminal_(isatty(2) != 0) {}
+Messages::Messages(bool quiet) : quiet_(quiet), terminal_(Terminal::errors().isCapable()) {}
 
 Messages::~Messages() { clearProgress(); }
 
 void Messages::notice(const std::string& sentence) { line("vireo: " + sentence + ".\n"); }
 
-void Messages::warning(const std::string& sentence) { line("vireo: warning: " + sentence + ".\n"); }
+void Messages::warning(const std::string& sentence) {
+    line("vireo: " + Terminal::errors().styled(Style::Warning, "warning:") + ' ' + sentence + ".\n");
+}
 
 void Messages::progress(std::int64_t frames, std::int64_t total) {
     if (quiet_) return;
@@ -54,7 +51,7 @@ void Messages::progress(std::int64_t frames, std::int64_t total) {
         std::snprintf(text, sizeof text, "frame %lld, %.1f fps", static_cast<long long>(frames), rate);
     }
     if (terminal_) {
-        std::fprintf(stderr, "\r\033[K%s", text);
+        std::fprintf(stderr, "\r\033[K%s", Terminal::errors().styled(Style::Faint, text).c_str());
         std::fflush(stderr);
         progressShown_ = true;
     } else {

@@ -29,6 +29,7 @@ inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
 struct RenderJob {
     std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
     std::string output;  ///< The same.
+    int pipe = 1;        ///< What "-" writes video to.
     bool overwrite = false;
     bool quiet = false;
     bool strict = false;  ///< Damage is a failure.

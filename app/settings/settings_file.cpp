@@ -127,7 +127,9 @@ std::vector<FilterSettings> parseSettings(const Catalogue& catalogue, const std:
         const std::string given = version.is_structured() ? "no number" : "version " + version.dump();
         whole.member("vireo").fail("is " + given + ", but only version 1 is known");
     }
-    refuseOthers(document, {"vireo", "filters"}, whole);
+    refuseOthers(document, {"vireo", "description", "filters"}, whole);
+    if (document.contains("description") && !document["description"].is_string())
+        whole.member("description").fail("must be a text");
     const Json& filters = require(document, "filters", whole);
     const Place list = whole.member("filters");
     if (!filters.is_array() || filters.empty()) list.fail("must be a list of at least one filter");
@@ -136,6 +138,12 @@ std::vector<FilterSettings> parseSettings(const Catalogue& catalogue, const std:
     for (std::size_t i = 0; i < filters.size(); ++i)
         chain.push_back(parseFilter(catalogue, filters[i], list.element(i)));
     return chain;
+}
+
+std::string settingsDescription(const std::string& file, std::string_view text) {
+    const Json document = parseJson(Place(file, ""), text);
+    const bool hasText = document.is_object() && document.contains("description");
+    return hasText && document["description"].is_string() ? document["description"].get<std::string>() : "";
 }
 
 std::string settingsText(const std::vector<FilterSettings>& chain) {

@@ -17,6 +17,9 @@ namespace vireo {
 std::vector<FilterSettings> parseSettings(const Catalogue& catalogue, const std::string& file,
                                           std::string_view text);
 
+/// The sentence that a settings file says about itself; empty where it says none. Throws RenderError.
+std::string settingsDescription(const std::string& file, std::string_view text);
+
 /// The text of a settings file for a chain. Filters set from bytes have all their parameters in it.
 std::string settingsText(const std::vector<FilterSettings>& chain);
 

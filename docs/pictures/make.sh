@@ -42,3 +42,12 @@ build/linux/bin/vireo render "$work/bridge.mkv" "$work/key.mkv" --overwrite --qu
 make -i "$work/key.mkv" -vf "select=not(mod(n\,9)),scale=240:-2:flags=lanczos,tile=5x1:padding=4:color=white" \
     -frames:v 1 -q:v 5 -bitexact docs/pictures/key-frames.jpg
 /usr/bin/python3 docs/pictures/sheet.py docs/pictures/sheet.jpg "$work/bridge.png"
+
+mkdir -p "$work/presets"
+for preset in app/presets/*.json; do
+    build/linux/bin/vireo render "$work/bee.png" "$work/presets/$(basename "$preset" .json).png" \
+        --settings "$preset" --overwrite --quiet
+done
+/usr/bin/python3 docs/pictures/sheet.py docs/pictures/presets.jpg "$work/bee.png" "$work"/presets/*.png
+build/linux/bin/vireo compare "$work/citrus.png" "$work/compare.png" --preset cyanotype --overwrite --quiet
+make -i "$work/compare.png" -q:v 3 docs/pictures/compare.jpg

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Lays one picture of every filter's page on a sheet, for the README.
+"""Lays pictures on a sheet, with their names.
 
-sheet.py SHEET.jpg SOURCE.png   the source stands first
+sheet.py SHEET.jpg SOURCE.png           the source and one picture of every filter's page
+sheet.py SHEET.jpg SOURCE.png FILE...   the source and these, named as the files are
 """
 
 import pathlib
@@ -15,9 +16,12 @@ COLUMNS, WIDTH, HEIGHT, GAP, LABEL = 6, 210, 140, 10, 22
 FONT = "/usr/share/fonts/truetype/nanum/NanumGothic.ttf"
 
 
-def pictures(source):
+def pictures(source, *files):
     """Names and files."""
     yield "Original", pathlib.Path(source)
+    if files:
+        yield from ((pathlib.Path(file).stem, file) for file in files)
+        return
     for page in sorted((ROOT / "docs/filters").glob("*.md")):
         picture = ROOT / f"docs/filters/pictures/{page.stem}-2.jpg"
         if picture.exists():
@@ -25,7 +29,7 @@ def pictures(source):
 
 
 def main():
-    shown = list(pictures(sys.argv[2]))
+    shown = list(pictures(*sys.argv[2:]))
     rows = -(-len(shown) // COLUMNS)
     sheet = Image.new("RGB", (GAP + COLUMNS * (WIDTH + GAP), GAP + rows * (HEIGHT + LABEL + GAP)), (32, 32, 32))
     draw, font = ImageDraw.Draw(sheet), ImageFont.truetype(FONT, 15)

@@ -2,13 +2,15 @@
 """Commands, statuses and words."""
 import io
 import json
+import os
 import re
+import subprocess
 
 import numpy
 import pytest
 from PIL import Image
 
-from conftest import read_picture
+from conftest import PROGRAM, read_picture
 
 FILTERS = 22
 
@@ -70,11 +72,44 @@ def test_version_names_the_instruction_set(vireo):
     assert re.fullmatch(r"vireo \d+\.\d+\.\d+, instruction set baseline\n", output)
 
 
-@pytest.mark.parametrize("command", [[], ["list"], ["info"], ["render"], ["sheet"]])
-def test_help_goes_to_standard_output(vireo, command):
-    completed = vireo(*command, "--help")
-    assert completed.stdout.startswith(b"") and b"Usage: vireo" in completed.stdout
-    assert completed.stderr == b""
+def test_help_goes_to_standard_output_and_fits(vireo):
+    program = vireo("--help").stdout.decode()
+    commands = re.findall(r"^  (\w+) ", program.split("Commands:\n")[1].split("\n\n")[0], re.MULTILINE)
+    assert {"list", "info", "render", "compare", "presets", "sheet", "settings"} <= set(commands)
+    for command in [[], *([name] for name in commands)]:
+        completed = vireo(*command, "--help")
+        text = completed.stdout.decode()
+        assert "Usage: vireo" in text and "\n  vireo " in text, command
+        assert max(map(len, text.splitlines())) <= 100, command
+        assert completed.stderr == b"" and "\033" not in text
+    for example in re.findall(r"^  vireo [^|<*]*?(?=   |$)", program, re.MULTILINE):
+        assert example.split()[1] in [*commands, "COMMAND"]
+
+
+def in_terminal(vireo, *arguments, **environment):
+    """What the program writes to a terminal."""
+    ours, theirs = os.openpty()
+    with subprocess.Popen([PROGRAM, *arguments], cwd=vireo.folder, stdin=subprocess.DEVNULL, stdout=theirs, stderr=theirs,
+                          env={**os.environ, "TERM": "xterm", **environment}):
+        os.close(theirs)
+        written = b""
+        try:
+            while part := os.read(ours, 4096):
+                written += part
+        except OSError:  # the other end is closed
+            pass
+    os.close(ours)
+    return written.decode().replace("\r\n", "\n")
+
+
+@pytest.mark.parametrize("arguments", [["--help"], ["list"], ["info", "Levels"], ["presets"], ["nothing"], ["info", "nothing"]])
+def test_colours_are_for_terminals_that_show_them(vireo, arguments):
+    plain = vireo(*arguments, status=2 if "nothing" in arguments else 0)
+    plain = (plain.stdout + plain.stderr).decode()
+    coloured = in_terminal(vireo, *arguments)
+    assert "\033[" not in plain and "\033[" in coloured
+    assert re.sub(r"\033\[[0-9;]*m", "", coloured) == plain
+    assert in_terminal(vireo, *arguments, NO_COLOR="1") == in_terminal(vireo, *arguments, TERM="dumb") == plain
 
 
 @pytest.mark.parametrize("arguments, words", [

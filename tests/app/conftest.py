@@ -31,9 +31,9 @@ class CommandLine:
             assert errors.endswith(".\n"), errors
         return completed
 
-    def error(self, *arguments, status=2):
+    def error(self, *arguments, status=2, **options):
         """The one sentence that the program fails with."""
-        completed = self(*arguments, status=status)
+        completed = self(*arguments, status=status, **options)
         lines = completed.stderr.decode().splitlines()
         assert len(lines) == 1, lines
         assert completed.stdout == b""

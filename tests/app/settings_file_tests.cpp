@@ -72,6 +72,15 @@ TEST(SettingsFile, TakesWhatTheCommandLineTakes) {
                 ElementsAre(0x9C, 0xFF, 0, 255, 0, 0, 0));
 }
 
+TEST(SettingsFile, MayDescribeItself) {
+    const std::string text = R"({"vireo": 1, "description": "Grey.", "filters": [{"filter": "echo"}]})";
+    EXPECT_EQ(parseSettings(catalogue(), "look.json", text).size(), 1U);
+    EXPECT_EQ(settingsDescription("look.json", text), "Grey.");
+    EXPECT_EQ(settingsDescription("look.json", R"({"vireo": 1, "filters": []})"), "");
+    EXPECT_EQ(settingsDescription("look.json", "[]"), "");
+    EXPECT_THROW(settingsDescription("look.json", "{"), RenderError);
+}
+
 TEST(SettingsFile, NamesTheFileAndThePlaceOfDamage) {
     const std::string open = R"({"vireo": 1, "filters": [)", close = "]}";
     struct Case {
@@ -90,6 +99,8 @@ TEST(SettingsFile, NamesTheFileAndThePlaceOfDamage) {
         {R"({"vireo": 1e999})", "the settings file look.json: holds a number that is too large"},
         {R"({"vireo": 1, "filters": []})", "the settings file look.json at filters: must be a list"},
         {R"({"vireo": 1, "filter": []})", "the settings file look.json at filter: is not known here"},
+        {R"({"vireo": 1, "description": 3, "filters": []})",
+         "the settings file look.json at description: must be a text"},
         {open + "3" + close, "the settings file look.json at filters[0]: must be an object"},
         {open + R"({"filter": "echo"}, {"filter": "nothing"})" + close,
          "the settings file look.json at filters[1].filter: there is no filter \"nothing\""},

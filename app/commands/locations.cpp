@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/commands/module_location.h"
+#include "app/commands/locations.h"
 
 #include "app/files.h"
 #include "app/render/render_job.h"
@@ -26,6 +26,29 @@ std::filesystem::path programFolder() {
 #endif
 }
 
+/// The folder that a variable of the environment names; empty where it names none.
+std::filesystem::path environmentFolder(const char* variable) {
+#if defined(_WIN32)
+    const wchar_t* folder = _wgetenv(std::filesystem::path(variable).c_str());
+    return folder == nullptr ? L"" : folder;
+#else
+    const char* folder = std::getenv(variable);
+    return folder == nullptr ? "" : folder;
+#endif
+}
+
+/// Where the user's settings of all programs lie; empty where that is not known.
+std::filesystem::path configurationFolder() {
+#if defined(_WIN32)
+    return environmentFolder("APPDATA");
+#else
+    const std::filesystem::path folder = environmentFolder("XDG_CONFIG_HOME"),
+                                home = environmentFolder("HOME");
+    if (folder.is_absolute()) return folder;
+    return home.empty() ? home : home / ".config";
+#endif
+}
+
 }  // namespace
 
 std::filesystem::path findModule(const std::string& wish) {
@@ -41,6 +64,13 @@ std::filesystem::path findModule(const std::string& wish) {
     }
     throw RenderError("there is no " + std::string(moduleName) + " in " + utf8Of(folder) +
                       "; --module or VIREO_MODULE says where it is");
+}
+
+std::vector<std::filesystem::path> presetFolders() {
+    std::vector<std::filesystem::path> folders;
+    if (const auto own = configurationFolder(); !own.empty()) folders.push_back(own / "vireo" / "presets");
+    folders.push_back((programFolder() / VIREO_INSTALLED_PRESET_FOLDER).lexically_normal());
+    return folders;
 }
 
 }  // namespace vireo

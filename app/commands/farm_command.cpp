@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// What vireo farm takes.
+#include "app/commands/commands.h"
+#include "app/commands/farm.h"
+#include "app/commands/render_options.h"
+
+#include <map>
+#include <memory>
+
+namespace vireo {
+namespace {
+
+constexpr char planExamples[] =
+    R"help(Takes everything that vireo render takes. All lines may run again at any time: only
+what is missing is done.
+
+Examples:
+  vireo farm plan in.mov out.mov -f Levels --segments 8 | sh
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --part segments | parallel
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --part join | sh)help";
+
+constexpr char joinExamples[] = R"help(Example:
+  vireo farm join in.mov out.mov -f Levels --segments 8)help";
+
+constexpr char familyExamples[] = R"help(Example:
+  vireo farm plan in.mov out.mov -f Levels --segments 8 | sh)help";
+
+/// The options that a command was given, in their order. `settings` are those among them that were taken out
+/// while they were read.
+std::vector<GivenOption> givenOptions(const CLI::App& command, const std::vector<SettingsOption>& settings) {
+    std::vector<GivenOption> given;
+    std::map<const CLI::Option*, std::size_t> taken;
+    std::size_t settingsTaken = 0;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option->get_positional()) continue;
+        const bool isFlag = option->get_expected_max() == 0;
+        GivenOption& added = given.emplace_back(GivenOption{option->get_name(), std::nullopt});
+        if (option->get_trigger_on_parse()) {
+            added.value = settings[settingsTaken++].value;
+        } else if (!isFlag) {
+            added.value = option->results()[taken[option]++];
+        }
+    }
+    return given;
+}
+
+using Work = void (*)(const Catalogue&, const GlobalOptions&, const FarmOptions&);
+
+/// A command of the farm; its options are kept by what runs it.
+CLI::App& addWork(CommandSet& commands, CLI::App& farm, const std::string& name,
+                  const std::string& description, Work work, const std::shared_ptr<FarmOptions>& options) {
+    const auto self = std::make_shared<const CLI::App*>();
+    CLI::App& command = commands.add(farm, name, description,
+                                     [options, self, work, &program = commands.program()](Session& session) {
+                                         options->given = givenOptions(**self, options->render.settings);
+                                         for (GivenOption& option : givenOptions(program, {}))
+                                             options->given.push_back(std::move(option));
+                                         work(session.catalogue(), session.global(), *options);
+                                         return 0;
+                                     });
+    *self = &command;
+    addRenderOptions(command, options->render);
+    command.option_defaults()->group("Segments");
+    command.add_option("--segments", options->segments, "How many segments")
+        ->required()
+        ->check(wholeNumbers(1, largestNumber))
+        ->type_name("N");
+    command.add_flag("--keep", options->keep, "Keep the segments when they are joined");
+    return command;
+}
+
+}  // namespace
+
+void addFarmCommand(CommandSet& commands) {
+    CLI::App& farm = commands.addFamily("farm", "Render one clip on many machines");
+    farm.footer(familyExamples);
+    const auto planned = std::make_shared<FarmOptions>();
+    CLI::App& plan =
+        addWork(commands, farm, "plan", "Print the shell lines that render a clip in segments and join them",
+                planFarm, planned);
+    plan.add_option("--part", planned->part, "Only the lines of the segments, or of joining")
+        ->check(oneOf({"segments", "join"}))
+        ->type_name("segments|join");
+    plan.footer(planExamples);
+    addWork(commands, farm, "join", "Join the segments of a plan of the same options", joinFarm,
+            std::make_shared<FarmOptions>())
+        .footer(joinExamples);
+}
+
+}  // namespace vireo

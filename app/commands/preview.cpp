@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+// vireo preview: renders into a player's window.
+#include "app/commands/commands.h"
+#include "app/commands/render_options.h"
+
+#include <memory>
+
+#if !defined(_WIN32)
+#include "app/commands/player.h"
+#endif
+
+namespace vireo {
+namespace {
+
+constexpr char examples[] = R"help(Examples:
+  vireo preview clip.mov -f "Camera Blur:percent blur=0@0s..40@4s"
+  vireo preview photo.jpg --preset film --layout split
+  vireo preview clip.mov --preset vhs --start 1:20 --duration 10s
+
+The player is ffplay: q or Escape closes its window, the space bar pauses. Transparency shows
+as a checkerboard.)help";
+
+struct PreviewOptions : RenderOptions {
+    std::string layout = "after";
+};
+
+#if defined(_WIN32)
+
+void preview(Session&, const PreviewOptions&) {
+    throw RenderError(
+        "preview needs FFmpeg, without which this program works on Windows; vireo compare "
+        "writes a picture to look at");
+}
+
+#else
+
+void preview(Session& session, const PreviewOptions& options) {
+    const ChainOptions chainOptions = readChain(session.catalogue(), options);
+    RenderJob job = commonJob(session.global(), options);
+    const auto chain = chainOf(chainOptions, options);
+    Comparison comparison(*chain, {layoutNamed(options.layout), false});
+    refuseTakenNames(chainOptions, options);
+
+    Player player("vireo: " + job.input);
+    job.output = "-";
+    job.pipe = player.input();
+    job.format = "nut";
+    job.encoder = "rawvideo";
+    job.pixelFormat = "bgr0";  // no player guesses the matrix of RGB
+    job.quiet = true;
+    try {
+        renderMedia(job, comparison);
+        player.wait();
+    } catch (const RenderError& error) {
+        // Whoever closes the window has seen enough.
+        const bool isInterrupted = error.status() > 2;
+        if (isInterrupted || !player.isGone()) throw;
+        player.wait();
+    }
+    saveSettings(chainOptions, options);
+}
+
+#endif
+
+}  // namespace
+
+void addPreviewCommand(CommandSet& commands) {
+    const auto options = std::make_shared<PreviewOptions>();
+    CLI::App& command =
+        commands.add("preview", "Render into a window, without a file", [options](Session& session) {
+            preview(session, *options);
+            return 0;
+        });
+    command
+        .add_option("input", options->job.input, "A picture, a sequence or video, as in vireo render --help")
+        ->required()
+        ->type_name("IN");
+    command.option_defaults()->group("Comparison");
+    command
+        .add_option("--layout", options->layout,
+                    "after: the result alone (default); else before and after as in vireo compare --help")
+        ->check(oneOf({"after", "beside", "below", "split"}))
+        ->type_name("after|beside|below|split");
+    addChainOptions(command, *options);
+    addInputOptions(command, *options);
+    command.option_defaults()->group("Output");
+    command.add_flag("--no-audio", options->job.noAudio, "Leave the sound out");
+    addWorkOptions(command, *options);
+    command.footer(examples);
+}
+
+}  // namespace vireo

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "app/commands/render_options.h"
+
+#include "app/settings/clip_time.h"
+#include "app/settings/names.h"
+
+#include <cstdio>
+#include <iostream>
+
+namespace vireo {
+namespace {
+
+constexpr std::int64_t mostJobs = 1024;
+
+[[noreturn]] void fail(const std::string& sentence) { throw RenderError(sentence, 2); }
+
+std::string quoted(const std::string& text) { return '"' + text + '"'; }
+
+void addSettingsOption(CLI::App& command, const std::string& names, const std::string& value,
+                       std::vector<SettingsOption>& settings, SettingsOption::Kind kind,
+                       const std::string& description) {
+    command
+        .add_option_function<std::string>(
+            names,
+            [&settings, kind](const std::string& text) {
+                settings.push_back({kind, text});
+            },
+            description)
+        ->trigger_on_parse()
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
+        ->type_name(value);
+}
+
+FrameRange parseFrames(const std::string& text) {
+    const std::size_t dash = text.find('-');
+    const auto first = parseWholeNumber(trimmed(std::string_view(text).substr(0, dash)));
+    const auto last = dash == std::string::npos
+                          ? std::nullopt
+                          : parseWholeNumber(trimmed(std::string_view(text).substr(dash + 1)));
+    if (!first || !last) fail("--frames takes A-B, two frame numbers from 0, not " + quoted(text));
+    if (*first > *last)
+        fail("--frames takes a first and a last frame, and " + quoted(text) + " ends before it begins");
+    return {*first, *last};
+}
+
+ClipTime parseTime(const char* option, const std::string& text) {
+    const auto time = parseClipTime(text);
+    if (!time)
+        fail(std::string(option) + " takes a time like 5s, 2.5, 1:02:03.5 or 120f, not " + quoted(text));
+    return *time;
+}
+
+/// The part of the clip that is rendered. Where the frames are known before the clip is, it is a range of
+/// frames.
+void takePart(const RenderOptions& options, RenderJob& job) {
+    if (!options.frames.empty()) {
+        if (!options.start.empty() || !options.duration.empty())
+            fail("--frames goes without --start and --duration");
+        job.frames = parseFrames(options.frames);
+        return;
+    }
+    std::optional<ClipTime> start, duration;
+    if (!options.start.empty()) start = parseTime("--start", options.start);
+    if (!options.duration.empty()) duration = parseTime("--duration", options.duration);
+    if (!start && !duration) return;
+    if (duration && (duration->frame ? *duration->frame == 0 : duration->seconds == 0))
+        fail("--duration 0 leaves nothing to render");
+    if (start && start->frame) job.frames = FrameRange{*start->frame, std::nullopt};
+    if (start && !start->frame) job.start = start->seconds;
+    if (!duration) return;
+    if (!duration->frame) {
+        job.duration = duration->seconds;
+    } else if (job.start) {
+        job.durationFrames = duration->frame;
+    } else {
+        const std::int64_t first = job.frames ? job.frames->first : 0;
+        job.frames = FrameRange{first, lastOf(first, *duration->frame)};
+    }
+}
+
+std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::vector<std::string>& texts) {
+    std::vector<std::pair<std::string, std::string>> options;
+    for (const std::string& text : texts) {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos || equals == 0)
+            fail("--encoder-option takes NAME=VALUE, not " + quoted(text));
+        options.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+    }
+    return options;
+}
+
+std::optional<std::uint32_t> parseFormat(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    if (name.size() != 4)
+        fail("--filter-format takes a code of four characters such as vuya, not " + quoted(name));
+    const char characters[5] = {name[0], name[1], name[2], name[3], '\0'};
+    return PixKit::formatCode(characters);
+}
+
+}  // namespace
+
+void addChainOptions(CLI::App& command, RenderOptions& options) {
+    using Kind = SettingsOption::Kind;
+    command.option_defaults()->group("Filters");
+    auto& settings = options.settings;
+    addSettingsOption(command, "-f,--filter", "FILTER:...", settings, Kind::Filter,
+                      "A filter and its parameters, NAME:parameter=value,...; several make a chain");
+    addSettingsOption(command, "--preset", "PRESET", settings, Kind::Preset,
+                      "A ready-made look, in its place among the -f; vireo presets lists them");
+    addSettingsOption(command, "--settings", "FILE", settings, Kind::SettingsFile,
+                      "A settings file: the chain, or the settings of the one -f");
+    addSettingsOption(command, "--lvl", "FILE", settings, Kind::LevelsFile,
+                      "A Levels file, for the -f Levels before it or alone");
+    addSettingsOption(command, "--settings-bytes", "FILE", settings, Kind::SettingsBytes,
+                      "The settings handle of the -f before it: a file, or hex:...");
+    command.add_option("--save-settings", options.saveSettings, "Write the chain as a settings file")
+        ->type_name("FILE");
+    addSettingsOption(command, "--save-settings-bytes", "FILE", settings, Kind::SaveSettingsBytes,
+                      "Write the settings handle of the -f before it");
+    command
+        .add_option("--filter-format", options.filterFormat,
+                    "Pixel format for filters that offer it; Bgra (16 bits) and BGra (float) for one alone")
+        ->type_name("bgra|vuya|Bgra|BGra");
+}
+
+void addInputOptions(CLI::App& command, RenderOptions& options) {
+    command.option_defaults()->group("Input");
+    RenderJob& job = options.job;
+    command.add_option("--frames", options.frames, "Only these frames, from 0, both included")
+        ->type_name("A-B");
+    command.add_option("--start", options.start, "Begin at this time: 5s, 2.5, 1:02:03.5 or 120f")
+        ->type_name("TIME");
+    command.add_option("--duration", options.duration, "Render for this long")->type_name("TIME");
+    command.add_option("--clip-length", job.clipLength, "Frames of the input, where they cannot be counted")
+        ->check(wholeNumbers(1, largestNumber))
+        ->type_name("N");
+    CLI::Option* progressive =
+        command.add_flag("--progressive", options.progressive, "Frames are progressive, whatever they say");
+    command.add_option("--interlaced", options.interlaced, "Frames are interlaced, that field first")
+        ->check(oneOf({"tff", "bff"}))
+        ->excludes(progressive)
+        ->type_name("tff|bff");
+    command.add_flag("--premultiplied", job.premultiplied, "Colours of the source are multiplied by alpha");
+    command.add_flag("--strict", job.strict, "A damaged input is a failure");
+}
+
+void addOutputOptions(CLI::App& command, RenderOptions& options) {
+    command.option_defaults()->group("Output");
+    RenderJob& job = options.job;
+    command.add_flag("--overwrite", job.overwrite, "Replace what exists");
+    command.add_flag("--alpha", job.alpha, "Keep alpha");
+    command.add_flag("--no-audio", job.noAudio, "Leave the sound out");
+    command.add_option("--start-number", job.startNumber, "Number of a sequence's first file")
+        ->check(wholeNumbers(0, largestNumber))
+        ->type_name("N");
+    command.add_option("--encoder", job.encoder, "The encoder, by its library's name: libx265")
+        ->type_name("NAME");
+    command
+        .add_option("--encoder-option", options.encoderOptions,
+                    "The encoder's own option: crf=20; may be repeated")
+        ->allow_extra_args(false)
+        ->type_name("NAME=VALUE");
+    command.add_option("--pixel-format", job.pixelFormat, "The output's pixel format: yuv422p10le")
+        ->type_name("NAME");
+    command.add_option("--format", job.format, "What standard output gets: matroska (default), y4m, png...")
+        ->type_name("FORMAT");
+}
+
+void addWorkOptions(CLI::App& command, RenderOptions& options) {
+    command.option_defaults()->group("Options");
+    command.add_option("--jobs", options.job.jobs, "Frames rendered side by side, else one for each core")
+        ->check(wholeNumbers(1, mostJobs))
+        ->type_name("N");
+}
+
+void addRenderOptions(CLI::App& command, RenderOptions& options) {
+    command
+        .add_option("files", options.files,
+                    "Pictures, sequences such as frame%04d.png, or video; - is standard input or output")
+        ->type_name("IN... [OUT]");
+    addChainOptions(command, options);
+    addInputOptions(command, options);
+    addOutputOptions(command, options);
+    command.add_option("--to", options.folder, "A folder for the outputs of many inputs")
+        ->type_name("FOLDER");
+    addWorkOptions(command, options);
+}
+
+RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
+    RenderJob job = options.job;
+    job.quiet = global.quiet;
+    takePart(options, job);
+    job.encoderOptions = parseEncoderOptions(options.encoderOptions);
+    if (options.progressive) job.interlacing = Interlacing::Progressive;
+    if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
+    if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;
+    return job;
+}
+
+std::unique_ptr<FilterChain> chainOf(const ChainOptions& chain, const RenderOptions& options) {
+    return std::make_unique<FilterChain>(chain.filters, options.job.jobs, parseFormat(options.filterFormat));
+}
+
+std::optional<Layout> layoutNamed(std::string_view name) {
+    if (name == "after") return Layout::After;
+    if (name == "beside") return Layout::Beside;
+    if (name == "below") return Layout::Below;
+    if (name == "split") return Layout::Split;
+    return std::nullopt;
+}
+
+void runJob(const RenderJob& job, FrameProcessor& processor) {
+    const RenderSummary summary = renderMedia(job, processor);
+    if (job.quiet || job.output == "-") return;
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f", summary.seconds);
+    std::cerr << "vireo: " << job.output << ": " << summary.frames
+              << (summary.frames == 1 ? " frame" : " frames") << " in " << seconds << " s.\n";
+}
+
+}  // namespace vireo

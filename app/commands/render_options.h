@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// The options that render, compare and preview share.
+#ifndef VIREO_APP_COMMANDS_RENDER_OPTIONS_H
+#define VIREO_APP_COMMANDS_RENDER_OPTIONS_H
+
+#include "app/chain/comparison.h"
+#include "app/chain/filter_chain.h"
+#include "app/commands/chain_options.h"
+#include "app/commands/command_set.h"
+#include "app/commands/options.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace vireo {
+
+/// -f and whatever else makes up the chain.
+void addChainOptions(CLI::App& command, RenderOptions& options);
+
+/// Which frames of the input, and how they are to be understood.
+void addInputOptions(CLI::App& command, RenderOptions& options);
+
+/// How the output is written.
+void addOutputOptions(CLI::App& command, RenderOptions& options);
+
+/// All of these, the files and --to.
+void addRenderOptions(CLI::App& command, RenderOptions& options);
+
+/// --jobs.
+void addWorkOptions(CLI::App& command, RenderOptions& options);
+
+/// What all jobs of a command share. Throws RenderError of wrong usage.
+RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options);
+
+/// The chain that was read, ready to render. Throws RenderError of wrong usage.
+std::unique_ptr<FilterChain> chainOf(const ChainOptions& chain, const RenderOptions& options);
+
+/// The layout that a word of --layout means; nothing for "auto".
+std::optional<Layout> layoutNamed(std::string_view name);
+
+/// Renders and tells how long it took.
+void runJob(const RenderJob& job, FrameProcessor& processor);
+
+}  // namespace vireo
+
+#endif

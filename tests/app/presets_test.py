@@ -1,0 +1,65 @@
+# SPDX-License-Identifier: MIT
+"""Presets: those that come with the program, and the user's own."""
+import json
+import pathlib
+
+from conftest import ROOT, read_picture
+
+SHIPPED = ROOT / "app/presets"
+
+
+def presets(vireo, **options):
+    return {entry["name"]: entry for entry in json.loads(vireo("presets", "--json", **options).stdout)}
+
+
+def test_every_preset_is_listed_and_renders(vireo, picture, pixels):
+    listed = presets(vireo, environment={"XDG_CONFIG_HOME": str(vireo.folder)})
+    assert sorted(listed) == sorted(path.stem for path in SHIPPED.glob("*.json"))
+    results = {}
+    for name, entry in listed.items():
+        assert entry["description"].endswith("."), name
+        assert len(f"{name:16}{entry['description']}") < 90, name
+        vireo("render", "in.png", "out.png", "--overwrite", "--preset", name)
+        result = read_picture(vireo.folder / "out.png")
+        assert result.shape == pixels.shape, f"{name} makes pixels transparent"
+        assert (result != pixels).any(), name
+        results[result.tobytes()] = name
+        # Loaded and saved it keeps its bytes.
+        vireo("render", "--preset", name, "--save-settings", "saved.json", "--overwrite")
+        assert (vireo.folder / "saved.json").read_bytes() == (SHIPPED / f"{name}.json").read_bytes(), name
+    assert len(results) == len(listed)
+
+
+def test_own_presets_go_first_and_names_may_be_cut(vireo, picture, pixels):
+    folder = vireo.folder / "config/vireo/presets"
+    folder.mkdir(parents=True)
+    flip = '{"vireo": 1, "filters": [{"filter": "Horizontal Flip"}]}'
+    (folder / "Upside Down.json").write_text('{"vireo":1,"filters":[{"filter":"Vertical Flip"}]}')
+    (folder / "VHS.json").write_text(flip)
+    (folder / "broken.json").write_text("{")
+    for environment in ({"XDG_CONFIG_HOME": str(vireo.folder / "config")},
+                        {"XDG_CONFIG_HOME": "", "HOME": str(vireo.folder / "home")}):
+        if not environment["XDG_CONFIG_HOME"]:
+            (vireo.folder / "home").mkdir()
+            (vireo.folder / "config").rename(vireo.folder / "home/.config")
+        completed = vireo("presets", "--json", environment=environment)
+        assert b"broken.json" in completed.stderr
+        listed = {entry["name"]: entry for entry in json.loads(completed.stdout)}
+        assert "vhs" not in listed and listed["VHS"]["description"] == ""
+        assert pathlib.Path(listed["VHS"]["file"]).read_text() == flip
+        # A preset stands in its place among the filters.
+        vireo("render", "in.png", "out.png", "--overwrite", "-f", "Solarize", "--preset", "upsided", "--preset", "vhs",
+              "--save-settings", "chain.json", environment=environment)
+        vireo("render", "in.png", "byname.png", "--overwrite", "-f", "Solarize", "-f", "Vertical Flip",
+              "-f", "Horizontal Flip")
+        assert (read_picture(vireo.folder / "out.png") == read_picture(vireo.folder / "byname.png")).all()
+        saved = json.loads((vireo.folder / "chain.json").read_text())
+        assert [entry["filter"] for entry in saved["filters"]] == ["Solarize", "Vertical Flip", "Horizontal Flip"]
+        (vireo.folder / "chain.json").unlink()
+
+
+def test_wrong_presets_are_named(vireo, picture):
+    render = "render", "in.png", "out.png"
+    assert 'the preset "c" may be cross-process or cyanotype' in vireo.error(*render, "--preset", "c")
+    assert 'there is no preset "vsh"; the nearest are vhs' in vireo.error(*render, "--preset", "vsh")
+    assert "two chains" in vireo.error(*render, "--preset", "vhs", "--settings", str(SHIPPED / "vhs.json"))

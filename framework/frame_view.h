@@ -33,6 +33,9 @@ inline FrameView frameThroughPixKit(FrameBuffer* handle) {
 
 inline constexpr std::int64_t bytesPerPixel = 4;
 
+/// Frames from this size on are gone from the caches before anybody reads them.
+inline constexpr std::int64_t largeFrameBytes = 16 << 20;
+
 /// Row bytes rounded toward zero to whole pixels: how most filters step from row to row.
 constexpr std::int64_t wholePixels(std::int32_t rowBytes) { return rowBytes / bytesPerPixel * bytesPerPixel; }
 

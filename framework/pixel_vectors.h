@@ -39,6 +39,39 @@ inline void storePixels(std::uint8_t* address, PixelVector pixels) {
     std::memcpy(address, &pixels, sizeof pixels);
 }
 
+/// Past the caches, to an address that is a multiple of vectorBytes.
+inline void streamPixels(std::uint8_t* address, PixelVector pixels) {
+#if defined(__AVX512BW__)
+    _mm512_stream_si512(reinterpret_cast<__m512i*>(address), (__m512i)pixels);
+#elif defined(__AVX2__)
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(address), (__m256i)pixels);
+#elif defined(__SSE2__)
+    _mm_stream_si128(reinterpret_cast<__m128i*>(address), (__m128i)pixels);
+#else
+    storePixels(address, pixels);
+#endif
+}
+
+/// Other threads see no streamed pixel late that was written before this.
+inline void finishStreaming() {
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+/// Means of bytes, halves rounded up.
+inline ByteVector averageUp(ByteVector a, ByteVector b) {
+#if defined(__AVX512BW__)
+    return (ByteVector)_mm512_avg_epu8((__m512i)a, (__m512i)b);
+#elif defined(__AVX2__)
+    return (ByteVector)_mm256_avg_epu8((__m256i)a, (__m256i)b);
+#elif defined(__SSE2__)
+    return (ByteVector)_mm_avg_epu8((__m128i)a, (__m128i)b);
+#else
+    return (a | b) - ((a ^ b) >> 1);
+#endif
+}
+
 /// The upper 16 bits of each product.
 inline WordVector multiplyHigh(WordVector a, WordVector b) {
 #if defined(__AVX512BW__)

@@ -12,9 +12,6 @@ namespace {
 
 const RowCopyKernels& kernels = rowCopyKernelsTables.chosen();
 
-/// Frames from this size on are gone from the caches before anybody reads them.
-constexpr std::int64_t largeFrameBytes = 16 << 20;
-
 /// Height and row bytes count in 16 bits, as hosts have always seen it.
 struct Geometry {
     std::int16_t height;

@@ -40,10 +40,12 @@ std::int32_t nameFormat(FilterInvocation& invocation) {
 void render(const FrameView& source, const FrameView& destination, const Format& format) {
     const RowWalk walk{source.rowBytes, destination.rowBytes, destination.width(), destination.height(),
                        format.pixelBytes};
+    const bool large = walk.width * walk.height * walk.pixelBytes >= largeFrameBytes;
+    const auto mirror = large && format.row == kernels.row4 ? kernels.row4PastCaches : format.row;
     forEachRow(source, destination, walk,
                [&](const std::uint8_t* from, std::uint8_t* to, std::int64_t width) {
                    // What a short source row lacks is missing at the start of the mirrored one.
-                   format.row(from, to + (walk.width - width) * format.pixelBytes, width);
+                   mirror(from, to + (walk.width - width) * format.pixelBytes, width);
                });
 }
 

@@ -13,6 +13,7 @@ struct HorizontalFlipKernels {
     Row row4;
     Row row8;
     Row row16;
+    Row row4PastCaches;  ///< row4 for frames that no cache holds.
 };
 
 VIREO_KERNEL_TABLES(HorizontalFlipKernels, horizontalFlipKernels)

@@ -115,4 +115,24 @@ TEST(AntialiasKernels, EverySetEqualsThePlainVersion) {
     }
 }
 
+TEST(AntialiasKernels, EverySetOverwritesARowAlike) {
+    Random random(5);
+    for (const int ahead : {-2, -1, 0, 1, 2}) {
+        constexpr int width = 70;
+        Picture source{width + 8, 3};
+        for (std::uint32_t& pixel : source.pixels) pixel = static_cast<std::uint32_t>(random());
+        const auto overwritten = [&](mtkcore::InstructionSet set) {
+            Picture picture = source;
+            const auto row = [&](int y) {
+                return reinterpret_cast<std::uint8_t*>(picture.pixels.data() + y * (width + 8) + 4);
+            };
+            antialiasKernelsTables.at(set).row(row(0), row(1), row(2), row(1) + 4 * ahead, width);
+            return picture.pixels;
+        };
+        for (const auto set : runnableInstructionSets()) {
+            EXPECT_EQ(overwritten(set), overwritten(mtkcore::InstructionSet::Baseline)) << ahead;
+        }
+    }
+}
+
 }  // namespace

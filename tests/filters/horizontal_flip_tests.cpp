@@ -98,18 +98,26 @@ TEST(HorizontalFlipKernels, EverySetReversesAnyWidth) {
     Random random(4);
     for (const auto set : runnableInstructionSets()) {
         const HorizontalFlipKernels& kernels = horizontalFlipKernelsTables.at(set);
-        for (const auto& [row, size] : {std::pair{kernels.row4, 4}, {kernels.row8, 8}, {kernels.row16, 16}}) {
+        struct Case {
+            HorizontalFlipKernels::Row row;
+            int size;
+            int begin;  // Bytes from an aligned address to the first pixel written.
+        };
+        const Case cases[] = {{kernels.row4, 4, 3},           {kernels.row8, 8, 3},
+                              {kernels.row16, 16, 3},         {kernels.row4PastCaches, 4, 3},
+                              {kernels.row4PastCaches, 4, 4}, {kernels.row4PastCaches, 4, 0}};
+        for (const auto& [row, size, begin] : cases) {
             for (int width = 0; width < 140; ++width) {
                 const auto bytes = static_cast<std::size_t>(width * size);
                 std::vector<std::uint8_t> from(bytes + 5), to(bytes + 7, 0x5A), expected = to;
                 for (auto& byte : from) byte = static_cast<std::uint8_t>(random());
                 for (int x = 0; x < width; ++x) {
-                    std::memcpy(expected.data() + 3 + x * size, from.data() + 5 + (width - 1 - x) * size,
+                    std::memcpy(expected.data() + begin + x * size, from.data() + 5 + (width - 1 - x) * size,
                                 static_cast<std::size_t>(size));
                 }
-                row(from.data() + 5, to.data() + 3, width);
-                ASSERT_EQ(to, expected)
-                    << instructionSetName(set) << ", width " << width << ", size " << size;
+                row(from.data() + 5, to.data() + begin, width);
+                ASSERT_EQ(to, expected) << instructionSetName(set) << ", width " << width << ", size " << size
+                                        << ", " << begin << " bytes from alignment";
             }
         }
     }

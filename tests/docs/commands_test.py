@@ -62,7 +62,7 @@ def test_commands_work(page, clone):
     found = list(blocks(page))
     assert found, "a page without commands"
     script = "".join(f"echo '{page}, line {line}'\n{commands}" for line, commands in found)
-    environment = {**os.environ, "PATH": f"{clone / 'done'}:{os.environ['PATH']}"}
+    environment = {**os.environ, "HOME": str(clone), "PATH": f"{clone / 'done'}:{os.environ['PATH']}"}
     completed = subprocess.run(["bash", "-euo", "pipefail", "-c", script], cwd=clone, env=environment, timeout=600,
                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True)
     assert completed.returncode == 0, completed.stdout[-3000:]

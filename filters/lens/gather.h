@@ -5,25 +5,42 @@
 
 #include "framework/pixel_vectors.h"
 
+#include <utility>
+
 namespace VIREO_KERNEL_NAMESPACE {
 
-/// The pixel at each byte offset from `base`.
-inline PixelVector gatherPixels(const std::uint8_t* base, IntVector offsets) {
-#if defined(__AVX512BW__)
-    // The form without a mask makes this compiler warn of its own header.
-    return (PixelVector)_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, (__m512i)offsets, base,
-                                                    1);
-#elif defined(__AVX2__)
-    return (PixelVector)_mm256_i32gather_epi32(reinterpret_cast<const int*>(base), (__m256i)offsets, 1);
-#else
-    PixelVector pixels;
-    for (int i = 0; i < vectorPixels; ++i) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, base + offsets[i], sizeof pixel);
-        pixels[i] = pixel;
-    }
-    return pixels;
-#endif
+/// Pixels and their right neighbours.
+struct PixelPairs {
+    PixelVector left;
+    PixelVector right;
+};
+
+typedef std::uint64_t PairVector __attribute__((vector_size(vectorBytes)));
+
+template <int... i>
+PixelVector pairsAt(const std::uint8_t* base, const std::int32_t* offsets, std::integer_sequence<int, i...>) {
+    const auto pair = [&](int lane) {
+        std::uint64_t pixels;
+        std::memcpy(&pixels, base + offsets[lane], sizeof pixels);
+        return pixels;
+    };
+    return (PixelVector)PairVector{pair(i)...};
+}
+
+template <int... i>
+PixelPairs separated(PixelVector first, PixelVector second, std::integer_sequence<int, i...>) {
+    return {__builtin_shufflevector(first, second, 2 * i...),
+            __builtin_shufflevector(first, second, 2 * i + 1 ...)};
+}
+
+/// The pixel at each byte offset from `base`, and the one beside it. Where the processor gathers by itself it
+/// was measured to be no faster than such loads of two pixels each.
+inline PixelPairs gatherPairs(const std::uint8_t* base, IntVector offsets) {
+    constexpr std::make_integer_sequence<int, vectorPixels / 2> half;
+    std::int32_t each[vectorPixels];
+    std::memcpy(each, &offsets, sizeof each);
+    return separated(pairsAt(base, each, half), pairsAt(base, each + vectorPixels / 2, half),
+                     std::make_integer_sequence<int, vectorPixels>());
 }
 
 /// Whether every lane of a comparison's result holds.

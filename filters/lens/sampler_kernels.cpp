@@ -54,13 +54,11 @@ void row(const SampledPicture& picture, const std::int32_t* x, const std::int32_
             continue;
         }
         const IntVector offsets = (ys >> 8) * rowStep + (xs >> 8) * 4;
-        const std::uint8_t* below = interior + rowStep;
         const WordVector xFraction = fractionOf(xs);
-        const PixelVector upper =
-            blend(gatherPixels(interior, offsets), gatherPixels(interior + 4, offsets), xFraction);
-        const PixelVector lower =
-            blend(gatherPixels(below, offsets), gatherPixels(below + 4, offsets), xFraction);
-        storePixels(destination + 4 * i, blend(upper, lower, fractionOf(ys)));
+        const PixelPairs upper = gatherPairs(interior, offsets);
+        const PixelPairs lower = gatherPairs(interior + rowStep, offsets);
+        storePixels(destination + 4 * i, blend(blend(upper.left, upper.right, xFraction),
+                                               blend(lower.left, lower.right, xFraction), fractionOf(ys)));
     }
     for (; i < width; ++i) sample(i);
 }

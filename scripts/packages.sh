@@ -13,7 +13,7 @@ check_packages=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
     fonts-wine fonts-ipafont-gothic fonts-nanum
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
-    python3-pytest python3-numpy python3-pil
+    git python3-pytest python3-numpy python3-pil
     ffmpeg melt
     parallel slurm-wlm
     man-db zsh fish bash-completion

@@ -2,7 +2,10 @@
 #include "app/commands/command_line.h"
 
 #include "app/commands/commands.h"
+#include "app/commands/commit.h"
 #include "app/commands/help.h"
+#include "app/commands/locations.h"
+#include "app/files.h"
 #include "app/render/render_job.h"
 #include "app/terminal.h"
 #include "host/mtkcore/instruction_set.h"
@@ -72,7 +75,8 @@ void addGlobalOptions(CLI::App& program, GlobalOptions& options, bool& version) 
         .add_option("--application-type", options.applicationType, "The kind of host that the module sees")
         ->type_name("N");
     program.option_defaults()->group("Options");
-    program.add_flag("--version", version, "Print the version and the instruction set in use");
+    program.add_flag("--version", version,
+                     "Print the version, the commit, the instruction set in use and the module's place");
 }
 
 void addCommands(CommandSet& commands) {
@@ -104,6 +108,16 @@ int run(const CommandSet& commands, const GlobalOptions& global) {
     return status;
 }
 
+void printVersion(const GlobalOptions& global) {
+    std::cout << "vireo " VIREO_VERSION ", commit " << builtFrom() << ", instruction set "
+              << mtkcore::instructionSetName(mtkcore::chosenInstructionSet()) << '\n';
+    try {
+        std::cout << "module " << utf8Of(findModule(global.module)) << '\n';
+    } catch (const RenderError&) {
+        std::cout << "no module\n";
+    }
+}
+
 /// One sentence on one line, without its full stop.
 std::string sentence(std::string text) {
     while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
@@ -133,8 +147,7 @@ int runCommandLine(std::vector<std::string> arguments) {
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
         program.parse(std::move(arguments));
         if (version) {
-            std::cout << "vireo " VIREO_VERSION ", instruction set "
-                      << mtkcore::instructionSetName(mtkcore::chosenInstructionSet()) << '\n';
+            printVersion(global);
             return 0;
         }
         return run(commands, global);

@@ -67,9 +67,12 @@ def test_names_as_a_language_lists_them_are_found(vireo, picture):
     vireo.error("render", "--save-settings", "2.json", "-f", values[1])
 
 
-def test_version_names_the_instruction_set(vireo):
+def test_version_names_what_a_report_needs(vireo):
     output = vireo("--version", environment={"VIREO_ISA": "baseline"}).stdout.decode()
-    assert re.fullmatch(r"vireo \d+\.\d+\.\d+, instruction set baseline\n", output)
+    commit = r"([0-9a-f]{12}(-modified)?|unknown)"
+    module = re.escape(str(PROGRAM.with_name("VireoFiltersMetaPlugin.vrmp")))
+    assert re.fullmatch(rf"vireo \d+\.\d+\.\d+, commit {commit}, instruction set baseline\nmodule {module}\n", output)
+    assert vireo("--version", "--module", "other.vrmp").stdout.endswith(b"\nmodule other.vrmp\n")
 
 
 def test_help_goes_to_standard_output_and_fits(vireo):

@@ -7,6 +7,18 @@
 
 #include <shellapi.h>
 
+#include <cstdio>
+
+namespace {
+
+/// A program that was started by a double click has a console of its own, which closes with it.
+bool ownsConsole() {
+    DWORD processes[2];
+    return GetConsoleProcessList(processes, 2) == 1;
+}
+
+}  // namespace
+
 int main() {
     SetConsoleOutputCP(CP_UTF8);
     int count = 0;
@@ -14,7 +26,11 @@ int main() {
     std::vector<std::string> arguments;
     for (int i = 1; i < count; ++i) arguments.push_back(vireo::utf8Of(words[i]));
     LocalFree(words);
-    return vireo::runCommandLine(std::move(arguments));
+    if (!arguments.empty() || !ownsConsole()) return vireo::runCommandLine(std::move(arguments));
+    const int status = vireo::runCommandLine({"--help"});
+    std::puts("\nType commands into a command prompt in this folder. Press Enter to close.");
+    std::getchar();
+    return status;
 }
 
 #else

@@ -23,6 +23,15 @@ add_compile_options(-ffp-contract=off)
 add_compile_options(-Wall -Wextra -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Wno-missing-field-initializers)
 include_directories(${PROJECT_SOURCE_DIR})
 
+# Packages are the same bytes wherever they are built.
+option(VIREO_REPRODUCIBLE "Keep the places of sources and build out of the binaries" OFF)
+if(VIREO_REPRODUCIBLE)
+  add_compile_options(-ffile-prefix-map=${CMAKE_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+  if(WIN32)
+    add_link_options(-Wl,--no-insert-timestamp)
+  endif()
+endif()
+
 set(VIREO_SANITIZERS "" CACHE STRING "Sanitizers, as -fsanitize takes them")
 if(VIREO_SANITIZERS)
   add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)

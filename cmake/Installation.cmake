@@ -1,15 +1,18 @@
 # SPDX-License-Identifier: MIT
 # Where an installation holds what, all relative to its prefix: it may be moved as a whole.
 
-# The host library and the module are loaded by our own programs and plug-ins alone, so they have a folder of their
-# own. On Windows everything lies beside the program.
+# Any program may link the host library. The module is loaded by name, so it has a folder of its own. On Windows
+# everything lies beside the program.
 if(WIN32)
+  set(VIREO_INSTALL_HOSTDIR ${CMAKE_INSTALL_BINDIR})
   set(VIREO_INSTALL_PRIVATEDIR ${CMAKE_INSTALL_BINDIR})
   set(VIREO_INSTALL_PRESETDIR ${CMAKE_INSTALL_BINDIR}/presets)
 else()
+  set(VIREO_INSTALL_HOSTDIR ${CMAKE_INSTALL_LIBDIR})
   set(VIREO_INSTALL_PRIVATEDIR ${CMAKE_INSTALL_LIBDIR}/vireo)
   set(VIREO_INSTALL_PRESETDIR ${CMAKE_INSTALL_DATADIR}/vireo/presets)
 endif()
+set(VIREO_INSTALL_HEADERDIR ${CMAKE_INSTALL_INCLUDEDIR}/vireo)
 set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 
@@ -28,6 +31,6 @@ function(vireo_install target folder)
     return()
   endif()
   install(TARGETS ${target} RUNTIME DESTINATION ${folder} LIBRARY DESTINATION ${folder})
-  file(RELATIVE_PATH way ${CMAKE_INSTALL_PREFIX}/${folder} ${CMAKE_INSTALL_PREFIX}/${VIREO_INSTALL_PRIVATEDIR})
+  file(RELATIVE_PATH way ${CMAKE_INSTALL_PREFIX}/${folder} ${CMAKE_INSTALL_PREFIX}/${VIREO_INSTALL_HOSTDIR})
   set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${way}")
 endfunction()

@@ -13,7 +13,7 @@ check_packages=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
     fonts-wine fonts-ipafont-gothic fonts-nanum
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
-    git python3-pytest python3-numpy python3-pil
+    git dpkg-dev python3-pytest python3-numpy python3-pil
     ffmpeg melt
     parallel slurm-wlm
     man-db zsh fish bash-completion
@@ -25,15 +25,21 @@ for command_and_package in node:nodejs npm:npm; do
     command -v "${command_and_package%:*}" >/dev/null || check_packages+=("${command_and_package#*:}")
 done
 
+# What ./check --long runs beside.
+long_packages=(debootstrap)
+
+as_root() {
+    if [[ $EUID == 0 ]]; then "$@"; else sudo "$@"; fi
+}
+
 # install_packages NAME... installs those that are missing.
 install_packages() {
-    local missing=() name sudo=
+    local missing=() name
     for name in "$@"; do
         [[ $(dpkg-query -Wf '${db:Status-Status}' "$name" 2>/dev/null) == installed ]] || missing+=("$name")
     done
     ((${#missing[@]})) || return 0
-    [[ $EUID == 0 ]] || sudo=sudo
     echo "Installing ${missing[*]}"
-    $sudo apt-get update -qq &&
-        $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    as_root apt-get update -qq &&
+        as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }

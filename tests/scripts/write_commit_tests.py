@@ -18,7 +18,7 @@ def written(sources, output, program="git"):
     (sources / "in").write_text("@commit@")
     subprocess.run(["cmake", "-D", f"GIT={program}", "-D", f"SOURCES={sources}", "-D", f"TEMPLATE={sources}/in",
                     "-D", f"OUTPUT={output}", "-P", SCRIPT], check=True, capture_output=True)
-    return output.read_text()
+    return output.read_text().strip()
 
 
 def test_tells_commit_and_changes_and_touches_nothing_without(tmp_path):

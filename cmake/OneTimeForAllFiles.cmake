@@ -1,0 +1,8 @@
+# SPDX-License-Identifier: MIT
+# Before cpack packs: all files get the time of the commit, as SOURCE_DATE_EPOCH tells it, and plain modes, so that a
+# package does not tell when and by whom it was made.
+if(DEFINED ENV{SOURCE_DATE_EPOCH})
+  execute_process(
+    COMMAND find ${CPACK_TEMPORARY_INSTALL_DIRECTORY} -exec touch --no-dereference --date=@$ENV{SOURCE_DATE_EPOCH} {} +
+    COMMAND_ERROR_IS_FATAL ANY)
+endif()

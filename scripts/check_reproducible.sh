@@ -1,0 +1,39 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# Builds the packages of the last commit twice, in two folders, with two umasks, and without a compiler cache the second
+# time, and compares every byte.
+#   scripts/check_reproducible.sh [PRESET...]     package and package-windows, unless told otherwise
+set -euo pipefail
+source_folder=$(cd "$(dirname "$0")/.." && pwd)
+presets=("$@")
+((${#presets[@]})) || presets=(package package-windows)
+
+work=$(mktemp -d)
+trap 'rm -rf -- "$work"' EXIT
+folders=("$work/one" "$work/another place with a longer name")
+for folder in "${folders[@]}"; do
+    git clone -q -- "$source_folder" "$folder"
+    (
+        cd "$folder"
+        SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+        export SOURCE_DATE_EPOCH
+        for preset in "${presets[@]}"; do
+            cmake --preset "$preset" >/dev/null
+            cmake --build --preset "$preset" -j "$(nproc)" >/dev/null
+            cpack --preset "$preset" >/dev/null
+        done
+    ) || exit 1
+    export CCACHE_DISABLE=1
+    umask 0077
+done
+
+# Everything that is shipped, and the packages themselves.
+same=0
+while IFS= read -r file; do
+    cmp -- "${folders[0]}/$file" "${folders[1]}/$file"
+    sha256sum -- "${folders[0]}/$file" | sed "s| .*/| |"
+    same=$((same + 1))
+done < <(cd "${folders[0]}" && find build -type f \( -path '*/bin/*' -o -path '*/frei0r-1/*' -o -name '*.deb' -o -name '*.zip' \) \
+    ! -path '*/_CPack_Packages/*' | sort)
+((same > 0))
+echo "$same files are the same, byte for byte"

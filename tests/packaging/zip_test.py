@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: MIT
+"""The zip for Windows, unpacked into a folder with blanks."""
+import os
+import shlex
+import shutil
+import subprocess
+import zipfile
+
+import numpy
+from PIL import Image
+
+from conftest import packed
+
+EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
+
+
+def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
+    folder = tmp_path / "Program Files (é) & more"
+    with zipfile.ZipFile(packed(tmp_path / "cpack", "vireo-filters-*-windows.zip")) as archive:
+        archive.extractall(folder)
+    (unpacked,) = folder.iterdir()
+    names = {path.name for path in unpacked.iterdir()}
+    assert {"vireo.exe", "VireoHost.dll", "VireoFiltersMetaPlugin.vrmp", "libstdc++-6.dll", "libgcc_s_seh-1.dll",
+            "libwinpthread-1.dll", "README.txt", "licences", "presets"} <= names
+    assert {"LICENSE", "MIT.txt", "GPL-2.0-or-later.txt", "gcc-mingw-w64-x86-64-posix-runtime.txt"} <= {
+        path.name for path in (unpacked / "licences").iterdir()}
+    assert b"\r\n" in (unpacked / "README.txt").read_bytes()
+
+    # From another folder and without a hint: module and libraries are found beside the program.
+    work = tmp_path / "work"
+    work.mkdir()
+    shutil.copy(picture, work)
+    environment = {name: value for name, value in os.environ.items() if name not in ("VIREO_MODULE", "WINEPATH")}
+    completed = subprocess.run([*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip"],
+                               cwd=work, env=environment, capture_output=True, timeout=200)
+    assert completed.returncode == 0, completed.stderr.decode()
+    with Image.open(picture) as before, Image.open(work / "out.png") as after:
+        assert numpy.array_equal(numpy.asarray(after)[..., :3], numpy.asarray(before)[:, ::-1])

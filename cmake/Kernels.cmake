@@ -11,6 +11,10 @@ endif()
 set(VIREO_KERNEL_FLAGS_avx2 -mavx2 -mbmi -mbmi2 -mtune=haswell)
 set(VIREO_KERNEL_FLAGS_avx512 -mavx2 -mbmi -mbmi2 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi
     -mprefer-vector-width=512)
+if(EMSCRIPTEN)
+  # For WebAssembly clang leaves loops over the lanes of a vector as loops through memory.
+  set(VIREO_KERNEL_FLAGS_baseline "SHELL:-mllvm -unroll-threshold=1000")
+endif()
 if(MINGW)
   # The Windows stack is aligned to 16 bytes, and this compiler spills wider registers as if it were more.
   list(APPEND VIREO_KERNEL_FLAGS_avx2 -Wa,-muse-unaligned-vector-move)

@@ -26,6 +26,10 @@ extern "C" __attribute__((import_module("vireo"), import_name("fetch"))) int vir
 namespace web {
 namespace {
 
+/// Four times the bytes of such a picture fit the memory that the program may have. What does not fit is
+/// never asked for, since memory that was refused once comes in pieces from then on.
+constexpr std::int64_t mostPixels = 120'000'000;
+
 struct Engine {
     VRM::MetaPlugin module{"VireoFiltersMetaPlugin.vrmp"};
     Chain chain;
@@ -155,9 +159,11 @@ VIREO_WEB_EXPORT("vireo_begin") std::uint8_t* begin(std::int32_t width, std::int
     it.result.reset();
     it.input.reset();
     const bool isThere = succeeded([&] {
+        if (std::int64_t{width} * height > mostPixels) throw std::bad_alloc();
         it.input = std::make_shared<Picture>(width, height);
-        // Room for a result and for what filters keep aside, since they say nothing where it is missing.
-        const Picture result(width, height), aside(width, height);
+        // Room for a filter's source and result and what it keeps aside: filters say nothing where it is
+        // missing.
+        const Picture source(width, height), result(width, height), aside(width, height);
     });
     if (!isThere) it.input.reset();
     return isThere ? it.input->pixels() : nullptr;

@@ -5,7 +5,11 @@
 #ifndef VIREO_HOST_FXKIT_BYTE_LANES_H
 #define VIREO_HOST_FXKIT_BYTE_LANES_H
 
+#if defined(__wasm_simd128__)
+#include <wasm_simd128.h>
+#else
 #include <immintrin.h>
+#endif
 #include <cstdint>
 
 namespace VIREO_KERNEL_NAMESPACE {
@@ -63,6 +67,44 @@ inline Bytes quotients(Bytes dividends, float reciprocal) {
 inline Bytes joined32(Bytes a, Bytes b) { return _mm256_packs_epi32(a, b); }
 inline Bytes joined16(Bytes a, Bytes b) { return _mm256_packus_epi16(a, b); }
 inline Bytes addedSaturated16(Bytes a, Bytes b) { return _mm256_adds_epi16(a, b); }
+
+#elif defined(__wasm_simd128__)
+
+using Bytes = v128_t;
+
+inline Bytes loadBytes(const std::uint8_t* bytes) { return wasm_v128_load(bytes); }
+inline void storeBytes(std::uint8_t* to, Bytes bytes) { wasm_v128_store(to, bytes); }
+inline Bytes repeatedWord(int word) { return wasm_i16x8_splat(static_cast<short>(word)); }
+inline Bytes interleavedLow8(Bytes a, Bytes b) {
+    return wasm_i8x16_shuffle(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+}
+inline Bytes interleavedHigh8(Bytes a, Bytes b) {
+    return wasm_i8x16_shuffle(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+}
+inline Bytes interleavedLow16(Bytes a, Bytes b) { return wasm_i16x8_shuffle(a, b, 0, 8, 1, 9, 2, 10, 3, 11); }
+inline Bytes interleavedHigh16(Bytes a, Bytes b) {
+    return wasm_i16x8_shuffle(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
+}
+inline Bytes weighedPairs(Bytes bytes, Bytes weights) {
+    const Bytes first = wasm_i16x8_mul(wasm_v128_and(bytes, repeatedWord(0xFF)),
+                                       wasm_i16x8_shr(wasm_i16x8_shl(weights, 8), 8));
+    return wasm_i16x8_add(first, wasm_i16x8_mul(wasm_u16x8_shr(bytes, 8), wasm_i16x8_shr(weights, 8)));
+}
+inline Bytes addedPairs(Bytes words) { return wasm_i32x4_extadd_pairwise_i16x8(words); }
+inline Bytes highProducts16(Bytes a, Bytes b) {
+    return wasm_i16x8_shuffle(wasm_u32x4_extmul_low_u16x8(a, b), wasm_u32x4_extmul_high_u16x8(a, b), 1, 3, 5,
+                              7, 9, 11, 13, 15);
+}
+inline Bytes added32(Bytes a, Bytes b) { return wasm_i32x4_add(a, b); }
+inline Bytes quotients(Bytes dividends, float reciprocal) {
+    const v128_t values = wasm_f32x4_convert_i32x4(dividends);
+    const v128_t half = wasm_v128_or(wasm_v128_and(values, wasm_f32x4_splat(-0.0F)), wasm_f32x4_splat(0.5F));
+    return wasm_i32x4_trunc_sat_f32x4(
+        wasm_f32x4_mul(wasm_f32x4_add(values, half), wasm_f32x4_splat(reciprocal)));
+}
+inline Bytes joined32(Bytes a, Bytes b) { return wasm_i16x8_narrow_i32x4(a, b); }
+inline Bytes joined16(Bytes a, Bytes b) { return wasm_u8x16_narrow_i16x8(a, b); }
+inline Bytes addedSaturated16(Bytes a, Bytes b) { return wasm_i16x8_add_sat(a, b); }
 
 #else
 

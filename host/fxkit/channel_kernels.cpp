@@ -2,7 +2,7 @@
 #include "host/fxkit/channel_kernels.h"
 
 #include "host/fxkit/byte_tables.h"
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__wasm_simd128__)
 #include "host/fxkit/byte_lanes.h"
 #endif
 
@@ -37,7 +37,7 @@ void convolveAny(const std::uint8_t* const rows[3], std::uint8_t* __restrict des
     }
 }
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__wasm_simd128__)
 
 /// Two weights for the two bytes of a pair.
 Bytes pairOf(int first, int second) { return repeatedWord((first & 0xFF) | (second & 0xFF) << 8); }

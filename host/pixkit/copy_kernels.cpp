@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/copy_kernels.h"
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__wasm_simd128__)
 #include "host/fxkit/byte_lanes.h"
 #endif
 
@@ -18,7 +18,7 @@ constexpr std::uint8_t blendedByte(std::uint8_t source, std::uint8_t destination
     return static_cast<std::uint8_t>((source * weight + destination * (255 - weight) + 128) * 257 >> 16);
 }
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__wasm_simd128__)
 /// The same for a register of bytes. The products are of weights without and bytes with a sign: bytes less
 /// 128 make sums less 128 * 255, to which 128 * 256 restore the dividend, and the 128 that are added to it.
 class BlendedBytes {
@@ -45,7 +45,7 @@ private:
 
 void blend(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes, std::uint32_t weight) {
     std::int64_t i = 0;
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__wasm_simd128__)
     const BlendedBytes blended(weight);
     constexpr auto lanes = static_cast<std::int64_t>(sizeof(Bytes));
     for (; i + lanes <= bytes; i += lanes) {

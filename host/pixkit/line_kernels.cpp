@@ -23,7 +23,7 @@ struct LineWalk {
     }
 };
 
-#if defined(VIREO_X86_KERNELS)
+#if defined(VIREO_X86_KERNELS) || defined(__wasm_simd128__)
 
 /// A whole number m divided by the unit is m * reciprocal truncated: the reciprocal is rounded up, and the
 /// products of m < 256 * 2^14 err by less than what parts a quotient from the next whole number.

@@ -123,6 +123,55 @@ struct Lanes16 {
 }  // namespace
 }  // namespace VIREO_KERNEL_NAMESPACE
 
+#elif defined(__wasm_simd128__)
+
+#include <wasm_simd128.h>
+
+#include <cstdint>
+
+namespace VIREO_KERNEL_NAMESPACE {
+namespace {
+
+/// Four pixels.
+struct Lanes4 {
+    using Integers = v128_t;
+    using Floats = v128_t;
+    static constexpr int pixels = 4;
+
+    static Integers load(const void* from) { return wasm_v128_load(from); }
+    static Integers gather(const std::uint8_t* const* addresses) {
+        v128_t four = wasm_v128_load32_zero(addresses[0]);
+        four = wasm_v128_load32_lane(addresses[1], four, 1);
+        four = wasm_v128_load32_lane(addresses[2], four, 2);
+        return wasm_v128_load32_lane(addresses[3], four, 3);
+    }
+    static void store(void* to, Integers v) { wasm_v128_store(to, v); }
+    static Integers all(std::int32_t value) { return wasm_i32x4_splat(value); }
+    static Floats all(float value) { return wasm_f32x4_splat(value); }
+    static Integers add(Integers a, Integers b) { return wasm_i32x4_add(a, b); }
+    static Integers subtract(Integers a, Integers b) { return wasm_i32x4_sub(a, b); }
+    static Integers upperHalves(Integers v) { return wasm_i32x4_shl(v, 16); }
+    static Integers low(Integers a, Integers b) {
+        return wasm_i8x16_shuffle(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    }
+    static Integers high(Integers a, Integers b) {
+        return wasm_i8x16_shuffle(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    }
+    template <int lane>
+    static Integers repeat(Integers v) {
+        return wasm_i32x4_shuffle(v, v, lane, lane, lane, lane);
+    }
+    static Integers sumOfProducts(Integers a, Integers b) { return wasm_i32x4_dot_i16x8(a, b); }
+    static Floats toFloat(Integers v) { return wasm_f32x4_convert_i32x4(v); }
+    static Floats multiply(Floats a, Floats b) { return wasm_f32x4_mul(a, b); }
+    static Integers truncate(Floats v) { return wasm_i32x4_trunc_sat_f32x4(v); }
+    static Integers toShorts(Integers a, Integers b) { return wasm_i16x8_narrow_i32x4(a, b); }
+    static Integers toBytes(Integers a, Integers b) { return wasm_u8x16_narrow_i16x8(a, b); }
+};
+
+}  // namespace
+}  // namespace VIREO_KERNEL_NAMESPACE
+
 #endif
 
 #endif

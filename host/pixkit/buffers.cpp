@@ -9,6 +9,9 @@
 #include <memory>
 #include <new>
 #include <utility>
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace {
 
@@ -42,14 +45,33 @@ private:
     std::atomic<OwnedBuffer*> spare_{nullptr};
 } spare;
 
+constexpr std::size_t largePage = std::size_t{2} << 20;
+
+/// Large frames lie on large pages where the system has them: walks along a column meet another page with
+/// every row, of which the processor remembers fewer than such a frame has rows.
+void* zeroedMemory(std::size_t size) {
+#if defined(MADV_HUGEPAGE)
+    // Beyond any picture the system's own zeroing, which comes with the first use, is better.
+    constexpr std::size_t largest = 128 * largePage;
+    if (size >= 2 * largePage && size <= largest) {
+        const std::size_t whole = (size + largePage - 1) / largePage * largePage;
+        void* memory = std::aligned_alloc(largePage, whole);
+        if (memory == nullptr) return nullptr;
+        // A refusal leaves ordinary pages.
+        madvise(memory, whole, MADV_HUGEPAGE);
+        return std::memset(memory, 0, size);
+    }
+#endif
+    return std::calloc(size, 1);
+}
+
 PixelMemory zeroed(std::size_t size) {
     const std::unique_ptr<OwnedBuffer> reused(spare.take());
     if (reused != nullptr && reused->memory.size >= size && reused->memory.size / 2 <= size) {
         std::memset(reused->memory.bytes.get(), 0, size);
         return std::move(reused->memory);
     }
-    return {std::unique_ptr<std::uint8_t, FreeMemory>(static_cast<std::uint8_t*>(std::calloc(size, 1))),
-            size};
+    return {std::unique_ptr<std::uint8_t, FreeMemory>(static_cast<std::uint8_t*>(zeroedMemory(size))), size};
 }
 
 }  // namespace

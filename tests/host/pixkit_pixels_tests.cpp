@@ -55,24 +55,36 @@ TEST(VpixGetPixel, CountsRowsFromTheTopOfThePicture) {
     }
 }
 
-TEST(VpixNew, MakesZeroedAlignedRows) {
-    const FrameRect bounds{-3, 2, 14, 7};
+void expectZeroedAlignedRows(const FrameRect& bounds) {
     FrameBuffer* buffer = vpixNew(&bounds);
     ASSERT_NE(buffer, nullptr);
     FrameRect told{};
     vpixGetBounds(buffer, &told);
     EXPECT_EQ(std::memcmp(&told, &bounds, sizeof told), 0);
-    EXPECT_GE(vpixGetRowbytes(buffer), 17 * 4);
+    EXPECT_GE(vpixGetRowbytes(buffer), (bounds.right - bounds.left) * 4);
     EXPECT_EQ(vpixGetRowbytes(buffer) % 64, 0);
     void* locked = nullptr;
     vpixLockPixels(buffer, &locked);
     EXPECT_EQ(locked, vpixGetPixels(buffer));
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(locked) % 64, 0U);
-    const auto* bytes = static_cast<const std::uint8_t*>(locked);
-    EXPECT_TRUE(std::all_of(bytes, bytes + 5 * vpixGetRowbytes(buffer), [](int byte) { return byte == 0; }));
+    auto* bytes = static_cast<std::uint8_t*>(locked);
+    const std::ptrdiff_t size = std::ptrdiff_t{bounds.bottom - bounds.top} * vpixGetRowbytes(buffer);
+    EXPECT_TRUE(std::all_of(bytes, bytes + size, [](int byte) { return byte == 0; })) << bounds;
+    std::fill_n(bytes, size, std::uint8_t{0xA5});  // Which the next must not show.
     vpixUnlockPixels(buffer);
     vpixDispose(buffer);
     vpixDispose(nullptr);
+}
+
+TEST(VpixNew, MakesZeroedAlignedRows) {
+    for (const FrameRect& bounds : {FrameRect{-3, 2, 14, 7},
+                                    {0, 0, 15, 4},
+                                    {0, 0, 1100, 1000},
+                                    {0, 0, 1000, 1000},
+                                    {-7, 0, 2000, 1500},
+                                    {0, 0, 3, 3}}) {
+        expectZeroedAlignedRows(bounds);
+    }
 }
 
 TEST(VpixNew, RefusesWhatIsEmptyOrTooLarge) {

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """An installation works wherever it is moved to, and brings Kdenlive's descriptions."""
+import json
 import os
 import shutil
 from xml.etree import ElementTree
@@ -35,6 +36,16 @@ def test_everything_lies_where_hosts_look(installation):
                    libraries / "frei0r-1/vireo_levels.so"]:
         found = run("ldd", binary).decode().split("libVireoHost.so.1 => ")[1].split(" (")[0]
         assert os.path.normpath(found) == str(libraries / "libVireoHost.so.1")
+
+
+def test_shells_find_manual_page_completions_and_presets(installation, tmp_path):
+    for place in ("man/man1/vireo.1", "bash-completion/completions/vireo", "zsh/*/_vireo",
+                  "fish/vendor_completions.d/vireo.fish"):
+        assert b"vireo" in only(installation / "share", place).read_bytes()
+    presets = installation / "share/vireo/presets"
+    listed = json.loads(run(installation / "bin/vireo", "presets", "--json",
+                            environment={"XDG_CONFIG_HOME": str(tmp_path)}))
+    assert len(listed) > 8 and {os.path.dirname(preset["file"]) for preset in listed} == {str(presets)}
 
 
 def test_program_and_plugins_run_from_there(installation, tmp_path):

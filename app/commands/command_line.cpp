@@ -2,12 +2,12 @@
 #include "app/commands/command_line.h"
 
 #include "app/commands/commands.h"
-#include "app/commands/commit.h"
 #include "app/commands/help.h"
 #include "app/commands/locations.h"
 #include "app/files.h"
 #include "app/render/render_job.h"
 #include "app/terminal.h"
+#include "host/commit.h"
 #include "host/mtkcore/instruction_set.h"
 #include "host/qrb/language.h"
 #include "host/vireo_host.h"

@@ -3,6 +3,7 @@
 // with a zero behind them and live until the next call that gives a text.
 #include "bridges/web/chain.h"
 #include "bridges/web/picture.h"
+#include "host/commit.h"
 #include "host/mtkcore/instruction_set.h"
 #include "host/mtkcore/localizer.h"
 #include "host/mtkcore/utility.h"
@@ -91,7 +92,7 @@ VIREO_WEB_EXPORT("vireo_instruction_set") const char* instructionSet() {
 
 VIREO_WEB_EXPORT("vireo_version") const char* version() { return VIREO_VERSION; }
 
-VIREO_WEB_EXPORT("vireo_commit") const char* commit() { return VIREO_COMMIT; }
+VIREO_WEB_EXPORT("vireo_commit") const char* commit() { return vireo::builtFrom(); }
 
 VIREO_WEB_EXPORT("vireo_allocate") void* allocate(std::size_t bytes) { return std::malloc(bytes); }
 

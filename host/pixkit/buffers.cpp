@@ -45,12 +45,11 @@ private:
     std::atomic<OwnedBuffer*> spare_{nullptr};
 } spare;
 
-constexpr std::size_t largePage = std::size_t{2} << 20;
-
 /// Large frames lie on large pages where the system has them: walks along a column meet another page with
 /// every row, of which the processor remembers fewer than such a frame has rows.
 void* zeroedMemory(std::size_t size) {
 #if defined(MADV_HUGEPAGE)
+    constexpr std::size_t largePage = std::size_t{2} << 20;
     // Beyond any picture the system's own zeroing, which comes with the first use, is better.
     constexpr std::size_t largest = 128 * largePage;
     if (size >= 2 * largePage && size <= largest) {

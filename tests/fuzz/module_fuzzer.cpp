@@ -15,6 +15,7 @@
 
 namespace {
 
+constexpr std::uint32_t horizontalFlip = 10030;
 constexpr std::uint32_t verticalFlip = 10052;
 
 /// The reference host's tables with memory that runs out.
@@ -177,7 +178,8 @@ private:
     void callExecute() {
         const std::uint32_t format = formatOf(given_.format);
         const std::int64_t pixelBytes = PixKit::bytesPerPixel(format);
-        const bool large = filter_.id == verticalFlip;  // The one that treats them differently.
+        // Those that treat large frames differently.
+        const bool large = filter_.id == horizontalFlip || filter_.id == verticalFlip;
         const FrameShape sourceShape = shapeOf(given_.source, pixelBytes, large);
         const FrameShape destinationShape = given_.has(ModuleCase::OwnDestination)
                                                 ? shapeOf(given_.destination, pixelBytes, large)

@@ -35,6 +35,9 @@ public:
     std::uint32_t sourceFormat(int sourceDepth) const override {
         return processor_.sourceFormat(sourceDepth);
     }
+    std::string refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const override {
+        return processor_.refusal(width, height, format, interlacing);
+    }
     FrameShape outputShape(const FrameShape& source) const override;
     PicturePtr process(const PicturePtr& source, const FramePosition& position,
                        const SourceHistory& history) override;

@@ -17,7 +17,7 @@ void copyRow(const Picture& source, int sourceRow, Picture& target, int targetRo
 PicturePtr extractField(const Picture& frame, Field field) {
     const int first = field == Field::Lower ? 1 : 0;
     const auto rows =
-        std::make_shared<Picture>(frame.width(), (frame.height() + 1 - first) / 2, frame.format());
+        std::make_shared<Picture>(frame.width(), upperFieldRows(frame.height() - first), frame.format());
     for (int y = 0; y < rows->height(); ++y) copyRow(frame, 2 * y + first, *rows, y);
     return rows;
 }

@@ -8,6 +8,8 @@ namespace vireo {
 
 enum class Field { None, Upper, Lower };
 
+constexpr int upperFieldRows(int frameRows) { return (frameRows + 1) / 2; }
+
 /// The upper field has picture rows 0, 2, 4…, the lower 1, 3, 5…. A frame of one row has no lower field.
 PicturePtr extractField(const Picture& frame, Field field);
 

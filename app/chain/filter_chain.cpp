@@ -23,6 +23,11 @@ bool contains(const std::vector<std::uint32_t>& formats, std::uint32_t format) {
     return std::find(formats.begin(), formats.end(), format) != formats.end();
 }
 
+/// Progressive frames, and those with no rows for a second field.
+bool isRenderedWhole(Interlacing interlacing, int height) {
+    return interlacing == Interlacing::Progressive || height < 2;
+}
+
 }  // namespace
 
 /// What one call of process() was given.
@@ -89,13 +94,22 @@ std::uint32_t FilterChain::sourceFormat(int sourceDepth) const {
     return nearest.code;
 }
 
+std::string FilterChain::refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const {
+    const int rows = isRenderedWhole(interlacing, height) ? height : upperFieldRows(height);
+    for (const auto& stage : stages_) {
+        std::string refusal = stage->refusal(width, rows, Picture::rowBytesOf(width, format));
+        if (!refusal.empty()) return refusal;
+    }
+    return {};
+}
+
 PicturePtr FilterChain::process(const PicturePtr& source, const FramePosition& position,
                                 const SourceHistory& history) {
     return wholeFrame(stages_.size(), position, Clip{source, position, history});
 }
 
 PicturePtr FilterChain::wholeFrame(std::size_t stages, const FramePosition& position, const Clip& clip) {
-    if (position.interlacing == Interlacing::Progressive || clip.source->height() < 2) {
+    if (isRenderedWhole(position.interlacing, clip.source->height())) {
         return output(stages, {position, Field::None}, clip);
     }
     const PicturePtr upper = output(stages, {position, Field::Upper}, clip);

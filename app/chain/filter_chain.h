@@ -24,6 +24,7 @@ public:
 
     int lookBack() const override;
     std::uint32_t sourceFormat(int sourceDepth) const override;
+    std::string refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const override;
     PicturePtr process(const PicturePtr& source, const FramePosition& position,
                        const SourceHistory& history) override;
 

@@ -2,6 +2,7 @@
 #include "app/chain/filter_stage.h"
 
 #include "app/chain/vuya.h"
+#include "app/render/render_job.h"
 #include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vrm/filter_probe.h"
@@ -99,7 +100,8 @@ private:
     VRM::FilterInstance* instance_ = nullptr;
 };
 
-FilterStage::FilterStage(FilterSettings settings, int threads) : settings_(std::move(settings)) {
+FilterStage::FilterStage(FilterSettings settings, int threads)
+    : settings_(std::move(settings)), limits_(VRM::frameLimits(settings_.filter().properties.matchName)) {
     // Two at least, since one alone is shared and its settings stay as they are.
     const int count = settings_.isAnimated() ? std::max(threads, 2) : 1;
     const auto record = settings_.record({});
@@ -114,6 +116,8 @@ FilterStage::FilterStage(FilterSettings settings, int threads) : settings_(std::
 
 void FilterStage::execute(const Picture& source, Picture& destination, const Moment& moment,
                           const InputAt& inputAt) {
+    const std::string refused = refusal(source.width(), source.height(), source.rowBytes());
+    if (!refused.empty()) throw RenderError(refused);
     FrameSource frames{&moment, &source, &inputAt, nullptr};
     const Lease instance(*this, moment.position);
     const std::int32_t result =
@@ -126,6 +130,10 @@ void FilterStage::execute(const Picture& source, Picture& destination, const Mom
                                  std::to_string(moment.position.number) + " with result " +
                                  std::to_string(result));
     }
+}
+
+std::string FilterStage::refusal(int width, int height, std::int64_t rowBytes) const {
+    return VRM::frameRefusal(settings_.filter().properties.name, limits_, width, height, rowBytes);
 }
 
 PicturePtr FilterStage::apply(const PicturePtr& input, const Moment& moment, const InputAt& inputAt) {

@@ -5,6 +5,7 @@
 #include "app/chain/fields.h"
 #include "app/settings/filter_settings.h"
 #include "host/vrm/filter_instance.h"
+#include "host/vrm/frame_limits.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -42,6 +43,9 @@ public:
     /// Makes the filter render "bgra" pictures in another format that it offers.
     void setFormat(std::uint32_t format) { format_ = format; }
 
+    /// Why the filter does not take frames or fields of a size; empty where it does.
+    std::string refusal(int width, int height, std::int64_t rowBytes) const;
+
     /// The filter's result over `input`, mixed as its settings say; `input` itself where the filter does not
     /// work on this frame. Throws std::exception.
     PicturePtr apply(const PicturePtr& input, const Moment& moment, const InputAt& inputAt);
@@ -58,6 +62,7 @@ private:
     std::condition_variable returned_;
     std::vector<std::uint32_t> pixelFormats_;
     std::uint32_t format_ = PixKit::formatBgra;
+    VRM::FrameLimits limits_;
     int lookBack_ = 0;
 };
 

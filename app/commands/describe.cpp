@@ -5,6 +5,7 @@
 #include "app/settings/filter_settings.h"
 #include "app/settings/parameter_value.h"
 #include "app/terminal.h"
+#include "host/vrm/frame_limits.h"
 
 #include <nlohmann/json.hpp>
 
@@ -68,6 +69,20 @@ TableRow parameterRow(const VRM::Parameter& parameter, std::int64_t initial) {
                                                           : "off"};
 }
 
+/// Empty where frames of any size are taken.
+std::string limitsText(const VRM::FrameLimits& limits) {
+    std::string text;
+    const auto add = [&](std::int32_t limit, const std::string& what) {
+        if (limit == VRM::FrameLimits::none) return;
+        if (!text.empty()) text += ", ";
+        text += std::to_string(limit) + what;
+    };
+    add(limits.width, " pixels wide");
+    add(limits.height, " pixels high");
+    add(limits.rowBytes, " bytes a row");
+    return text;
+}
+
 void listFilters(const Catalogue& catalogue, bool asJson) {
     if (asJson) {
         Json list = Json::array();
@@ -101,6 +116,8 @@ void describeFilter(const VRM::Filter& filter, bool asJson) {
     std::cout << Terminal::output().styled(Style::Heading, localised(properties.nameKey))
               << "\n  Id          " << filter.id << "\n  Category    " << localised(properties.categoryKey)
               << "\n  Match name  " << properties.matchName << '\n';
+    const std::string limits = limitsText(VRM::frameLimits(properties.matchName));
+    if (!limits.empty()) std::cout << "  Largest     " << limits << '\n';
     if (properties.parameters.empty()) {
         std::cout << "\n  No parameters\n";
         return;

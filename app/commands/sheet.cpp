@@ -63,6 +63,14 @@ public:
 
     std::uint32_t sourceFormat(int) const override { return PixKit::formatBgra; }
 
+    std::string refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const override {
+        for (const auto& filter : filters_) {
+            std::string refusal = filter->refusal(width, height, format, interlacing);
+            if (!refusal.empty()) return refusal;
+        }
+        return {};
+    }
+
     PicturePtr process(const PicturePtr& source, const FramePosition& position,
                        const SourceHistory& history) override {
         const auto sheet = std::make_shared<Picture>(source->width(), source->height());

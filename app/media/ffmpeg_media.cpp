@@ -69,6 +69,9 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
         source.pictureFormat = formatBgra16;
         source.depth = std::min(sourceDepth, 16);
     }
+    const std::string refusal =
+        processor.refusal(info.width, info.height, source.pictureFormat, source.video.interlacing);
+    if (!refusal.empty()) throw RenderError(job.input + ": " + refusal);
     return source;
 }
 

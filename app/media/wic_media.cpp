@@ -16,6 +16,10 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
         pattern && !std::filesystem::exists(pathOf(job.input)) ? *pattern
                                                                : SequencePattern::single(job.input),
         processor.lookBack(), std::make_unique<WicPictureSource>(job.premultiplied), messages);
+    const std::string refusal =
+        processor.refusal(reader->info().width, reader->info().height, PixKit::formatBgra,
+                          job.interlacing.value_or(Interlacing::Progressive));
+    if (!refusal.empty()) throw RenderError(job.input + ": " + refusal);
     const std::int64_t firstNumber = job.startNumber.value_or(reader->firstNumber());
     const SourceInfo& info = reader->info();
     checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);

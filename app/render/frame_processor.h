@@ -5,6 +5,7 @@
 #include "app/render/picture.h"
 
 #include <cstdint>
+#include <string>
 
 namespace vireo {
 
@@ -52,6 +53,12 @@ public:
     /// The format that source frames are wanted in: "bgra", or a deeper one for a single filter that takes
     /// it. `sourceDepth` is the source's bits per channel, 32 for float.
     virtual std::uint32_t sourceFormat(int sourceDepth) const = 0;
+
+    /// Why frames of a size and format cannot be rendered: a sentence without full stop; empty where they
+    /// can.
+    virtual std::string refusal(int /*width*/, int /*height*/, std::uint32_t /*format*/, Interlacing) const {
+        return {};
+    }
 
     /// The shape of the frames that process() makes of the source's.
     virtual FrameShape outputShape(const FrameShape& source) const { return source; }

@@ -64,8 +64,12 @@ BlockStore& blockStore() {
 
 void Picture::Recycle::operator()(std::uint8_t* pixels) const { blockStore().giveBack(pixels, bytes); }
 
+std::int64_t Picture::rowBytesOf(int width, std::uint32_t format) {
+    return (std::int64_t{width} * PixKit::bytesPerPixel(format) + 63) / 64 * 64;
+}
+
 Picture::Picture(int width, int height, std::uint32_t format) : format_(format) {
-    const std::int64_t rowBytes = (std::int64_t{width} * PixKit::bytesPerPixel(format) + 63) / 64 * 64;
+    const std::int64_t rowBytes = rowBytesOf(width, format);
     if (width <= 0 || height <= 0 || rowBytes > std::numeric_limits<std::int32_t>::max())
         throw std::bad_alloc();
     const std::size_t bytes = static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height);

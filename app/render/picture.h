@@ -20,6 +20,9 @@ inline constexpr std::uint32_t formatBgraFloat = PixKit::formatCode("BGra");
 /// The memory of a picture that ends is kept for the next ones of its size.
 class Picture {
 public:
+    /// From one row to the next, for a width that a picture may have.
+    static std::int64_t rowBytesOf(int width, std::uint32_t format);
+
     /// Throws std::bad_alloc without memory. Pixels are not initialised.
     Picture(int width, int height, std::uint32_t format = PixKit::formatBgra);
     Picture(const Picture&) = delete;

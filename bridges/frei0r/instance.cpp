@@ -3,6 +3,7 @@
 
 #include "host/vireo_host.h"
 #include "host/vrm/filter_probe.h"
+#include "host/vrm/frame_limits.h"
 #include "host/vrm/parameter_value.h"
 
 #include <algorithm>
@@ -17,23 +18,27 @@
 namespace frei0r {
 namespace {
 
-/// What the filters' 16-bit sizes can take.
-constexpr unsigned largestSide = std::numeric_limits<std::int16_t>::max();
+/// Rows of more pixels have more bytes than their 32 bits count.
+constexpr unsigned largestSide = std::numeric_limits<std::int32_t>::max() / 4;
 
 /// Frames are counted in fields of 32 bits, whose differences filters take as signed.
 constexpr double lastFrame = std::numeric_limits<std::int32_t>::max() / 2;
 
-int checkedSide(unsigned side) {
-    if (side == 0 || side > largestSide) {
-        throw std::length_error("a frame's side of " + std::to_string(side) + " pixels is outside 1 to " +
-                                std::to_string(largestSide));
+/// The effect, once it is known to render frames of this size. Throws std::length_error.
+std::shared_ptr<const Effect> fitFor(unsigned width, unsigned height, std::shared_ptr<const Effect> effect) {
+    for (const unsigned side : {width, height}) {
+        if (side == 0 || side > largestSide) {
+            throw std::length_error("a frame's side of " + std::to_string(side) + " pixels is outside 1 to " +
+                                    std::to_string(largestSide));
+        }
     }
-    return static_cast<int>(side);
+    const VRM::PropertyList& properties = effect->filter->properties;
+    const std::string refusal =
+        VRM::frameRefusal(properties.name, VRM::frameLimits(properties.matchName), static_cast<int>(width),
+                          static_cast<int>(height), std::int64_t{4} * width);
+    if (!refusal.empty()) throw std::length_error(refusal);
+    return effect;
 }
-
-/// Wider rows overflow the 16 bits in which some filters count a row's bytes, and those are no longer the
-/// same below 0.
-constexpr unsigned widestRowsFromTheTop = std::numeric_limits<std::int16_t>::max() / 4;
 
 std::int64_t roundedHalfUp(double value) { return static_cast<std::int64_t>(std::floor(value + 0.5)); }
 
@@ -71,10 +76,10 @@ std::optional<double> secondsOfUnit(std::string_view text) {
 }  // namespace
 
 Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigned height)
-    : effect_(std::move(effect)),
-      width_(checkedSide(width)),
-      height_(checkedSide(height)),
-      turnsRows_(!effect_->takesRowsFromTheTop || width > widestRowsFromTheTop),
+    : effect_(fitFor(width, height, std::move(effect))),
+      width_(static_cast<int>(width)),
+      height_(static_cast<int>(height)),
+      turnsRows_(!effect_->takesRowsFromTheTop),
       filter_(VRM::newInstance(*effect_->filter)),
       ring_(effect_->lookBack == 0 ? 0 : static_cast<std::size_t>(effect_->lookBack) + 1,
             std::size_t{width} * height) {

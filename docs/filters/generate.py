@@ -10,6 +10,7 @@ generate.py VIREO --pictures SOURCES  renders the pictures from the sources that
 import argparse
 import json
 import pathlib
+import re
 import struct
 import subprocess
 import sys
@@ -32,6 +33,8 @@ class Filter:
         self.file = plugin.replace("_", "-")
         self.properties = json.loads(run(vireo, "info", str(entry["id"]), "--json"))
         self.name = self.properties["name"]
+        limits = re.search("Largest +(.*)", run(vireo, "info", str(entry["id"])).decode())
+        self.limits = limits and limits.group(1)
         self.notes = tomllib.loads((HERE / f"notes/{self.file}.toml").read_text(encoding="utf-8"))
         self.pictures = [Picture(self, number, picture)
                          for number, picture in enumerate(self.notes["pictures"], start=1)]
@@ -172,8 +175,10 @@ def page(filter, folder):
     if "dialog" in filter.notes:
         parts += ["On Windows the filter has a dialog: `vireo settings \"" + filter.name + "\" --image photo.png`.\n\n",
                   f"![The dialog of {filter.name}](../screenshots/{filter.notes['dialog']}-en.png)\n\n"]
-    parts += ["## Notes\n\n", filter.notes["notes"].strip(), "\n\n",
-              f"Category {properties['category']}, id {properties['id']}, match name `{properties['matchName']}`, "
+    parts += ["## Notes\n\n", filter.notes["notes"].strip(), "\n\n"]
+    if filter.limits:
+        parts.append(f"Takes frames up to {filter.limits}; larger ones are [refused](README.md#sizes).\n\n")
+    parts += [f"Category {properties['category']}, id {properties['id']}, match name `{properties['matchName']}`, "
               f"frei0r plug-in `vireo_{filter.plugin}`. [All filters](README.md)\n"]
     return "".join(parts)
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Every plug-in's pictures are those of the module, at any size, setting and time.
+#include "host/vrm/frame_limits.h"
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
 #include "tests/bridges/frei0r/support/reference_render.h"
 
@@ -95,14 +96,24 @@ TEST(Pictures, AreThoseOfTheModule) {
     }
 }
 
-TEST(Pictures, AreThoseOfTheModuleWhereRowsOverflowSixteenBits) {
-    constexpr PictureSize sizes[] = {{8191, 3}, {8192, 3}, {16400, 2}};
+TEST(Pictures, AreThoseOfTheModuleUpToTheFiltersLimits) {
+    constexpr PictureSize sizes[] = {{8191, 3}, {8192, 3}, {16400, 2}, {40000, 1}, {2, 32768}};
     const auto module = testedModule();
     for (const auto& file : pluginFiles()) {
         const InitialisedPlugin plugin(file);
-        const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        const VRM::Filter& filter = filterOf(*module, plugin.info().name);
+        const VRM::FrameLimits limits = VRM::frameLimits(filter.properties.matchName);
+        const VRM::FilterInstance reference(filter.entry);
         for (const PictureSize size : sizes) {
+            testing::internal::CaptureStderr();
             const f0r_instance_t instance = plugin.construct(size.width, size.height);
+            const std::string said = testing::internal::GetCapturedStderr();
+            const std::string refusal =
+                VRM::frameRefusal(filter.properties.name, limits, static_cast<int>(size.width),
+                                  static_cast<int>(size.height), std::int64_t{4} * size.width);
+            ASSERT_EQ(instance == nullptr, !refusal.empty()) << file << ": " << said;
+            EXPECT_EQ(said, refusal.empty() ? "" : file.stem().string() + ": " + refusal + '\n');
+            if (instance == nullptr) continue;
             EXPECT_EQ(framesThatDiffer(plugin, instance, reference, size, 1), 0)
                 << file << " at " << size.width << " x " << size.height;
             plugin.destruct(instance);

@@ -1,0 +1,295 @@
+// SPDX-License-Identifier: MIT
+// Every filter of the module over frames that are far wider or higher than people use, held against what it
+// makes of small ones: right up to its limits, wrong just beyond, right at any size without limits.
+#include "host/vrm/frame_limits.h"
+
+#include "host/vrm/filter_instance.h"
+#include "host/vrm/meta_plugin.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <random>
+#include <utility>
+
+namespace {
+
+/// A picture along a direction: `length` pixels long and `breadth` across.
+enum class Direction { Wide, High };
+
+class Frame {
+public:
+    Frame(Direction direction, int length, int breadth, int padding = 0)
+        : direction_(direction),
+          rowPixels_((direction == Direction::Wide ? length : breadth) + padding),
+          pixels_(static_cast<std::size_t>(rowPixels_) *
+                  static_cast<std::size_t>(direction == Direction::Wide ? breadth : length)) {
+        buffer_.bounds = direction == Direction::Wide ? FrameRect{0, 0, length, breadth}
+                                                      : FrameRect{0, 0, breadth, length};
+        buffer_.rowBytes = 4 * rowPixels_;
+        buffer_.pixels = pixels_.data();
+    }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+
+    FrameBuffer* handle() { return &buffer_; }
+    int length() const {
+        return direction_ == Direction::Wide ? buffer_.bounds.right : buffer_.bounds.bottom;
+    }
+
+    /// `along` the direction and `across`, rows counted in memory.
+    std::uint32_t& at(int along, int across) {
+        const int x = direction_ == Direction::Wide ? along : across;
+        const int row = direction_ == Direction::Wide ? across : along;
+        return pixels_[static_cast<std::size_t>(row) * static_cast<std::size_t>(rowPixels_) +
+                       static_cast<std::size_t>(x)];
+    }
+
+private:
+    Direction direction_;
+    int rowPixels_;
+    std::vector<std::uint32_t> pixels_;
+    FrameBuffer buffer_{};
+};
+
+/// How a filter is set and rendered in this test.
+struct Setup {
+    std::vector<std::pair<const char*, int>> parameters;
+    std::uint32_t time = 0;
+};
+
+void render(const VRM::Filter& filter, const Setup& setup, Frame& source, Frame& destination) {
+    const VRM::FilterInstance instance(filter.entry);
+    for (const auto& [name, value] : setup.parameters) {
+        const auto& all = filter.properties.parameters;
+        const auto found = std::find_if(all.begin(), all.end(),
+                                        [&](const auto& parameter) { return parameter.name == name; });
+        ASSERT_NE(found, all.end()) << name;
+        std::memcpy(instance.settings().data() + found->offset, &value,
+                    static_cast<std::size_t>(found->size));
+    }
+    ASSERT_EQ(instance.render({.source = source.handle(),
+                               .destination = destination.handle(),
+                               .time = setup.time,
+                               .duration = 60}),
+              0);
+}
+
+int channel(std::uint32_t pixel, int index) { return static_cast<int>(pixel >> 8 * index & 0xFF); }
+
+/// Whether the filter renders a frame of this length right. A rule knows how without rendering one.
+using Rule = bool (*)(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+                      int padding);
+
+/// For filters whose pixels depend on their neighbourhood and on the edges alone: a picture with a plain
+/// middle gives the same with a longer middle.
+bool rightWhenStretched(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+                        int padding) {
+    constexpr int shortLength = 400, breadth = 5, edge = 60;
+    Frame source(direction, shortLength, breadth), expected(direction, shortLength, breadth);
+    Frame longSource(direction, length, breadth, padding), result(direction, length, breadth, padding);
+    std::mt19937 random(1);
+    const auto shortPlace = [length](int along) {
+        return along < shortLength / 2             ? along
+               : along >= length - shortLength / 2 ? along - (length - shortLength)
+                                                   : shortLength / 2;
+    };
+    for (int across = 0; across < breadth; ++across) {
+        for (int along = 0; along < shortLength; ++along) {
+            const bool plain = along >= edge && along < shortLength - edge;
+            source.at(along, across) =
+                plain ? source.at(edge - 1, direction == Direction::Wide ? across : 0) : random();
+        }
+        for (int along = 0; along < length; ++along)
+            longSource.at(along, across) = source.at(shortPlace(along), across);
+    }
+    render(filter, setup, source, expected);
+    render(filter, setup, longSource, result);
+    for (int across = 0; across < breadth; ++across) {
+        for (int along = 0; along < length; ++along) {
+            if (result.at(along, across) != expected.at(shortPlace(along), across)) return false;
+        }
+    }
+    return true;
+}
+
+/// For filters whose geometry goes with the frame's size: a gradient of twice the size gives twice the
+/// picture, but for roundings.
+bool rightWhenScaled(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+    constexpr int breadth = 96, tolerance = 8;
+    const auto rendered = [&](Frame& source, Frame& result, int across) {
+        for (int i = 0; i < across; ++i) {
+            const auto green = static_cast<std::uint32_t>(i * 255 / across);
+            for (int k = 0; k < source.length(); ++k) {
+                const auto red = static_cast<std::uint32_t>(std::int64_t{k} * 255 / source.length());
+                source.at(k, i) = 0xFF000000 | red << 16 | green << 8;
+            }
+        }
+        render(filter, setup, source, result);
+    };
+    Frame halfSource(direction, length / 2, breadth / 2), half(direction, length / 2, breadth / 2);
+    Frame source(direction, length, breadth), whole(direction, length, breadth);
+    rendered(halfSource, half, breadth / 2);
+    rendered(source, whole, breadth);
+
+    // Where an edge or a seam is, neighbours of both sizes may lie on its two sides.
+    constexpr int samples = 1000;
+    int different = 0;
+    for (int sample = 0; sample < samples; ++sample) {
+        const int along = static_cast<int>(std::int64_t{sample} * (length / 2 - 1) / (samples - 1));
+        for (const int across : {breadth / 8, breadth / 4 + 2}) {
+            for (int i = 0; i < 4; ++i) {
+                const int apart =
+                    channel(whole.at(2 * along, 2 * across), i) - channel(half.at(along, across), i);
+                if (std::abs(apart) > tolerance) ++different;
+            }
+        }
+    }
+    return different < samples / 100;
+}
+
+/// Rows one after another are rotated 16 pixels further, kept inside the row by one subtraction.
+bool rightWhenRotated(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+    constexpr int step = 16;
+    const int breadth = direction == Direction::Wide ? length / step + 8 : 64;
+    const int width = direction == Direction::Wide ? length : breadth;
+    const int height = direction == Direction::Wide ? breadth : length;
+    Frame source(Direction::Wide, width, height), result(Direction::Wide, width, height);
+    std::mt19937 random(2);
+    for (int row = 0; row < height; ++row) {
+        for (int x = 0; x < width; ++x) source.at(x, row) = random();
+    }
+    render(filter, setup, source, result);
+    int shift = 0;
+    for (int row = 0; row < height; ++row) {
+        for (int x = 0; x < width; ++x) {
+            if (result.at(x, row) != source.at((x + shift) % width, row)) return false;
+        }
+        shift += step;
+        if (shift > width) shift -= width;
+    }
+    return true;
+}
+
+/// At the end of its cycle the roll has come round.
+bool rightWhenRolledRound(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+                          int) {
+    constexpr int breadth = 3;
+    Frame source(direction, length, breadth), result(direction, length, breadth);
+    std::mt19937 random(3);
+    for (int across = 0; across < breadth; ++across) {
+        for (int along = 0; along < length; ++along) source.at(along, across) = random();
+    }
+    render(filter, setup, source, result);
+    for (int across = 0; across < breadth; ++across) {
+        for (int along = 0; along < length; ++along) {
+            if (result.at(along, across) != source.at(along, across)) return false;
+        }
+    }
+    return true;
+}
+
+/// A lens that bends nothing moves pixels by less than one, but for those at the border.
+bool rightWhenNeutral(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+    constexpr int breadth = 5, tolerance = 8;
+    Frame source(direction, length, breadth), result(direction, length, breadth);
+    for (int across = 0; across < breadth; ++across) {
+        for (int along = 0; along < length; ++along)
+            source.at(along, across) = along % 2 == 0 ? 0xFFFFFFFF : 0xFF000000;
+    }
+    render(filter, setup, source, result);
+    for (int along = 1; along < length - 1; ++along) {
+        const int apart =
+            channel(result.at(along, breadth / 2), 0) - channel(source.at(along, breadth / 2), 0);
+        if (std::abs(apart) > tolerance) return false;
+    }
+    return true;
+}
+
+struct Case {
+    Rule rule = rightWhenStretched;
+    Setup setup{};
+    int firstWrong = 1;  ///< So many pixels beyond the limit the picture shows it.
+};
+
+/// Filters that are not stretched, or do nothing at first.
+Case caseOf(const std::string& matchName) {
+    static const std::map<std::string, Case> cases{
+        {"QULN Bend",
+         {rightWhenScaled,
+          {{{"Horizontal Frequency", 1},
+            {"Horizontal Source", 0},
+            {"Horizontal Intensity", 30},
+            {"Horizontal Width", 90},
+            {"Vertical Frequency", 1},
+            {"Vertical Source", 0},
+            {"Vertical Intensity", 30},
+            {"Vertical Width", 90}}}}},
+        {"QULN Camera Blur", {rightWhenScaled, {{{"Percent Blur", 30}}}}},
+        {"QULN Camera View", {rightWhenScaled, {{{"Zoom", 120}}}}},
+        {"QULN Color Balance", {rightWhenStretched, {{{"Red", 100}}}}},
+        {"QULN Color Replace", {rightWhenStretched, {{{"Similarity", 100}}}}},
+        {"QULN Gamma Correction", {rightWhenStretched, {{{"Gamma", 20}}}}},
+        {"QULN Horizontal Hold", {rightWhenRotated, {{{"Offset", 16 << 16}, {"End Step", 16 << 16}}}}},
+        // Its last place is seen from the pixel but one that lies behind it.
+        {"QULN Lens Distortion", {rightWhenNeutral, {}, 3}},
+        {"QULN Levels", {rightWhenStretched, {{{"(RGB) White Input Level", 100}}}}},
+        {"QULN Replicate", {rightWhenScaled, {{{"Count", 3}}}}},
+        {"QULN Vertical Hold", {rightWhenRolledRound, {{}, 29}}},
+    };
+    const auto found = cases.find(matchName);
+    return found == cases.end() ? Case{} : found->second;
+}
+
+void expectLimits(const VRM::Filter& filter, Direction direction) {
+    const Case tested = caseOf(filter.properties.matchName);
+    const auto right = [&](int length, int padding = 0) {
+        return tested.rule(filter, tested.setup, direction, length, padding);
+    };
+    const VRM::FrameLimits limits = VRM::frameLimits(filter.properties.matchName);
+    const bool wide = direction == Direction::Wide;
+    const std::int32_t limit = wide ? std::min(limits.width, limits.rowBytes / 4) : limits.height;
+    if (limit == (wide ? VRM::FrameLimits::none / 4 : VRM::FrameLimits::none)) {
+        for (const int length : {40000, 70000}) EXPECT_TRUE(right(length)) << length;
+        return;
+    }
+    EXPECT_TRUE(right(limit)) << limit;
+    EXPECT_FALSE(right(limit + tested.firstWrong)) << limit + tested.firstWrong;
+    if (!wide || limits.rowBytes == VRM::FrameLimits::none) return;
+    constexpr int narrow = 500;
+    const int padding = limits.rowBytes / 4 - narrow;
+    EXPECT_TRUE(right(narrow, padding));
+    EXPECT_FALSE(right(narrow, padding + 1)) << "rows of more bytes";
+}
+
+TEST(FrameLimits, AreThoseOfTheFilters) {
+    const VRM::MetaPlugin module{VIREO_TESTED_MODULE};
+    ASSERT_EQ(module.filters().size(), 22U);
+    for (const VRM::Filter& filter : module.filters()) {
+        for (const Direction direction : {Direction::Wide, Direction::High}) {
+            SCOPED_TRACE(filter.properties.name + (direction == Direction::Wide ? ", wide" : ", high"));
+            expectLimits(filter, direction);
+        }
+    }
+}
+
+TEST(FrameLimits, AreToldInASentenceThatNamesFilterSizeAndLimit) {
+    const VRM::FrameLimits limits{.width = 100, .height = 200, .rowBytes = 300};
+    const auto refusal = [&](std::int32_t width, std::int32_t height, std::int64_t rowBytes) {
+        return VRM::frameRefusal("Some Filter", limits, width, height, rowBytes);
+    };
+    EXPECT_EQ(refusal(100, 200, 300), "");
+    EXPECT_EQ(refusal(100, 200, -300), "");
+    EXPECT_EQ(refusal(101, 200, 300), "Some Filter takes frames up to 100 pixels wide, not 101");
+    EXPECT_EQ(refusal(100, 201, 300), "Some Filter takes frames up to 200 pixels high, not 201");
+    for (const int rowBytes : {304, -304}) {
+        EXPECT_EQ(refusal(76, 200, rowBytes),
+                  "Some Filter takes rows of up to 300 bytes, and those of 76 pixels have 304");
+    }
+    EXPECT_EQ(VRM::frameRefusal("", VRM::frameLimits("of another module"), 1 << 30, 1 << 30, 1LL << 40), "");
+}
+
+}  // namespace

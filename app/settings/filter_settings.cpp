@@ -60,12 +60,16 @@ std::string FilterSettings::ownerName(std::string_view parameter) const {
     return std::string(parameter) + " of " + filter_->properties.name;
 }
 
+bool FilterSettings::isWord(std::string_view name) const {
+    const std::string word = comparableName(name);
+    return (word == "from" || word == "to" || word == "mix") && matchName(name, parameterNames_).empty();
+}
+
 void FilterSettings::assign(std::string_view name, std::string_view value) {
     const auto& parameters = filter_->properties.parameters;
     const std::string word = comparableName(name);
-    const bool isWord = word == "from" || word == "to" || word == "mix";
     auto matches = matchName(name, parameterNames_);
-    if (matches.empty() && !isWord) matches = matchName(name, parameterTranslations_);
+    if (matches.empty() && !isWord(name)) matches = matchName(name, parameterTranslations_);
     if (matches.size() > 1) {
         throw RenderError("the parameter " + quoted(name) + " of " + filter_->properties.name + " may be " +
                               enumeration(firstNames(matches, parameterNames_), "or"),

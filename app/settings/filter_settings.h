@@ -36,6 +36,9 @@ public:
     const std::optional<ClipTime>& to() const { return to_; }
     const std::optional<ValueTrack>& mix() const { return mix_; }
 
+    /// Whether a name is one of the words from, to and mix, which a parameter of the filter would go before.
+    bool isWord(std::string_view name) const;
+
     /// Gives a parameter, or one of the words from, to and mix, its value. Throws RenderError of wrong usage,
     /// also where it has one already.
     void assign(std::string_view name, std::string_view value);

@@ -82,7 +82,9 @@ FilterSettings parseFilter(const Catalogue& catalogue, const Json& entry, const 
         const Place inside = place.member("parameters");
         if (!parameters.is_object()) inside.fail("must be an object of names and values");
         for (const auto& [parameter, value] : parameters.items()) {
-            assign(settings, parameter, value, inside.member(parameter));
+            const Place named = inside.member(parameter);
+            if (settings.isWord(parameter)) named.fail("is no parameter and belongs beside \"parameters\"");
+            assign(settings, parameter, value, named);
         }
     }
     for (const char* word : {"from", "to", "mix"}) {

@@ -111,6 +111,10 @@ TEST(SettingsFile, NamesTheFileAndThePlaceOfDamage) {
          "the settings file look.json at filters[0].parameters.amount: "},
         {open + R"({"filter": "addv", "parameters": {"amount": []}})" + close,
          "the settings file look.json at filters[0].parameters.amount: must be a number"},
+        {open + R"({"filter": "addv", "parameters": {"amount": 3, "Mix": "50%"}})" + close,
+         "the settings file look.json at filters[0].parameters.Mix: is no parameter and belongs beside"},
+        {open + R"({"filter": "echo", "parameters": {"to": "2s"}})" + close,
+         "the settings file look.json at filters[0].parameters.to: is no parameter and belongs beside"},
         {open + R"({"filter": "addv", "parameter": {}})" + close,
          "the settings file look.json at filters[0].parameter: is not known here"},
     };

@@ -1,12 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "app/files.h"
 
+#include "app/media/output_file.h"
+#include "app/render/interruption.h"
 #include "app/render/render_job.h"
 
+#include <cerrno>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 
 namespace vireo {
+namespace {
+
+std::string errorName(int code) { return std::generic_category().message(code); }
+
+}  // namespace
 
 std::filesystem::path pathOf(std::string_view utf8) {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
@@ -30,12 +39,20 @@ void refuseExisting(const std::string& path) {
         throw RenderError(path + " exists already; --overwrite replaces it");
 }
 
+void writeBytes(const std::filesystem::path& path, std::string_view bytes, const std::string& shown) {
+    errno = 0;
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) throw RenderError("cannot write " + shown + (errno == 0 ? "" : ": " + errorName(errno)));
+}
+
 void writeFile(const std::string& path, std::string_view content, bool overwrite) {
     if (!overwrite) refuseExisting(path);
-    std::ofstream file(pathOf(path), std::ios::binary | std::ios::trunc);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
-    file.close();
-    if (!file) throw RenderError("cannot write " + path);
+    const InterruptionGuard guard;
+    OutputFile file(pathOf(path), overwrite);
+    writeBytes(file.path(), content, path);
+    file.commit();
 }
 
 }  // namespace vireo

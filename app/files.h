@@ -18,7 +18,11 @@ std::string readFile(const std::string& path);
 /// Throws RenderError where the file exists.
 void refuseExisting(const std::string& path);
 
-/// Writes a whole file; an existing one is refused unless `overwrite`. Throws RenderError.
+/// Writes into a file that is there or is made. Throws RenderError with the name that people know.
+void writeBytes(const std::filesystem::path& path, std::string_view bytes, const std::string& shown);
+
+/// Writes a whole file, which appears when it is whole; an existing one is refused unless `overwrite`. Throws
+/// RenderError.
 void writeFile(const std::string& path, std::string_view content, bool overwrite);
 
 }  // namespace vireo

@@ -31,12 +31,8 @@ private:
     std::string name_;
 };
 
-void writeFile(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes,
-               const std::string& shown) {
-    std::FILE* const file = std::fopen(path.string().c_str(), "wb");
-    bool good = file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    if (file != nullptr) good &= std::fclose(file) == 0;
-    if (!good) throw RenderError("cannot write " + shown + ": " + std::strerror(errno));
+std::string_view textOf(const std::vector<std::uint8_t>& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
@@ -125,13 +121,13 @@ void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
     const EncodedPicture& picture = static_cast<const EncodedPicture&>(*frame);
     if (pattern_) {
         const std::filesystem::path name = pattern_->name(firstNumber_ + picture.number);
-        writeFile(files_->add(name), picture.bytes, (pattern_->folder() / name).string());
+        writeBytes(files_->add(name), textOf(picture.bytes), utf8Of(pattern_->folder() / name));
         return;
     }
     if (written_) checkPictureOutput(job_, firstNumber_, picture.number, 2);
     written_ = true;
     if (file_) {
-        writeFile(file_->path(), picture.bytes, job_.output);
+        writeBytes(file_->path(), textOf(picture.bytes), job_.output);
     } else if (std::fwrite(picture.bytes.data(), 1, picture.bytes.size(), stdout) != picture.bytes.size() ||
                std::fflush(stdout) != 0) {
         throw RenderError(errno == EPIPE

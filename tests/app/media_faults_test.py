@@ -72,6 +72,48 @@ def test_a_full_disk_leaves_nothing(tmp_path, long_clip):
     assert full.returncode == 1 and b"No space left" in full.stderr
 
 
+def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
+    clip(tmp_path, "in.mkv", "-c:v", "ffv1", source="testsrc2=s=320x240:r=25:d={seconds}", seconds=0.4)
+    for name in ("out.mkv", "out3.png", "look.json", "out.bin"):
+        (tmp_path / name).write_bytes(b"precious")
+    before = names(tmp_path)
+    for output, limit, options in (
+            ("out.mkv", 50, ["--encoder", "ffv1"]), ("out%d.png", 5, []), ("out3.png", 5, ["--frames", "0-0"]),
+            (None, 0, ["--save-settings", "look.json"]), (None, 0, ["--save-settings-bytes", "out.bin"])):
+        command = [str(PROGRAM), "render", *(["in.mkv", output] if output else []), *IDENTITY, "--overwrite", *options]
+        limited = subprocess.run(["bash", "-c", f"ulimit -f {limit}; exec \"$@\"", "limited", *command], cwd=tmp_path,
+                                 capture_output=True, timeout=60)
+        errors = limited.stderr.decode().splitlines()
+        assert limited.returncode == 1, (output, options, errors)
+        assert len(errors) == 1 and errors[0].startswith("vireo: cannot write ") and errors[0].endswith("."), errors
+        assert names(tmp_path) == before
+    assert {(tmp_path / name).read_bytes() for name in before if name != "in.mkv"} == {b"precious"}
+    assert b"/dev/full: No space left on device" in vireo(
+        "render", *IDENTITY, "--save-settings", "/dev/full", "--overwrite", status=1).stderr
+
+
+@pytest.mark.parametrize("output", ["out.mkv", "out%d.png"])
+def test_a_killed_render_leaves_the_earlier_result_and_is_in_no_ones_way(tmp_path, long_clip, output):
+    first = tmp_path / output.replace("%d", "1")
+    first.write_bytes(b"precious")
+    command = [PROGRAM, "render", long_clip, output, *IDENTITY, "--overwrite"]
+    running = subprocess.Popen(command, cwd=tmp_path, stderr=subprocess.DEVNULL)
+    while not any(name.startswith(".vireo") for name in names(tmp_path)):
+        assert running.poll() is None
+        time.sleep(0.01)
+    time.sleep(0.1)
+    running.kill()
+    running.wait()
+    assert first.read_bytes() == b"precious"
+    # The next program may have the same number and so take the same names.
+    left = next(tmp_path.glob(".vireo*"))
+    take_names = f"mv {left.name} .vireo-$$-1.part; exec \"$@\""
+    subprocess.run(["bash", "-c", take_names, "next", *map(str, command), "--frames", "0-2"], cwd=tmp_path, check=True,
+                   capture_output=True)
+    assert first.read_bytes() != b"precious"
+    assert len([name for name in names(tmp_path) if name.startswith(".vireo")]) == 1
+
+
 def test_outputs_are_replaced_only_when_asked(vireo, tmp_path):
     clip(tmp_path, "in.mkv", "-c:v", "ffv1", seconds=0.2)
     (tmp_path / "out.mkv").write_bytes(b"precious")

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <mutex>
 #include <new>
+#include <utility>
 
 namespace vireo {
 namespace {
@@ -48,11 +49,11 @@ void captureLibraryMessages() {
     lastComplaint.clear();
 }
 
+std::string libraryComplaint() { return std::exchange(lastComplaint, {}); }
+
 std::string failureText(int code) {
-    std::string text = errorText(code);
-    if (!lastComplaint.empty()) text += " (" + lastComplaint + ')';
-    lastComplaint.clear();
-    return text;
+    const std::string complaint = libraryComplaint();
+    return errorText(code) + (complaint.empty() ? "" : " (" + complaint + ')');
 }
 
 int check(int code, const std::string& what) {

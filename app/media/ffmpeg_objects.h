@@ -81,6 +81,9 @@ std::string errorText(int code);
 /// for error sentences. To be called before their first use.
 void captureLibraryMessages();
 
+/// What the libraries said last on this thread, which is forgotten then; empty where they said nothing.
+std::string libraryComplaint();
+
 /// The code's words, and what the library said last on this thread where it said something.
 std::string failureText(int code);
 

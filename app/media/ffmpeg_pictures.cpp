@@ -3,6 +3,7 @@
 
 #include "app/media/exif.h"
 #include "app/media/ffmpeg_io.h"
+#include "app/media/packet_index.h"
 
 namespace vireo {
 namespace {
@@ -30,14 +31,18 @@ FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) 
     FramePtr frame = newFrame();
     const PacketPtr packet = newPacket();
     int received = AVERROR(EAGAIN);
+    bool breaksOff = false;
     while (received == AVERROR(EAGAIN)) {
         av_packet_unref(packet.get());
         const int got = av_read_frame(context, packet.get());
         if (got >= 0 && packet->stream_index != stream) continue;
+        if (got >= 0 && codec->id == AV_CODEC_ID_MJPEG)
+            breaksOff = jpegBreaksOff({packet->data, static_cast<std::size_t>(packet->size)});
         checked(avcodec_send_packet(decoder.get(), got >= 0 ? packet.get() : nullptr));
         received = avcodec_receive_frame(decoder.get(), frame.get());
     }
     checked(received);
+    if (breaksOff) frame->flags |= AV_FRAME_FLAG_CORRUPT;
     video = propertiesOf(*frame, codec->id);
     video.orientation = exifOrientation(exifOrientationTag(path));
     return frame;

@@ -133,10 +133,11 @@ void FfmpegReader::findLength(const RenderJob& job) {
     const bool partWanted = job.frames || job.start;
     if (const auto exact = exactFrameCount(*input_, stream_)) announcedFrames_ = info_.frameCount = *exact;
     if (seekable && pipe_ == nullptr && (info_.frameCount == 0 || partWanted)) {
-        std::int64_t count = 0;
-        times_ = packetTimes(job.input, stream_, stop_, count);
+        PacketIndex index = indexPackets(job.input, stream_, stop_);
         throwIfInterrupted();
-        info_.frameCount = count;
+        info_.frameCount = index.count;
+        times_ = std::move(index.times);
+        seekable_ = !times_.empty() && !index.turnsBack;
         if (!times_.empty()) firstTime_ = times_.front();
         numbering_ = FrameNumbering(times_);
     }
@@ -148,7 +149,7 @@ void FfmpegReader::findLength(const RenderJob& job) {
 }
 
 void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
-    if (times_.empty() || !(job.frames || job.start)) return;
+    if (!seekable_ || !(job.frames || job.start)) return;
     std::int64_t first = range_.first;
     if (job.start) {
         first = framesBefore(start_);
@@ -166,7 +167,9 @@ void FfmpegReader::readClipProperties() {
     avcodec_flush_buffers(decoder_.get());
     decoded_.clear();
     otherPackets_.clear();
+    brokenPackets_.clear();
     numbering_ = FrameNumbering(times_);
+    continuous_ = {};
     inputEnded_ = drained_ = false;
 }
 
@@ -282,6 +285,7 @@ std::unique_ptr<SourceFrame> FfmpegReader::read() {
             frame.reset();
             done_ = true;
             passOthersToEnd();
+            noteBreak();
         }
     }
     return frame;
@@ -321,6 +325,7 @@ void FfmpegReader::demux() {
         if (packet != nullptr && holdsShownFrame(*packet, decoder_->codec_id)) {
             ++shownPackets_;
             if (packet->pts != AV_NOPTS_VALUE) numbering_.sent(packet->pts);
+            if (breaksOff(*packet)) brokenPackets_.insert(packet->pts);
         }
         const int sent = avcodec_send_packet(decoder_.get(), packet.get());
         if (sent < 0) noteFailure(sent);
@@ -332,15 +337,37 @@ void FfmpegReader::demux() {
 PacketPtr FfmpegReader::nextPacket() {
     if (inputEnded_) return nullptr;
     PacketPtr packet = newPacket();
+    libraryComplaint();
     const int got = av_read_frame(input_.get(), packet.get());
-    if (got >= 0) return packet;
-    inputEnded_ = true;
-    if (got != AVERROR_EOF && !stop_.requested()) {
-        const std::string what = name_ + ": reading stopped early: " + failureText(got);
-        if (strict_) throw RenderError(what);
-        messages_.warning(what);
+    if (got >= 0) {
+        continuous_.correct(*packet, *input_->streams[packet->stream_index]);
+        return packet;
     }
+    inputEnded_ = true;
+    // Some formats complain of a file that is cut off, and call that its end.
+    breakReason_ = got == AVERROR_EOF ? libraryComplaint() : failureText(got);
     return nullptr;
+}
+
+/// Whether the packet is there in part.
+bool FfmpegReader::breaksOff(const AVPacket& packet) const {
+    // In broadcasts the mark stands at every joint; their decoders tell what is broken.
+    const bool isBroadcast = (input_->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    if (!isBroadcast && (packet.flags & AV_PKT_FLAG_CORRUPT) != 0) return true;
+    // In clips some cameras leave the end out.
+    const std::string_view format = input_->iformat->name;
+    const bool isPicture = format == "image2" || format.ends_with("_pipe");
+    return isPicture && decoder_->codec_id == AV_CODEC_ID_MJPEG &&
+           jpegBreaksOff({packet.data, static_cast<std::size_t>(packet.size)});
+}
+
+/// Says behind which frame the input breaks off, where it does.
+void FfmpegReader::noteBreak() {
+    if (breakReason_.empty() || stop_.requested()) return;
+    const std::string what = name_ + ": the file breaks off behind frame " +
+                             std::to_string(numbering_.following() - 1) + ": " + breakReason_;
+    if (strict_) throw RenderError(what);
+    messages_.warning(what);
 }
 
 void FfmpegReader::noteFailure(int code) {
@@ -360,6 +387,7 @@ void FfmpegReader::takeLost(const std::vector<FrameNumbering::Lost>& lost) {
 void FfmpegReader::takeMissing() {
     if (shownPackets_ >= announcedFrames_) return;
     failure_ = "the file ends before it";
+    breakReason_.clear();  // the frames say it
     std::vector<FrameNumbering::Lost> missing;
     const std::int64_t usual = av_rescale_q(1, av_inv_q(video_.frameRate), video_.timeBase);
     for (std::int64_t number = numbering_.following(); number < announcedFrames_; ++number) {
@@ -392,7 +420,8 @@ void FfmpegReader::take(FramePtr frame) {
     const FrameNumbering::Numbered numbered = numbering_.next(time);
     if (!firstTime_) firstTime_ = numbered.lost.empty() ? time : numbered.lost.front().time;
     takeLost(numbered.lost);
-    const bool impaired = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+    const bool impaired = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0 ||
+                          brokenPackets_.erase(time) > 0;
     auto decoded = std::make_unique<DecodedFrame>(std::move(frame), video_);
     decoded->impaired = impaired;
     place(*decoded, numbered.number, time, uprightInterlacing(stored, video_));

@@ -2,6 +2,7 @@
 #ifndef VIREO_APP_MEDIA_FFMPEG_READER_H
 #define VIREO_APP_MEDIA_FFMPEG_READER_H
 
+#include "app/media/continuous_times.h"
 #include "app/media/ffmpeg_frame.h"
 #include "app/media/ffmpeg_io.h"
 #include "app/media/frame_numbering.h"
@@ -10,6 +11,7 @@
 #include <deque>
 #include <functional>
 #include <limits>
+#include <set>
 
 namespace vireo {
 
@@ -69,10 +71,12 @@ private:
     void describe(const RenderJob& job);
     std::int64_t framesBefore(double time) const;
     void noteEnd(std::int64_t last);
+    void noteBreak();
 
     std::unique_ptr<FfmpegFrame> decode();
     void demux();
     PacketPtr nextPacket();
+    bool breaksOff(const AVPacket& packet) const;
     void noteFailure(int code);
     void takeLost(const std::vector<FrameNumbering::Lost>& lost);
     void takeMissing();
@@ -99,6 +103,8 @@ private:
     SourceInfo info_;
     VideoProperties video_;
     std::vector<std::int64_t> times_;
+    bool seekable_ = false;  ///< By `times_`.
+    ContinuousTimes continuous_;
     std::optional<std::int64_t> firstTime_;  ///< Of the clip's first frame.
     std::int64_t renderedTime_ = 0;
     FrameNumbering numbering_;
@@ -112,6 +118,8 @@ private:
     std::deque<std::unique_ptr<FfmpegFrame>> ahead_;    ///< Read while opening.
     std::int64_t nextTime_ = 0;                         ///< Of a frame without a time stamp.
     std::string failure_;                               ///< What the decoder said last.
+    std::set<std::int64_t> brokenPackets_;              ///< Times of those that are there in part.
+    std::string breakReason_;                           ///< Why the input ends early, where it does.
     PacketSink sink_;
     std::deque<PacketPtr> otherPackets_;  ///< Read before there was a sink.
     bool inputEnded_ = false;

@@ -204,13 +204,17 @@ FramePtr scaled(const AVFrame& frame, int width, int height, AVPixelFormat forma
     return result;
 }
 
+/// Luma and chroma in 16 bits.
+AVPixelFormat deepFormat(const AVPixFmtDescriptor& format) {
+    return (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0 ? AV_PIX_FMT_YUVA444P16 : AV_PIX_FMT_YUV444P16;
+}
+
 /// What a format of unusual layout is brought into first.
 AVPixelFormat plainFormat(const AVPixFmtDescriptor& format, AVPixelFormat code) {
-    const bool alpha = (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
     const bool deep = formatDepth(code) > 8;
     if (!formatIsRgb(code) && format.nb_components >= 3) {
-        if (alpha) return deep ? AV_PIX_FMT_YUVA444P16 : AV_PIX_FMT_YUVA444P;
-        return deep ? AV_PIX_FMT_YUV444P16 : AV_PIX_FMT_YUV444P;
+        if (deep) return deepFormat(format);
+        return (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0 ? AV_PIX_FMT_YUVA444P : AV_PIX_FMT_YUV444P;
     }
     return deep ? AV_PIX_FMT_RGBA64 : AV_PIX_FMT_BGRA;
 }
@@ -244,11 +248,16 @@ std::shared_ptr<Picture> pictureOf(const AVFrame& frame, int width, int height, 
                          interlaced);
     }
 
-    auto picture = std::make_shared<Picture>(width, height, pictureFormat);
     const bool colours = formatIsRgb(code) || kind == SampleKind::Floats;  // float samples are never YUV
-    if (!colours && (pictureFormat == formatBgraFloat ||
-                     (kind == SampleKind::Bytes && pictureFormat != PixKit::formatBgra)))
-        throw DamagedFrame("its pixel format is not that of the frames before");
+    // Luma and chroma fill deep pictures as words and floats not at all; a clip's format may change within
+    // it.
+    const bool isFloat = pictureFormat == formatBgraFloat;
+    if (!colours && (isFloat || (kind == SampleKind::Bytes && pictureFormat != PixKit::formatBgra))) {
+        const AVPixelFormat deep = isFloat ? AV_PIX_FMT_RGBA64 : deepFormat(format);
+        return pictureOf(*scaled(frame, width, height, deep), width, height, pictureFormat, coding,
+                         interlaced);
+    }
+    auto picture = std::make_shared<Picture>(width, height, pictureFormat);
     if (colours) {
         switch (kind) {
             case SampleKind::Bytes: unpackRgb<std::uint8_t>(frame, format, *picture); break;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/packet_index.h"
 
+#include "app/media/continuous_times.h"
 #include "app/media/ffmpeg_io.h"
 
 #include <algorithm>
@@ -26,34 +27,47 @@ bool holdsShownFrame(const AVPacket& packet, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 || (packet.data[0] & 0x10) != 0;
 }
 
-std::vector<std::int64_t> packetTimes(const std::string& path, int stream, const StopRequest& stop,
-                                      std::int64_t& count) {
-    count = 0;
-    std::vector<std::int64_t> times;
+bool jpegBreaksOff(std::span<const std::uint8_t> picture) {
+    constexpr std::uint8_t startOfScan = 0xDA, end[] = {0xFF, 0xD9};
+    std::size_t at = 2;
+    while (at + 4 <= picture.size() && picture[at] == 0xFF && picture[at + 1] != startOfScan) {
+        const std::size_t length = picture[at + 2] << 8 | picture[at + 3];
+        at += 2 + length;
+    }
+    const auto scan = picture.subspan(std::min(at, picture.size()));
+    return std::search(scan.begin(), scan.end(), std::begin(end), std::end(end)) == scan.end();
+}
+
+PacketIndex indexPackets(const std::string& path, int stream, const StopRequest& stop) {
+    PacketIndex index;
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
     context->interrupt_callback = interruptBy(stop);
-    if (avformat_open_input(&context, fileUrl(path).c_str(), nullptr, nullptr) < 0) return times;
+    if (avformat_open_input(&context, fileUrl(path).c_str(), nullptr, nullptr) < 0) return index;
     const InputFormatPtr input(context);
     // Streams of some containers only appear while packets are looked at.
     if (avformat_find_stream_info(context, nullptr) < 0 || stream >= static_cast<int>(context->nb_streams))
-        return times;
+        return index;
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = static_cast<int>(i) == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 
     const PacketPtr packet = newPacket();
+    ContinuousTimes continuous;
     bool complete = true;
     for (; av_read_frame(context, packet.get()) >= 0; av_packet_unref(packet.get())) {
         if (packet->stream_index != stream ||
             !holdsShownFrame(*packet, context->streams[stream]->codecpar->codec_id))
             continue;
-        ++count;
+        continuous.correct(*packet, *context->streams[stream]);
+        ++index.count;
         if (packet->pts == AV_NOPTS_VALUE) complete = false;
-        if (complete) times.push_back(packet->pts);
+        if (complete) index.times.push_back(packet->pts);
     }
-    std::sort(times.begin(), times.end());
-    if (!complete || std::adjacent_find(times.begin(), times.end()) != times.end()) times.clear();
-    return times;
+    std::sort(index.times.begin(), index.times.end());
+    const bool anyTwice = std::adjacent_find(index.times.begin(), index.times.end()) != index.times.end();
+    if (!complete || anyTwice) index.times.clear();
+    index.turnsBack = continuous.turnedBack();
+    return index;
 }
 
 }  // namespace vireo

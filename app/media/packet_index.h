@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,13 +16,21 @@ namespace vireo {
 /// The number of frames that the container itself tells exactly.
 std::optional<std::int64_t> exactFrameCount(const AVFormatContext& input, int stream);
 
-/// The presentation times of a stream's frames in order, got by reading all packets of the file; empty where
-/// some have none or two have the same, with the number of packets in `count` all the same.
-std::vector<std::int64_t> packetTimes(const std::string& path, int stream, const StopRequest& stop,
-                                      std::int64_t& count);
+/// A stream's frames, got by reading all packets of the file.
+struct PacketIndex {
+    std::int64_t count = 0;
+    std::vector<std::int64_t>
+        times;               ///< Of presentation, in order; empty where some are missing or the same.
+    bool turnsBack = false;  ///< The times are not the file's own any more: see ContinuousTimes.
+};
+
+PacketIndex indexPackets(const std::string& path, int stream, const StopRequest& stop);
 
 /// Whether the packet becomes a frame that is shown.
 bool holdsShownFrame(const AVPacket& packet, AVCodecID codec);
+
+/// Whether a JPEG picture breaks off before its end.
+bool jpegBreaksOff(std::span<const std::uint8_t> picture);
 
 }  // namespace vireo
 

@@ -73,10 +73,10 @@ public:
         check(avformat_find_stream_info(context, nullptr), "cannot read " + segment.file);
         open.stream = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
         if (open.stream < 0) throw RenderError(segment.file + " holds no video");
-        std::int64_t count = 0;
-        open.times = packetTimes(segment.file, open.stream, stop_, count);
+        PacketIndex index = indexPackets(segment.file, open.stream, stop_);
         throwIfInterrupted();
-        numberFrames(open, segment, count);
+        open.times = std::move(index.times);
+        numberFrames(open, segment, index.count);
         return open;
     }
 

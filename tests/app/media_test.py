@@ -101,7 +101,8 @@ def test_parts_join_to_the_whole_also_with_frames_looked_back_at(vireo, tmp_path
 def test_jobs_do_not_change_a_byte(vireo, tmp_path):
     clip(tmp_path, "in.mkv", "-c:v", "libx264", "-c:a", "aac", sound=True)
     for jobs in (1, 4):
-        vireo("render", "in.mkv", f"{jobs}.mkv", "-f", "Ghosting", "-f", "Solarize", "--jobs", jobs)
+        vireo("render", "in.mkv", f"{jobs}.mkv", "-f", "Color Balance:red=0@0f..510@20f,mix=0@0s..100@1s",
+              "-f", "Ghosting", "-f", "Edge Feather:amount=0@0f..hold..20@9f..5@15f,from=3f", "-f", "Solarize", "--jobs", jobs)
     assert (tmp_path / "1.mkv").read_bytes() == (tmp_path / "4.mkv").read_bytes()
 
 

@@ -15,11 +15,11 @@ void ContinuousTimes::correct(AVPacket& packet, const AVStream& stream) {
         const std::int64_t own = micros(packet.dts);
         const auto turnsBack = [&](std::int64_t shift) { return own + shift + untidy < clock.last; };
         if (turnsBack(clock.shift)) {
-            if (turnsBack(shift_)) shift_ = end_ - own;
+            if (turnsBack(shift_)) shift_ = clock.end - own;
             clock.shift = shift_;
         }
         clock.last = own + clock.shift;
-        end_ = std::max(end_, clock.last + micros(std::max<std::int64_t>(packet.duration, 0)));
+        clock.end = clock.last + micros(std::max<std::int64_t>(packet.duration, 0));
     }
     if (clock.shift == 0) return;
     const std::int64_t shift = av_rescale_q(clock.shift, AV_TIME_BASE_Q, stream.time_base);

@@ -24,12 +24,12 @@ private:
     /// Microseconds, as everything here.
     struct Clock {
         std::int64_t last = std::numeric_limits<std::int64_t>::min();
+        std::int64_t end = 0;
         std::int64_t shift = 0;
     };
 
     std::map<int, Clock> clocks_;  ///< By the stream's number.
     std::int64_t shift_ = 0;       ///< Of the stream that turned back last; the others follow.
-    std::int64_t end_ = 0;
 };
 
 }  // namespace vireo

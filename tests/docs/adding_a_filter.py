@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Follows docs/adding-a-filter.md in a copy of the tree, to the letter: builds the module and renders with the new
 filter; with --tests builds and runs its tests too.
@@ -58,6 +59,7 @@ def picture(levels):
 
 def main():
     vireo, *options = sys.argv[1:]
+    vireo = pathlib.Path(vireo).resolve()
     with tempfile.TemporaryDirectory() as folder:
         tree = pathlib.Path(folder).resolve() / "tree"
         shutil.copytree(ROOT, tree, ignore=IGNORED)

@@ -100,7 +100,7 @@ std::vector<const CLI::Option*> positionals(const CLI::App& command) {
 std::string usageLine(const CLI::App& command) {
     std::string line = command.get_name();
     for (const CLI::App* parent = command.get_parent(); parent != nullptr; parent = parent->get_parent())
-        line = parent->get_name() + ' ' + line;
+        line.insert(0, parent->get_name() + ' ');
     if (!shownCommands(command).empty()) line += " COMMAND";
     for (const CLI::Option* argument : positionals(command)) {
         const std::string& name = argument->get_type_name();

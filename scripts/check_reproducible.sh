@@ -5,6 +5,7 @@
 #   scripts/check_reproducible.sh [PRESET...]     package and package-windows, unless told otherwise
 set -euo pipefail
 source_folder=$(cd "$(dirname "$0")/.." && pwd)
+commit=$(git -C "$source_folder" rev-parse HEAD)
 presets=("$@")
 ((${#presets[@]})) || presets=(package package-windows)
 
@@ -15,6 +16,7 @@ for folder in "${folders[@]}"; do
     git clone -q -- "$source_folder" "$folder"
     (
         cd "$folder"
+        git checkout -q --detach "$commit"
         SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
         export SOURCE_DATE_EPOCH
         for preset in "${presets[@]}"; do

@@ -9,6 +9,9 @@ commit=$(git -C "$source_folder" rev-parse HEAD)
 presets=("$@")
 ((${#presets[@]})) || presets=(package package-windows)
 
+# Paths that the cache makes relative are none that the compiler can take off.
+unset CCACHE_BASEDIR
+
 work=$(mktemp -d)
 trap 'rm -rf -- "$work"' EXIT
 folders=("$work/one" "$work/another place with a longer name")

@@ -110,7 +110,8 @@ TEST(Lifetime, SizesThatNoFrameHasAreRefused) {
     for (const auto& [width, height] : {std::pair{0U, 8U}, {8U, 0U}, {1U << 30, 8U}, {8U, ~0U}, {~0U, ~0U}}) {
         EXPECT_EQ(plugin.construct(width, height), nullptr) << width << " x " << height;
     }
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("1073741824 pixels is outside 1 to"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("1073741824 pixels is outside 1 to"));
 }
 
 }  // namespace

@@ -5,4 +5,7 @@ if(DEFINED ENV{SOURCE_DATE_EPOCH})
   execute_process(
     COMMAND find ${CPACK_TEMPORARY_INSTALL_DIRECTORY} -exec touch --no-dereference --date=@$ENV{SOURCE_DATE_EPOCH} {} +
     COMMAND_ERROR_IS_FATAL ANY)
+  # A zip holds local times; asking for one makes the library look at the zone again.
+  set(ENV{TZ} UTC)
+  string(TIMESTAMP now)
 endif()

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds the packages of the last commit twice, in two folders, with two umasks, and without a compiler cache the second
+# Builds the packages of the last commit twice, in two folders, with two umasks and time zones, and without a compiler cache the second
 # time, and compares every byte.
 #   scripts/check_reproducible.sh [PRESET...]     package and package-windows, unless told otherwise
 set -euo pipefail
@@ -30,6 +30,7 @@ for folder in "${folders[@]}"; do
     ) || exit 1
     export CCACHE_DISABLE=1
     umask 0077
+    export TZ=Asia/Tokyo
 done
 
 # Everything that is shipped, and the packages themselves.

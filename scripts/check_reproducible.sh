@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds the packages of the last commit twice, in two folders, with two umasks and time zones, and without a compiler cache the second
-# time, and compares every byte.
+# Builds the packages of the last commit twice, in two folders, with two umasks and time zones, and without a compiler
+# cache the second time, and compares every byte.
 #   scripts/check_reproducible.sh [PRESET...]     package and package-windows, unless told otherwise
 set -euo pipefail
 source_folder=$(cd "$(dirname "$0")/.." && pwd)

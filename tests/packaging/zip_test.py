@@ -17,6 +17,7 @@ EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-win
 def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     folder = tmp_path / "Program Files (é) & more"
     with zipfile.ZipFile(packed(tmp_path / "cpack", "vireo-filters-*-windows.zip")) as archive:
+        assert archive.namelist() == sorted(archive.namelist())
         archive.extractall(folder)
     (unpacked,) = folder.iterdir()
     names = {path.name for path in unpacked.iterdir()}

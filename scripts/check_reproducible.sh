@@ -25,7 +25,8 @@ for folder in "${folders[@]}"; do
         for preset in "${presets[@]}"; do
             cmake --preset "$preset" >/dev/null
             cmake --build --preset "$preset" -j "$(nproc)" >/dev/null
-            cpack --preset "$preset" >/dev/null
+            # A Debian package's outer archive has the modes of files that cpack made on the way.
+            (umask 022 && cpack --preset "$preset" >/dev/null)
         done
     ) || exit 1
     export CCACHE_DISABLE=1

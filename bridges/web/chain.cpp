@@ -4,6 +4,7 @@
 #include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vrm/filter_probe.h"
+#include "host/vrm/frame_limits.h"
 #include "host/vrm/parameter_value.h"
 
 #include <algorithm>
@@ -92,6 +93,12 @@ void Chain::add(const VRM::Filter& filter, std::span<const double> values, doubl
 }
 
 PicturePtr Chain::render(const PicturePtr& input, const Moment& moment, const InputAt& inputAt) const {
+    for (const Stage& stage : stages_) {
+        const VRM::PropertyList& properties = stage.filter->properties;
+        const std::string refusal = VRM::frameRefusal(properties.name, VRM::frameLimits(properties.matchName),
+                                                      input->width(), input->height(), input->rowBytes());
+        if (!refusal.empty()) throw std::runtime_error(refusal);
+    }
     return output(stages_.size(), moment.frame, Clip{input, moment, inputAt});
 }
 

@@ -31,7 +31,7 @@ public:
     /// std::bad_alloc.
     void add(const VRM::Filter& filter, std::span<const double> values, double mix);
 
-    /// Throws std::exception.
+    /// Throws std::exception, with one sentence where a filter does not take pictures of the input's size.
     PicturePtr render(const PicturePtr& input, const Moment& moment, const InputAt& inputAt) const;
 
 private:

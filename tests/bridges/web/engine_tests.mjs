@@ -227,6 +227,8 @@ test('what cannot be rendered is told in a sentence, and the next picture comes 
     for (const [work, sentence] of [
         [() => engine.render([solarize], imagined(30000, 30000)), /memory/],
         [() => engine.render([solarize], imagined(20000, 20000)), /memory/],
+        [() => engine.render([defaultUse(filterNamed('Color Replace'))], imagined(9000, 2)), /^Error: Color Replace takes rows of up to 32767 bytes/],
+        [() => engine.render([solarize, defaultUse(filterNamed('Vertical Hold'))], imagined(1, 40000)), /^Error: Vertical Hold takes frames up to 32768 pixels high/],
         [() => engine.render([{ ...solarize, values: [255] }], picture), /^Error: Threshold of Solarize takes whole numbers from 0 to 254$/],
         [() => engine.render([{ ...solarize, values: [1.5] }], picture), /Threshold/],
         [() => engine.render([{ ...solarize, values: [NaN] }], picture), /Threshold/],

@@ -313,7 +313,7 @@ walk(
         await page.reload();
         await page.waitForSelector('html[lang=ja]');
         await page.evaluate(() => (location.hash = '#f=Solarize&language=ko'));
-        await page.waitForSelector('html[lang=ko]');
+        await page.waitForSelector('html[lang=ko] .card .title:text-is("솔라라이즈")');
         assert.deepEqual(await cardTitles(page), ['솔라라이즈']);
     },
     { locale: 'de-DE' },

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Interruptions, full disks, damage: what is left behind and what is said."""
+import os
 import signal
 import stat
 import subprocess
@@ -80,6 +81,8 @@ def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
     for output, limit, options in (
             ("out.mkv", 50, ["--encoder", "ffv1"]), ("out%d.png", 5, []), ("out3.png", 5, ["--frames", "0-0"]),
             (None, 0, ["--save-settings", "look.json"]), (None, 0, ["--save-settings-bytes", "out.bin"])):
+        if limit == 0 and "thread" in os.environ.get("VIREO_SANITIZERS", ""):
+            continue  # The thread sanitizer itself writes a file when a program starts.
         command = [str(PROGRAM), "render", *(["in.mkv", output] if output else []), *IDENTITY, "--overwrite", *options]
         limited = subprocess.run(["bash", "-c", f"ulimit -f {limit}; exec \"$@\"", "limited", *command], cwd=tmp_path,
                                  capture_output=True, timeout=60)

@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes the module's binary resources from the readable files beside this one.
+"""Writes the module's binary resources and the host's table of traits from the readable files beside this one.
 
 generate.py linked OUT.cpp   one C++ file that defines linkedResources, for platforms whose libraries hold none
 generate.py windows OUT.rc   a resource script, and the files that it names in a folder beside it
+generate.py traits OUT.cpp   one C++ file that defines the table of host/vrm/filter_traits_table.h
 generate.py names            one line a filter: its id and its name as files take it
 """
 
+import json
 import math
 import struct
 import sys
@@ -19,6 +21,12 @@ CONTROLS = {"number": 2, "color": 12, "checkbox": 13}
 VALUE_TYPES = {"number": 2, "color": 5, "checkbox": 8}
 FLAGS = {"number": 8, "color": 8, "checkbox": 0}
 VALUE_BYTES = {"number": 2, "color": 4, "checkbox": 1}
+
+FILTER_KEYS = {"id", "name", "category", "key", "match_name", "old", "descriptor", "parameters", "reads_time",
+               "earlier_frames", "limits", "rows", "neighbour_rows", "identity"}
+PARAMETER_KEYS = {"name", "kind", "range", "display", "bytes", "control", "value_type", "flags", "unit", "label",
+                  "choices"}
+LIMITS = {"width": "width", "height": "height", "row_bytes": "rowBytes"}
 
 
 # Property lists.
@@ -55,6 +63,7 @@ def category_text(category):
 
 class Filter:
     def __init__(self, entry):
+        self.entry = entry
         self.id = entry["id"]
         self.name = entry["name"]
         self.category = entry["category"]
@@ -63,6 +72,15 @@ class Filter:
         self.old = entry.get("old", False)
         self.descriptor = entry.get("descriptor", {})
         self.parameters = entry.get("parameters", [])
+        self.check_keys(entry, FILTER_KEYS)
+        self.check_keys(entry.get("limits", {}), LIMITS.keys())
+        for parameter in self.parameters:
+            self.check_keys(parameter, PARAMETER_KEYS)
+
+    def check_keys(self, table, known):
+        unknown = table.keys() - known
+        if unknown:
+            raise ValueError(f"{self.name} has {', '.join(sorted(unknown))}, which mean nothing")
 
     def key(self, word, text):
         return f"$$$/Strata/VireoFilters/{self.segment}/{word}={text}"
@@ -114,6 +132,70 @@ class Filter:
             + struct.pack("<Ii", parameter.get("flags", FLAGS[kind]), parameter.get("bytes", VALUE_BYTES[kind]))
             + bytes(16)
         )
+
+
+# Traits as C++.
+
+
+def literal(text):
+    """A C++ string in ASCII; other characters stand as the octal bytes of their UTF-8."""
+    data = json.dumps(text, ensure_ascii=False).encode()
+    return "".join(chr(byte) if byte < 128 else f"\\{byte:03o}" for byte in data)
+
+
+def array(kind, name, rows):
+    """The definition of an array and how it is named; nothing for an empty one."""
+    if not rows:
+        return "", "{}"
+    return f"constexpr {kind} {name}[] = {{\n" + "".join(f"    {row},\n" for row in rows) + "};\n\n", name
+
+
+class Traits:
+    """Of a filter, as C++."""
+
+    def __init__(self, filter):
+        self.filter = filter
+        self.entry = filter.entry
+        self.names = [parameter["name"] for parameter in filter.parameters]
+
+    def stored(self, value):
+        """As the settings record holds it: colours with red in the low byte."""
+        if isinstance(value, str):
+            return int.from_bytes(bytes.fromhex(value.removeprefix("#")), "little")
+        return int(value)
+
+    def parameter(self, parameter):
+        text = parameter.get("label", parameter["name"])
+        label = self.filter.key(without(text, " ()"), text)
+        choices = f"choices{parameter['choices']}" if "choices" in parameter else "{}"
+        return f"{{{literal(parameter.get('unit', ''))}, {literal(label)}, {choices}}}"
+
+    def definitions(self):
+        """The arrays that the filter's row names, and the row."""
+        identity, identity_name = array(
+            "IdentityValue", f"identity{self.filter.id}",
+            [f"{{{self.names.index(name)}, {self.stored(value)}}}"
+             for name, value in self.entry.get("identity", {}).items()])
+        parameters, parameters_name = array(
+            "ParameterTraits", f"parameters{self.filter.id}",
+            [self.parameter(parameter) for parameter in self.filter.parameters])
+        limits = [f".{LIMITS[key]} = {value}" for key, value in self.entry.get("limits", {}).items()]
+        rows = self.entry.get("rows", "any")
+        if rows not in ("any", "bottom-up"):
+            raise ValueError(f'{self.filter.name} cannot have its rows "{rows}"')
+        fields = {
+            "id": self.filter.id,
+            "matchName": literal(self.filter.match_name),
+            "fileName": literal(file_name(self.entry)),
+            "limits": f"{{{', '.join(limits)}}}",
+            "readsTime": str(self.entry.get("reads_time", False)).lower(),
+            "earlierFrames": self.entry.get("earlier_frames", 0),
+            "takesRowsFromTheTop": str(rows == "any").lower(),
+            "neighbourRows": self.entry.get("neighbour_rows", "std::nullopt"),
+            "identity": identity_name,
+            "parameters": parameters_name,
+        }
+        return identity + parameters, "{" + ", ".join(f".{name} = {value}" for name, value in fields.items()) + "}"
 
 
 # Bend's waves: one period in 4000 steps of 16 bits, at most 32000.
@@ -234,6 +316,20 @@ def write_windows(output):
     output.write_text("\n".join(lines) + "\n")
 
 
+def write_traits(output):
+    lists = [array("std::string_view", f"choices{number}", map(literal, keys))[0]
+             for number, keys in read("text_lists.toml").items()]
+    definitions = [Traits(Filter(entry)).definitions() for entry in read("filters.toml")["filter"]]
+    table, name = array("FilterTraits", "filters", [row for _, row in definitions])
+    output.write_text(
+        "// Generated; do not edit.\n"
+        '#include "host/vrm/filter_traits_table.h"\n\n'
+        "namespace VRM {\nnamespace {\n\n" + "".join(lists) + "".join(arrays for arrays, _ in definitions) + table
+        + f"}}  // namespace\n\nconstinit const std::span<const FilterTraits> knownFilters = {name};\n\n"
+        "}  // namespace VRM\n", encoding="ascii"
+    )
+
+
 def file_name(entry):
     words = entry["name"].replace("&", "and").replace("(RGB)", "").split()
     return "_".join(words).lower()
@@ -248,7 +344,7 @@ def main():
     if sys.argv[1:] == ["names"]:
         print_names()
         return
-    writers = {"linked": write_linked, "windows": write_windows}
+    writers = {"linked": write_linked, "windows": write_windows, "traits": write_traits}
     if len(sys.argv) != 3 or sys.argv[1] not in writers:
         sys.exit(__doc__)
     writers[sys.argv[1]](Path(sys.argv[2]))

@@ -37,7 +37,7 @@ HOST_INSIDE = [
     "host/heapkit/memory_handles.h",
     "host/pixkit/mix.h",
     "host/vrm/filter_instance.h",
-    "host/vrm/filter_probe.h",
+    "host/vrm/filter_traits.h",
     "host/vrm/meta_plugin.h",
     "host/vrm/module_library.h",
     "host/vrm/parameter_value.h",

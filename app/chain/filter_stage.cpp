@@ -5,7 +5,6 @@
 #include "app/render/render_job.h"
 #include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vrm/filter_probe.h"
 
 #include <algorithm>
 #include <exception>
@@ -101,7 +100,7 @@ private:
 };
 
 FilterStage::FilterStage(FilterSettings settings, int threads)
-    : settings_(std::move(settings)), limits_(VRM::frameLimits(settings_.filter().properties.matchName)) {
+    : settings_(std::move(settings)), traits_(VRM::filterTraits(settings_.filter().properties.matchName)) {
     // Two at least, since one alone is shared and its settings stay as they are.
     const int count = settings_.isAnimated() ? std::max(threads, 2) : 1;
     const auto record = settings_.record({});
@@ -111,7 +110,6 @@ FilterStage::FilterStage(FilterSettings settings, int threads)
         idle_.push_back(instances_.back().get());
     }
     pixelFormats_ = instances_.front()->pixelFormats();
-    lookBack_ = VRM::lookBack(*instances_.front());
 }
 
 void FilterStage::execute(const Picture& source, Picture& destination, const Moment& moment,
@@ -133,7 +131,7 @@ void FilterStage::execute(const Picture& source, Picture& destination, const Mom
 }
 
 std::string FilterStage::refusal(int width, int height, std::int64_t rowBytes) const {
-    return VRM::frameRefusal(settings_.filter().properties.name, limits_, width, height, rowBytes);
+    return VRM::frameRefusal(settings_.filter().properties.name, traits_.limits, width, height, rowBytes);
 }
 
 PicturePtr FilterStage::apply(const PicturePtr& input, const Moment& moment, const InputAt& inputAt) {

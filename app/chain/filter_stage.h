@@ -5,7 +5,7 @@
 #include "app/chain/fields.h"
 #include "app/settings/filter_settings.h"
 #include "host/vrm/filter_instance.h"
-#include "host/vrm/frame_limits.h"
+#include "host/vrm/filter_traits.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -35,7 +35,7 @@ public:
     FilterStage(FilterSettings settings, int threads);
 
     /// How many earlier frames the filter asks its host for.
-    int lookBack() const { return lookBack_; }
+    int lookBack() const { return traits_.earlierFrames; }
 
     /// The formats that the filter offers; empty where it takes "bgra" and says nothing.
     const std::vector<std::uint32_t>& pixelFormats() const { return pixelFormats_; }
@@ -62,8 +62,7 @@ private:
     std::condition_variable returned_;
     std::vector<std::uint32_t> pixelFormats_;
     std::uint32_t format_ = PixKit::formatBgra;
-    VRM::FrameLimits limits_;
-    int lookBack_ = 0;
+    const VRM::FilterTraits& traits_;
 };
 
 }  // namespace vireo

@@ -5,7 +5,7 @@
 #include "app/settings/filter_settings.h"
 #include "app/settings/parameter_value.h"
 #include "app/terminal.h"
-#include "host/vrm/frame_limits.h"
+#include "host/vrm/filter_traits.h"
 
 #include <nlohmann/json.hpp>
 
@@ -116,7 +116,7 @@ void describeFilter(const VRM::Filter& filter, bool asJson) {
     std::cout << Terminal::output().styled(Style::Heading, localised(properties.nameKey))
               << "\n  Id          " << filter.id << "\n  Category    " << localised(properties.categoryKey)
               << "\n  Match name  " << properties.matchName << '\n';
-    const std::string limits = limitsText(VRM::frameLimits(properties.matchName));
+    const std::string limits = limitsText(VRM::filterTraits(properties.matchName).limits);
     if (!limits.empty()) std::cout << "  Largest     " << limits << '\n';
     if (properties.parameters.empty()) {
         std::cout << "\n  No parameters\n";

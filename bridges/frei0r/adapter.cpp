@@ -76,7 +76,7 @@ Plugin makePlugin() {
         properties.name + ", one of the classic Vireo video filters (" + properties.category + ")";
     for (const VRM::Parameter& parameter : properties.parameters)
         made.parameters.push_back(describe(parameter));
-    if (made.effect.readsTime) {
+    if (made.effect.traits->readsTime) {
         made.parameters.push_back(
             {"Frame Rate",
              "Frames a second, a number or a ratio such as 30000/1001, to find the frame's "

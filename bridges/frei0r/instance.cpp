@@ -2,8 +2,6 @@
 #include "bridges/frei0r/instance.h"
 
 #include "host/vireo_host.h"
-#include "host/vrm/filter_probe.h"
-#include "host/vrm/frame_limits.h"
 #include "host/vrm/parameter_value.h"
 
 #include <algorithm>
@@ -32,12 +30,16 @@ std::shared_ptr<const Effect> fitFor(unsigned width, unsigned height, std::share
                                     std::to_string(largestSide));
         }
     }
-    const VRM::PropertyList& properties = effect->filter->properties;
     const std::string refusal =
-        VRM::frameRefusal(properties.name, VRM::frameLimits(properties.matchName), static_cast<int>(width),
+        VRM::frameRefusal(effect->filter->properties.name, effect->traits->limits, static_cast<int>(width),
                           static_cast<int>(height), std::int64_t{4} * width);
     if (!refusal.empty()) throw std::length_error(refusal);
     return effect;
+}
+
+/// The frame itself and those before it, for filters that ask for any.
+std::size_t ringSize(const VRM::FilterTraits& traits) {
+    return traits.earlierFrames == 0 ? 0 : static_cast<std::size_t>(traits.earlierFrames) + 1;
 }
 
 std::int64_t roundedHalfUp(double value) { return static_cast<std::int64_t>(std::floor(value + 0.5)); }
@@ -79,10 +81,9 @@ Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigne
     : effect_(fitFor(width, height, std::move(effect))),
       width_(static_cast<int>(width)),
       height_(static_cast<int>(height)),
-      turnsRows_(!effect_->takesRowsFromTheTop),
+      turnsRows_(!effect_->traits->takesRowsFromTheTop),
       filter_(VRM::newInstance(*effect_->filter)),
-      ring_(effect_->lookBack == 0 ? 0 : static_cast<std::size_t>(effect_->lookBack) + 1,
-            std::size_t{width} * height) {
+      ring_(ringSize(*effect_->traits), std::size_t{width} * height) {
     if (turnsRows_) {
         turnedSource_.resize(std::size_t{width} * height);
         turnedResult_.resize(std::size_t{width} * height);
@@ -91,7 +92,7 @@ Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigne
 }
 
 bool Instance::hasTimeParameter(int number) const {
-    return effect_->readsTime && number < timeParameterCount;
+    return effect_->traits->readsTime && number < timeParameterCount;
 }
 
 void Instance::setParameter(int index, f0r_param_t value) {

@@ -2,6 +2,7 @@
 #ifndef VIREO_BRIDGES_FREI0R_MODULE_H
 #define VIREO_BRIDGES_FREI0R_MODULE_H
 
+#include "host/vrm/filter_traits.h"
 #include "host/vrm/meta_plugin.h"
 
 #include <cstdint>
@@ -9,13 +10,11 @@
 
 namespace frei0r {
 
-/// A filter as the plug-in's host sees it, and what was found out about it once.
+/// A filter as the plug-in's host sees it.
 struct Effect {
     std::shared_ptr<const VRM::MetaPlugin> module;
     const VRM::Filter* filter;
-    bool takesRowsFromTheTop;  ///< Negative row bytes give the picture that positive ones give.
-    int lookBack;              ///< How many frames back it asks for.
-    bool readsTime;            ///< Its picture changes with the frame's number or the clip's length.
+    const VRM::FilterTraits* traits;
 };
 
 /// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws

@@ -3,8 +3,7 @@
 
 #include "host/pixkit/mix.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vrm/filter_probe.h"
-#include "host/vrm/frame_limits.h"
+#include "host/vrm/filter_traits.h"
 #include "host/vrm/parameter_value.h"
 
 #include <algorithm>
@@ -95,8 +94,9 @@ void Chain::add(const VRM::Filter& filter, std::span<const double> values, doubl
 PicturePtr Chain::render(const PicturePtr& input, const Moment& moment, const InputAt& inputAt) const {
     for (const Stage& stage : stages_) {
         const VRM::PropertyList& properties = stage.filter->properties;
-        const std::string refusal = VRM::frameRefusal(properties.name, VRM::frameLimits(properties.matchName),
-                                                      input->width(), input->height(), input->rowBytes());
+        const VRM::FrameLimits& limits = VRM::filterTraits(properties.matchName).limits;
+        const std::string refusal =
+            VRM::frameRefusal(properties.name, limits, input->width(), input->height(), input->rowBytes());
         if (!refusal.empty()) throw std::runtime_error(refusal);
     }
     return output(stages_.size(), moment.frame, Clip{input, moment, inputAt});

@@ -8,7 +8,7 @@
 #include "host/mtkcore/localizer.h"
 #include "host/mtkcore/utility.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_probe.h"
+#include "host/vrm/filter_traits.h"
 #include "host/vrm/parameter_value.h"
 
 #include <cstdlib>
@@ -46,6 +46,10 @@ Engine& engine() {
 }
 
 const VRM::Filter& filterAt(std::size_t index) { return engine().module.filters().at(index); }
+
+const VRM::FilterTraits& traitsOf(std::size_t filter) {
+    return VRM::filterTraits(filterAt(filter).properties.matchName);
+}
 
 const char* keep(std::string text) {
     engine().text = std::move(text);
@@ -121,11 +125,11 @@ VIREO_WEB_EXPORT("vireo_filter_match_name") const char* filterMatchName(std::siz
 }
 
 VIREO_WEB_EXPORT("vireo_filter_reads_time") int filterReadsTime(std::size_t filter) {
-    return VRM::readsTime(filterAt(filter).properties) ? 1 : 0;
+    return traitsOf(filter).readsTime ? 1 : 0;
 }
 
 VIREO_WEB_EXPORT("vireo_filter_look_back") int filterLookBack(std::size_t filter) {
-    return VRM::lookBack(VRM::newInstance(filterAt(filter)));
+    return traitsOf(filter).earlierFrames;
 }
 
 VIREO_WEB_EXPORT("vireo_parameter_count") std::size_t parameterCount(std::size_t filter) {

@@ -4,7 +4,9 @@
 #include "host/heapkit/memory_handles.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
+#include "host/vrm/meta_plugin.h"
 
+#include <new>
 #include <utility>
 
 namespace VRM {
@@ -85,6 +87,13 @@ std::int32_t FilterInstance::setup(FrameBuffer* source, FrameBuffer* destination
     const std::int32_t result = callFilter(entry_, FilterSelectorSetup, invocation);
     settings_ = invocation.settingsHandle;
     return result;
+}
+
+FilterInstance newInstance(const Filter& filter) {
+    FilterInstance instance(filter.entry);
+    // Without memory a filter keeps no settings and says nothing.
+    if (instance.settings().size() < filter.properties.recordSize()) throw std::bad_alloc();
+    return instance;
 }
 
 }  // namespace VRM

@@ -11,6 +11,8 @@
 
 namespace VRM {
 
+struct Filter;
+
 /// The default clock: fields, two to a frame.
 inline constexpr std::uint32_t fieldDuration = 1;
 
@@ -53,6 +55,10 @@ private:
     FilterEntryProc entry_;
     MemoryHandle settings_ = nullptr;
 };
+
+/// The filter with the settings that it starts with, whose record holds every parameter. Throws
+/// std::bad_alloc.
+VIREO_HOST_API FilterInstance newInstance(const Filter& filter);
 
 }  // namespace VRM
 

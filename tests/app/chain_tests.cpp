@@ -92,9 +92,9 @@ TEST(FilterChain, TellsTheClockInFields) {
 }
 
 TEST(FilterChain, FindsHowFarFiltersLookBack) {
-    EXPECT_EQ(chainOf({"addv"}).lookBack(), 0);
-    EXPECT_EQ(chainOf({"echo"}).lookBack(), 4);
-    EXPECT_EQ(chainOf({"echo", "addv", "echo"}).lookBack(), 8);
+    EXPECT_EQ(chainOf({"deep"}).lookBack(), 0);
+    EXPECT_EQ(chainOf({"echo"}).lookBack(), 8);
+    EXPECT_EQ(chainOf({"echo", "deep", "echo"}).lookBack(), 16);
 }
 
 TEST(FilterChain, GivesEarlierFramesAsTheFiltersBeforeMakeThem) {

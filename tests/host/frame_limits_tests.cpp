@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Every filter of the module over frames that are far wider or higher than people use, held against what it
 // makes of small ones: right up to its limits, wrong just beyond, right at any size without limits.
-#include "host/vrm/frame_limits.h"
-
 #include "host/vrm/filter_instance.h"
+#include "host/vrm/filter_traits.h"
 #include "host/vrm/meta_plugin.h"
 
 #include <gmock/gmock.h>
@@ -249,7 +248,7 @@ void expectLimits(const VRM::Filter& filter, Direction direction) {
     const auto right = [&](int length, int padding = 0) {
         return tested.rule(filter, tested.setup, direction, length, padding);
     };
-    const VRM::FrameLimits limits = VRM::frameLimits(filter.properties.matchName);
+    const VRM::FrameLimits limits = VRM::filterTraits(filter.properties.matchName).limits;
     const bool wide = direction == Direction::Wide;
     const std::int32_t limit = wide ? std::min(limits.width, limits.rowBytes / 4) : limits.height;
     if (limit == (wide ? VRM::FrameLimits::none / 4 : VRM::FrameLimits::none)) {
@@ -289,7 +288,9 @@ TEST(FrameLimits, AreToldInASentenceThatNamesFilterSizeAndLimit) {
         EXPECT_EQ(refusal(76, 200, rowBytes),
                   "Some Filter takes rows of up to 300 bytes, and those of 76 pixels have 304");
     }
-    EXPECT_EQ(VRM::frameRefusal("", VRM::frameLimits("of another module"), 1 << 30, 1 << 30, 1LL << 40), "");
+    EXPECT_EQ(
+        VRM::frameRefusal("", VRM::filterTraits("of another module").limits, 1 << 30, 1 << 30, 1LL << 40),
+        "");
 }
 
 }  // namespace

@@ -94,11 +94,11 @@ VRM::Parameter parameter(const char* name, VRM::ParameterKind kind, double minim
 }
 
 VRM::Filter filter(std::uint32_t id, FilterEntryProc entry, const char* name, const char* segment,
-                   std::vector<VRM::Parameter> parameters = {}) {
+                   std::vector<VRM::Parameter> parameters = {}, const char* matchName = nullptr) {
     VRM::PropertyList list;
     list.nameKey = "$$$/Test/Filters/" + std::string(segment) + "/Name=" + name;
     list.name = name;
-    list.matchName = "TEST " + std::string(name);
+    list.matchName = matchName != nullptr ? matchName : "TEST " + std::string(name);
     list.parameters = std::move(parameters);
     return {id, entry, list};
 }
@@ -114,7 +114,7 @@ const std::vector<VRM::Filter>& fakeFilters() {
                 parameter("Level", Kind::Number, 0, 40000, 4, 2, 7)}),
         filter(2, addStamp, "Add Stamp", "Stamper"),
         filter(3, echo, "Echo", "Echo"),
-        filter(4, deepCopy, "Deep Copy (16)", "DeepCopy"),
+        filter(4, deepCopy, "Deep Copy (16)", "DeepCopy", {}, "QULN Horizontal Flip"),
     };
     return filters;
 }

@@ -17,7 +17,8 @@ namespace vireo::test {
 /// 2 "Add Stamp": writes its time into blue, field flags / 256 into green and the duration into red.
 /// 3 "Echo": blue becomes 10 times its own less the blue of the picture four fields earlier, in fields eight;
 ///   before the clip's begin that of its first frame.
-/// 4 "Deep Copy (16)": copies; offers "Bgra" and "vuya" beside "bgra".
+/// 4 "Deep Copy (16)": copies; offers "Bgra" and "vuya" beside "bgra". It goes by the match name of a filter
+///   that is known; the others are not.
 const std::vector<VRM::Filter>& fakeFilters();
 
 /// A picture of one colour, opaque.

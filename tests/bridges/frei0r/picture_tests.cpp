@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Every plug-in's pictures are those of the module, at any size, setting and time.
-#include "host/vrm/frame_limits.h"
+#include "host/vrm/filter_traits.h"
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
 #include "tests/bridges/frei0r/support/reference_render.h"
 
@@ -102,7 +102,7 @@ TEST(Pictures, AreThoseOfTheModuleUpToTheFiltersLimits) {
     for (const auto& file : pluginFiles()) {
         const InitialisedPlugin plugin(file);
         const VRM::Filter& filter = filterOf(*module, plugin.info().name);
-        const VRM::FrameLimits limits = VRM::frameLimits(filter.properties.matchName);
+        const VRM::FrameLimits limits = VRM::filterTraits(filter.properties.matchName).limits;
         const VRM::FilterInstance reference(filter.entry);
         for (const PictureSize size : sizes) {
             testing::internal::CaptureStderr();

@@ -20,12 +20,15 @@ const Localizer& Localizer::Get() {
 }
 
 std::u16string Localizer::Translate(std::string_view key) const {
+    return Translate(key, QRB::GetLanguageID());
+}
+
+std::u16string Localizer::Translate(std::string_view key, std::uint16_t language) const {
     if (!key.starts_with(keyPrefix)) return utility::Utf8ToUTF16(key);
     const std::size_t equals = key.find('=');
     const std::string_view name = key.substr(0, equals);
-    const std::uint16_t language = QRB::primaryLanguage(QRB::GetLanguageID());
     for (const Catalogue& catalogue : catalogues) {
-        if (catalogue.language != language) continue;
+        if (catalogue.language != QRB::primaryLanguage(language)) continue;
         const auto entry = std::lower_bound(
             catalogue.entries.begin(), catalogue.entries.end(), name,
             [](const CatalogueEntry& known, std::string_view sought) { return known.key < sought; });

@@ -4,6 +4,7 @@
 
 #include "host/host_export.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,9 @@ public:
     /// language: what its catalogue says, else what stands behind "=". A text that is no key comes back as it
     /// is.
     std::u16string Translate(std::string_view key) const;
+
+    /// The same in another language, a word like QRB::GetLanguageID()'s.
+    std::u16string Translate(std::string_view key, std::uint16_t language) const;
 
 private:
     Localizer() = default;

@@ -23,7 +23,7 @@ FLAGS = {"number": 8, "color": 8, "checkbox": 0}
 VALUE_BYTES = {"number": 2, "color": 4, "checkbox": 1}
 
 FILTER_KEYS = {"id", "name", "category", "key", "match_name", "old", "descriptor", "parameters", "reads_time",
-               "earlier_frames", "limits", "rows", "neighbour_rows", "identity"}
+               "earlier_frames", "limits", "rows", "neighbour_rows", "needs_filling", "identity", "touches_gaps"}
 PARAMETER_KEYS = {"name", "kind", "range", "display", "bytes", "control", "value_type", "flags", "unit", "label",
                   "choices"}
 LIMITS = {"width": "width", "height": "height", "row_bytes": "rowBytes"}
@@ -191,8 +191,10 @@ class Traits:
             "readsTime": str(self.entry.get("reads_time", False)).lower(),
             "earlierFrames": self.entry.get("earlier_frames", 0),
             "takesRowsFromTheTop": str(rows == "any").lower(),
+            "writesAll": str(not self.entry.get("needs_filling", False)).lower(),
             "neighbourRows": self.entry.get("neighbour_rows", "std::nullopt"),
             "identity": identity_name,
+            "touchesGaps": str(self.entry.get("touches_gaps", False)).lower(),
             "parameters": parameters_name,
         }
         return identity + parameters, "{" + ", ".join(f".{name} = {value}" for name, value in fields.items()) + "}"

@@ -65,10 +65,11 @@ std::vector<std::uint32_t> FilterInstance::pixelFormats() const {
 }
 
 std::int32_t FilterInstance::render(const FrameRequest& request) const {
-    FrameRect bounds;
-    vpixGetBounds(request.source, &bounds);
-    vpixCopy(request.source, request.destination, &bounds, &bounds, VPixCopyReplace);
-
+    if (request.isFilled) {
+        FrameRect bounds;
+        vpixGetBounds(request.source, &bounds);
+        vpixCopy(request.source, request.destination, &bounds, &bounds, VPixCopyReplace);
+    }
     FilterInvocation invocation = makeInvocation(settings_);
     invocation.sourceFrame = request.source;
     invocation.destFrame = request.destination;

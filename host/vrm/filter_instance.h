@@ -25,6 +25,7 @@ struct FrameRequest {
     std::uint16_t fieldFlags = 0;
     GetFrameFunction* getFrame = nullptr;
     void* getFrameData = nullptr;
+    bool isFilled = true;  ///< Whether the destination is the source's copy before the filter writes there.
 };
 
 /// A filter in use with settings of its own. The constructor runs InitSettings; the settings handle goes with
@@ -44,8 +45,8 @@ public:
     /// The formats that the filter offers at selector 6, in its order; empty for filters that do not answer.
     std::vector<std::uint32_t> pixelFormats() const;
 
-    /// Fills the destination with a copy of the source, then runs Execute and returns its result. Exceptions
-    /// of the module pass through.
+    /// Fills the destination with a copy of the source unless told otherwise, then runs Execute and returns
+    /// its result. Exceptions of the module pass through.
     std::int32_t render(const FrameRequest& request) const;
 
     /// Runs the settings dialog over a picture; the destination is its scratch. Returns the dialog's result.

@@ -9,7 +9,7 @@ namespace VRM {
 namespace {
 
 /// Gets as many earlier frames as any that is known asks for.
-constexpr FilterTraits unknownFilter{.readsTime = true, .earlierFrames = 8};
+constexpr FilterTraits unknownFilter{.readsTime = true, .earlierFrames = 8, .touchesGaps = true};
 
 std::string tooLarge(std::string_view filterName, std::int32_t most, const char* direction,
                      std::int32_t size) {
@@ -20,7 +20,10 @@ std::string tooLarge(std::string_view filterName, std::int32_t most, const char*
 }  // namespace
 
 const FilterTraits& filterTraits(std::string_view matchName) {
-    const auto found = std::ranges::find(knownFilters, matchName, &FilterTraits::matchName);
+    // The browser's standard library has no std::ranges::find yet.
+    const auto found =
+        std::find_if(knownFilters.begin(), knownFilters.end(),
+                     [&](const FilterTraits& traits) { return traits.matchName == matchName; });
     return found == knownFilters.end() ? unknownFilter : *found;
 }
 

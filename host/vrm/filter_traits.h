@@ -48,17 +48,20 @@ struct FilterTraits {
     bool readsTime = false;            ///< The picture changes with the frame's number or the clip's length.
     std::int32_t earlierFrames = 0;    ///< So many frames back it asks its host for, at most.
     bool takesRowsFromTheTop = false;  ///< Negative row bytes give the picture that positive ones give.
+    /// Every pixel of the destination is written, also where memory is short.
+    bool writesAll = false;
     /// Where a filter may be rendered in bands, from buffers that are parts of the frame: so many rows of the
     /// source above and below a row decide what becomes of it, and so many rows beside a cut are wrong.
     std::optional<std::int32_t> neighbourRows;
     /// With all these values the result is the source, whatever the others are. Empty where there are none.
     std::span<const IdentityValue> identity;
+    bool touchesGaps = false;                     ///< Bytes between the rows are read and written, too.
     std::span<const ParameterTraits> parameters;  ///< In the order of the property list.
 };
 
 /// By match name. Of a filter that is not known they say what is safe to assume, without an id, names and
-/// parameters: it may read the time and 8 earlier frames, wants whole frames with rows from the bottom, and
-/// has no limits.
+/// parameters: it may read the time and 8 earlier frames, wants whole frames with rows from the bottom, may
+/// touch what lies between rows, and has no limits.
 VIREO_HOST_API const FilterTraits& filterTraits(std::string_view matchName);
 
 /// Why a filter does not take frames of a size: a sentence without full stop that begins with `filterName`.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/fxkit.h"
 #include "host/fxkit/gaussian_blur.h"
+#include "host/vrm/worker_threads.h"
 #include "tests/host/short_memory.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,9 @@
 #include <functional>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -248,6 +251,121 @@ TEST(GaussianBlur, WritesTheFrameAloneAndTakesRowsOfEitherSign) {
     }
 }
 
+/// Runs each part on a thread of its own.
+class RealThreads : public VRM::WorkerThreads {
+public:
+    explicit RealThreads(int threads) : threads_(threads) {}
+
+    int count() const override { return threads_; }
+    void run(int parts, const std::function<void(int)>& work) override {
+        ++runs;
+        std::vector<std::thread> threads;
+        for (int part = 0; part < parts; ++part) threads.emplace_back(work, part);
+        for (std::thread& thread : threads) thread.join();
+    }
+
+    int runs = 0;
+
+private:
+    int threads_;
+};
+
+/// Promises threads and has none: the last part comes first, and the others when it is done.
+class NoThreads : public VRM::WorkerThreads {
+public:
+    int count() const override { return 5; }
+    void run(int parts, const std::function<void(int)>& work) override {
+        for (int part = parts - 1; part >= 0; --part) work(part);
+    }
+};
+
+Picture blurredOn(VRM::WorkerThreads& workers, mtkcore::InstructionSet set, const Picture& source,
+                  double reachAcross, double reachDown) {
+    Picture result(source.size);
+    const std::int64_t rowBytes = 4 * source.size.width;
+    FxKit::gaussianBlur(
+        blurKernelsTables.at(set),
+        {source.bytes.data(), rowBytes, result.bytes.data(), rowBytes, source.size.width, source.size.height},
+        reachAcross, reachDown, &workers);
+    return result;
+}
+
+TEST(GaussianBlur, GivesTheSameBytesOnAnyNumberOfThreads) {
+    struct Reach {
+        double across, down;
+    };
+    std::mt19937 random(11);
+    for (const Size size : {Size{131, 129},
+                            {1001, 37},
+                            {67, 401},
+                            {3, 6000},
+                            {9, 2001},
+                            {6001, 3},
+                            {512, 97},
+                            {5000, 33},
+                            {40, 512}}) {
+        const Picture source = noise(size, random());
+        for (const Reach reach : {Reach{1, 1}, {3, 200}, {77, 5}, {0, 9}, {9, 0}, {4000, 3000}, {1e9, 1e9}}) {
+            const Picture expected =
+                blurred(mtkcore::InstructionSet::Baseline, source, reach.across, reach.down);
+            for (const mtkcore::InstructionSet set : runnableSets()) {
+                SCOPED_TRACE(std::string(instructionSetName(set)) + " " + std::to_string(size.width) + " x " +
+                             std::to_string(size.height) + " reach " + std::to_string(reach.across) + ", " +
+                             std::to_string(reach.down));
+                for (const int threads : {1, 2, 3, 8}) {
+                    RealThreads workers(threads);
+                    EXPECT_TRUE(blurredOn(workers, set, source, reach.across, reach.down).bytes ==
+                                expected.bytes)
+                        << threads << " threads";
+                }
+                NoThreads none;
+                EXPECT_TRUE(blurredOn(none, set, source, reach.across, reach.down).bytes == expected.bytes);
+            }
+        }
+    }
+}
+
+TEST(GaussianBlur, UsesTheThreadsThatAreLentToTheCaller) {
+    const Picture source = noise({300, 200}, 12);
+    const Picture expected = blurred(mtkcore::InstructionSet::Baseline, source, 20, 30);
+    RealThreads outer(2), inner(3);
+    // In place, so that the picture is copied aside before.
+    const auto expectBlurred = [&] {
+        Picture picture = source;
+        FX_GaussianBlur(picture.bytes.data(), 1200, 300, 200, 4, picture.bytes.data(), 1200, 300, 200, 4, 20,
+                        30, 1, 0, 3, 2);
+        EXPECT_TRUE(picture.bytes == expected.bytes);
+    };
+    const auto expectRuns = [&](int ofOuter, int ofInner) {
+        expectBlurred();
+        EXPECT_EQ(outer.runs, ofOuter);
+        EXPECT_EQ(inner.runs, ofInner);
+    };
+    expectRuns(0, 0);
+    {
+        const VRM::WorkerLoan loan(&outer);
+        expectRuns(1, 0);
+        {
+            const VRM::WorkerLoan nested(&inner);
+            expectRuns(1, 1);
+            const VRM::WorkerLoan none(nullptr);
+            expectRuns(1, 1);
+        }
+        expectRuns(2, 1);
+        std::thread(expectRuns, 2, 1).join();  // a loan is its thread's alone
+    }
+    expectRuns(2, 1);
+}
+
+TEST(GaussianBlur, LetsTheWorkersFailuresThrough) {
+    class Failing : public VRM::WorkerThreads {
+        int count() const override { return 2; }
+        void run(int, const std::function<void(int)>&) override { throw std::runtime_error("ended"); }
+    } failing;
+    const Picture source = noise({300, 200}, 12);
+    EXPECT_THROW(blurredOn(failing, mtkcore::InstructionSet::Baseline, source, 2, 2), std::runtime_error);
+}
+
 TEST(GaussianBlur, CopiesWithoutMemory) {
     const Picture source = noise({300, 20}, 5);
     Picture result(source.size);
@@ -257,6 +375,23 @@ TEST(GaussianBlur, CopiesWithoutMemory) {
                             {source.bytes.data(), 1200, result.bytes.data(), 1200, 300, 20}, 40, 40);
     }
     EXPECT_TRUE(result.bytes == source.bytes);
+
+    // Whichever allocation fails, on threads too, and where the picture is blurred in place.
+    const Picture large = noise({300, 100}, 6);
+    NoThreads workers;
+    bool hasFailed = true;
+    for (int failing = 1; hasFailed; ++failing) {
+        Picture picture = large;
+        {
+            const CountedMemory memory(failing);
+            FxKit::gaussianBlur(blurKernelsTables.chosen(),
+                                {picture.bytes.data(), 1200, picture.bytes.data(), 1200, 300, 100}, 40, 40,
+                                &workers);
+            hasFailed = memory.hasFailed();
+            EXPECT_EQ(memory.live(), 0);
+        }
+        EXPECT_EQ(picture.bytes == large.bytes, hasFailed) << failing;
+    }
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ public:
 
     /// Whether the failing allocation was asked for.
     bool hasFailed() const { return allocations_ >= failing_; }
+    /// How many were asked for, the failing one included.
+    int allocations() const { return allocations_; }
     /// What operator new gave less what operator delete took.
     int live() const { return live_; }
 

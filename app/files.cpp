@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace vireo {
@@ -17,26 +16,10 @@ std::string errorName(int code) { return std::generic_category().message(code); 
 
 }  // namespace
 
-std::filesystem::path pathOf(std::string_view utf8) {
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string utf8Of(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
-std::string readFile(const std::string& path) {
-    std::error_code error;
-    std::ifstream file(pathOf(path), std::ios::binary);
-    if (!file || std::filesystem::is_directory(pathOf(path), error)) throw RenderError("cannot read " + path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 void refuseExisting(const std::string& path) {
     std::error_code error;
     if (std::filesystem::exists(pathOf(path), error))
-        throw RenderError(path + " exists already; --overwrite replaces it");
+        throw Error(path + " exists already; --overwrite replaces it");
 }
 
 void writeBytes(const std::filesystem::path& path, std::string_view bytes, const std::string& shown) {
@@ -44,7 +27,7 @@ void writeBytes(const std::filesystem::path& path, std::string_view bytes, const
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (!file) throw RenderError("cannot write " + shown + (errno == 0 ? "" : ": " + errorName(errno)));
+    if (!file) throw Error("cannot write " + shown + (errno == 0 ? "" : ": " + errorName(errno)));
 }
 
 void writeFile(const std::string& path, std::string_view content, bool overwrite) {

@@ -23,9 +23,11 @@ LAYERS = {
     "framework/": ["framework/", "resources/", "host/"],
     "filters/": ["{own}", "framework/", "resources/", "host/"],
     "resources/": ["resources/", "host/"],
-    "app/": ["app/", "host/"],
-    "bridges/": ["{own}", "host/"],
-    "examples/": ["host/"],
+    "engine/": ["engine/", "host/"],
+    "app/": ["app/", "engine/", "host/"],
+    "bridges/frei0r/": ["{own}", "engine/include/", "host/"],
+    "bridges/": ["{own}", "engine/include/"],
+    "examples/": ["engine/include/", "host/"],
     "tests/": [""],
     "bench/": [""],
 }
@@ -42,6 +44,7 @@ HOST_INSIDE = [
     "host/vrm/module_library.h",
     "host/vrm/parameter_value.h",
     "host/vrm/property_list.h",
+    "host/vrm/worker_threads.h",
 ]
 MODULE = ("framework/", "filters/", "resources/")
 
@@ -79,6 +82,8 @@ def include_violations(path, text):
             elif path.startswith(MODULE) and not is_standard(included) and included not in MODULE_SYSTEM:
                 yield f"includes <{included}>, which is not of the standard library"
             continue
+        if included.startswith("vireo/"):
+            included = "engine/include/" + included
         # A neighbour may be named without its folder.
         target = included if layer_of(included) else folder + included
         if not target.startswith(allowed):

@@ -3,7 +3,7 @@
 #define VIREO_APP_COMMANDS_CHAIN_OPTIONS_H
 
 #include "app/commands/options.h"
-#include "app/settings/filter_settings.h"
+#include "engine/settings/chain_settings.h"
 
 #include <string>
 #include <vector>
@@ -24,13 +24,13 @@ struct ChainOptions {
     std::vector<SavedBytes> savedBytes;
 };
 
-/// Reads the options that make up the chain. Throws RenderError, also where they name no filter.
+/// Reads the options that make up the chain. Throws Error, also where they name no filter.
 ChainOptions readChain(const Catalogue& catalogue, const RenderOptions& options);
 
-/// Refuses what saveSettings() could only refuse after the work: names that are taken. Throws RenderError.
+/// Refuses what saveSettings() could only refuse after the work: names that are taken. Throws Error.
 void refuseTakenNames(const ChainOptions& chain, const RenderOptions& options);
 
-/// Writes what --save-settings and --save-settings-bytes ask for. Throws RenderError.
+/// Writes what --save-settings and --save-settings-bytes ask for. Throws Error.
 void saveSettings(const ChainOptions& chain, const RenderOptions& options);
 
 }  // namespace vireo

@@ -3,10 +3,11 @@
 
 #include "app/commands/commands.h"
 #include "app/commands/help.h"
-#include "app/commands/locations.h"
 #include "app/files.h"
 #include "app/render/render_job.h"
 #include "app/terminal.h"
+#include "engine/catalogue/languages.h"
+#include "engine/locations.h"
 #include "host/commit.h"
 #include "host/mtkcore/instruction_set.h"
 #include "host/qrb/language.h"
@@ -41,28 +42,6 @@ Exit status:
 
 vireo COMMAND --help tells more, with examples.)help";
 
-struct LanguageName {
-    std::string_view name;
-    std::uint16_t id;
-};
-constexpr LanguageName languages[] = {
-    {"en", QRB::makeLanguageID(QRB::kSubLanguage_Default, QRB::kLanguage_English)},
-    {"fr", QRB::makeLanguageID(QRB::kSubLanguage_French, QRB::kLanguage_French)},
-    {"de", QRB::makeLanguageID(QRB::kSubLanguage_German, QRB::kLanguage_German)},
-    {"ja", QRB::makeLanguageID(QRB::kSubLanguage_Default, QRB::kLanguage_Japanese)},
-    {"es", QRB::makeLanguageID(QRB::kSubLanguage_Spanish, QRB::kLanguage_Spanish)},
-    {"it", QRB::makeLanguageID(QRB::kSubLanguage_Italian, QRB::kLanguage_Italian)},
-    {"ko", QRB::makeLanguageID(QRB::kSubLanguage_Korean, QRB::kLanguage_Korean)}};
-
-void setLanguage(const std::string& name) {
-    const auto found = std::find_if(std::begin(languages), std::end(languages),
-                                    [&](const LanguageName& language) { return language.name == name; });
-    if (found == std::end(languages)) {
-        throw RenderError("--language takes en, fr, de, ja, es, it or ko, not \"" + name + '"', wrongUsage);
-    }
-    vireoHostSetLanguage(found->id);
-}
-
 void addGlobalOptions(CLI::App& program, GlobalOptions& options, bool& version) {
     program.set_help_flag("--help,-h", "Print this help");
     program.option_defaults()->group("Options of every command");
@@ -96,15 +75,15 @@ void addCommands(CommandSet& commands) {
 int run(const CommandSet& commands, const GlobalOptions& global) {
     const RunCommand* command = commands.chosen();
     if (command == nullptr) {
-        throw RenderError("a command is missing, such as render, compare or list; vireo --help tells more",
-                          wrongUsage);
+        throw Error("a command is missing, such as render, compare or list; vireo --help tells more",
+                    wrongUsage);
     }
     if (global.applicationType) vireoHostSetApplicationType(*global.applicationType);
-    if (!global.language.empty()) setLanguage(global.language);
+    if (!global.language.empty()) vireoHostSetLanguage(languageId(global.language));
     Session session(global);
     const int status = (*command)(session);
     std::cout.flush();
-    if (!std::cout) throw RenderError("standard output cannot be written");
+    if (!std::cout) throw Error("standard output cannot be written");
     return status;
 }
 
@@ -113,7 +92,7 @@ void printVersion(const GlobalOptions& global) {
               << mtkcore::instructionSetName(mtkcore::chosenInstructionSet()) << '\n';
     try {
         std::cout << "module " << utf8Of(findModule(global.module)) << '\n';
-    } catch (const RenderError&) {
+    } catch (const Error&) {
         std::cout << "no module\n";
     }
 }
@@ -157,7 +136,7 @@ int runCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         printError(sentence(error.what()));
         return wrongUsage;
-    } catch (const RenderError& error) {
+    } catch (const Error& error) {
         printError(error.what());
         return error.status();
     } catch (const std::exception& error) {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/command_set.h"
 
-#include "app/commands/locations.h"
-#include "app/settings/clip_time.h"
+#include "engine/locations.h"
+#include "engine/settings/clip_time.h"
+#include "engine/text.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #ifndef VIREO_APP_COMMANDS_COMMAND_SET_H
 #define VIREO_APP_COMMANDS_COMMAND_SET_H
 
-#include "app/settings/catalogue.h"
+#include "engine/catalogue/catalogue.h"
 
 #include <CLI/CLI.hpp>
 
@@ -40,8 +40,8 @@ private:
     std::optional<Catalogue> catalogue_;
 };
 
-/// Runs a command whose options were read. Returns the exit status; throws RenderError, or any
-/// std::exception, where it fails.
+/// Runs a command whose options were read. Returns the exit status; throws Error, or any std::exception,
+/// where it fails.
 using RunCommand = std::function<int(Session&)>;
 
 /// The commands under a program.

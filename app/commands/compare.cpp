@@ -22,7 +22,7 @@ struct CompareOptions : RenderOptions {
 
 /// "photo-compared.jpg" for "photo.jpg", in the same folder.
 std::string outputBeside(const std::string& input) {
-    if (input == "-") throw RenderError("standard input has no name to make the output's of; name one", 2);
+    if (input == "-") throw Error("standard input has no name to make the output's of; name one", 2);
     std::filesystem::path path = pathOf(input);
     const std::filesystem::path extension = path.extension();
     path.replace_extension();

@@ -2,12 +2,12 @@
 #include "app/commands/completion.h"
 
 #include "app/commands/help.h"
-#include "app/commands/presets.h"
 #include "app/files.h"
 #include "app/render/render_job.h"
-#include "app/settings/filter_settings.h"
-#include "app/settings/parameter_value.h"
-#include "app/settings/settings_file.h"
+#include "engine/settings/filter_settings.h"
+#include "engine/settings/parameter_value.h"
+#include "engine/settings/presets.h"
+#include "engine/settings/settings_file.h"
 
 #include <algorithm>
 #include <cctype>
@@ -174,7 +174,7 @@ private:
     void addPreset(const Preset& preset) {
         try {
             add(preset.name, settingsDescription(preset.file, readFile(preset.file)));
-        } catch (const RenderError&) {
+        } catch (const Error&) {
             add(preset.name, "damaged");
         }
     }

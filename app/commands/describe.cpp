@@ -2,9 +2,9 @@
 // vireo list and vireo info.
 #include "app/commands/commands.h"
 #include "app/commands/table.h"
-#include "app/settings/filter_settings.h"
-#include "app/settings/parameter_value.h"
 #include "app/terminal.h"
+#include "engine/settings/filter_settings.h"
+#include "engine/settings/parameter_value.h"
 #include "host/vrm/filter_traits.h"
 
 #include <nlohmann/json.hpp>

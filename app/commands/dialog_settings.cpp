@@ -3,7 +3,7 @@
 #include "app/commands/commands.h"
 #include "app/files.h"
 #include "app/render/render_job.h"
-#include "app/settings/settings_file.h"
+#include "engine/settings/settings_file.h"
 #include "host/vrm/filter_instance.h"
 
 #include <algorithm>
@@ -58,8 +58,7 @@ FilterSettings startingSettings(const Catalogue& catalogue, const DialogOptions&
     if (options.settings.empty()) return FilterSettings(filter);
     const auto chain = parseSettings(catalogue, options.settings, readFile(options.settings));
     if (chain.size() != 1 || &chain.front().filter() != &filter) {
-        throw RenderError(options.settings + " does not hold the settings of one " + filter.properties.name,
-                          2);
+        throw Error(options.settings + " does not hold the settings of one " + filter.properties.name, 2);
     }
     return chain.front();
 }
@@ -71,7 +70,7 @@ PicturePtr readPicture(const std::string& file) {
         source.probe(path);
         return source.frame(path, 0)->picture(PixKit::formatBgra);
     } catch (const DamagedFrame& damage) {
-        throw RenderError(file + " cannot be read: " + damage.what());
+        throw Error(file + " cannot be read: " + damage.what());
     }
 }
 
@@ -86,8 +85,8 @@ void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
     std::copy(record.begin(), record.end(), instance.settings().begin());
     const DialogWatch dialog;
     const std::int32_t result = instance.setup(picture->buffer(), scratch.buffer());
-    if (!dialog.sawDialog()) throw RenderError(name + " has no settings dialog; give its values with -f");
-    if (result != 0) throw RenderError("the dialog was cancelled, so nothing is saved");
+    if (!dialog.sawDialog()) throw Error(name + " has no settings dialog; give its values with -f");
+    if (result != 0) throw Error("the dialog was cancelled, so nothing is saved");
 
     FilterSettings accepted(start.filter());
     accepted.setBytes(instance.settings());
@@ -104,8 +103,8 @@ void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
 
 void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
     const std::string& name = catalogue.find(options.filter).properties.name;
-    throw RenderError("settings dialogs open on Windows alone; give " + name +
-                      " its values with -f, and vireo info \"" + name + "\" tells which it takes");
+    throw Error("settings dialogs open on Windows alone; give " + name +
+                " its values with -f, and vireo info \"" + name + "\" tells which it takes");
 }
 
 #endif

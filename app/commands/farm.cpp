@@ -8,7 +8,7 @@
 #include "app/media/picture_files.h"
 #include "app/media/segment_join.h"
 #include "app/media/sequence_pattern.h"
-#include "app/settings/settings_file.h"
+#include "engine/settings/settings_file.h"
 
 #include <algorithm>
 #include <array>
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(const std::string& sentence) { throw RenderError(sentence, 2); }
+[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
 
 /// One word of a shell line, whatever is in it.
 std::string shellWord(const std::string& text) {
@@ -83,7 +83,7 @@ public:
     const std::string& folder() const { return folder_; }
     const std::vector<Segment>& segments() const { return segments_; }
 
-    /// Throws RenderError where the output exists, unless a plan that is under way has begun it.
+    /// Throws Error where the output exists, unless a plan that is under way has begun it.
     void refuseExistingOutput() const {
         std::error_code error;
         if (job_.overwrite || fs::exists(pathOf(folder_), error)) return;
@@ -215,7 +215,7 @@ private:
     const FarmOptions& options_;
     const ChainOptions chainOptions_;
     const RenderJob job_;
-    std::unique_ptr<FilterChain> chain_;
+    std::unique_ptr<ChainProcessor> chain_;
     std::string folder_;
     ClipPart part_;
     std::vector<Segment> segments_;
@@ -238,10 +238,9 @@ void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
     for (const Segment& segment : farm.segments()) {
         std::error_code error;
         if (!fs::exists(pathOf(segment.file), error)) {
-            throw RenderError(
-                "frames " + std::to_string(segment.first) + " to " + std::to_string(segment.last) +
-                " are missing: there is no " + segment.file +
-                (fs::exists(pathOf(farm.folder()), error) ? "" : "; has the input changed since?"));
+            throw Error("frames " + std::to_string(segment.first) + " to " + std::to_string(segment.last) +
+                        " are missing: there is no " + segment.file +
+                        (fs::exists(pathOf(farm.folder()), error) ? "" : "; has the input changed since?"));
         }
     }
     if (!farm.writesPictures()) {

@@ -7,7 +7,7 @@
 namespace vireo {
 namespace {
 
-[[noreturn]] void refuse() { throw RenderError("vireo farm renders video, which it does on Linux alone"); }
+[[noreturn]] void refuse() { throw Error("vireo farm renders video, which it does on Linux alone"); }
 
 }  // namespace
 

@@ -3,7 +3,7 @@
 #ifndef VIREO_APP_COMMANDS_LABEL_FONT_H
 #define VIREO_APP_COMMANDS_LABEL_FONT_H
 
-#include "app/render/picture.h"
+#include "engine/chain/picture.h"
 
 #include <cstdint>
 #include <string_view>

@@ -2,11 +2,12 @@
 // vireo man: the manual page, of what the parser and the module say about themselves.
 #include "app/commands/commands.h"
 #include "app/commands/help.h"
-#include "app/commands/presets.h"
 #include "app/files.h"
-#include "app/settings/filter_settings.h"
-#include "app/settings/parameter_value.h"
-#include "app/settings/settings_file.h"
+#include "engine/settings/filter_settings.h"
+#include "engine/settings/parameter_value.h"
+#include "engine/settings/presets.h"
+#include "engine/settings/settings_file.h"
+#include "engine/text.h"
 
 #include <algorithm>
 #include <cctype>

@@ -16,8 +16,7 @@ namespace vireo {
 
 Player::Player(const std::string& title) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        throw RenderError(std::string("cannot make a pipe: ") + std::strerror(errno));
+    if (pipe2(ends, O_CLOEXEC) != 0) throw Error(std::string("cannot make a pipe: ") + std::strerror(errno));
     input_ = ends[1];
     const char* const words[] = {"ffplay",      "-hide_banner", "-loglevel", "error", "-window_title",
                                  title.c_str(), "-f",           "nut",       "-i",    "pipe:0",
@@ -31,8 +30,8 @@ Player::Player(const std::string& title) {
     close(ends[0]);
     if (failure == 0) return;
     close(input_);
-    throw RenderError("preview shows its pictures with ffplay, which cannot be started: " +
-                      std::string(std::strerror(failure)) + "; it comes with FFmpeg");
+    throw Error("preview shows its pictures with ffplay, which cannot be started: " +
+                std::string(std::strerror(failure)) + "; it comes with FFmpeg");
 }
 
 Player::~Player() {
@@ -55,8 +54,7 @@ void Player::wait() {
         if (errno != EINTR) break;
     }
     process_ = -1;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw RenderError("ffplay failed to show the preview");
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw Error("ffplay failed to show the preview");
 }
 
 }  // namespace vireo

@@ -9,7 +9,7 @@ namespace vireo {
 /// An ffplay that shows what is written to it. Ends with this object.
 class Player {
 public:
-    /// Throws RenderError where there is no ffplay.
+    /// Throws Error where there is no ffplay.
     explicit Player(const std::string& title);
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
@@ -21,7 +21,7 @@ public:
     /// Whether its window was closed.
     bool isGone() const;
 
-    /// Tells it that all is written and waits until its window is closed. Throws RenderError where it could
+    /// Tells it that all is written and waits until its window is closed. Throws Error where it could
     /// not show anything.
     void wait();
 

@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "app/commands/presets.h"
-
+#include "engine/settings/presets.h"
 #include "app/commands/commands.h"
-#include "app/commands/locations.h"
 #include "app/commands/table.h"
-#include "app/files.h"
 #include "app/render/messages.h"
-#include "app/render/render_job.h"
-#include "app/settings/settings_file.h"
+#include "engine/error.h"
+#include "engine/files.h"
+#include "engine/settings/settings_file.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <iostream>
-#include <map>
 #include <memory>
 
 namespace vireo {
@@ -21,26 +17,11 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::vector<Preset> presetsIn(const std::vector<std::filesystem::path>& folders) {
-    std::map<std::string, Preset> byName;
-    for (const std::filesystem::path& folder : folders) {
-        std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-            if (lowerCase(utf8Of(entry.path().extension())) != ".json") continue;
-            const std::string name = utf8Of(entry.path().stem());
-            byName.try_emplace(comparableName(name), Preset{name, utf8Of(entry.path())});
-        }
-    }
-    std::vector<Preset> presets;
-    for (auto& [name, preset] : byName) presets.push_back(std::move(preset));
-    return presets;
-}
-
 /// A list goes on where one file of it is damaged.
 std::string descriptionOf(const Preset& preset, Messages& messages) {
     try {
         return settingsDescription(preset.file, readFile(preset.file));
-    } catch (const RenderError& error) {
+    } catch (const Error& error) {
         messages.warning(error.what());
         return "";
     }
@@ -63,27 +44,6 @@ void listPresets(const GlobalOptions& global, bool asJson) {
 }
 
 }  // namespace
-
-std::vector<Preset> allPresets() { return presetsIn(presetFolders()); }
-
-std::vector<Preset> shippedPresets() { return presetsIn({presetFolders().back()}); }
-
-Preset findPreset(const std::string& name) {
-    const std::vector<Preset> presets = allPresets();
-    std::vector<Names> names;
-    for (const Preset& preset : presets) names.push_back({preset.name});
-    const auto matches = matchName(name, names);
-    if (matches.size() == 1) return presets[matches.front()];
-    const std::string quoted = '"' + name + '"';
-    if (!matches.empty()) {
-        throw RenderError("the preset " + quoted + " may be " + enumeration(firstNames(matches, names), "or"),
-                          2);
-    }
-    const auto nearest = nearestNames(name, names);
-    throw RenderError("there is no preset " + quoted +
-                          (nearest.empty() ? " and no other" : "; the nearest are " + enumeration(nearest)),
-                      2);
-}
 
 void addPresetsCommand(CommandSet& commands) {
     const auto json = std::make_shared<bool>(false);

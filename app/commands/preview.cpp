@@ -27,7 +27,7 @@ struct PreviewOptions : RenderOptions {
 #if defined(_WIN32)
 
 void preview(Session&, const PreviewOptions&) {
-    throw RenderError(
+    throw Error(
         "preview needs FFmpeg, without which this program works on Windows; vireo compare "
         "writes a picture to look at");
 }
@@ -48,10 +48,11 @@ void preview(Session& session, const PreviewOptions& options) {
     job.encoder = "rawvideo";
     job.pixelFormat = "bgr0";  // no player guesses the matrix of RGB
     job.quiet = true;
+    job.atOnce = true;
     try {
         renderMedia(job, comparison);
         player.wait();
-    } catch (const RenderError& error) {
+    } catch (const Error& error) {
         // Whoever closes the window has seen enough.
         const bool isInterrupted = error.status() > 2;
         if (isInterrupted || !player.isGone()) throw;

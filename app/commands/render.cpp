@@ -37,7 +37,7 @@ Settings:
   vireo render clip.mov out.mov --lvl warm.lvl
   vireo render clip.mov out.mov -f Levels --settings-bytes levels.bin)help";
 
-[[noreturn]] void fail(const std::string& sentence) { throw RenderError(sentence, 2); }
+[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
 
 /// One job for an input and its output, or one for each input into the folder.
 std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& options) {
@@ -67,16 +67,16 @@ std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& op
 }
 
 /// Renders into a folder; a bad input does not stop the others.
-int runMany(const std::vector<RenderJob>& jobs, FilterChain& chain, const std::string& folder) {
+int runMany(const std::vector<RenderJob>& jobs, FrameProcessor& chain, const std::string& folder) {
     std::error_code error;
     std::filesystem::create_directories(pathOf(folder), error);
     if (!std::filesystem::is_directory(pathOf(folder), error))
-        throw RenderError("cannot make the folder " + folder);
+        throw Error("cannot make the folder " + folder);
     int status = 0;
     for (const RenderJob& job : jobs) {
         try {
             runJob(job, chain);
-        } catch (const RenderError& failure) {
+        } catch (const Error& failure) {
             if (failure.status() > 2) throw;  // interrupted
             printError(failure.what());
             status = 1;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/render_options.h"
 
-#include "app/settings/clip_time.h"
-#include "app/settings/names.h"
+#include "engine/catalogue/names.h"
+#include "engine/settings/clip_time.h"
+#include "engine/text.h"
 
 #include <cstdio>
 #include <iostream>
@@ -12,9 +13,7 @@ namespace {
 
 constexpr std::int64_t mostJobs = 1024;
 
-[[noreturn]] void fail(const std::string& sentence) { throw RenderError(sentence, 2); }
-
-std::string quoted(const std::string& text) { return '"' + text + '"'; }
+[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
 
 void addSettingsOption(CLI::App& command, const std::string& names, const std::string& value,
                        std::vector<SettingsOption>& settings, SettingsOption::Kind kind,
@@ -37,16 +36,16 @@ FrameRange parseFrames(const std::string& text) {
     const auto last = dash == std::string::npos
                           ? std::nullopt
                           : parseWholeNumber(trimmed(std::string_view(text).substr(dash + 1)));
-    if (!first || !last) fail("--frames takes A-B, two frame numbers from 0, not " + quoted(text));
+    if (!first || !last) fail("--frames takes A-B, two frame numbers from 0, not " + inQuotes(text));
     if (*first > *last)
-        fail("--frames takes a first and a last frame, and " + quoted(text) + " ends before it begins");
+        fail("--frames takes a first and a last frame, and " + inQuotes(text) + " ends before it begins");
     return {*first, *last};
 }
 
 ClipTime parseTime(const char* option, const std::string& text) {
     const auto time = parseClipTime(text);
     if (!time)
-        fail(std::string(option) + " takes a time like 5s, 2.5, 1:02:03.5 or 120f, not " + quoted(text));
+        fail(std::string(option) + " takes a time like 5s, 2.5, 1:02:03.5 or 120f, not " + inQuotes(text));
     return *time;
 }
 
@@ -83,7 +82,7 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
     for (const std::string& text : texts) {
         const std::size_t equals = text.find('=');
         if (equals == std::string::npos || equals == 0)
-            fail("--encoder-option takes NAME=VALUE, not " + quoted(text));
+            fail("--encoder-option takes NAME=VALUE, not " + inQuotes(text));
         options.emplace_back(text.substr(0, equals), text.substr(equals + 1));
     }
     return options;
@@ -92,7 +91,7 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
 std::optional<std::uint32_t> parseFormat(const std::string& name) {
     if (name.empty()) return std::nullopt;
     if (name.size() != 4)
-        fail("--filter-format takes a code of four characters such as vuya, not " + quoted(name));
+        fail("--filter-format takes a code of four characters such as vuya, not " + inQuotes(name));
     const char characters[5] = {name[0], name[1], name[2], name[3], '\0'};
     return PixKit::formatCode(characters);
 }
@@ -197,8 +196,9 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     return job;
 }
 
-std::unique_ptr<FilterChain> chainOf(const ChainOptions& chain, const RenderOptions& options) {
-    return std::make_unique<FilterChain>(chain.filters, options.job.jobs, parseFormat(options.filterFormat));
+std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options) {
+    return std::make_unique<ChainProcessor>(chain.filters, framesAtOnce(options.job.jobs),
+                                            parseFormat(options.filterFormat));
 }
 
 std::optional<Layout> layoutNamed(std::string_view name) {

@@ -3,11 +3,11 @@
 #ifndef VIREO_APP_COMMANDS_RENDER_OPTIONS_H
 #define VIREO_APP_COMMANDS_RENDER_OPTIONS_H
 
-#include "app/chain/comparison.h"
-#include "app/chain/filter_chain.h"
 #include "app/commands/chain_options.h"
 #include "app/commands/command_set.h"
 #include "app/commands/options.h"
+#include "app/render/chain_processor.h"
+#include "app/render/comparison.h"
 
 #include <memory>
 #include <optional>
@@ -30,11 +30,11 @@ void addRenderOptions(CLI::App& command, RenderOptions& options);
 /// --jobs.
 void addWorkOptions(CLI::App& command, RenderOptions& options);
 
-/// What all jobs of a command share. Throws RenderError of wrong usage.
+/// What all jobs of a command share. Throws Error of wrong usage.
 RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options);
 
-/// The chain that was read, ready to render. Throws RenderError of wrong usage.
-std::unique_ptr<FilterChain> chainOf(const ChainOptions& chain, const RenderOptions& options);
+/// The chain that was read, ready to render. Throws Error of wrong usage.
+std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options);
 
 /// The layout that a word of --layout means; nothing for "auto".
 std::optional<Layout> layoutNamed(std::string_view name);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // vireo sheet: the picture and what each filter makes of it, in a grid as large as the picture.
-#include "app/chain/filter_chain.h"
 #include "app/commands/commands.h"
 #include "app/commands/label_font.h"
+#include "app/render/chain_processor.h"
 #include "app/render/render_job.h"
 #include "host/pixkit/pixkit.h"
 
@@ -49,10 +49,14 @@ public:
             labels_.push_back(filter.properties.name);
             std::vector<FilterSettings> alone;
             alone.emplace_back(filter);
-            filters_.push_back(std::make_unique<FilterChain>(std::move(alone), 1, PixKit::formatBgra));
+            filters_.push_back(std::make_unique<ChainProcessor>(std::move(alone), 1, PixKit::formatBgra));
         }
         columns_ = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(labels_.size()))));
         rows_ = (static_cast<int>(labels_.size()) + columns_ - 1) / columns_;
+    }
+
+    void begin(int threads) override {
+        for (const auto& filter : filters_) filter->begin(threads);
     }
 
     int lookBack() const override {
@@ -108,7 +112,7 @@ private:
     }
 
     std::vector<std::string> labels_;
-    std::vector<std::unique_ptr<FilterChain>> filters_;
+    std::vector<std::unique_ptr<ChainProcessor>> filters_;
     int columns_ = 1;
     int rows_ = 1;
 };

@@ -113,7 +113,7 @@ const AVCodec* encoderNamed(const std::string& name) {
         if (codecKind != nullptr) codec = avcodec_find_encoder(codecKind->id);
     }
     if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
-        throw RenderError("there is no video encoder named " + name, 2);
+        throw Error("there is no video encoder named " + name, 2);
     return codec;
 }
 
@@ -177,19 +177,19 @@ AVPixelFormat nearestFormat(const AVCodec& codec, const Wish& wish) {
         }
     }
     if (best == AV_PIX_FMT_NONE)
-        throw RenderError(std::string("the encoder ") + codec.name + " takes no pixel format that fits");
+        throw Error(std::string("the encoder ") + codec.name + " takes no pixel format that fits");
     return best;
 }
 
 AVPixelFormat wantedFormat(const RenderJob& job, const AVCodec& codec) {
     const AVPixelFormat format = av_get_pix_fmt(job.pixelFormat.c_str());
     if (format == AV_PIX_FMT_NONE || !canPack(format))
-        throw RenderError("there is no pixel format named " + job.pixelFormat, 2);
+        throw Error("there is no pixel format named " + job.pixelFormat, 2);
     for (const AVPixelFormat* f = codec.pix_fmts; f != nullptr && *f != format; ++f) {
         if (*f == AV_PIX_FMT_NONE)
-            throw RenderError(std::string("the encoder ") + codec.name + " does not take the pixel format " +
-                                  job.pixelFormat,
-                              2);
+            throw Error(std::string("the encoder ") + codec.name + " does not take the pixel format " +
+                            job.pixelFormat,
+                        2);
     }
     return format;
 }
@@ -283,7 +283,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
         choice.container = av_guess_format(nullptr, job.output.c_str(), nullptr);
     }
     if (choice.container == nullptr) {
-        throw RenderError(
+        throw Error(
             pipe ? "there is no format named " + name : "the name " + job.output + " does not tell a format",
             2);
     }
@@ -297,7 +297,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
             av_guess_codec(choice.container, nullptr, job.output.c_str(), nullptr, AVMEDIA_TYPE_VIDEO));
     }
     if (choice.codec == nullptr)
-        throw RenderError(std::string("there is no video encoder for ") + choice.container->long_name);
+        throw Error(std::string("there is no video encoder for ") + choice.container->long_name);
     chooseFormat(choice, job, video, depth, alpha);
     chooseDefaults(choice, job);
     return choice;
@@ -369,10 +369,10 @@ void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const Ren
     captureLibraryMessages();
     const int opened = avcodec_open2(&context, choice.codec, options.address());
     if (opened < 0)
-        throw RenderError(std::string("the encoder ") + choice.codec->name +
-                          " refuses the settings: " + failureText(opened));
+        throw Error(std::string("the encoder ") + choice.codec->name +
+                    " refuses the settings: " + failureText(opened));
     if (left == nullptr && options.anyName() != nullptr)
-        throw RenderError(
+        throw Error(
             std::string("the encoder ") + choice.codec->name + " has no option named " + options.anyName(),
             2);
 }

@@ -27,12 +27,12 @@ struct EncoderChoice {
 bool writesPictures(const RenderJob& job);
 
 /// By the output's name, the job's wishes and the source. `depth` is that of the rendered pictures. Throws
-/// RenderError.
+/// Error.
 EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& video, int depth);
 EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth, bool alpha);
 
 /// Opens an encoder of that choice; `context` may have been prepared further. An option that neither the
-/// encoder nor, afterwards, `left` takes is refused. Throws RenderError.
+/// encoder nor, afterwards, `left` takes is refused. Throws Error.
 void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,
                  Dictionary* left);
 

@@ -71,7 +71,7 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
     }
     const std::string refusal =
         processor.refusal(info.width, info.height, source.pictureFormat, source.video.interlacing);
-    if (!refusal.empty()) throw RenderError(job.input + ": " + refusal);
+    if (!refusal.empty()) throw Error(job.input + ": " + refusal);
     return source;
 }
 
@@ -80,7 +80,7 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
     const bool pictures = writesPictures(job);
     if (!job.overwrite && job.output != "-" && !(pictures && SequencePattern::parse(job.output)) &&
         std::filesystem::is_regular_file(job.output))
-        throw RenderError(job.output + " exists; --overwrite replaces it");
+        throw Error(job.output + " exists; --overwrite replaces it");
 
     FfmpegSource source = openSource(job, processor, stop, messages);
     warnOfDepth(job, source, messages);

@@ -57,7 +57,7 @@ std::string failureText(int code) {
 }
 
 int check(int code, const std::string& what) {
-    if (code < 0) throw RenderError(what + ": " + failureText(code));
+    if (code < 0) throw Error(what + ": " + failureText(code));
     return code;
 }
 

@@ -87,7 +87,7 @@ std::string libraryComplaint();
 /// The code's words, and what the library said last on this thread where it said something.
 std::string failureText(int code);
 
-/// Throws RenderError "what: words for the code" for a negative code, else returns it.
+/// Throws Error "what: words for the code" for a negative code, else returns it.
 int check(int code, const std::string& what);
 
 inline double seconds(std::int64_t time, AVRational base) { return static_cast<double>(time) * av_q2d(base); }

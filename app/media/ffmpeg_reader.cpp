@@ -108,14 +108,14 @@ void FfmpegReader::open(const RenderJob& job) {
     check(avformat_find_stream_info(context, nullptr), "cannot read " + name_);
     throwIfInterrupted();
     stream_ = findVideo(*context);
-    if (stream_ < 0) throw RenderError(name_ + " holds no video and no picture");
+    if (stream_ < 0) throw Error(name_ + " holds no video and no picture");
 }
 
 void FfmpegReader::openDecoder() {
     const AVStream& stream = *input_->streams[stream_];
     const AVCodec* codec = findDecoder(stream);
     if (codec == nullptr)
-        throw RenderError(name_ + ": there is no decoder for " + avcodec_get_name(stream.codecpar->codec_id));
+        throw Error(name_ + ": there is no decoder for " + avcodec_get_name(stream.codecpar->codec_id));
     decoder_.reset(avcodec_alloc_context3(codec));
     if (decoder_ == nullptr) throw std::bad_alloc();
     check(avcodec_parameters_to_context(decoder_.get(), stream.codecpar), "cannot decode " + name_);
@@ -208,17 +208,16 @@ void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
     throwIfInterrupted();
     if (video_.width == 0) {
         std::string reason = failureText(AVERROR_INVALIDDATA);
-        throw RenderError(name_ + ": no frame can be read: " + reason);
+        throw Error(name_ + ": no frame can be read: " + reason);
     }
     // Frames and seconds meet where the part begins.
     if (frame != nullptr && job.durationFrames)
         range_.last = lastOf(frame->position.number, *job.durationFrames);
     if (frame != nullptr && job.duration && job.frames) end_ = frame->position.seconds + *job.duration;
     if (frame == nullptr || afterPart(*frame)) {
-        throw RenderError(name_ + " has no frame in the range asked for" +
-                          (info_.frameCount > 0
-                               ? ": its frames are 0 to " + std::to_string(info_.frameCount - 1)
-                               : std::string()));
+        throw Error(name_ + " has no frame in the range asked for" +
+                    (info_.frameCount > 0 ? ": its frames are 0 to " + std::to_string(info_.frameCount - 1)
+                                          : std::string()));
     }
     info_.firstFrame = frame->position.number;
     renderedTime_ = frame->properties().pts;
@@ -366,7 +365,7 @@ void FfmpegReader::noteBreak() {
     if (breakReason_.empty() || stop_.requested()) return;
     const std::string what = name_ + ": the file breaks off behind frame " +
                              std::to_string(numbering_.following() - 1) + ": " + breakReason_;
-    if (strict_) throw RenderError(what);
+    if (strict_) throw Error(what);
     messages_.warning(what);
 }
 

@@ -18,7 +18,7 @@ struct FfmpegSource {
     int depth = 8;  ///< Bits per channel of rendered pictures.
 };
 
-/// `stop` and `messages` must outlive the result. Throws RenderError.
+/// `stop` and `messages` must outlive the result. Throws Error.
 FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                         Messages& messages);
 

@@ -114,9 +114,9 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
         output.avoid_negative_ts = reader == nullptr || reader->beginsAtZero() ? 0 : -1;
     muxer_.begin(options);
     if (options.anyName() != nullptr) {
-        throw RenderError(std::string("neither the encoder ") + choice_.codec->name + " nor the format " +
-                              choice_.container->name + " has an option named " + options.anyName(),
-                          2);
+        throw Error(std::string("neither the encoder ") + choice_.codec->name + " nor the format " +
+                        choice_.container->name + " has an option named " + options.anyName(),
+                    2);
     }
     frames_.emplace(choice_, *encoder_, video.premultiplied, messages);
     if (reader != nullptr) reader->connect([this](PacketPtr packet) { others_->take(std::move(packet)); });

@@ -202,7 +202,7 @@ FramePtr FramePacker::frameOf(const Picture& picture, bool interlaced) const {
         const ScalerPtr scaler(sws_getContext(width_, height_, from, width_, height_, format_,
                                               SWS_BICUBIC | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
         if (scaler == nullptr)
-            throw RenderError(std::string("frames cannot be converted to the pixel format ") + format.name);
+            throw Error(std::string("frames cannot be converted to the pixel format ") + format.name);
         // The samples mean the same on both sides.
         const int* const table = sws_getCoefficients(SWS_CS_DEFAULT);
         sws_setColorspaceDetails(scaler.get(), table, coding_.fullRange, table, coding_.fullRange, 0, 1 << 16,

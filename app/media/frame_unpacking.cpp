@@ -17,7 +17,7 @@ const ColourKernels& kernels = colourKernelsTables.chosen();
 
 const AVPixFmtDescriptor& descriptionOf(AVPixelFormat format) {
     const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);
-    if (description == nullptr) throw RenderError("the pixel format of the input is not known");
+    if (description == nullptr) throw Error("the pixel format of the input is not known");
     return *description;
 }
 
@@ -198,8 +198,8 @@ FramePtr scaled(const AVFrame& frame, int width, int height, AVPixelFormat forma
                                           SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP, nullptr,
                                           nullptr, nullptr));
     if (scaler == nullptr)
-        throw RenderError(std::string("frames of the pixel format ") + av_get_pix_fmt_name(from) +
-                          " cannot be converted");
+        throw Error(std::string("frames of the pixel format ") + av_get_pix_fmt_name(from) +
+                    " cannot be converted");
     sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, result->data, result->linesize);
     return result;
 }

@@ -47,7 +47,7 @@ public:
     bool preRoll = false;   ///< Stands before the part that is rendered: only there to be looked back at.
 };
 
-/// Gives the frames of an input in order. Throws RenderError.
+/// Gives the frames of an input in order. Throws Error.
 class MediaReader {
 public:
     virtual ~MediaReader() = default;
@@ -65,7 +65,7 @@ public:
     virtual ~OutputFrame() = default;
 };
 
-/// Takes the frames of an output. Throws RenderError. Destroyed before finish() it leaves nothing.
+/// Takes the frames of an output. Throws Error. Destroyed before finish() it leaves nothing.
 class MediaWriter {
 public:
     virtual ~MediaWriter() = default;
@@ -87,7 +87,7 @@ struct Media {
 };
 
 /// Opens both ends of a job; nothing is written under the name of the output yet. `stop` and `messages` must
-/// outlive the result. Throws RenderError.
+/// outlive the result. Throws Error.
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                 Messages& messages);
 

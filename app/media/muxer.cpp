@@ -62,7 +62,7 @@ void Muxer::finish() {
 void Muxer::checkWrite(int code) const {
     if (code >= 0) return;
     throwIfInterrupted();
-    if (code == AVERROR(EPIPE)) throw RenderError("the reader of " + name_ + " closed the pipe");
+    if (code == AVERROR(EPIPE)) throw Error("the reader of " + name_ + " closed the pipe");
     check(code, "cannot write " + name_);
 }
 

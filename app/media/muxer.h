@@ -14,7 +14,7 @@ namespace vireo {
 /// The container of an output. Packets may come from several threads.
 class Muxer {
 public:
-    /// Throws RenderError where the output may not or cannot be written.
+    /// Throws Error where the output may not or cannot be written.
     Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRequest& stop);
 
     AVFormatContext& context() { return *context_; }

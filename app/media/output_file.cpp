@@ -26,8 +26,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-RenderError cannotWrite(const fs::path& path, const std::error_code& error) {
-    return RenderError("cannot write " + utf8Of(path) + ": " + error.message());
+Error cannotWrite(const fs::path& path, const std::error_code& error) {
+    return Error("cannot write " + utf8Of(path) + ": " + error.message());
 }
 
 bool createFile(const fs::path& path, std::error_code& error) {
@@ -66,14 +66,13 @@ OutputFile::OutputFile(const fs::path& path, bool overwrite) : target_(path) {
         if (!error) target_ = resolved;
     }
     const fs::file_status status = fs::status(target_, error);
-    if (fs::is_directory(status)) throw RenderError(utf8Of(path) + " is a folder");
+    if (fs::is_directory(status)) throw Error(utf8Of(path) + " is a folder");
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         special_ = true;
         temporary_ = target_;
         return;
     }
-    if (fs::exists(status) && !overwrite)
-        throw RenderError(utf8Of(path) + " exists; --overwrite replaces it");
+    if (fs::exists(status) && !overwrite) throw Error(utf8Of(path) + " exists; --overwrite replaces it");
 #ifndef _WIN32
     if (fs::exists(status) && access(target_.c_str(), W_OK) != 0)
         throw cannotWrite(path, {errno, std::generic_category()});
@@ -118,7 +117,7 @@ void OutputFileSet::commit(bool overwrite) {
     if (!overwrite) {
         for (const fs::path& name : names_) {
             if (fs::exists(folder_ / name, error))
-                throw RenderError((folder_ / name).string() + " exists; --overwrite replaces it");
+                throw Error((folder_ / name).string() + " exists; --overwrite replaces it");
         }
     }
     for (const fs::path& name : names_) {

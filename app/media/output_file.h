@@ -13,7 +13,7 @@ namespace vireo {
 /// name, and goes when this object ends. Devices and pipes are written directly.
 class OutputFile {
 public:
-    /// Throws RenderError where the name is taken and may not be, or where no file can be made there.
+    /// Throws Error where the name is taken and may not be, or where no file can be made there.
     OutputFile(const std::filesystem::path& path, bool overwrite);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -25,7 +25,7 @@ public:
     /// A pipe or a device.
     bool special() const { return special_; }
 
-    /// Throws RenderError.
+    /// Throws Error.
     void commit();
 
 private:
@@ -37,7 +37,7 @@ private:
 /// Many files of one folder, which appear together.
 class OutputFileSet {
 public:
-    /// Files will appear in `folder`. Throws RenderError where none can be made there.
+    /// Files will appear in `folder`. Throws Error where none can be made there.
     explicit OutputFileSet(const std::filesystem::path& folder);
     OutputFileSet(const OutputFileSet&) = delete;
     OutputFileSet& operator=(const OutputFileSet&) = delete;
@@ -46,7 +46,7 @@ public:
     /// Where to write the file of that name in the folder.
     std::filesystem::path add(const std::filesystem::path& name);
 
-    /// Throws RenderError. Without `overwrite` no file of the folder is replaced.
+    /// Throws Error. Without `overwrite` no file of the folder is replaced.
     void commit(bool overwrite);
 
 private:

@@ -43,7 +43,7 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
       source_(std::move(source)),
       interlacing_(job.interlacing.value_or(Interlacing::Progressive)) {
     const std::vector<std::int64_t> numbers = pattern_.existing();
-    if (numbers.empty()) throw RenderError("there is no picture named like " + job.input);
+    if (numbers.empty()) throw Error("there is no picture named like " + job.input);
     firstNumber_ = numbers.front();
     const std::int64_t count = numbers.back() - firstNumber_ + 1;
 
@@ -57,7 +57,7 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
             if (failure.empty()) failure = error.what();
         }
     }
-    if (!failure.empty()) throw RenderError(job.input + ": no picture can be read: " + failure);
+    if (!failure.empty()) throw Error(job.input + ": no picture can be read: " + failure);
     info_.frameRate = pictureRate;
     info_.frameCount = count;
 
@@ -74,8 +74,8 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
         last_ = std::min<std::int64_t>(last_, pictureAt(start + *job.duration) - 1);
     }
     if (first_ > last_) {
-        throw RenderError(job.input + " has no frame in the range asked for: its frames are 0 to " +
-                          std::to_string(count - 1));
+        throw Error(job.input + " has no frame in the range asked for: its frames are 0 to " +
+                    std::to_string(count - 1));
     }
     if (job.frames && job.frames->last && *job.frames->last >= count) {
         messages.notice(job.input + " ends with frame " + std::to_string(count - 1) +
@@ -130,9 +130,8 @@ void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
         writeBytes(file_->path(), textOf(picture.bytes), job_.output);
     } else if (std::fwrite(picture.bytes.data(), 1, picture.bytes.size(), stdout) != picture.bytes.size() ||
                std::fflush(stdout) != 0) {
-        throw RenderError(errno == EPIPE
-                              ? "the reader of standard output closed the pipe"
-                              : std::string("cannot write standard output: ") + std::strerror(errno));
+        throw Error(errno == EPIPE ? "the reader of standard output closed the pipe"
+                                   : std::string("cannot write standard output: ") + std::strerror(errno));
     }
 }
 
@@ -146,10 +145,10 @@ void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int
     const auto pattern = SequencePattern::parse(job.output);
     if (!pattern) {
         if (frames > 1) {
-            throw RenderError(job.output +
-                                  " holds one picture: choose a frame with --frames, or name a sequence such "
-                                  "as frame%04d.png",
-                              2);
+            throw Error(job.output +
+                            " holds one picture: choose a frame with --frames, or name a sequence such "
+                            "as frame%04d.png",
+                        2);
         }
         return;
     }
@@ -157,8 +156,8 @@ void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int
     const std::int64_t first = firstNumber + firstFrame;
     for (std::int64_t number : pattern->existing()) {
         if (number >= first && (frames == 0 || number < first + frames))
-            throw RenderError((pattern->folder() / pattern->name(number)).string() +
-                              " exists; --overwrite replaces it");
+            throw Error((pattern->folder() / pattern->name(number)).string() +
+                        " exists; --overwrite replaces it");
     }
 }
 

@@ -31,7 +31,7 @@ class PictureTarget {
 public:
     virtual ~PictureTarget() = default;
 
-    /// The bytes of a file. Called on any thread. Throws RenderError.
+    /// The bytes of a file. Called on any thread. Throws Error.
     virtual std::vector<std::uint8_t> encode(const Picture& picture, const SourceFrame& source,
                                              bool alpha) = 0;
 };
@@ -82,7 +82,7 @@ private:
 
 /// Refuses before any work what could only be refused after it: names that are taken, and several frames for
 /// one picture. `frames` and `firstFrame` are what will be rendered, 0 frames where that is unknown. Throws
-/// RenderError.
+/// Error.
 void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int64_t firstFrame,
                         std::int64_t frames);
 

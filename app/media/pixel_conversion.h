@@ -5,7 +5,7 @@
 
 #include "app/media/colour_coding.h"
 #include "app/media/ffmpeg_objects.h"
-#include "app/render/picture.h"
+#include "engine/chain/picture.h"
 
 #include <memory>
 
@@ -21,7 +21,7 @@ bool formatIsRgb(AVPixelFormat format);
 
 /// The pixels of a frame, stored as it is, with alpha as it is. A frame deeper than the picture is dithered.
 /// `interlaced`: chroma halved down belongs to the fields. A frame of another size than `width` x `height` is
-/// scaled. Throws RenderError where the libraries cannot convert the format.
+/// scaled. Throws Error where the libraries cannot convert the format.
 std::shared_ptr<Picture> pictureOf(const AVFrame& frame, int width, int height, std::uint32_t pictureFormat,
                                    const ColourCoding& coding, bool interlaced);
 

@@ -63,7 +63,7 @@ public:
         open.file = segment.file;
         std::error_code error;
         if (!std::filesystem::exists(pathOf(segment.file), error))
-            throw RenderError(frameNames(segment) + " are missing: there is no " + segment.file);
+            throw Error(frameNames(segment) + " are missing: there is no " + segment.file);
         AVFormatContext* context = avformat_alloc_context();
         if (context == nullptr) throw std::bad_alloc();
         context->interrupt_callback = interruptBy(stop_);
@@ -72,7 +72,7 @@ public:
         open.input.reset(context);
         check(avformat_find_stream_info(context, nullptr), "cannot read " + segment.file);
         open.stream = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-        if (open.stream < 0) throw RenderError(segment.file + " holds no video");
+        if (open.stream < 0) throw Error(segment.file + " holds no video");
         PacketIndex index = indexPackets(segment.file, open.stream, stop_);
         throwIfInterrupted();
         open.times = std::move(index.times);
@@ -89,9 +89,9 @@ private:
         // Damaged frames of the input were left out; anything else would be a hole.
         if (count < wanted) open.numbers = readableFrames(job_, processor_, segment, stop_);
         if (static_cast<std::int64_t>(open.numbers.size()) != count) {
-            throw RenderError(segment.file + " holds " + std::to_string(count) + " frames and not the " +
-                              std::to_string(wanted) + " of " + frameNames(segment) +
-                              ": remove it and run its line again");
+            throw Error(segment.file + " holds " + std::to_string(count) + " frames and not the " +
+                        std::to_string(wanted) + " of " + frameNames(segment) +
+                        ": remove it and run its line again");
         }
         messages_.warning(job_.input + ": damaged and left out: " + std::to_string(wanted - count) + " of " +
                           frameNames(segment));
@@ -111,8 +111,8 @@ void refuseOtherSettings(const OpenSegment& first, const OpenSegment& other) {
                       (a.extradata_size == 0 || std::memcmp(a.extradata, b.extradata,
                                                             static_cast<std::size_t>(a.extradata_size)) == 0);
     if (!same)
-        throw RenderError(other.file + " was encoded differently from " + first.file +
-                          " and cannot be joined to it");
+        throw Error(other.file + " was encoded differently from " + first.file +
+                    " and cannot be joined to it");
 }
 
 /// The times of a clip's frames in its clock.
@@ -239,10 +239,10 @@ ClipPart partOf(const RenderJob& job, const FrameProcessor& processor) {
     const FfmpegSource source = openSource(withKnownFrames(job), processor, stop, messages);
     if (!writesPictures(job) &&
         chooseVideoEncoder(job, source.video, source.depth).codec->id == AV_CODEC_ID_WRAPPED_AVFRAME)
-        throw RenderError(job.output + " would hold bare frames, which cannot be joined", 2);
+        throw Error(job.output + " would hold bare frames, which cannot be joined", 2);
     const SourceInfo& info = source.reader->info();
     if (info.framesExpected == 0)
-        throw RenderError("the frames of " + job.input + " cannot be counted; --clip-length tells how many");
+        throw Error("the frames of " + job.input + " cannot be counted; --clip-length tells how many");
     return {info.firstFrame, info.framesExpected, source.firstNumber};
 }
 

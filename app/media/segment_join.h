@@ -23,13 +23,12 @@ struct ClipPart {
     std::int64_t firstNumber = 1;  ///< In the name of a sequence's picture of frame 0.
 };
 
-/// Looks into the input and at what the output is to be. Throws RenderError, also where frames cannot be
-/// counted.
+/// Looks into the input and at what the output is to be. Throws Error, also where frames cannot be counted.
 ClipPart partOf(const RenderJob& job, const FrameProcessor& processor);
 
 /// Writes the job's output out of its segments and of the sound and all else that its input holds: the same
 /// as one render gives. Frames have the times that the input gives them, whatever the segments say. Throws
-/// RenderError, also where a segment is missing or lacks frames that the input has.
+/// Error, also where a segment is missing or lacks frames that the input has.
 void joinSegments(const RenderJob& job, const FrameProcessor& processor,
                   const std::vector<Segment>& segments);
 

@@ -9,7 +9,7 @@ namespace vireo {
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest&,
                 Messages& messages) {
     if (job.input == "-" || job.output == "-")
-        throw RenderError("standard input and output are not read or written as pictures here", 2);
+        throw Error("standard input and output are not read or written as pictures here", 2);
     const auto pattern = SequencePattern::parse(job.input);
     auto reader = std::make_unique<SequenceReader>(
         job,
@@ -19,7 +19,7 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
     const std::string refusal =
         processor.refusal(reader->info().width, reader->info().height, PixKit::formatBgra,
                           job.interlacing.value_or(Interlacing::Progressive));
-    if (!refusal.empty()) throw RenderError(job.input + ": " + refusal);
+    if (!refusal.empty()) throw Error(job.input + ": " + refusal);
     const std::int64_t firstNumber = job.startNumber.value_or(reader->firstNumber());
     const SourceInfo& info = reader->info();
     checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);

@@ -114,7 +114,7 @@ private:
     bool premultiplied_;
 };
 
-/// An encoder's frame, ready for its size. Throws RenderError.
+/// An encoder's frame, ready for its size. Throws Error.
 ComPtr<IWICBitmapFrameEncode> newFrame(IWICBitmapEncoder& encoder, bool jpeg) {
     IPropertyBag2* bag = nullptr;
     auto frame = made<IWICBitmapFrameEncode>(
@@ -167,14 +167,14 @@ WicPictureTarget::WicPictureTarget(const RenderJob& job) : premultiplied_(job.pr
     if (!extension_.empty()) extension_.erase(0, 1);
     for (char& c : extension_) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (containerOf(extension_) == nullptr)
-        throw RenderError(job.output + ": pictures are written as PNG, JPEG, TIFF, BMP or GIF here", 2);
+        throw Error(job.output + ": pictures are written as PNG, JPEG, TIFF, BMP or GIF here", 2);
     if (!job.encoder.empty() || !job.encoderOptions.empty() || !job.pixelFormat.empty())
-        throw RenderError("the system's picture encoders take no options", 2);
+        throw Error("the system's picture encoders take no options", 2);
 }
 
 std::vector<std::uint8_t> WicPictureTarget::encode(const Picture& picture, const SourceFrame&, bool alpha) {
     const auto need = [](bool good) {
-        if (!good) throw RenderError("cannot encode a picture");
+        if (!good) throw Error("cannot encode a picture");
     };
     const Container& container = *containerOf(extension_);
     const bool indexed = *container.format == GUID_ContainerFormatGif;

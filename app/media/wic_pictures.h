@@ -21,7 +21,7 @@ private:
 
 class WicPictureTarget : public PictureTarget {
 public:
-    /// Throws RenderError where the job asks for what the system's encoders do not have.
+    /// Throws Error where the job asks for what the system's encoders do not have.
     explicit WicPictureTarget(const RenderJob& job);
 
     std::vector<std::uint8_t> encode(const Picture& picture, const SourceFrame& source, bool alpha) override;

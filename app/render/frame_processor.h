@@ -2,37 +2,12 @@
 #ifndef VIREO_APP_RENDER_FRAME_PROCESSOR_H
 #define VIREO_APP_RENDER_FRAME_PROCESSOR_H
 
-#include "app/render/picture.h"
+#include "engine/chain/clip.h"
 
 #include <cstdint>
 #include <string>
 
 namespace vireo {
-
-enum class Interlacing { Progressive, TopFieldFirst, BottomFieldFirst };
-
-/// Where a frame stands in the whole clip, also when only a part of it is rendered.
-struct FramePosition {
-    std::int64_t number = 0;      ///< From 0.
-    std::int64_t clipLength = 0;  ///< Frames of the whole clip; 0 where unknown.
-    double seconds = 0;           ///< From the first frame of the clip.
-    double frameRate = 25;        ///< Frames per second, for key frames given as times of neighbours.
-    Interlacing interlacing = Interlacing::Progressive;
-};
-
-/// Earlier frames of the source.
-class SourceHistory {
-public:
-    virtual ~SourceHistory() = default;
-
-    /// The source frame of a number: the nearest earlier one where that one is missing or was damaged, the
-    /// first one before the clip's begin. Never null for numbers within FrameProcessor::lookBack() of the
-    /// current frame.
-    virtual PicturePtr frame(std::int64_t number) const = 0;
-
-    /// The position of that frame.
-    virtual FramePosition position(std::int64_t number) const = 0;
-};
 
 /// What all frames of a clip have in common. `alpha`: whether it is worth keeping.
 struct FrameShape {
@@ -46,6 +21,9 @@ struct FrameShape {
 class FrameProcessor {
 public:
     virtual ~FrameProcessor() = default;
+
+    /// A clip begins: what was kept of the one before is none of its. `threads` may work on one frame.
+    virtual void begin(int /*threads*/) {}
 
     /// How many earlier source frames process() may ask for.
     virtual int lookBack() const = 0;

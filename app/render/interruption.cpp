@@ -51,8 +51,8 @@ InterruptionGuard::~InterruptionGuard() {
 void throwIfInterrupted() {
     switch (receivedSignal) {
         case 0: return;
-        case SIGINT: throw RenderError("interrupted; nothing was written", 130);
-        default: throw RenderError("terminated; nothing was written", 128 + receivedSignal);
+        case SIGINT: throw Error("interrupted; nothing was written", 130);
+        default: throw Error("terminated; nothing was written", 128 + receivedSignal);
     }
 }
 

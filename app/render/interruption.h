@@ -20,7 +20,7 @@ private:
     Previous* previous_;
 };
 
-/// Throws RenderError with the status of the signal once one came.
+/// Throws Error with the status of the signal once one came.
 void throwIfInterrupted();
 
 /// Tells everything that waits for a file or for another thread to give up.

@@ -3,6 +3,7 @@
 #define VIREO_APP_RENDER_RENDER_JOB_H
 
 #include "app/render/frame_processor.h"
+#include "engine/error.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -24,6 +25,9 @@ struct FrameRange {
 inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
     return first + std::min(count - 1, std::numeric_limits<std::int64_t>::max() - first);
 }
+
+/// How many frames a wish of --jobs renders side by side; 0 for the machine's cores.
+int framesAtOnce(int jobs);
 
 /// Everything that `vireo render` was told about one input and its output.
 struct RenderJob {
@@ -51,6 +55,7 @@ struct RenderJob {
     bool premultiplied = false;
     std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
     int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
+    bool atOnce = false;                     ///< Somebody waits for each frame: all cores work on it.
 };
 
 /// What came out of a job that did not fail.
@@ -61,22 +66,8 @@ struct RenderSummary {
 };
 
 /// Renders one input to one output. Notices and warnings go to standard error, one sentence a line. Throws
-/// RenderError; nothing half-written is left under the output's name.
+/// Error; nothing half-written is left under the output's name.
 RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor);
-
-/// Something the user can read: one sentence without a full stop.
-class RenderError : public std::exception {
-public:
-    explicit RenderError(std::string message, int status = 1)
-        : message_(std::move(message)), status_(status) {}
-    const char* what() const noexcept override { return message_.c_str(); }
-    /// The program's exit status: 1 failed, 2 wrong usage, 130 interrupted, 143 terminated.
-    int status() const { return status_; }
-
-private:
-    std::string message_;
-    int status_;
-};
 
 }  // namespace vireo
 

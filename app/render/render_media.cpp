@@ -46,6 +46,10 @@ private:
 
 }  // namespace
 
+int framesAtOnce(int jobs) {
+    return jobs > 0 ? jobs : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
 RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
     const auto start = std::chrono::steady_clock::now();
     const InterruptionGuard guard;
@@ -57,22 +61,22 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
 
     Media media = openMedia(job, processor, stop, messages);
     const std::int64_t expected = media.reader->info().framesExpected;
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    const std::int64_t frames =
-        runPipeline(media, processor, job.jobs > 0 ? job.jobs : cores, stop,
-                    {.written = [&](std::int64_t written) { messages.progress(written, expected); },
-                     .damaged =
-                         [&](Damage kind, std::int64_t frame, const std::string& why) {
-                             if (job.strict)
-                                 throw RenderError(job.input + ": frame " + std::to_string(frame) +
-                                                   " is damaged: " + why);
-                             if (kind == Damage::Lost && lost.count() == 0) reason = why;
-                             (kind == Damage::Lost ? lost : impaired).add(frame);
-                         }});
+    const int jobs = framesAtOnce(job.jobs);
+    // Frames side by side keep the cores busier than parts of one.
+    processor.begin(expected == 1 || job.atOnce ? jobs : 1);
+    const std::int64_t frames = runPipeline(
+        media, processor, jobs, stop,
+        {.written = [&](std::int64_t written) { messages.progress(written, expected); },
+         .damaged =
+             [&](Damage kind, std::int64_t frame, const std::string& why) {
+                 if (job.strict)
+                     throw Error(job.input + ": frame " + std::to_string(frame) + " is damaged: " + why);
+                 if (kind == Damage::Lost && lost.count() == 0) reason = why;
+                 (kind == Damage::Lost ? lost : impaired).add(frame);
+             }});
     if (frames == 0) {
-        throw RenderError(job.input + (lost.count() > 0
-                                           ? ": no frame can be read: " + reason
-                                           : ": there is no frame to render in the range asked for"));
+        throw Error(job.input + (lost.count() > 0 ? ": no frame can be read: " + reason
+                                                  : ": there is no frame to render in the range asked for"));
     }
     media.writer->finish();
 

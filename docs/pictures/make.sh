@@ -44,7 +44,7 @@ make -i "$work/key.mkv" -vf "select=not(mod(n\,9)),scale=240:-2:flags=lanczos,ti
 /usr/bin/python3 docs/pictures/sheet.py docs/pictures/sheet.jpg "$work/bridge.png"
 
 mkdir -p "$work/presets"
-for preset in app/presets/*.json; do
+for preset in engine/presets/*.json; do
     build/linux/bin/vireo render "$work/bee.png" "$work/presets/$(basename "$preset" .json).png" \
         --settings "$preset" --overwrite --quiet
 done

@@ -61,6 +61,16 @@ def test_earlier_frames_are_those_of_the_filters_before(vireo, sequence):
                        for number in range(FRAMES)}
 
 
+def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
+    chain = ("-f", "Solarize", "-f", "Ghosting")
+    vireo("render", "in%02d.png", "up.mkv", "-f", "Solarize:mix=0", "--frames", "0-7")
+    vireo("render", "in%02d.png", "down.mkv", "-f", "Vertical Flip", "--frames", "8-15")
+    vireo("render", "up.mkv", "down.mkv", "--to", "together", *chain)
+    for clip in ("up.mkv", "down.mkv"):
+        vireo("render", clip, "alone.mkv", "--overwrite", *chain)
+        assert (vireo.folder / "together" / clip).read_bytes() == (vireo.folder / "alone.mkv").read_bytes()
+
+
 def test_key_frames_count_from_the_whole_clip(vireo, sequence):
     arguments = ["-f", "Color Balance:red=0,green=0,blue=0,mix=0@4f..100@14f"]
     whole = render(vireo, *arguments)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "app/chain/comparison.h"
-#include "tests/app/support/fake_filters.h"
+#include "app/render/comparison.h"
+#include "tests/engine/support/fake_filters.h"
 
 #include <gtest/gtest.h>
 

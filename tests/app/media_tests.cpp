@@ -76,9 +76,9 @@ TEST_F(OutputFileTest, AppearsWholeOrNotAtAll) {
     std::ofstream(file.path()) << "whole";
     file.commit();
     EXPECT_EQ(read("a"), "whole");
-    EXPECT_THROW(OutputFile(folder_ / "a", false), RenderError);
-    EXPECT_THROW(OutputFile(folder_ / "nowhere" / "a", false), RenderError);
-    EXPECT_THROW(OutputFile(folder_, true), RenderError);
+    EXPECT_THROW(OutputFile(folder_ / "a", false), Error);
+    EXPECT_THROW(OutputFile(folder_ / "nowhere" / "a", false), Error);
+    EXPECT_THROW(OutputFile(folder_, true), Error);
     EXPECT_THAT(names(), ElementsAre("a"));
 }
 
@@ -88,7 +88,7 @@ TEST_F(OutputFileTest, SetsAppearTogether) {
         OutputFileSet files(folder_);
         std::ofstream(files.add("1")) << "new";
         std::ofstream(files.add("2")) << "new";
-        EXPECT_THROW(files.commit(false), RenderError);
+        EXPECT_THROW(files.commit(false), Error);
     }
     EXPECT_THAT(names(), ElementsAre("2"));
     EXPECT_EQ(read("2"), "old");

@@ -5,7 +5,7 @@ import pathlib
 
 from conftest import ROOT, read_picture
 
-SHIPPED = ROOT / "app/presets"
+SHIPPED = ROOT / "engine/presets"
 
 
 def presets(vireo, **options):

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+// Frames that several threads render: in bands where the filter allows it, else with threads lent to the
+// services that it calls.
+#include "engine/chain/filter_chain.h"
+#include "engine/error.h"
+#include "host/fxkit/fxkit.h"
+#include "tests/engine/support/fake_filters.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <random>
+
+namespace vireo {
+namespace {
+
+/// A row of a frame, counted in memory.
+std::uint8_t* rowOf(const FrameBuffer& frame, int y) {
+    return static_cast<std::uint8_t*>(frame.pixels.get()) + std::ptrdiff_t{y} * frame.rowBytes;
+}
+
+/// Each byte less the rows `reach` above and below it; at the frame's edges it stands for these. Every
+/// destination byte is written.
+template <int reach>
+std::int32_t subtractRows(void*, std::int16_t selector, FilterInvocation** handle) {
+    if (selector != FilterSelectorExecute) return 0;
+    const FilterInvocation& invocation = **handle;
+    const FrameBuffer& source = *invocation.sourceFrame;
+    const int height = source.bounds.bottom;
+    for (int y = 0; y < height; ++y) {
+        const std::uint8_t* row = rowOf(source, y);
+        const std::uint8_t* before = rowOf(source, y < reach ? y : y - reach);
+        const std::uint8_t* behind = rowOf(source, y + reach < height ? y + reach : y);
+        std::uint8_t* to = rowOf(*invocation.destFrame, y);
+        for (int i = 0; i < 4 * source.bounds.right; ++i) {
+            to[i] = static_cast<std::uint8_t>(3 * row[i] - before[i] - 5 * behind[i]);
+        }
+    }
+    return 0;
+}
+
+std::int32_t blurAll(void*, std::int16_t selector, FilterInvocation** handle) {
+    if (selector != FilterSelectorExecute) return 0;
+    const FrameBuffer& source = *(*handle)->sourceFrame;
+    const FrameBuffer& destination = *(*handle)->destFrame;
+    FX_GaussianBlur(rowOf(source, 0), source.rowBytes, source.bounds.right, source.bounds.bottom, 4,
+                    rowOf(destination, 0), destination.rowBytes, source.bounds.right, source.bounds.bottom, 4,
+                    9, 30, 1, 0, 3, 2);
+    return 0;
+}
+
+std::atomic<int> callsUntilFailure = 0;
+
+std::int32_t failSometimes(void*, std::int16_t selector, FilterInvocation**) {
+    return selector == FilterSelectorExecute && --callsUntilFailure == 0 ? 7 : 0;
+}
+
+VRM::Filter filter(FilterEntryProc entry, const char* name, const char* matchName) {
+    VRM::PropertyList list;
+    list.nameKey = std::string("$$$/Test/Filters/") + name + "/Name=" + name;
+    list.name = name;
+    list.matchName = matchName;
+    return {1, entry, list};
+}
+
+/// Their match names are those of filters with these neighbours.
+const std::vector<VRM::Filter>& filters() {
+    static const std::vector<VRM::Filter> made = {
+        filter(subtractRows<0>, "None", "QULN Solarize"),
+        filter(subtractRows<1>, "One", "QULN Convolution Kernel"),
+        filter(subtractRows<100>, "Hundred", "QULN Alpha Glow"),
+        filter(subtractRows<3>, "Whole", "of no known filter"),
+        filter(blurAll, "Blur", "of no known filter either"),
+        filter(failSometimes, "Failing", "QULN Antialias"),
+    };
+    return made;
+}
+
+FilterChain chainOf(const std::vector<std::string>& names) {
+    const Catalogue catalogue(filters());
+    std::vector<FilterSettings> settings;
+    for (const std::string& name : names) settings.push_back(parseFilterText(catalogue, name));
+    return FilterChain(std::move(settings));
+}
+
+PicturePtr noise(int width, int height, std::int64_t rowBytes) {
+    const auto picture = std::make_shared<Picture>(width, height, PixKit::formatBgra, rowBytes);
+    std::minstd_rand random(static_cast<unsigned>(height));
+    for (int y = 0; y < height; ++y) {
+        for (int i = 0; i < 4 * width; ++i) picture->row(y)[i] = static_cast<std::uint8_t>(random() >> 7);
+    }
+    return picture;
+}
+
+PicturePtr render(const FilterChain& chain, const PicturePtr& source, const StageWork& work,
+                  const std::shared_ptr<Picture>& target = nullptr) {
+    const test::Clip clip({source});
+    const auto memory = chain.newMemory(1);
+    return chain.render({source, clip.position(0), clip, *memory, work, target});
+}
+
+bool areEqual(const Picture& a, const Picture& b) {
+    for (int y = 0; y < a.height(); ++y) {
+        if (std::memcmp(a.row(y), b.row(y), static_cast<std::size_t>(4 * a.width())) != 0) return false;
+    }
+    return true;
+}
+
+TEST(Bands, GiveTheBytesOfTheWholeFrame) {
+    for (const std::vector<std::string>& names : std::vector<std::vector<std::string>>{
+             {"None"}, {"One"}, {"Hundred"}, {"Whole"}, {"Blur"}, {"One", "Hundred", "Blur", "None"}}) {
+        const FilterChain chain = chainOf(names);
+        for (const int height : {1, 15, 16, 31, 32, 33, 47, 48, 64, 301, 799, 800, 1601, 2500, 4000}) {
+            for (const std::int64_t rowBytes : {64, 36, -40}) {
+                const PicturePtr source = noise(9, height, rowBytes);
+                const PicturePtr whole = render(chain, source, {});
+                for (const int threads : {1, 2, 3, 8}) {
+                    WorkerPool workers(threads);
+                    const auto target = std::make_shared<Picture>(9, height, PixKit::formatBgra, rowBytes);
+                    std::memset(target->row(rowBytes < 0 ? 0 : height - 1), 0x5A,
+                                static_cast<std::size_t>(std::abs(rowBytes) * height));
+                    EXPECT_EQ(render(chain, source, {&workers, {}}, target), target);
+                    EXPECT_TRUE(areEqual(*whole, *target))
+                        << names.front() << " on " << threads << ", " << height << " rows of " << rowBytes;
+                }
+            }
+        }
+    }
+}
+
+TEST(Bands, MayBeRenderedForManyFramesAtOnce) {
+    const FilterChain chain = chainOf({"One", "Blur", "None", "Hundred"});
+    const PicturePtr source = noise(120, 900, 480);
+    const PicturePtr expected = render(chain, source, {});
+    WorkerPool workers(3);
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 3; ++caller) {
+        callers.emplace_back([&] {
+            for (int i = 0; i < 4; ++i) {
+                if (!areEqual(*render(chain, source, {&workers, {}}), *expected)) ++wrong;
+            }
+        });
+    }
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST(Bands, LetTheirFailuresThroughAndEndWhenCancelled) {
+    WorkerPool workers(3);
+    const PicturePtr source = noise(9, 900, 64);
+    const FilterChain failing = chainOf({"Failing"});
+    for (const int call : {1, 7, 20}) {
+        callsUntilFailure = call;
+        EXPECT_THROW(render(failing, source, {&workers, {}}), std::runtime_error) << call;
+    }
+    callsUntilFailure = 0;
+    EXPECT_NO_THROW(render(failing, source, {&workers, {}}));
+
+    for (const int asked : {0, 1, 5, 12}) {
+        std::atomic<int> left = asked;
+        const StageWork work{&workers, [&left] { return left-- <= 0; }};
+        EXPECT_THROW(render(chainOf({"One", "None"}), source, work), Error) << asked;
+    }
+}
+
+}  // namespace
+}  // namespace vireo

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Small filters with a host's view of them, for tests of what happens around filters.
+#ifndef VIREO_TESTS_ENGINE_SUPPORT_FAKE_FILTERS_H
+#define VIREO_TESTS_ENGINE_SUPPORT_FAKE_FILTERS_H
+
+#include "engine/chain/clip.h"
+#include "host/vrm/meta_plugin.h"
+
+#include <map>
+#include <vector>
+
+namespace vireo::test {
+
+/// 1 "Add Value": adds its Amount (-100 to 100, 2 bytes, display 0 to 200, 5 at first) to blue. Further
+///   parameters: Tint (colour, #ff0000 at first), On (check box), Level (0 to 40000, 2 bytes, display 0 to
+///   4).
+/// 2 "Add Stamp": writes its time into blue, field flags / 256 into green and the duration into red.
+/// 3 "Echo": blue becomes 10 times its own less the blue of the picture four fields earlier, in fields eight;
+///   before the clip's begin that of its first frame.
+/// 4 "Deep Copy (16)": copies; offers "Bgra" and "vuya" beside "bgra". It goes by the match name of a filter
+///   that is known; the others are not.
+const std::vector<VRM::Filter>& fakeFilters();
+
+/// A picture of one colour, opaque.
+PicturePtr plainPicture(int width, int height, std::uint8_t blue, std::uint8_t green = 0,
+                        std::uint8_t red = 0);
+
+/// A clip whose frames are in memory.
+class Clip : public SourceHistory {
+public:
+    Clip(std::vector<PicturePtr> frames, Interlacing interlacing = Interlacing::Progressive)
+        : frames_(std::move(frames)), interlacing_(interlacing) {}
+
+    PicturePtr frame(std::int64_t number) const override;
+    FramePosition position(std::int64_t number) const override;
+
+private:
+    std::vector<PicturePtr> frames_;
+    Interlacing interlacing_;
+};
+
+}  // namespace vireo::test
+
+#endif

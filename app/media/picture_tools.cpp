@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/picture_tools.h"
 
+#include "engine/pixels/pixel_layout.h"
+
 #include <algorithm>
-#include <cstring>
-#include <type_traits>
 
 namespace vireo {
 namespace {
@@ -34,24 +34,22 @@ void orient(const Picture& from, Picture& to, const Orientation& orientation) {
     }
 }
 
-/// Calls `change(pixel)` with a pointer to the four channels of each pixel, as they are stored.
-template <class Change>
-void forEachPixel(Picture& picture, Change change) {
-    const auto rows = [&]<class Channel>(Channel*) {
-        for (int y = 0; y < picture.height(); ++y) {
-            Channel* const row = reinterpret_cast<Channel*>(picture.row(y));
-            for (int x = 0; x < picture.width(); ++x) change(row + 4 * x);
-        }
-    };
-    switch (picture.format()) {
-        case formatBgra16: return rows(static_cast<std::uint16_t*>(nullptr));
-        case formatBgraFloat: return rows(static_cast<float*>(nullptr));
-        default: return rows(static_cast<std::uint8_t*>(nullptr));
-    }
+PixelFormat premultipliedFormat(const Picture& picture) {
+    const SampleDepth depth = picture.format() == formatBgra16      ? SampleDepth::Sixteen
+                              : picture.format() == formatBgraFloat ? SampleDepth::Float
+                                                                    : SampleDepth::Eight;
+    return {PixelLayout::Bgra, depth, true};
 }
 
 template <class Channel>
-constexpr std::uint64_t opaque = sizeof(Channel) == 1 ? 255 : 65535;
+bool hasLessThan(Channel opaque, const Picture& picture) {
+    bool transparent = false;
+    for (int y = 0; y < picture.height(); ++y) {
+        const Channel* const row = reinterpret_cast<const Channel*>(picture.row(y));
+        for (int x = 0; x < picture.width(); ++x) transparent |= row[4 * x + 3] < opaque;
+    }
+    return transparent;
+}
 
 }  // namespace
 
@@ -81,43 +79,23 @@ std::shared_ptr<Picture> oriented(const Picture& picture, const Orientation& ori
 }
 
 void unpremultiply(Picture& picture) {
-    forEachPixel(picture, []<class Channel>(Channel* pixel) {
-        for (int c = 0; c < 3; ++c) {
-            if constexpr (std::is_floating_point_v<Channel>) {
-                pixel[c] = pixel[3] > 0 ? pixel[c] / pixel[3] : 0;
-            } else {
-                const std::uint64_t alpha = pixel[3];
-                const std::uint64_t colour =
-                    alpha == 0 ? 0 : (pixel[c] * opaque<Channel> + alpha / 2) / alpha;
-                pixel[c] = static_cast<Channel>(std::min(colour, opaque<Channel>));
-            }
-        }
-    });
+    const PixelFormat format = premultipliedFormat(picture);
+    for (int y = 0; y < picture.height(); ++y)
+        rowToBgra(format, picture.row(y), picture.row(y), picture.width());
 }
 
 void premultiply(Picture& picture) {
-    forEachPixel(picture, []<class Channel>(Channel* pixel) {
-        for (int c = 0; c < 3; ++c) {
-            if constexpr (std::is_floating_point_v<Channel>) {
-                pixel[c] *= pixel[3];
-            } else {
-                pixel[c] = static_cast<Channel>((std::uint64_t{pixel[c]} * pixel[3] + opaque<Channel> / 2) /
-                                                opaque<Channel>);
-            }
-        }
-    });
+    const PixelFormat format = premultipliedFormat(picture);
+    for (int y = 0; y < picture.height(); ++y)
+        rowFromBgra(format, picture.row(y), picture.row(y), picture.width());
 }
 
 bool hasTransparency(const Picture& picture) {
-    bool transparent = false;
-    forEachPixel(const_cast<Picture&>(picture), [&]<class Channel>(const Channel* pixel) {
-        if constexpr (std::is_floating_point_v<Channel>) {
-            transparent |= pixel[3] < 1;
-        } else {
-            transparent |= pixel[3] != opaque<Channel>;
-        }
-    });
-    return transparent;
+    switch (picture.format()) {
+        case formatBgra16: return hasLessThan<std::uint16_t>(0xFFFF, picture);
+        case formatBgraFloat: return hasLessThan(1.0F, picture);
+        default: return hasLessThan<std::uint8_t>(0xFF, picture);
+    }
 }
 
 }  // namespace vireo

@@ -2,7 +2,7 @@
 #ifndef VIREO_APP_MEDIA_PICTURE_TOOLS_H
 #define VIREO_APP_MEDIA_PICTURE_TOOLS_H
 
-#include "app/render/picture.h"
+#include "engine/chain/picture.h"
 
 #include <memory>
 

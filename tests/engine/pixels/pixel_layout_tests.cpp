@@ -1,0 +1,406 @@
+// SPDX-License-Identifier: MIT
+// Every kernel set against plain loops.
+#include "engine/pixels/pixel_layout_kernels.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vireo {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Random = std::mt19937_64;
+
+struct Layout {
+    PixelLayout layout;
+    std::string_view samples;  ///< By their letters, as they lie in memory.
+};
+
+constexpr Layout layouts[] = {
+    {PixelLayout::Bgra, "bgra"}, {PixelLayout::Rgba, "rgba"}, {PixelLayout::Argb, "argb"},
+    {PixelLayout::Abgr, "abgr"}, {PixelLayout::Bgrx, "bgrx"}, {PixelLayout::Rgbx, "rgbx"},
+    {PixelLayout::Xrgb, "xrgb"}, {PixelLayout::Xbgr, "xbgr"}, {PixelLayout::Bgr, "bgr"},
+    {PixelLayout::Rgb, "rgb"},   {PixelLayout::Grey, "y"},
+};
+constexpr SampleDepth depths[] = {SampleDepth::Eight, SampleDepth::Sixteen, SampleDepth::Float};
+constexpr int widest = 70;
+
+/// One way of converting rows, and what it is called.
+struct Converter {
+    mtkcore::InstructionSet set;
+
+    void toBgra(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) const {
+        pixelLayoutKernelsTables.at(set).toBgra(format, from, to, width);
+    }
+    void fromBgra(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) const {
+        pixelLayoutKernelsTables.at(set).fromBgra(format, from, to, width);
+    }
+};
+
+template <class Test>
+void forEachSet(Test&& test) {
+    for (const mtkcore::InstructionSet set : mtkcore::allInstructionSets) {
+        if (set > mtkcore::processorInstructionSet()) continue;
+        SCOPED_TRACE(std::string(mtkcore::instructionSetName(set)));
+        test(Converter{set});
+    }
+}
+
+template <class Test>
+void forEachFormat(Test&& test) {
+    for (const Layout& layout : layouts) {
+        for (const SampleDepth depth : depths) {
+            for (const bool premultiplied : {false, true}) {
+                SCOPED_TRACE(std::string(layout.samples) + ", " + std::to_string(static_cast<int>(depth)) +
+                             (premultiplied ? " bits, premultiplied" : " bits"));
+                test(PixelFormat{layout.layout, depth, premultiplied}, layout.samples);
+            }
+        }
+    }
+}
+
+constexpr double fullOf(SampleDepth depth) {
+    return depth == SampleDepth::Eight ? 255 : depth == SampleDepth::Sixteen ? 65535 : 1;
+}
+
+std::size_t sampleBytes(SampleDepth depth) { return static_cast<std::size_t>(depth) / 8; }
+
+double sampleAt(const std::uint8_t* bytes, SampleDepth depth, int index) {
+    const auto read = [&]<class Sample>(Sample sample) -> double {
+        std::memcpy(&sample, bytes + static_cast<std::size_t>(index) * sizeof sample, sizeof sample);
+        return sample;
+    };
+    switch (depth) {
+        case SampleDepth::Eight: return read(std::uint8_t{});
+        case SampleDepth::Sixteen: return read(std::uint16_t{});
+        default: return read(float{});
+    }
+}
+
+void setSample(std::uint8_t* bytes, SampleDepth depth, int index, double value) {
+    const auto write = [&]<class Sample>(Sample sample) {
+        std::memcpy(bytes + static_cast<std::size_t>(index) * sizeof sample, &sample, sizeof sample);
+    };
+    switch (depth) {
+        case SampleDepth::Eight: return write(static_cast<std::uint8_t>(value));
+        case SampleDepth::Sixteen: return write(static_cast<std::uint16_t>(value));
+        default: return write(static_cast<float>(value));
+    }
+}
+
+double divided(double color, double alpha, SampleDepth depth) {
+    if (depth == SampleDepth::Float) {
+        return alpha > 0 ? double{static_cast<float>(color) / static_cast<float>(alpha)} : 0;
+    }
+    const double full = fullOf(depth);
+    return alpha == 0 ? 0 : std::min(std::floor((color * full + std::floor(alpha / 2)) / alpha), full);
+}
+
+double multiplied(double color, double alpha, SampleDepth depth) {
+    if (depth == SampleDepth::Float) return static_cast<float>(color) * static_cast<float>(alpha);
+    const double full = fullOf(depth);
+    return std::floor((color * alpha + std::floor(full / 2)) / full);
+}
+
+/// Where a letter stands in a pixel; -1 where it does not.
+int placeOf(std::string_view samples, char letter) {
+    const std::size_t place = samples.find(letter);
+    return place == std::string_view::npos ? -1 : static_cast<int>(place);
+}
+
+Bytes plainToBgra(const PixelFormat& format, std::string_view samples, const std::uint8_t* from, int width) {
+    const std::size_t pixelBytes = samples.size() * sampleBytes(format.depth);
+    Bytes result(static_cast<std::size_t>(width) * 4 * sampleBytes(format.depth));
+    const int alphaAt = placeOf(samples, 'a');
+    for (int x = 0; x < width; ++x) {
+        const std::uint8_t* pixel = from + static_cast<std::size_t>(x) * pixelBytes;
+        const double alpha = alphaAt < 0 ? fullOf(format.depth) : sampleAt(pixel, format.depth, alphaAt);
+        for (int c = 0; c < 3; ++c) {
+            const double color =
+                sampleAt(pixel, format.depth, samples == "y" ? 0 : placeOf(samples, "bgr"[c]));
+            setSample(result.data(), format.depth, 4 * x + c,
+                      format.premultiplied && alphaAt >= 0 ? divided(color, alpha, format.depth) : color);
+        }
+        setSample(result.data(), format.depth, 4 * x + 3, alpha);
+    }
+    return result;
+}
+
+double lumaOf(const double bgr[3], SampleDepth depth) {
+    if (depth == SampleDepth::Float) {
+        const auto blue = static_cast<float>(bgr[0]), green = static_cast<float>(bgr[1]),
+                   red = static_cast<float>(bgr[2]);
+        return green + 0.114F * (blue - green) + 0.299F * (red - green);
+    }
+    return std::floor((7471 * bgr[0] + 38470 * bgr[1] + 19595 * bgr[2] + 32768) / 65536);
+}
+
+Bytes plainFromBgra(const PixelFormat& format, std::string_view samples, const std::uint8_t* bgra,
+                    int width) {
+    const int count = static_cast<int>(samples.size());
+    Bytes result(static_cast<std::size_t>(width) * samples.size() * sampleBytes(format.depth));
+    for (int x = 0; x < width; ++x) {
+        double bgr[3];
+        const double alpha = sampleAt(bgra, format.depth, 4 * x + 3);
+        for (int c = 0; c < 3; ++c) {
+            bgr[c] = sampleAt(bgra, format.depth, 4 * x + c);
+            if (format.premultiplied && placeOf(samples, 'a') >= 0) {
+                bgr[c] = multiplied(bgr[c], alpha, format.depth);
+            }
+        }
+        for (int i = 0; i < count; ++i) {
+            const char letter = samples[static_cast<std::size_t>(i)];
+            const double value = letter == 'y'   ? lumaOf(bgr, format.depth)
+                                 : letter == 'a' ? alpha
+                                 : letter == 'x' ? fullOf(format.depth)
+                                                 : bgr[placeOf("bgr", letter)];
+            setSample(result.data(), format.depth, count * x + i, value);
+        }
+    }
+    return result;
+}
+
+/// Samples of any bits; alphas of 0, of 1 and full among them. Floats lie a little beyond 0 to 1, too.
+Bytes noise(SampleDepth depth, int samples, Random& random) {
+    Bytes bytes(static_cast<std::size_t>(samples) * sampleBytes(depth));
+    for (int i = 0; i < samples; ++i) {
+        const double full = fullOf(depth);
+        const double any = depth == SampleDepth::Float
+                               ? std::uniform_real_distribution(-0.25, 1.25)(random)
+                               : static_cast<double>(random() % static_cast<std::uint64_t>(full + 1));
+        const double rare[] = {0, full, depth == SampleDepth::Float ? 1e-30 : 1};
+        setSample(bytes.data(), depth, i, random() % 4 == 0 ? rare[random() % 3] : any);
+    }
+    return bytes;
+}
+
+/// A row at an odd address, or wherever it was told, with bytes before and behind it that must stay.
+class GuardedRow {
+public:
+    GuardedRow(std::size_t bytes, std::size_t offset)
+        : memory_(bytes + 2 * guard + offset, 0xA7), at_(guard + offset), bytes_(bytes) {}
+
+    std::uint8_t* data() { return memory_.data() + at_; }
+
+    void expect(const Bytes& expected) {
+        ASSERT_EQ(expected.size(), bytes_);
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), data()));
+        const auto isGuard = [](std::uint8_t byte) { return byte == 0xA7; };
+        EXPECT_TRUE(std::all_of(memory_.data(), data(), isGuard)) << "before the row";
+        EXPECT_TRUE(std::all_of(data() + bytes_, memory_.data() + memory_.size(), isGuard))
+            << "behind the row";
+    }
+
+private:
+    static constexpr std::size_t guard = 128;
+    Bytes memory_;
+    std::size_t at_;
+    std::size_t bytes_;
+};
+
+TEST(PixelLayout, ConvertsAsPlainLoopsDo) {
+    forEachSet([](const Converter& convert) {
+        forEachFormat([&](const PixelFormat& format, std::string_view samples) {
+            Random random(5);
+            const int count = static_cast<int>(samples.size());
+            EXPECT_EQ(samplesOf(format.layout), count);
+            for (int width = 0; width <= widest; ++width) {
+                // Nothing lies behind the source, so that the address sanitizer sees what reads there.
+                const Bytes source = noise(format.depth, count * width, random);
+                const std::size_t offset = random() % 64;
+                GuardedRow bgra(static_cast<std::size_t>(4 * width) * sampleBytes(format.depth), offset);
+                convert.toBgra(format, source.data(), bgra.data(), width);
+                bgra.expect(plainToBgra(format, samples, source.data(), width));
+
+                const Bytes straight = noise(format.depth, 4 * width, random);
+                GuardedRow made(static_cast<std::size_t>(count * width) * sampleBytes(format.depth), offset);
+                convert.fromBgra(format, straight.data(), made.data(), width);
+                made.expect(plainFromBgra(format, samples, straight.data(), width));
+                if (testing::Test::HasFailure()) {
+                    ADD_FAILURE() << width << " pixels";
+                    return;
+                }
+            }
+        });
+    });
+}
+
+TEST(PixelLayout, ReadsFromAnyAddressAndConvertsInPlace) {
+    forEachSet([](const Converter& convert) {
+        forEachFormat([&](const PixelFormat& format, std::string_view samples) {
+            Random random(6);
+            for (const int width : {1, 5, 63, 64, 65, 300, 1000}) {
+                const Bytes source = noise(format.depth, static_cast<int>(samples.size()) * width, random);
+                const Bytes straight = noise(format.depth, 4 * width, random);
+                const Bytes in = plainToBgra(format, samples, source.data(), width);
+                const Bytes out = plainFromBgra(format, samples, straight.data(), width);
+                for (const std::size_t offset : {1, 2, 3, 31}) {
+                    GuardedRow read(source.size(), offset), written(in.size(), offset ^ 5);
+                    std::copy(source.begin(), source.end(), read.data());
+                    convert.toBgra(format, read.data(), written.data(), width);
+                    written.expect(in);
+
+                    GuardedRow given(straight.size(), offset), made(out.size(), offset ^ 5);
+                    std::copy(straight.begin(), straight.end(), given.data());
+                    convert.fromBgra(format, given.data(), made.data(), width);
+                    made.expect(out);
+                    if (samples.size() != 4) continue;
+                    convert.toBgra(format, read.data(), read.data(), width);
+                    read.expect(in);
+                    convert.fromBgra(format, given.data(), given.data(), width);
+                    given.expect(out);
+                }
+            }
+        });
+    });
+}
+
+// All pairs of 8 bits, which are all that there are.
+TEST(PixelLayout, BringsEveryPremultipliedColorBack) {
+    const PixelFormat premultiplied{PixelLayout::Bgra, SampleDepth::Eight, true};
+    forEachSet([&](const Converter& convert) {
+        Bytes pixels;
+        for (int alpha = 0; alpha < 256; ++alpha) {
+            for (int color = 0; color < 256; ++color) {
+                for (const int sample : {color, (color * 7 + 3) & 0xFF, 255 - color, alpha}) {
+                    pixels.push_back(static_cast<std::uint8_t>(sample));
+                }
+            }
+        }
+        const int width = static_cast<int>(pixels.size() / 4);
+        Bytes straight(pixels.size()), back(pixels.size());
+        convert.toBgra(premultiplied, pixels.data(), straight.data(), width);
+        EXPECT_TRUE(straight == plainToBgra(premultiplied, "bgra", pixels.data(), width));
+        convert.fromBgra(premultiplied, straight.data(), back.data(), width);
+        EXPECT_TRUE(back == plainFromBgra(premultiplied, "bgra", straight.data(), width));
+        Bytes multiplied(pixels.size());
+        convert.fromBgra(premultiplied, pixels.data(), multiplied.data(), width);
+        EXPECT_TRUE(multiplied == plainFromBgra(premultiplied, "bgra", pixels.data(), width));
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            const int alpha = pixels[i | 3];
+            ASSERT_LE(back[i], alpha);
+            ASSERT_TRUE(back[i] == pixels[i] || pixels[i] > alpha) << "alpha " << alpha;
+            ASSERT_TRUE(straight[i] == pixels[i] || alpha != 255);
+            ASSERT_TRUE(straight[i] == 0 || alpha != 0);
+        }
+    });
+}
+
+TEST(PixelLayout, BringsPremultipliedWordsBack) {
+    const PixelFormat premultiplied{PixelLayout::Rgba, SampleDepth::Sixteen, true};
+    forEachSet([&](const Converter& convert) {
+        Random random(8);
+        std::vector<std::uint16_t> pixels;
+        const auto add = [&](std::uint64_t color, std::uint64_t alpha) {
+            for (const std::uint64_t sample :
+                 {color, alpha - color, std::min<std::uint64_t>(1, alpha), alpha}) {
+                pixels.push_back(static_cast<std::uint16_t>(sample));
+            }
+        };
+        for (std::uint64_t alpha = 0; alpha <= 65535; ++alpha) {
+            for (const std::uint64_t color : {std::uint64_t{0}, alpha / 2, alpha, random() % (alpha + 1)})
+                add(color, alpha);
+        }
+        const auto width = static_cast<std::ptrdiff_t>(pixels.size() / 4);
+        std::vector<std::uint16_t> straight(pixels.size()), back(pixels.size());
+        convert.toBgra(premultiplied, pixels.data(), straight.data(), width);
+        convert.fromBgra(premultiplied, straight.data(), back.data(), width);
+        EXPECT_TRUE(back == pixels);
+        const Bytes plain =
+            plainToBgra(premultiplied, "rgba", reinterpret_cast<const std::uint8_t*>(pixels.data()),
+                        static_cast<int>(width));
+        EXPECT_EQ(std::memcmp(plain.data(), straight.data(), plain.size()), 0);
+    });
+}
+
+TEST(PixelLayout, KeepsGreyGreyAndBlackAndWhiteExact) {
+    forEachSet([](const Converter& convert) {
+        for (const SampleDepth depth : depths) {
+            const PixelFormat grey{PixelLayout::Grey, depth, false};
+            const int values = depth == SampleDepth::Sixteen ? 65536 : 256;
+            Bytes row(static_cast<std::size_t>(values) * sampleBytes(depth));
+            for (int i = 0; i < values; ++i) {
+                setSample(row.data(), depth, i, depth == SampleDepth::Float ? i / 255.0 : i);
+            }
+            Bytes bgra(4 * row.size()), back(row.size());
+            convert.toBgra(grey, row.data(), bgra.data(), values);
+            convert.fromBgra(grey, bgra.data(), back.data(), values);
+            EXPECT_TRUE(back == row) << static_cast<int>(depth);
+        }
+        const std::uint8_t primaries[] = {255, 0, 0, 9, 0, 255, 0, 9, 0, 0, 255, 9};
+        std::uint8_t luma[3];
+        convert.fromBgra({PixelLayout::Grey, SampleDepth::Eight, false}, primaries, luma, 3);
+        EXPECT_EQ(luma[0], 29);   // 0.114 of 255
+        EXPECT_EQ(luma[1], 150);  // 0.587
+        EXPECT_EQ(luma[2], 76);   // 0.299
+    });
+}
+
+// Floats that no picture should have: what is only moved keeps its bits, nothing is limited, and no alpha
+// makes an infinity out of a number.
+TEST(PixelLayout, TakesFloatsOfAnyKind) {
+    using Limits = std::numeric_limits<float>;
+    const float strange[] = {Limits::quiet_NaN(),
+                             Limits::infinity(),
+                             -Limits::infinity(),
+                             -0.0F,
+                             -3.5F,
+                             1e30F,
+                             Limits::denorm_min(),
+                             0.0F,
+                             1.0F,
+                             7.25F};
+    std::vector<float> pixels;
+    for (const float color : strange) {
+        for (const float alpha : strange) {
+            for (const float sample : {color, 0.5F, 1.5F, alpha}) pixels.push_back(sample);
+        }
+    }
+    const auto width = static_cast<std::ptrdiff_t>(pixels.size() / 4);
+    const auto bytes = pixels.size() * sizeof(float);
+    forEachSet([&](const Converter& convert) {
+        std::vector<float> moved(pixels.size()), back(pixels.size());
+        for (const PixelLayout layout :
+             {PixelLayout::Bgra, PixelLayout::Rgba, PixelLayout::Argb, PixelLayout::Abgr}) {
+            convert.fromBgra({layout, SampleDepth::Float, false}, pixels.data(), moved.data(), width);
+            convert.toBgra({layout, SampleDepth::Float, false}, moved.data(), back.data(), width);
+            EXPECT_EQ(std::memcmp(back.data(), pixels.data(), bytes), 0);
+        }
+        convert.toBgra({PixelLayout::Bgra, SampleDepth::Float, true}, pixels.data(), moved.data(), width);
+        convert.fromBgra({PixelLayout::Bgra, SampleDepth::Float, true}, pixels.data(), back.data(), width);
+        for (std::size_t i = 0; i < pixels.size(); i += 4) {
+            const float alpha = pixels[i + 3];
+            EXPECT_EQ(std::memcmp(&moved[i + 3], &alpha, sizeof alpha), 0);
+            for (std::size_t c = i; c < i + 3; ++c) {
+                const float quotient = alpha > 0 ? pixels[c] / alpha : 0;
+                const float product = pixels[c] * alpha;
+                EXPECT_TRUE(moved[c] == quotient || (std::isnan(moved[c]) && std::isnan(quotient)));
+                EXPECT_TRUE(back[c] == product || (std::isnan(back[c]) && std::isnan(product)));
+            }
+            if (!(alpha > 0)) {
+                EXPECT_TRUE(moved[i] == 0 && moved[i + 1] == 0 && moved[i + 2] == 0) << alpha;
+            }
+        }
+    });
+}
+
+TEST(PixelLayout, IsChosenByTheProcessor) {
+    const PixelFormat format{PixelLayout::Argb, SampleDepth::Eight, false};
+    const std::uint8_t argb[] = {1, 2, 3, 4};
+    std::uint8_t bgra[4], back[4];
+    rowToBgra(format, argb, bgra, 1);
+    rowFromBgra(format, bgra, back, 1);
+    EXPECT_EQ(Bytes(bgra, bgra + 4), (Bytes{4, 3, 2, 1}));
+    EXPECT_EQ(Bytes(back, back + 4), Bytes(argb, argb + 4));
+}
+
+}  // namespace
+}  // namespace vireo

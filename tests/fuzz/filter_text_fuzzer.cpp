@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 chain.back().assignFromBytes();
             }
         }
-    } catch (const vireo::RenderError& error) {
+    } catch (const vireo::Error& error) {
         REQUIRE(*error.what() != '\0');
         return 0;
     }

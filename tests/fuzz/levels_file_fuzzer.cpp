@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Levels' files as its dialog and as the command line read them: both take the same ones, and any values make
 // tables.
-#include "app/render/render_job.h"
-#include "app/settings/settings_file.h"
+#include "engine/error.h"
+#include "engine/settings/settings_file.h"
 #include "filters/color/levels_file.h"
 #include "tests/fuzz/require.h"
 
@@ -45,7 +45,7 @@ private:
 std::optional<std::vector<std::uint8_t>> readByTheCommandLine(std::string_view content) {
     try {
         return vireo::parseLevelsFile("input", content);
-    } catch (const vireo::RenderError& error) {
+    } catch (const vireo::Error& error) {
         REQUIRE(*error.what() != '\0');
         return std::nullopt;
     }

@@ -6,7 +6,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<vireo::FilterSettings> chain;
     try {
         chain = vireo::parseSettings(linkedCatalogue(), "input", {reinterpret_cast<const char*>(data), size});
-    } catch (const vireo::RenderError& error) {
+    } catch (const vireo::Error& error) {
         REQUIRE(*error.what() != '\0');
         return 0;
     }

@@ -2,8 +2,8 @@
 #ifndef VIREO_TESTS_FUZZ_SETTINGS_ROUND_TRIP_H
 #define VIREO_TESTS_FUZZ_SETTINGS_ROUND_TRIP_H
 
-#include "app/render/render_job.h"
-#include "app/settings/settings_file.h"
+#include "engine/error.h"
+#include "engine/settings/settings_file.h"
 #include "tests/fuzz/linked_filters.h"
 #include "tests/fuzz/require.h"
 
@@ -21,7 +21,7 @@ inline std::vector<std::uint8_t> recordAt(const vireo::FilterSettings& settings,
         settings.covers(position);
         REQUIRE(settings.mixAt(position) >= 0 && settings.mixAt(position) <= 100);
         return settings.record(position);
-    } catch (const vireo::RenderError&) {
+    } catch (const vireo::Error&) {
         return {};
     }
 }

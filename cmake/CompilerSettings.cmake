@@ -33,7 +33,10 @@ if(VIREO_REPRODUCIBLE)
 endif()
 
 set(VIREO_SANITIZERS "" CACHE STRING "Sanitizers, as -fsanitize takes them")
+set(VIREO_NO_UNDEFINED -Wl,--no-undefined)
 if(VIREO_SANITIZERS)
+  # A sanitizer's functions may be the program's.
+  set(VIREO_NO_UNDEFINED "")
   add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
   add_link_options(-fsanitize=${VIREO_SANITIZERS})
 endif()

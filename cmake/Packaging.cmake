@@ -34,12 +34,16 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SECTION video)
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "The filters as a module for hosts of meta-plug-ins, as frei0r plug-ins, and the
-command vireo, which renders pictures and video with them. The host library has
-a C interface.")
+command vireo, which renders pictures and video with them. The engine, for chains
+of filters in other programs, and the host library have C interfaces.")
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-  # What other packages depend on when they link the host library.
-  file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs "libVireoHost ${PROJECT_VERSION_MAJOR} vireo-filters (>= ${PROJECT_VERSION})\n")
+  # What other packages depend on when they link one of the libraries.
+  set(shlibs "")
+  foreach(library libVireo libVireoHost)
+    string(APPEND shlibs "${library} ${PROJECT_VERSION_MAJOR} vireo-filters (>= ${PROJECT_VERSION})\n")
+  endforeach()
+  file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs "${shlibs}")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs)
   set(CPACK_DEBIAN_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")

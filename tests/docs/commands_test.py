@@ -10,7 +10,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["VIREO_PROGRAM"]).parents[1]
-PAGES = ["README.md", "docs/guide.md", "docs/hosting.md"]
+PAGES = ["README.md", "docs/guide.md", "docs/engine.md", "docs/hosting.md"]
 
 BLOCK = re.compile(r"(?:<!-- not run: ([^>]+) -->\n\n?)?```sh\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 ALREADY_DONE = ("cmake", "sudo")

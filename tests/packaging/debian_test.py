@@ -6,7 +6,7 @@ import numpy
 import pytest
 from PIL import Image
 
-from conftest import BARE, packed, run
+from conftest import BARE, ROOT, packed, run
 
 
 @pytest.fixture(scope="module")
@@ -33,16 +33,18 @@ def elf_files(root):
 
 def test_files_lie_where_debian_has_them(package, root):
     assert len(list((root / "usr/lib/frei0r-1").glob("vireo_*.so"))) == 22
-    assert (root / "usr/lib/libVireoHost.so.1").exists()
+    shlibs = run("dpkg-deb", "--info", package, "shlibs")
+    for library in ("libVireo", "libVireoHost"):
+        assert (root / f"usr/lib/{library}.so.1").exists() and (root / f"usr/lib/{library}.so").is_symlink()
+        assert f"{library} 1 vireo-filters" in shlibs
     for name in ("bin/vireo", "lib/vireo/VireoFiltersMetaPlugin.vrmp", "lib/pkgconfig/vireo-host.pc",
-                 "include/vireo/host/vireo_host.h", "share/doc/vireo-filters/copyright",
+                 "lib/pkgconfig/vireo.pc", "include/vireo/host/vireo_host.h", "include/vireo/vireo.h", "share/doc/vireo-filters/copyright",
                  "share/kdenlive/effects/vireo_levels.xml", "share/man/man1/vireo.1", "share/vireo/presets/vhs.json",
                  "share/bash-completion/completions/vireo"):
         assert (root / "usr" / name).is_file(), name
     assert [path.name for path in root.iterdir()] == ["usr"]
     for line in run("dpkg-deb", "-c", package).splitlines():
         assert re.match(r"([-d]rw[-x]r-[-x]r-[-x]|lrwxrwxrwx) root/root ", line), line
-    assert "libVireoHost 1 vireo-filters" in run("dpkg-deb", "--info", package, "shlibs")
     assert "ldconfig" in run("dpkg-deb", "--info", package, "postinst")
     for binary in elf_files(root):
         assert ".debug_info" not in run("readelf", "-SW", binary), f"{binary} is not stripped"
@@ -76,6 +78,18 @@ def test_program_and_plugins_run_from_there(root, picture):
         environment={**BARE, "FREI0R_PATH": str(root / "usr/lib/frei0r-1")})
     with Image.open(flipped) as after, Image.open(result) as ours:
         assert numpy.array_equal(numpy.asarray(after.convert("RGB")), numpy.asarray(ours.convert("RGB")))
+
+
+def test_a_program_in_c_builds_and_runs_against_the_package(root, tmp_path):
+    environment = {**BARE, "PKG_CONFIG_PATH": str(root / "usr/lib/pkgconfig")}
+    flags = run("pkg-config", "--cflags", "--libs", "vireo", environment=environment).split()
+    run("gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c", *flags, "-o", "chain", cwd=tmp_path)
+    picture = tmp_path / "in.ppm"
+    picture.write_bytes(b"P6\n2 1\n255\nabcdef")
+    # The library finds the module and the presets from its own place.
+    run(tmp_path / "chain", picture, tmp_path / "out.ppm", "Horizontal Flip",
+        environment={**BARE, "LD_LIBRARY_PATH": str(root / "usr/lib")})
+    assert (tmp_path / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
 
 
 def test_the_version_is_the_programs(package, root):

@@ -9,7 +9,7 @@ import zipfile
 import numpy
 from PIL import Image
 
-from conftest import packed
+from conftest import ROOT, packed
 
 EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
 
@@ -23,9 +23,15 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     names = {path.name for path in unpacked.iterdir()}
     assert {"vireo.exe", "VireoHost.dll", "VireoFiltersMetaPlugin.vrmp", "libstdc++-6.dll", "libgcc_s_seh-1.dll",
             "libwinpthread-1.dll", "README.txt", "licences", "presets"} <= names
+    for name in ("Vireo.dll", "include/vireo/vireo.h", "lib/libVireo.dll.a"):
+        assert (unpacked / name).is_file(), name
     assert {"LICENSE", "MIT.txt", "GPL-2.0-or-later.txt", "gcc-mingw-w64-x86-64-posix-runtime.txt"} <= {
         path.name for path in (unpacked / "licences").iterdir()}
     assert b"\r\n" in (unpacked / "README.txt").read_bytes()
+
+    # A program of somebody's own, beside the libraries.
+    subprocess.run(["x86_64-w64-mingw32-gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c",
+                    "-I", unpacked / "include", "-L", unpacked / "lib", "-lVireo", "-o", unpacked / "chain.exe"], check=True)
 
     # From another folder and without a hint: module and libraries are found beside the program.
     work = tmp_path / "work"
@@ -35,5 +41,10 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     completed = subprocess.run([*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip"],
                                cwd=work, env=environment, capture_output=True, timeout=200)
     assert completed.returncode == 0, completed.stderr.decode()
+    (work / "in.ppm").write_bytes(b"P6\n2 1\n255\nabcdef")
+    completed = subprocess.run([*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip"], cwd=work,
+                               env=environment, capture_output=True, timeout=200)
+    assert completed.returncode == 0, completed.stderr.decode()
+    assert (work / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
     with Image.open(picture) as before, Image.open(work / "out.png") as after:
         assert numpy.array_equal(numpy.asarray(after)[..., :3], numpy.asarray(before)[:, ::-1])

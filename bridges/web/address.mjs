@@ -25,7 +25,7 @@ const encoded = (text) => encodeURIComponent(text).replace(/%(?:3A|3D|2C|40|2F)/
  * { chain, sample, frame, language } of an address; `sample` and `language` are null where it names none.
  * Throws PageError where a part cannot be read.
  */
-export function parseAddress(hash, filters) {
+export function parseAddress(hash, engine) {
     const state = { chain: [], sample: null, frame: 0, language: null };
     const parts = hash.replace(/^#/, '').split(separator);
     for (const part of parts.filter((text) => text.trim() !== '')) {
@@ -33,7 +33,7 @@ export function parseAddress(hash, filters) {
         const word = part.slice(0, Math.max(equals, 0));
         const value = decoded(part.slice(equals + 1)).trim();
         if (word === 'f' || word === 'off') {
-            const use = parseFilterText(filters, value);
+            const use = parseFilterText(engine, value);
             use.isOn = word === 'f';
             state.chain.push(use);
         } else if (word === 'frame' && /^\d{1,9}$/.test(value)) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The chain as a list of cards: set, switched off, removed, and moved by hand or by keyboard.
-import { FilterUse } from './chain.mjs';
 import { filterControls } from './controls.mjs';
 import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
@@ -25,13 +24,12 @@ export class ChainList {
         this.rebuild();
     }
 
-    add(filter) {
-        const use = new FilterUse(filter);
+    add(use) {
         this.#chain.push(use);
         this.#open = new Set([use]);
         this.rebuild();
         this.#host.changed();
-        this.#host.tell(say('added', { filter: filter.name }));
+        this.#host.tell(say('added', { filter: use.filter.name }));
         this.#list.lastElementChild.scrollIntoView({ block: 'nearest' });
         this.#list.lastElementChild.querySelector('.title').focus();
     }
@@ -93,8 +91,7 @@ export class ChainList {
         });
         const reset = element('button', { type: 'button', className: 'quiet reset' }, say('reset'));
         reset.onclick = () => {
-            use.assigned.clear();
-            use.mix = use.from = use.to = undefined;
+            use.reset();
             this.#rebuildAt(use, '.reset');
             this.#host.changed();
         };

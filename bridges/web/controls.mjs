@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Controls for a filter's parameters, made from its list alone. Each is { root, update(moment) }.
-import { colourText, displayText, fromDisplay, fullMix, parseColour, takesPercent } from './chain.mjs';
+import { fullMix } from './chain.mjs';
+import { displayText, fromDisplay } from './display_units.mjs';
 import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
-import { trackText } from './value_track.mjs';
+import { constants } from './vireo.mjs';
+
+const { VireoMix } = constants;
 
 let lastId = 0;
 const newId = () => `control-${++lastId}`;
@@ -36,7 +39,7 @@ function numberEntry(parameter, properties, take) {
 /** `now()` is the stored value, `take(value)` hears of another one. */
 function numberControl(name, parameter, take) {
     const id = newId();
-    const unit = takesPercent(parameter) ? '%' : '';
+    const unit = parameter.takesPercent ? '%' : '';
     const number = numberEntry(parameter, { 'aria-label': name }, take);
     const slider = element('input', { type: 'range', id, min: parameter.minimum, max: parameter.maximum, step: 1 });
     slider.oninput = () => take(Number(slider.value));
@@ -72,12 +75,17 @@ function colourControl(name, take, pick) {
     });
     const picker = iconButton('pick', say('pick', { name }));
     let now;
-    well.oninput = () => take(parseColour(well.value));
-    hex.onchange = () => take(parseColour(hex.value.trim()) ?? now);
+    well.oninput = () => take(well.value);
+    hex.onchange = () => {
+        try {
+            take(hex.value.trim());
+        } catch {
+            hex.value = now;
+        }
+    };
     picker.onclick = () => pick(take);
     const update = (value, isFixed) => {
-        now = value;
-        well.value = hex.value = colourText(value);
+        now = well.value = hex.value = `#${value.toString(16).padStart(6, '0')}`;
         well.disabled = hex.disabled = picker.disabled = isFixed;
     };
     const label = element('label', { htmlFor: id }, name);
@@ -85,12 +93,17 @@ function colourControl(name, take, pick) {
 }
 
 /** Says that a value changes along the clip, and offers to end that. */
-function keyFrameNote(control, text, makeConstant) {
+function keyFrameNote(control, use, parameter, host) {
+    const makeConstant = () => {
+        use.set(parameter, use.valueAt(parameter, host.moment()));
+        host.rebuild();
+    };
     const button = element(
         'button',
         { type: 'button', className: 'quiet', onclick: makeConstant },
         say('makeConstant'),
     );
+    const text = use.valueText(parameter);
     control.root = element(
         'div',
         { className: 'keyed' },
@@ -104,7 +117,8 @@ function parameterControl(use, index, name, host) {
     const parameter = use.filter.parameters[index];
     const take = (value) => {
         use.set(index, value);
-        host.changed();
+        if (use.isKeyed(index)) host.rebuild();
+        else host.changed();
     };
     const make = {
         number: () => numberControl(name, parameter, take),
@@ -112,38 +126,30 @@ function parameterControl(use, index, name, host) {
         colour: () => colourControl(name, take, host.pick),
     };
     const control = make[parameter.kind]();
-    const track = use.assigned.get(index);
-    const isKeyed = typeof track === 'object';
-    if (isKeyed) {
-        keyFrameNote(control, trackText(track, parameter.kind === 'colour' ? colourText : String), () => {
-            use.set(index, use.valueAt(index, host.moment()));
-            host.rebuild();
-        });
-    }
+    const isKeyed = use.isKeyed(index);
+    if (isKeyed) keyFrameNote(control, use, index, host);
     return { root: control.root, update: (moment) => control.update(use.valueAt(index, moment), isKeyed) };
 }
 
-const mixParameter = { minimum: 0, maximum: fullMix, displayMinimum: 0, displayMaximum: fullMix };
+const mixParameter = {
+    minimum: 0,
+    maximum: fullMix,
+    displayMinimum: 0,
+    displayMaximum: fullMix,
+    takesPercent: true,
+};
 
 /** How much of the result lies over what went in. */
 function mixControl(use, host) {
-    const isKeyed = typeof use.mix === 'object';
+    const isKeyed = use.isKeyed(VireoMix);
     const control = numberControl(say('mix'), mixParameter, (value) => {
-        use.mix = value === fullMix ? undefined : value;
+        if (value === fullMix) use.unset(VireoMix);
+        else use.set(VireoMix, value);
         host.changed();
     });
-    if (isKeyed) {
-        keyFrameNote(
-            control,
-            trackText(use.mix, (value) => `${value}%`),
-            () => {
-                use.mix = use.mixAt(host.moment());
-                host.rebuild();
-            },
-        );
-    }
+    if (isKeyed) keyFrameNote(control, use, VireoMix, host);
     control.root.classList.add('mix');
-    return { root: control.root, update: (moment) => control.update(use.mixAt(moment), isKeyed) };
+    return { root: control.root, update: (moment) => control.update(use.valueAt(VireoMix, moment), isKeyed) };
 }
 
 /** A matrix stands as one: nine numbers by their places. */
@@ -154,7 +160,7 @@ function matrixControl(use, indices, host) {
             use.set(index, value);
             host.changed();
         });
-        const isKeyed = typeof use.assigned.get(index) === 'object';
+        const isKeyed = use.isKeyed(index);
         return { entry: cell.entry, update: (moment) => cell.update(use.valueAt(index, moment), isKeyed) };
     });
     const root = element('div', { className: 'matrix control' }, ...cells.map((cell) => cell.entry));
@@ -194,7 +200,7 @@ export function filterControls(use, host) {
     });
     if (parameters.length === 0) root.append(element('p', { className: 'note' }, say('nothingToSet')));
     if (use.from || use.to) {
-        const values = { from: use.from?.text ?? say('begin'), to: use.to?.text ?? say('end') };
+        const values = { from: use.from || say('begin'), to: use.to || say('end') };
         root.append(element('p', { className: 'note' }, say('stretch', values)));
     }
     add(mixControl(use, host));

@@ -1,24 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The filters for scripts: module and host as one WebAssembly program. Works in pages, in workers and in Node.
+// The filters for scripts: module and engine as one WebAssembly program. Works in pages, in workers and in Node.
+import { constants, Out, Program, Struct } from './vireo.mjs';
 
-/** The host's language words, (sub-language << 10) | language. */
-const languages = { en: 0x409, fr: 0x40c, de: 0x407, ja: 0x411, es: 0x40a, it: 0x410, ko: 0x412 };
-const kinds = ['number', 'boolean', 'colour'];
-const parameterNumbers = 7;
+const { VireoNumber, VireoBoolean, VireoColor, VireoRgba, VireoSpellingFull } = constants;
+const kinds = { [VireoNumber]: 'number', [VireoBoolean]: 'boolean', [VireoColor]: 'colour' };
 const largestFrame = 2 ** 30 - 1;
 const pixelBytes = 4;
 
-const decoder = new TextDecoder();
-const encoder = new TextEncoder();
-
-/** The word after the catalogue's folder in a key, as links and commands name the filter. */
-const keySegment = (key) => key.slice(0, key.indexOf('=')).split('/').at(-2);
-
-const swapRedAndBlue = (colour) => ((colour & 0xff) << 16) | (colour & 0xff00) | ((colour >> 16) & 0xff);
-
-/** A colour is stored with red in its low byte, and 0xRRGGBB outside. */
-const betweenStored = (kind, value) =>
-    kind === 'colour' && Number.isInteger(value) && value >= 0 && value <= 0xffffff ? swapRedAndBlue(value) : value;
+/** Five times these bytes fit the memory that the program may have, as much as a chain's pictures take at once. */
+const mostBytes = 400e6;
+const noMemory = 'there is not enough memory for this picture';
 
 const isNode = typeof process !== 'undefined' && Boolean(process.versions?.node);
 
@@ -47,212 +38,281 @@ const systemCalls = (memory) => ({
 });
 
 /**
- * Loads module and host. `source` is nothing (vireo.wasm beside this script), an address, or the bytes of the program,
- * for pages that carry them.
+ * Loads module and engine. `source` is nothing (vireo.wasm beside this script), an address, or the bytes of the
+ * program, for pages that carry them.
  */
 export async function loadEngine(source = new URL('vireo.wasm', import.meta.url)) {
     const isAddress = typeof source === 'string' || source instanceof URL;
     const bytes = isAddress ? await bytesAt(new URL(source, import.meta.url)) : source;
-    const engine = new Engine();
+    const asked = {}; // answers, once a chain renders, when the program asks for an earlier frame
     const { instance } = await WebAssembly.instantiate(bytes, {
-        vireo: { fetch: (frame, address, rowBytes) => engine._fetch(frame, address, rowBytes) },
+        vireo: { earlierFrame: (user, frame, target) => asked.answer(Number(frame), target >>> 0) },
         env: { emscripten_notify_memory_growth() {} },
-        wasi_snapshot_preview1: systemCalls(() => engine._program.memory.buffer),
+        wasi_snapshot_preview1: systemCalls(() => instance.exports.memory.buffer),
     });
-    engine._start(instance.exports);
-    return engine;
+    instance.exports._initialize();
+    return new Engine(new Program(instance.exports), instance.exports.vireo_earlier_frame(), asked);
 }
 
 class Engine {
     /** { version, commit, instructionSet } */
     version;
 
-    _program;
-    _filters;
-    _clock;
-    _failure;
+    #program;
+    #engine;
+    #filters = null;
+    #earlierFrame;
+
+    constructor(program, earlierFrame, asked) {
+        this.#program = program;
+        this.#engine = program.call('vireoOpen', 0, new Out('address'));
+        this.#earlierFrame = { address: earlierFrame, asked };
+        this.version = {
+            version: program.text('vireoVersion'),
+            commit: program.text('vireoCommit'),
+            instructionSet: program.text('vireoInstructionSet'),
+        };
+    }
 
     /** Names and texts are in this language from now on: en, fr, de, ja, es, it or ko. */
     setLanguage(language) {
-        if (!Object.hasOwn(languages, language)) throw new Error(`there is no language "${language}"`);
-        this._program.vireo_set_language(languages[language]);
+        this.#program.call('vireoSetLanguage', this.#engine, language);
+        this.#filters = null;
     }
 
     /** The text of a key such as "$$$/Page/Save=Save" in the language: the catalogue's, else what follows "=". */
     text(key) {
-        const bytes = encoder.encode(key);
-        return this._withMemory(bytes.length + 1, (address) => {
-            this._bytes().set(bytes, address);
-            this._bytes()[address + bytes.length] = 0;
-            return this._textAt(this._program.vireo_translated(address));
-        });
+        return this.#program.call('vireoTranslate', this.#engine, key, new Out('own text'));
     }
 
     /** Every filter with its parameters, named in the language. */
     filters() {
-        return this._filters.map(({ nameKey, categoryKey, parameters, ...filter }) => ({
-            ...filter,
-            name: this.text(nameKey),
-            category: this.text(categoryKey),
-            parameters: parameters.map(({ key, ...parameter }) => ({ ...parameter, name: this.text(key) })),
-        }));
+        const count = () => this.#program.number('vireoFilterCount', this.#engine);
+        this.#filters ??= Array.from({ length: count() }, (_, index) => this.#filter(index));
+        return this.#filters;
+    }
+
+    /** A chain of the filters that a text names, as -f takes them, ";" between several. Throws EngineError. */
+    chain(text = '') {
+        const chain = new Chain(this.#program, this.#engine, this.#earlierFrame);
+        if (text !== '') chain.add(text);
+        return chain;
     }
 
     /**
      * The picture that a chain makes of another, a new one of the same size.
-     *   chain: [{ filter: id, values: [number, …] in the list's order, mix: 100 }]; without values a filter has those
-     *     that it starts with
-     *   picture: { width, height, data }: RGBA, straight alpha, rows from the top
-     *   clock: { frame, frames, fetch }: the frame's number, the clip's length, and a function from a number to the
-     *     picture that the chain gets at that frame; without it the picture stands for all. Filters that look back get
-     *     earlier frames through the filters before them, with the values that these have now.
+     *   chain: a text as chain() takes it, or [{ filter: id, values: [number, …] in the list's order, mix: 100 }];
+     *     without values a filter has those that it starts with
+     *   picture, clock: as Chain.render() takes them
      * Throws an Error with one sentence where there is no such filter, a value is out of range, or memory is short.
      */
-    render(chain, picture, clock = {}) {
-        const { frame = 0, frames = 0 } = clock;
-        checkPicture(picture);
-        checkFrameNumber(frame);
-        checkFrameNumber(frames);
-        this._clock = { picture, fetch: clock.fetch };
+    render(chain, picture, clock) {
+        const made = this.chain(typeof chain === 'string' ? chain : chain.map((use) => this.#textOf(use)).join(';'));
         try {
-            const input = this._address(this._program.vireo_begin(picture.width, picture.height));
-            this._put(picture, input, this._program.vireo_row_bytes());
-            for (const use of chain) this._add(use);
-            return this._take(picture, this._address(this._program.vireo_render(frame, frames)));
+            return made.render(picture, clock);
         } finally {
-            this._program.vireo_end();
-            this._clock = undefined;
-            this._failure = undefined;
+            made.close();
         }
     }
 
-    _start(program) {
-        this._program = program;
-        program._initialize();
-        this.version = {
-            version: this._textAt(program.vireo_version()),
-            commit: this._textAt(program.vireo_commit()),
-            instructionSet: this._textAt(program.vireo_instruction_set()),
-        };
-        this._filters = Array.from({ length: program.vireo_filter_count() }, (_, index) => this._describeFilter(index));
-    }
-
-    _describeFilter(index) {
-        const program = this._program;
-        const nameKey = this._textAt(program.vireo_filter_name_key(index));
+    #filter(index) {
+        const filter = this.#program.call('vireoDescribeFilter', this.#engine, index, new Out('VireoFilter'));
+        const { id, name, englishName, category, key, matchName, fileName, readsTime, earlierFrames } = filter;
+        const parameters = Array.from({ length: filter.parameterCount }, (_, i) => this.#parameter(index, i));
         return {
-            id: program.vireo_filter_id(index),
-            englishName: nameKey.slice(nameKey.indexOf('=') + 1),
-            matchName: this._textAt(program.vireo_filter_match_name(index)),
-            key: keySegment(nameKey),
-            nameKey,
-            categoryKey: this._textAt(program.vireo_filter_category_key(index)),
-            usesTime: program.vireo_filter_reads_time(index) !== 0,
-            earlierFrames: program.vireo_filter_look_back(index),
-            parameters: Array.from({ length: program.vireo_parameter_count(index) }, (_, i) =>
-                this._describeParameter(index, i)),
-        };
-    }
-
-    _describeParameter(filter, index) {
-        const key = this._textAt(this._program.vireo_parameter_key(filter, index));
-        const numbers = this._withMemory(parameterNumbers * 8, (address) => {
-            this._program.vireo_describe_parameter(filter, index, address);
-            return [...new Float64Array(this._program.memory.buffer, address, parameterNumbers)];
-        });
-        const [kindNumber, minimum, maximum, displayMinimum, displayMaximum, initial, size] = numbers;
-        const kind = kinds[kindNumber];
-        return {
+            id,
+            name,
+            englishName,
+            category,
             key,
-            englishName: key.slice(key.indexOf('=') + 1),
-            kind,
+            matchName,
+            fileName,
+            usesTime: readsTime !== 0,
+            earlierFrames,
+            parameters,
+        };
+    }
+
+    #parameter(filter, index) {
+        const found = new Out('VireoParameter');
+        const parameter = this.#program.call('vireoDescribeParameter', this.#engine, filter, index, found);
+        const { name, englishName, minimum, maximum, displayMinimum, displayMaximum, size } = parameter;
+        return {
+            name,
+            englishName,
+            kind: kinds[parameter.kind],
             minimum,
             maximum,
             displayMinimum,
             displayMaximum,
-            default: betweenStored(kind, initial),
+            takesPercent: parameter.takesPercent !== 0,
+            default: parameter.initial,
             size,
         };
     }
 
-    _add({ filter: id, values, mix = 100 }) {
-        const index = this._filters.findIndex((filter) => filter.id === id);
-        if (index < 0) throw new Error(`there is no filter ${id}`);
-        const { parameters } = this._filters[index];
-        const given = values ?? parameters.map((parameter) => parameter.default);
-        const stored = given.map((value, i) => betweenStored(parameters[i]?.kind, value));
-        this._withMemory(stored.length * 8, (address) => {
-            new Float64Array(this._program.memory.buffer, address, stored.length).set(stored);
-            if (!this._program.vireo_add(index, address, stored.length, mix)) this._fail();
-        });
+    /** What -f takes for a filter with numbers. */
+    #textOf({ filter: id, values, mix = 100 }) {
+        const filter = this.filters().find((known) => known.id === id);
+        if (!filter) throw new Error(`there is no filter ${id}`);
+        const { name, parameters } = filter;
+        if (values && values.length !== parameters.length) {
+            throw new Error(`${name} takes ${parameters.length} values, not ${values.length}`);
+        }
+        const text = ({ kind }, value) => (kind === 'colour' ? `#${value.toString(16).padStart(6, '0')}` : value);
+        const pairs = values?.map((value, i) => `${parameters[i].englishName}=${text(parameters[i], value)}`) ?? [];
+        return `${id}:${[...pairs, `mix=${mix}`].join(',')}`;
+    }
+}
+
+/** Closes the chains that scripts have forgotten. */
+const forgotten = new FinalizationRegistry(({ program, chain }) => program.number('vireoChainClose', chain));
+
+/**
+ * Filters one after another, each with its settings. What can be given a value goes by the parameter's index, or by
+ * VireoFrom, VireoTo or VireoMix. Values are those that `vireo info` prints, and colours 0xRRGGBB. A moment is
+ * { frame, rate }.
+ */
+class Chain {
+    #program;
+    #chain;
+    #earlierFrame;
+
+    constructor(program, engine, earlierFrame) {
+        this.#program = program;
+        this.#earlierFrame = earlierFrame;
+        this.#chain = this.#program.call('vireoChainNew', engine, new Out('address'));
+        forgotten.register(this, { program, chain: this.#chain }, this);
     }
 
-    /** Called by the program for the chain's input at an earlier frame. Exceptions wait until it has returned. */
-    _fetch(frame, address, rowBytes) {
+    /** Frees what it holds, at once. */
+    close() {
+        forgotten.unregister(this);
+        this.#program.number('vireoChainClose', this.#chain);
+    }
+
+    add(text) {
+        this.#call('vireoChainAddText', text);
+    }
+
+    /** Adds what a settings file describes. */
+    addSettings(text, name) {
+        this.#call('vireoChainAddSettings', text, new TextEncoder().encode(text).length, name);
+    }
+
+    get length() {
+        return this.#program.number('vireoChainLength', this.#chain);
+    }
+
+    /** The index in filters() of the filter at a position. */
+    filterAt(position) {
+        return this.#call('vireoChainFilter', position, new Out('uint'));
+    }
+
+    /** What add() reads as the filter at a position. */
+    text(position, spelling = VireoSpellingFull) {
+        return this.#call('vireoChainFilterText', position, spelling, new Out('own text'));
+    }
+
+    /** The chain as a settings file. */
+    settings() {
+        return this.#call('vireoChainSettings', new Out('own text'));
+    }
+
+    /** Gives a value: a number, or a text as -f takes it. */
+    set(position, parameter, value) {
+        if (typeof value === 'string') this.#call('vireoChainSet', position, parameter, value);
+        else this.#call('vireoChainSetValue', position, parameter, BigInt(value));
+    }
+
+    unset(position, parameter) {
+        this.#call('vireoChainUnset', position, parameter);
+    }
+
+    isSet(position, parameter) {
+        return this.#call('vireoChainIsSet', position, parameter, new Out('int')) !== 0;
+    }
+
+    /** Whether a parameter or the mix was given key frames. */
+    isKeyed(position, parameter) {
+        return this.#call('vireoChainKeys', position, parameter, 0, 0, new Out('uint')) > 0;
+    }
+
+    /** The value as -f takes it. */
+    valueText(position, parameter) {
+        return this.#call('vireoChainGet', position, parameter, new Out('own text'));
+    }
+
+    /** Throws EngineError where key frames do not follow each other at the moment's rate. */
+    value(position, parameter, moment) {
+        return this.#call('vireoChainValue', position, parameter, this.#time(moment), new Out('long'));
+    }
+
+    /** { earlierFrames: how many frames back it looks, readsTime: whether a frame's number matters } */
+    needs() {
+        const { earlierFrames, readsTime } = this.#call('vireoChainNeeds', new Out('VireoNeeds'));
+        return { earlierFrames, readsTime: readsTime !== 0 };
+    }
+
+    /**
+     * The picture that the chain makes of another, a new one of the same size.
+     *   picture: { width, height, data }: RGBA, straight alpha, rows from the top
+     *   clock: { frame, frames, rate, fetch }: the frame's number, the clip's length, frames a second, and a function
+     *     from a number to the picture that the chain gets at that frame; without it the picture stands for all
+     * Throws an Error with one sentence.
+     */
+    render(picture, clock = {}) {
+        checkPicture(picture);
+        checkFrameNumber(clock.frame ?? 0);
+        checkFrameNumber(clock.frames ?? 0);
+        const { width, height, data } = picture;
+        const [stride, paddedBytes] = [width * pixelBytes, Math.ceil((width * pixelBytes) / 64) * 64 * height];
+        if (paddedBytes > mostBytes) throw new Error(noMemory);
+        const program = this.#program;
+        const pixels = program.allocate(data.length);
+        let failure;
         try {
-            const { picture, fetch } = this._clock;
-            const earlier = fetch ? fetch(frame) : picture;
-            checkPicture(earlier);
-            if (earlier.width !== picture.width || earlier.height !== picture.height) {
-                throw new Error(`frame ${frame} is not as large as the others`);
-            }
-            this._put(earlier, address >>> 0, rowBytes);
-            return 0;
-        } catch (failure) {
-            this._failure ??= failure;
-            return 1;
-        }
-    }
-
-    /** Copies a picture to where the program has it, rows from the bottom. */
-    _put({ width, height, data }, address, rowBytes) {
-        const bytes = this._bytes();
-        const row = width * pixelBytes;
-        for (let y = 0; y < height; ++y) {
-            bytes.set(data.subarray(y * row, (y + 1) * row), address + (height - 1 - y) * rowBytes);
-        }
-    }
-
-    _take({ width, height }, address) {
-        const bytes = this._bytes();
-        const rowBytes = this._program.vireo_row_bytes();
-        const row = width * pixelBytes;
-        const data = new Uint8ClampedArray(row * height);
-        for (let y = 0; y < height; ++y) {
-            const from = address + (height - 1 - y) * rowBytes;
-            data.set(bytes.subarray(from, from + row), y * row);
-        }
-        return { width, height, data };
-    }
-
-    /** An address that the program gave, or its failure. */
-    _address(address) {
-        return address === 0 ? this._fail() : address >>> 0;
-    }
-
-    _fail() {
-        throw this._failure ?? new Error(this._textAt(this._program.vireo_failure()));
-    }
-
-    _withMemory(size, use) {
-        const address = this._program.vireo_allocate(size) >>> 0;
-        if (address === 0 && size > 0) throw new Error('there is not enough memory');
-        try {
-            return use(address);
+            // Filters say nothing where there is no room for what they keep aside.
+            const room = pixels === 0 ? 0 : program.allocate((this.length > 1 ? 4 : 3) * paddedBytes);
+            if (room === 0) throw new Error(noMemory);
+            program.free(room);
+            program.bytes().set(data, pixels);
+            const frame = new Struct('VireoFrame', { width, height, layout: VireoRgba, pixels, stride });
+            this.#earlierFrame.asked.answer = (number, target) => {
+                try {
+                    this.#put(clock.fetch(number), picture, number, program.structAt('VireoFrame', target).pixels);
+                    return 0;
+                } catch (error) {
+                    failure = error;
+                    return 1;
+                }
+            };
+            const earlierFrame = clock.fetch ? this.#earlierFrame.address : 0;
+            const options = new Struct('VireoRenderOptions', { earlierFrame });
+            this.#call('vireoChainRender', frame, frame, this.#time(clock), options);
+            const rendered = program.bytes().slice(pixels, pixels + data.length);
+            return { width, height, data: new Uint8ClampedArray(rendered.buffer) };
+        } catch (error) {
+            throw failure ?? error;
         } finally {
-            this._program.vireo_free(address);
+            program.free(pixels);
         }
     }
 
-    /** The program's memory, which moves when it grows. */
-    _bytes() {
-        return new Uint8Array(this._program.memory.buffer);
+    #put(earlier, { width, height }, number, pixels) {
+        checkPicture(earlier);
+        if (earlier.width !== width || earlier.height !== height) {
+            throw new Error(`frame ${number} is not as large as the others`);
+        }
+        this.#program.bytes().set(earlier.data, pixels);
     }
 
-    _textAt(address) {
-        const bytes = this._bytes();
-        const begin = address >>> 0;
-        return decoder.decode(bytes.slice(begin, bytes.indexOf(0, begin)));
+    #time({ frame = 0, frames = 0, rate = 0 }) {
+        return new Struct('VireoTime', { frame, frames, rate, seconds: -1 });
+    }
+
+    #call(name, ...values) {
+        return this.#program.call(name, this.#chain, ...values);
     }
 }
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
-import { assetBytes } from './assets.mjs';
-import { renderedChain } from './chain.mjs';
+import { assetBytes, engineSource } from './assets.mjs';
+import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
+import { loadEngine } from './engine.mjs';
 import { FilterPicker } from './filter_picker.mjs';
-import { parseSettings } from './hand_over.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
@@ -30,7 +30,16 @@ const addressDelay = 250;
 
 const find = (selector) => document.querySelector(selector);
 
-const state = { filters: [], language: 'en', chain: [], source: null, sample: null, frame: 0, isPlaying: false };
+const state = {
+    engine: null,
+    language: 'en',
+    chain: [],
+    whole: null,
+    source: null,
+    sample: null,
+    frame: 0,
+    isPlaying: false,
+};
 
 const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
 
@@ -81,15 +90,23 @@ const chainList = new ChainList(find('.list'), {
     tell,
 });
 const takeAlong = new TakeAlong(find('.take-along'), tell);
-const picker = new FilterPicker(find('.picker'), (filter) => chainList.add(filter));
+const picker = new FilterPicker(find('.picker'), (filter) =>
+    chainList.add(new FilterUse(state.engine, String(filter.id))),
+);
 
-const isTimed = () =>
-    !state.source.isStill || state.chain.some((use) => use.isOn && (use.filter.usesTime || use.isAnimated()));
+/** Makes one chain of the filters that are switched on: what is rendered and handed over. */
+function join() {
+    state.whole?.chain.close();
+    const text = wholeText(state.chain);
+    const chain = state.engine.chain(text);
+    state.whole = { chain, text, ...chain.needs() };
+}
+
+const isTimed = () => !state.source.isStill || state.whole.readsTime;
 
 function job() {
-    const lookBack = state.chain.filter((use) => use.isOn).reduce((sum, use) => sum + use.filter.earlierFrames, 0);
-    const { frame, isPlaying, source } = state;
-    return { chain: renderedChain(state.chain, moment()), frame, frames: source.frames, lookBack, isPlaying };
+    const { whole, source, isPlaying } = state;
+    return { chain: whole.text, ...moment(), frames: source.frames, lookBack: whole.earlierFrames, isPlaying };
 }
 
 /** A file's name without its last extension. */
@@ -99,6 +116,7 @@ let addressTimer;
 
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
+    join();
     const { chain, source, sample, frame } = state;
     const clip =
         source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
@@ -106,6 +124,7 @@ function changed() {
     const address = addressOf({ chain, sample, frame: source.isLive ? 0 : frame });
     takeAlong.show({
         chain,
+        settings: () => state.whole.chain.settings(),
         clip,
         moment: moment(),
         input,
@@ -201,7 +220,7 @@ const openSample = (name, frame) => open(sampleSource(samples[name]), name, fram
 async function openFile(file) {
     const name = file.name || 'picture.png';
     if (file.type === 'application/json' || name.endsWith('.json')) {
-        state.chain = parseSettings(state.filters, name, await file.text());
+        state.chain = parseSettings(state.engine, name, await file.text());
         chainList.show(state.chain);
         changed();
     } else if (!(await open(openSource(file, name, readPng), null))) {
@@ -212,7 +231,7 @@ async function openFile(file) {
 
 /** Takes over what an address says; where it names no picture, the open one stays. */
 async function follow(hash) {
-    const { sample, frame, language } = parseAddress(hash, state.filters);
+    const { sample, frame, language } = parseAddress(hash, state.engine);
     for (const [word, value, known] of [
         ['sample', sample, samples],
         ['language', language, languages],
@@ -220,8 +239,8 @@ async function follow(hash) {
         if (value !== null && !Object.hasOwn(known, value))
             throw new PageError('badAddress', { text: `${word}=${value}` });
     }
-    if (language !== null && language !== state.language) await speakLanguage(language);
-    const { chain } = parseAddress(hash, state.filters); // in the language that is spoken now
+    if (language !== null && language !== state.language) speakLanguage(language);
+    const { chain } = parseAddress(hash, state.engine); // in the language that is spoken now
     state.chain = chain;
     const isOpen = state.source !== null && (sample === null || sample === state.sample);
     if (isOpen) {
@@ -230,15 +249,14 @@ async function follow(hash) {
     } else {
         await openSample(sample ?? 'fruit', frame);
     }
-    chainList.show(chain);
+    chainList.show(state.chain); // another address may have come meanwhile
 }
 
-async function speakLanguage(language) {
-    const { filters, texts } = await renderer.describe(language, allTexts);
-    speak(texts);
+function speakLanguage(language) {
+    const { engine } = state;
+    engine.setLanguage(language);
+    speak(allTexts.map((text) => engine.text(text)));
     state.language = language;
-    state.filters = filters;
-    for (const use of state.chain) use.filter = filters.find(({ id }) => id === use.filter.id);
     document.documentElement.lang = language;
     find('.language').value = language;
     for (const node of document.querySelectorAll('[data-text]')) node.textContent = say(node.dataset.text);
@@ -294,11 +312,10 @@ function listen() {
     click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
     click('.add', () => {
-        const chains = state.filters.map((filter) => [
-            { filter: filter.id, values: filter.parameters.map((parameter) => parameter.default), mix: 100 },
-        ]);
+        const filters = state.engine.filters();
+        const chains = filters.map((filter) => String(filter.id));
         const frames = Math.max(state.source.frames, 2 * tellingFrame);
-        return picker.open(state.filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
+        return picker.open(filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
     });
     click('.play', () => (state.isPlaying ? pause() : play()));
     find('.scrub').oninput = (event) => {
@@ -316,9 +333,9 @@ function listen() {
     const language = find('.language');
     language.append(...Object.entries(languages).map(([value, text]) => element('option', { value }, text)));
     language.onchange = () =>
-        attempt(async () => {
+        attempt(() => {
             rememberedLanguage.set(language.value);
-            await speakLanguage(language.value);
+            speakLanguage(language.value);
         });
     for (const [name, { text }] of Object.entries(samples)) {
         const button = element('button', {
@@ -357,10 +374,10 @@ function listenToFiles() {
 }
 
 async function start() {
-    listen();
     try {
-        await renderer.started;
-        await speakLanguage(rememberedLanguage.get() ?? browserLanguage());
+        [state.engine] = await Promise.all([loadEngine(engineSource()), renderer.started]);
+        listen();
+        speakLanguage(rememberedLanguage.get() ?? browserLanguage());
     } catch {
         throw new PageError('noEngine');
     }

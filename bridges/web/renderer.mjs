@@ -24,14 +24,6 @@ export class Renderer {
         this.started = Promise.all([this.#preview.worker.started, this.#full.worker.started]);
     }
 
-    /** { filters, texts } in a language; the texts are those of `texts` translated. */
-    async describe(language, texts) {
-        const [described] = await Promise.all(
-            [this.#preview, this.#full].map(({ worker }) => worker.call('describe', { language, texts })),
-        );
-        return described;
-    }
-
     readPng(bytes) {
         return this.#full.worker.call('readPng', bytes);
     }
@@ -52,8 +44,8 @@ export class Renderer {
     }
 
     /**
-     * Renders { chain, frame, frames, lookBack, isPlaying }, the chain as the engine takes it; lookBack is how many frames
-     * back it may ask for. A newer request replaces one that waits.
+     * Renders { chain, frame, frames, rate, lookBack, isPlaying }, the chain as its text; lookBack is how many frames back
+     * it may ask for. A newer request replaces one that waits.
      */
     request(job) {
         // Frames that came by while playing may be a little late: when it stops, they are taken again.
@@ -89,8 +81,8 @@ export class Renderer {
         try {
             await this.#supply(pane, job, source);
             if (source !== this.#source) return;
-            const { chain, frame, frames } = job;
-            const picture = await pane.worker.call('render', { chain, frame, frames });
+            const { chain, frame, frames, rate } = job;
+            const picture = await pane.worker.call('render', { chain, frame, frames, rate });
             if (source !== this.#source || (pane === this.#full && job !== this.#job)) return;
             this.#view.after(picture, pane.width !== this.#full.width);
         } catch (error) {
@@ -116,8 +108,8 @@ export class Renderer {
     /** The PNG file of a job at full size. */
     async png(job) {
         await this.#supply(this.#full, job, this.#source);
-        const { chain, frame, frames } = job;
-        return this.#full.worker.call('png', { chain, frame, frames });
+        const { chain, frame, frames, rate } = job;
+        return this.#full.worker.call('png', { chain, frame, frames, rate });
     }
 
     /** Small pictures of the source, one for each chain, as they are rendered. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the page hands over: the command, the settings file, FFmpeg's filter, the link.
+import { commandText, ffmpegLacks, ffmpegText } from './commands.mjs';
 import { download, element } from './dom.mjs';
-import { commandText, ffmpegLacks, ffmpegText, settingsText } from './hand_over.mjs';
 import { say } from './language.mjs';
 
 const kinds = ['command', 'settings', 'ffmpeg', 'link'];
@@ -35,22 +35,22 @@ export class TakeAlong {
         root.querySelector('[role=tablist]').append(...this.#tabs);
         root.querySelector('.copy').onclick = () => this.#copy();
         root.querySelector('.download').onclick = () => {
-            download('vireo-settings.json', settingsText(this.#state.chain), 'application/json');
+            download('vireo-settings.json', this.#state.settings(), 'application/json');
             this.#tell(say('saved', { name: 'vireo-settings.json' }));
         };
     }
 
-    /** { chain, clip, moment, input, output, link }: what to hand over. */
+    /** { chain, settings(), clip, moment, input, output, link }: what to hand over. */
     show(state) {
         this.#state = state;
         this.#update();
     }
 
     #texts() {
-        const { chain, clip, moment, input, output, link } = this.#state;
+        const { chain, settings, clip, moment, input, output, link } = this.#state;
         return {
             command: () => [commandText(chain, input, output), say('commandNote')],
-            settings: () => [settingsText(chain), say('settingsNote')],
+            settings: () => [settings(), say('settingsNote')],
             ffmpeg: () => [
                 ffmpegText(chain, clip, moment),
                 ffmpegLacks(chain) ? say('ffmpegLacks') : say('ffmpegNote'),

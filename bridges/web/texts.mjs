@@ -72,6 +72,7 @@ export const texts = {
     noFilter: '$$$/Page/NoFilter=“{name}” is not the name of one filter.',
     noParameter: '$$$/Page/NoParameter={filter} has no parameter “{name}”.',
     badValue: '$$$/Page/BadValue={name} of {filter} cannot be “{value}”.',
+    givenTwice: '$$$/Page/GivenTwice={name} of {filter} is given twice.',
     badPair: '$$$/Page/BadPair=“{text}” is not of the form parameter=value.',
     badAddress: '$$$/Page/BadAddress=The link holds “{text}”, which means nothing here.',
     badSettings: '$$$/Page/BadSettings=“{name}” is no settings file of Vireo Filters.',

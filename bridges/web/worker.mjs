@@ -12,20 +12,19 @@ function pictureAt(frame) {
     return pictures.get(numbers.findLast((number) => number <= frame) ?? numbers[0]);
 }
 
-/** The result of a job { chain, frame, frames, picture }, over the stored pictures where it brings none. */
-function rendered({ chain, frame, frames, picture }) {
-    const source = picture ?? pictureAt(frame);
-    if (chain.length === 0) return { ...source, data: source.data.slice() };
-    return engine.render(chain, source, { frame, frames, fetch: picture ? undefined : pictureAt });
+/** The result of a job { chain, frame, frames, rate, picture }, over the stored pictures where it brings none. */
+function rendered({ chain, frame, frames, rate, picture }) {
+    return engine.render(chain, picture ?? pictureAt(frame), {
+        frame,
+        frames,
+        rate,
+        fetch: picture ? undefined : pictureAt,
+    });
 }
 
 const actions = {
     async start(source) {
         engine = await loadEngine(source);
-    },
-    describe({ language, texts }) {
-        engine.setLanguage(language);
-        return { filters: engine.filters(), texts: texts.map((text) => engine.text(text)) };
     },
     store({ frame, picture }) {
         pictures.set(frame, picture);

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Writes a source that compiles only where the tables of vireo.mjs are those of the header.
+//   node check_layout.mjs FILE
+import { writeFileSync } from 'node:fs';
+
+import { constants, layouts } from '../../../bridges/web/vireo.mjs';
+
+const checks = Object.entries(constants).map(([name, value]) => [`${name} == ${value}`, name]);
+for (const [struct, { places, size }] of Object.entries(layouts)) {
+    for (const { name, offset, bytes } of places) {
+        checks.push([`offsetof(${struct}, ${name}) == ${offset}`, `${struct}.${name}`]);
+        checks.push([`sizeof(((${struct}*)0)->${name}) == ${bytes}`, `${struct}.${name}`]);
+    }
+    checks.push([`sizeof(${struct}) == ${size}`, struct]);
+}
+const lines = checks.map(([check, what]) => `_Static_assert(${check}, "vireo.mjs has another ${what}");\n`);
+writeFileSync(process.argv[2], `#include "vireo/vireo.h"\n\n${lines.join('')}`);

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// Prints what the engine adds to its filters, what conversions of pixels cost, and what threads take off.
+// What a table compares runs in turn, and the best of many rounds counts: all that disturbs only adds.
+#include "bench/filter_call.h"
+#include "engine/include/vireo/vireo.h"
+#include "engine/pixels/pixel_layout.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace bench {
+namespace {
+
+using Job = std::function<void()>;
+
+/// Milliseconds of each job's best round.
+std::vector<double> best(int rounds, const std::vector<Job>& jobs) {
+    std::vector<double> times(jobs.size(), std::numeric_limits<double>::infinity());
+    for (int round = 0; round <= rounds; ++round) {
+        for (std::size_t i = 0; i < jobs.size(); ++i) {
+            const auto begin = std::chrono::steady_clock::now();
+            jobs[i]();
+            const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+            if (round > 0) times[i] = std::min(times[i], time.count());
+        }
+    }
+    return times;
+}
+
+struct FreeMemory {
+    void operator()(std::uint8_t* memory) const { std::free(memory); }
+};
+using Memory = std::unique_ptr<std::uint8_t, FreeMemory>;
+
+/// Bytes of a smooth picture with noise.
+Memory painted(std::size_t bytes) {
+    Memory memory(static_cast<std::uint8_t*>(std::aligned_alloc(4096, (bytes + 4095) / 4096 * 4096)));
+    std::minstd_rand noise(1);
+    for (std::size_t i = 0; i < bytes; ++i) {
+        memory.get()[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 200 : i / 60000 + (noise() >> 12) % 32);
+    }
+    return memory;
+}
+
+void check(VireoStatus status) {
+    if (status == VireoDone) return;
+    std::fprintf(stderr, "%s\n", vireoLastError()->sentence);
+    std::exit(1);
+}
+
+/// A chain with frames of one size, rows from the bottom as filters have them.
+class Chain {
+public:
+    Chain(VireoEngine* engine, const char* text, unsigned threads, int width, int height,
+          std::uint8_t* source, std::uint8_t* result) {
+        check(vireoChainNew(engine, &chain_));
+        check(vireoChainAddText(chain_, text));
+        check(vireoChainSetThreads(chain_, threads));
+        const std::int64_t rowBytes = std::int64_t{4} * width;
+        source_ = {
+            sizeof source_, width,  height, VireoBgra, VireoDepth8, 0, source + rowBytes * (height - 1),
+            -rowBytes,      nullptr};
+        result_ = source_;
+        result_.pixels = result + rowBytes * (height - 1);
+    }
+    Chain(const Chain&) = delete;
+    Chain& operator=(const Chain&) = delete;
+    ~Chain() { vireoChainClose(chain_); }
+
+    void render() { check(vireoChainRender(chain_, &source_, &result_, nullptr, nullptr)); }
+
+    /// The first filter's settings.
+    void copySettings(std::span<std::uint8_t> record) const {
+        void* bytes = nullptr;
+        std::size_t length = 0;
+        check(vireoChainBytes(chain_, 0, nullptr, &bytes, &length));
+        std::memcpy(record.data(), bytes, std::min(length, record.size()));
+        vireoFree(bytes);
+    }
+
+private:
+    VireoChain* chain_ = nullptr;
+    VireoFrame source_{};
+    VireoFrame result_{};
+};
+
+struct Subject {
+    const char* filter;
+    const char* text;
+};
+
+constexpr Subject overheadSubjects[] = {
+    {"Solarize", "Solarize"},
+    {"Levels", "Levels:(rgb) gamma=150"},
+    {"Black & White", "Black & White"},
+    {"Horizontal Flip", "Horizontal Flip"},
+    {"Convolution Kernel", "Convolution Kernel"},
+    {"Camera Blur", "Camera Blur"},
+};
+
+void printOverhead(VireoEngine* engine) {
+    constexpr int width = 1920, height = 1080;
+    const Memory source = painted(std::size_t{4} * width * height),
+                 result = painted(std::size_t{4} * width * height);
+    std::printf(
+        "\n| 1920 × 1080, one thread | The filter alone, ms | Through the engine, ms | More "
+        "|\n|---|---|---|---|\n");
+    for (const Subject& subject : overheadSubjects) {
+        for (const VRM::Filter& filter : module().filters()) {
+            if (filter.properties.name != subject.filter) continue;
+            Chain chain(engine, subject.text, 1, width, height, source.get(), result.get());
+            FilterCall call(filter, source.get(), result.get(), width, height);
+            chain.copySettings(call.settings());
+            const auto times = best(400, {[&] { call.execute(); }, [&] { chain.render(); }});
+            std::printf("| %s | %.3f | %.3f | %.1f %% |\n", subject.text, times[0], times[1],
+                        100 * (times[1] / times[0] - 1));
+        }
+    }
+}
+
+void printConversions() {
+    using namespace vireo;
+    constexpr int width = 1920, height = 1080;
+    struct Row {
+        const char* name;
+        PixelFormat format;
+    };
+    constexpr Row rows[] = {
+        {"RGBA", {PixelLayout::Rgba, SampleDepth::Eight, false}},
+        {"ARGB", {PixelLayout::Argb, SampleDepth::Eight, false}},
+        {"BGRx", {PixelLayout::Bgrx, SampleDepth::Eight, false}},
+        {"RGB", {PixelLayout::Rgb, SampleDepth::Eight, false}},
+        {"grey", {PixelLayout::Grey, SampleDepth::Eight, false}},
+        {"BGRA, premultiplied", {PixelLayout::Bgra, SampleDepth::Eight, true}},
+        {"RGBA, premultiplied", {PixelLayout::Rgba, SampleDepth::Eight, true}},
+        {"RGBA, 16 bits", {PixelLayout::Rgba, SampleDepth::Sixteen, false}},
+        {"RGB, 16 bits", {PixelLayout::Rgb, SampleDepth::Sixteen, false}},
+        {"RGBA, 16 bits, premultiplied", {PixelLayout::Rgba, SampleDepth::Sixteen, true}},
+        {"RGBA, float", {PixelLayout::Rgba, SampleDepth::Float, false}},
+        {"RGBA, float, premultiplied", {PixelLayout::Rgba, SampleDepth::Float, true}},
+    };
+    const Memory from = painted(std::size_t{16} * width * height),
+                 to = painted(std::size_t{16} * width * height);
+    std::printf("\n| 1920 × 1080 | To BGRA, × memcpy | From BGRA, × memcpy |\n|---|---|---|\n");
+    for (const auto& [name, format] : rows) {
+        const std::ptrdiff_t bgraRow = std::ptrdiff_t{width} * static_cast<int>(format.depth) / 2;
+        const std::ptrdiff_t row = std::ptrdiff_t{width} * bytesOf(format.layout, format.depth);
+        const auto times =
+            best(300, {[&] { std::memcpy(to.get(), from.get(), static_cast<std::size_t>(bgraRow * height)); },
+                       [&] {
+                           for (std::ptrdiff_t y = 0; y < height; ++y) {
+                               rowToBgra(format, from.get() + y * row, to.get() + y * bgraRow, width);
+                           }
+                       },
+                       [&] {
+                           for (std::ptrdiff_t y = 0; y < height; ++y) {
+                               rowFromBgra(format, from.get() + y * bgraRow, to.get() + y * row, width);
+                           }
+                       }});
+        std::printf("| %s | %.2f | %.2f |\n", name, times[1] / times[0], times[2] / times[0]);
+    }
+}
+
+void printThreads(VireoEngine* engine) {
+    constexpr int width = 8000, height = 6000;
+    constexpr const char* texts[] = {
+        "Levels:(rgb) gamma=150",
+        "Camera Blur",
+        "Convolution Kernel",
+        "Levels:(rgb) gamma=150; Camera Blur; Convolution Kernel",
+    };
+    const Memory source = painted(std::size_t{4} * width * height),
+                 result = painted(std::size_t{4} * width * height);
+    std::printf("\n| 8000 × 6000 | One thread, ms | Two threads, ms | Ratio |\n|---|---|---|---|\n");
+    for (const char* text : texts) {
+        Chain one(engine, text, 1, width, height, source.get(), result.get());
+        Chain two(engine, text, 2, width, height, source.get(), result.get());
+        const auto times = best(15, {[&] { one.render(); }, [&] { two.render(); }});
+        std::printf("| %s | %.0f | %.0f | %.2f |\n", text, times[0], times[1], times[1] / times[0]);
+    }
+}
+
+}  // namespace
+}  // namespace bench
+
+/// `overhead`, `conversions` or `threads` print one table, nothing all.
+int main(int argumentCount, char** arguments) {
+    const std::string_view wanted = argumentCount > 1 ? arguments[1] : "";
+    const auto wants = [&](std::string_view table) { return wanted.empty() || wanted == table; };
+    VireoEngine* engine = nullptr;
+    bench::check(vireoOpen(nullptr, &engine));
+    if (wants("overhead")) bench::printOverhead(engine);
+    if (wants("conversions")) bench::printConversions();
+    if (wants("threads")) bench::printThreads(engine);
+    vireoClose(engine);
+}

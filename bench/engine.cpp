@@ -116,7 +116,7 @@ void printOverhead(VireoEngine* engine) {
         "\n| 1920 × 1080, one thread | The filter alone, ms | Through the engine, ms | More "
         "|\n|---|---|---|---|\n");
     for (const Subject& subject : overheadSubjects) {
-        for (const VRM::Filter& filter : module().filters()) {
+        for (const hosting::Filter& filter : module().filters()) {
             if (filter.properties.name != subject.filter) continue;
             Chain chain(engine, subject.text, 1, width, height, source.get(), result.get());
             FilterCall call(filter, source.get(), result.get(), width, height);

@@ -2,9 +2,9 @@
 #ifndef VIREO_BENCH_FILTER_CALL_H
 #define VIREO_BENCH_FILTER_CALL_H
 
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -13,8 +13,8 @@
 namespace bench {
 
 /// The module that lies beside the program.
-inline const VRM::MetaPlugin& module() {
-    static const auto loaded = VRM::MetaPlugin::shared(
+inline const hosting::MetaPlugin& module() {
+    static const auto loaded = hosting::MetaPlugin::shared(
         std::filesystem::read_symlink("/proc/self/exe").parent_path() / "VireoFiltersMetaPlugin.vrmp");
     return *loaded;
 }
@@ -22,7 +22,7 @@ inline const VRM::MetaPlugin& module() {
 /// A filter's Execute and nothing around it, over two frames without padding.
 class FilterCall {
 public:
-    FilterCall(const VRM::Filter& filter, std::uint8_t* source, std::uint8_t* destination, int width,
+    FilterCall(const hosting::Filter& filter, std::uint8_t* source, std::uint8_t* destination, int width,
                int height)
         : instance_(filter.entry),
           source_{{0, 0, width, height}, width * 4, 0, source},
@@ -54,10 +54,10 @@ private:
     /// Earlier frames cost nothing here: a host has them at hand.
     static std::int32_t frameAtHand(std::uint32_t, FrameBuffer*, const FrameRect*, void*) { return 0; }
 
-    VRM::FilterInstance instance_;
+    hosting::FilterInstance instance_;
     FrameBuffer source_;
     FrameBuffer destination_;
-    TimeBase timeBase_{{}, VRM::fieldDuration};
+    TimeBase timeBase_{{}, hosting::fieldDuration};
     MemoryHandle settings_;
     void* settingsBytes_;
     FilterInvocation invocation_{};

@@ -52,8 +52,8 @@ const Job jobs[] = {
       {"Horizontal Prism FX", -5}}},
 };
 
-void set(const VRM::PropertyList& properties, std::span<std::uint8_t> record, const Setting& setting) {
-    for (const VRM::Parameter& parameter : properties.parameters) {
+void set(const hosting::PropertyList& properties, std::span<std::uint8_t> record, const Setting& setting) {
+    for (const hosting::Parameter& parameter : properties.parameters) {
         if (parameter.name != setting.parameter) continue;
         std::memcpy(record.data() + parameter.offset, &setting.value,
                     static_cast<std::size_t>(parameter.size));
@@ -66,7 +66,7 @@ void set(const VRM::PropertyList& properties, std::span<std::uint8_t> record, co
 
 void addFilters() {
     for (const Job& job : jobs) {
-        for (const VRM::Filter& filter : module().filters()) {
+        for (const hosting::Filter& filter : module().filters()) {
             if (filter.properties.name != job.filter) continue;
             add(job.variant.empty() ? job.filter : job.filter + ", " + job.variant, ourselves,
                 [&job, &filter](Frames& frames) -> std::function<void()> {

@@ -21,7 +21,7 @@ endif()
 # Sums are evaluated as written, so that every instruction set gives the same bytes.
 add_compile_options(-ffp-contract=off)
 add_compile_options(-Wall -Wextra -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> -Wno-missing-field-initializers)
-include_directories(${PROJECT_SOURCE_DIR})
+include_directories(${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/host/include)
 
 # Packages are the same bytes wherever they are built.
 option(VIREO_REPRODUCIBLE "Keep the places of sources and build out of the binaries" OFF)

@@ -3,7 +3,7 @@
 #ifndef VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
 #define VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
 
-#include "host/mtkcore/instruction_set.h"
+#include "simd/instruction_set.h"
 
 #include <cstdint>
 

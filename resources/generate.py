@@ -4,7 +4,7 @@
 
 generate.py linked OUT.cpp   one C++ file that defines linkedResources, for platforms whose libraries hold none
 generate.py windows OUT.rc   a resource script, and the files that it names in a folder beside it
-generate.py traits OUT.cpp   one C++ file that defines the table of host/vrm/filter_traits_table.h
+generate.py traits OUT.cpp   one C++ file that defines the table of host/hosting/filter_traits_table.h
 generate.py names            one line a filter: its id and its name as files take it
 """
 
@@ -325,10 +325,10 @@ def write_traits(output):
     table, name = array("FilterTraits", "filters", [row for _, row in definitions])
     output.write_text(
         "// Generated; do not edit.\n"
-        '#include "host/vrm/filter_traits_table.h"\n\n'
-        "namespace VRM {\nnamespace {\n\n" + "".join(lists) + "".join(arrays for arrays, _ in definitions) + table
+        '#include "host/hosting/filter_traits_table.h"\n\n'
+        "namespace hosting {\nnamespace {\n\n" + "".join(lists) + "".join(arrays for arrays, _ in definitions) + table
         + f"}}  // namespace\n\nconstinit const std::span<const FilterTraits> knownFilters = {name};\n\n"
-        "}  // namespace VRM\n", encoding="ascii"
+        "}  // namespace hosting\n", encoding="ascii"
     )
 
 

@@ -19,33 +19,25 @@ LICENSED_NAMES = {"CMakeLists.txt", ".clang-tidy", "check", "demo", "run"}
 # Each folder and the prefixes of what it may include; "{own}" is a folder of filters or of bridges. Longer
 # folders come first.
 LAYERS = {
-    "host/": ["host/"],
-    "framework/": ["framework/", "resources/", "host/"],
-    "filters/": ["{own}", "framework/", "resources/", "host/"],
-    "resources/": ["resources/", "host/"],
-    "engine/": ["engine/", "host/"],
-    "app/": ["app/", "engine/", "host/"],
-    "bridges/frei0r/": ["{own}", "engine/include/", "host/"],
+    "simd/": ["simd/"],
+    "host/": ["host/", "simd/"],
+    "framework/": ["framework/", "resources/", "host/include/", "simd/"],
+    "filters/": ["{own}", "framework/", "resources/", "host/include/", "simd/"],
+    "resources/": ["resources/", "host/include/"],
+    "engine/": ["engine/", "host/include/", "simd/"],
+    "app/": ["app/", "engine/", "host/include/", "simd/"],
+    "bridges/frei0r/": ["{own}", "engine/include/", "host/include/"],
     "bridges/": ["{own}", "engine/include/"],
-    "examples/": ["engine/include/", "host/"],
+    "examples/": ["engine/include/", "host/include/"],
     "tests/": [""],
     "bench/": [""],
 }
 
-# The host's own side, which a module that runs in another host would not find.
-HOST_INSIDE = [
-    "host/vireo_host.h",
-    "host/fxkit/channel_services.h",
-    "host/heapkit/memory_handles.h",
-    "host/pixkit/mix.h",
-    "host/vrm/filter_instance.h",
-    "host/vrm/filter_traits.h",
-    "host/vrm/meta_plugin.h",
-    "host/vrm/module_library.h",
-    "host/vrm/parameter_value.h",
-    "host/vrm/property_list.h",
-    "host/vrm/worker_threads.h",
-]
+# Headers of these folders are included by their path below them.
+INCLUDE_FOLDERS = {"vireo/": "engine/include/", "host/": "host/include/"}
+
+# What hosting programs alone find: a module runs in other hosts too.
+HOSTING = ("host/include/host/hosting/", "host/include/host/vireo_host.h")
 MODULE = ("framework/", "filters/", "resources/")
 
 # What the module may include beside the standard library.
@@ -66,7 +58,7 @@ def layer_of(path):
     return next((layer for layer in LAYERS if path.startswith(layer)), None)
 
 
-def include_violations(path, text):
+def include_violations(root, path, text):
     layer = layer_of(path)
     if layer is None:
         return
@@ -77,19 +69,24 @@ def include_violations(path, text):
         if bracket == "<":
             if included == "windows.h":
                 # Resource scripts are no C++.
-                if path != "host/win32.h" and layer != "resources/":
+                if path != "host/include/host/win32.h" and layer != "resources/":
                     yield "includes <windows.h> and not host/win32.h"
             elif path.startswith(MODULE) and not is_standard(included) and included not in MODULE_SYSTEM:
                 yield f"includes <{included}>, which is not of the standard library"
             continue
-        if included.startswith("vireo/"):
-            included = "engine/include/" + included
-        # A neighbour may be named without its folder.
-        target = included if layer_of(included) else folder + included
+        target = target_of(root, folder, included)
         if not target.startswith(allowed):
-            yield f"includes {included}, which lies above it"
-        elif path.startswith(MODULE) and target in HOST_INSIDE:
-            yield f"includes {included}, which is the host's own"
+            yield f"includes {included}, which is not for it"
+        elif path.startswith(MODULE) and target.startswith(HOSTING):
+            yield f"includes {included}, which not every host has"
+
+
+def target_of(root, folder, included):
+    for prefix, include_folder in INCLUDE_FOLDERS.items():
+        if included.startswith(prefix) and (root / include_folder / included).exists():
+            return include_folder + included
+    # A neighbour may be named without its folder.
+    return included if layer_of(included) else folder + included
 
 
 def is_standard(header):
@@ -106,7 +103,7 @@ def violations(root):
         if not any("SPDX-License-Identifier: " in line for line in head):
             yield f"{path}: no SPDX line"
         if file.suffix in CODE:
-            for violation in include_violations(path, text):
+            for violation in include_violations(root, path, text):
                 yield f"{path}: {violation}"
             if text.count("\n") >= MAXIMUM_LINES:
                 yield f"{path}: {text.count(chr(10))} lines"

@@ -64,13 +64,13 @@ private:
     }
 
     void takeLevels(std::vector<std::uint8_t> bytes) {
-        const VRM::Filter& levels = catalogue_.find(levelsFilter);
+        const hosting::Filter& levels = catalogue_.find(levelsFilter);
         if (chain_.filters().empty()) {
             if (levelsBytes_) fail("--lvl is given twice");
             levelsBytes_ = std::move(bytes);
             return;
         }
-        const VRM::Filter& last = chain_.filters().back().filter();
+        const hosting::Filter& last = chain_.filters().back().filter();
         if (&last != &levels)
             fail("--lvl belongs to Levels and not to the " + last.properties.name + " before it");
         setBytes(bytes);
@@ -78,7 +78,7 @@ private:
 
     /// A --lvl that no -f stands before: Levels with it, or the settings of the one -f behind it.
     void useLevelsBytes() {
-        const VRM::Filter& levels = catalogue_.find(levelsFilter);
+        const hosting::Filter& levels = catalogue_.find(levelsFilter);
         if (chain_.filters().empty()) chain_.add(FilterSettings(levels));
         if (chain_.filters().size() > 1 || &chain_.filters().front().filter() != &levels) {
             fail("--lvl must stand behind the -f Levels that it sets, or alone");

@@ -7,11 +7,11 @@
 #include "app/render/render_job.h"
 #include "app/terminal.h"
 #include "engine/catalogue/languages.h"
+#include "engine/commit.h"
 #include "engine/locations.h"
-#include "host/commit.h"
-#include "host/mtkcore/instruction_set.h"
 #include "host/qrb/language.h"
 #include "host/vireo_host.h"
+#include "simd/instruction_set.h"
 
 #include <algorithm>
 #include <iostream>

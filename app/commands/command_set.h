@@ -36,7 +36,7 @@ public:
 
 private:
     const GlobalOptions& global_;
-    std::optional<VRM::MetaPlugin> module_;
+    std::optional<hosting::MetaPlugin> module_;
     std::optional<Catalogue> catalogue_;
 };
 

@@ -51,7 +51,7 @@ std::string bareName(const std::string& name) {
     return bare;
 }
 
-std::string bareName(const VRM::Filter& filter) {
+std::string bareName(const hosting::Filter& filter) {
     const std::string bare = bareName(filter.properties.name);
     return comparableName(bare) == comparableName(filter.properties.name) ? bare
                                                                           : keySegment(filter.properties);
@@ -160,7 +160,7 @@ private:
         } else if (kind == "FOLDER") {
             completions_.files = Completions::Files::Folders;
         } else if (kind == "FILTER") {
-            for (const VRM::Filter& filter : session_.catalogue().filters())
+            for (const hosting::Filter& filter : session_.catalogue().filters())
                 add(bareName(filter), aboutFilter(filter));
         } else if (kind == "FILTER:...") {
             completeFilterText();
@@ -182,7 +182,7 @@ private:
     void completeFilterText() {
         const std::size_t colon = typed_.find(':');
         if (colon == std::string::npos) {
-            for (const VRM::Filter& filter : session_.catalogue().filters())
+            for (const hosting::Filter& filter : session_.catalogue().filters())
                 add(bareName(filter) + ':', aboutFilter(filter));
             return;
         }
@@ -204,12 +204,12 @@ private:
         }
     }
 
-    void addParameters(const VRM::Filter& filter) {
-        for (const VRM::Parameter& parameter : filter.properties.parameters) {
-            const VRM::ValueRange range = VRM::valueRange(parameter);
+    void addParameters(const hosting::Filter& filter) {
+        for (const hosting::Parameter& parameter : filter.properties.parameters) {
+            const hosting::ValueRange range = hosting::valueRange(parameter);
             add(bareName(parameter.name) + '=',
-                parameter.kind == VRM::ParameterKind::Boolean ? "on or off"
-                : parameter.kind == VRM::ParameterKind::Color
+                parameter.kind == hosting::ParameterKind::Boolean ? "on or off"
+                : parameter.kind == hosting::ParameterKind::Color
                     ? "a colour"
                     : std::to_string(range.minimum) + " to " + std::to_string(range.maximum));
         }
@@ -222,19 +222,19 @@ private:
     void addValues(const FilterSettings& settings, const std::string& name) {
         const auto& parameters = settings.filter().properties.parameters;
         std::vector<Names> names;
-        for (const VRM::Parameter& parameter : parameters) names.push_back({parameter.name});
+        for (const hosting::Parameter& parameter : parameters) names.push_back({parameter.name});
         const auto matches = matchName(name, names);
         if (matches.size() != 1) return;
-        const VRM::Parameter& parameter = parameters[matches.front()];
-        if (parameter.kind == VRM::ParameterKind::Boolean) {
+        const hosting::Parameter& parameter = parameters[matches.front()];
+        if (parameter.kind == hosting::ParameterKind::Boolean) {
             add("on", "");
             add("off", "");
         } else {
-            add(valueText(parameter, VRM::readValue(parameter, settings.record({}))), "default");
+            add(valueText(parameter, hosting::readValue(parameter, settings.record({}))), "default");
         }
     }
 
-    static std::string aboutFilter(const VRM::Filter& filter) { return filter.properties.name; }
+    static std::string aboutFilter(const hosting::Filter& filter) { return filter.properties.name; }
 
     void add(const std::string& word, const std::string& description) {
         if (begins(word, typed_)) addAsIs(word, description);

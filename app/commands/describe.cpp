@@ -5,7 +5,7 @@
 #include "app/terminal.h"
 #include "engine/settings/filter_settings.h"
 #include "engine/settings/parameter_value.h"
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_traits.h"
 
 #include <nlohmann/json.hpp>
 
@@ -18,11 +18,11 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* kindName(VRM::ParameterKind kind) {
+const char* kindName(hosting::ParameterKind kind) {
     switch (kind) {
-        case VRM::ParameterKind::Boolean: return "boolean";
-        case VRM::ParameterKind::Color: return "colour";
-        case VRM::ParameterKind::Number: break;
+        case hosting::ParameterKind::Boolean: return "boolean";
+        case hosting::ParameterKind::Color: return "colour";
+        case hosting::ParameterKind::Number: break;
     }
     return "number";
 }
@@ -33,8 +33,8 @@ Json number(double value) {
     return whole == value && std::abs(value) < 1e15 ? Json(static_cast<std::int64_t>(whole)) : Json(value);
 }
 
-Json summary(const VRM::Filter& filter) {
-    const VRM::PropertyList& properties = filter.properties;
+Json summary(const hosting::Filter& filter) {
+    const hosting::PropertyList& properties = filter.properties;
     return {{"id", filter.id},
             {"name", localised(properties.nameKey)},
             {"category", localised(properties.categoryKey)},
@@ -42,7 +42,7 @@ Json summary(const VRM::Filter& filter) {
             {"parameters", properties.parameters.size()}};
 }
 
-Json parameterJson(const VRM::Parameter& parameter, std::int64_t initial) {
+Json parameterJson(const hosting::Parameter& parameter, std::int64_t initial) {
     const std::string text = valueText(parameter, initial);
     return {{"name", localised(parameter.key)},
             {"kind", kindName(parameter.kind)},
@@ -50,7 +50,7 @@ Json parameterJson(const VRM::Parameter& parameter, std::int64_t initial) {
             {"maximum", number(parameter.maximum)},
             {"displayMinimum", number(parameter.displayMinimum)},
             {"displayMaximum", number(parameter.displayMaximum)},
-            {"default", parameter.kind == VRM::ParameterKind::Color ? Json(text) : Json::parse(text)},
+            {"default", parameter.kind == hosting::ParameterKind::Color ? Json(text) : Json::parse(text)},
             {"size", parameter.size}};
 }
 
@@ -58,22 +58,22 @@ std::string rangeText(double minimum, double maximum) {
     return number(minimum).dump() + " to " + number(maximum).dump();
 }
 
-TableRow parameterRow(const VRM::Parameter& parameter, std::int64_t initial) {
-    const bool isNumber = parameter.kind == VRM::ParameterKind::Number;
+TableRow parameterRow(const hosting::Parameter& parameter, std::int64_t initial) {
+    const bool isNumber = parameter.kind == hosting::ParameterKind::Number;
     const std::string text = valueText(parameter, initial);
     return {localised(parameter.key), kindName(parameter.kind),
             isNumber ? rangeText(parameter.minimum, parameter.maximum) : "",
             isNumber ? rangeText(parameter.displayMinimum, parameter.displayMaximum) : "",
-            parameter.kind != VRM::ParameterKind::Boolean ? text
-            : text == "true"                              ? "on"
-                                                          : "off"};
+            parameter.kind != hosting::ParameterKind::Boolean ? text
+            : text == "true"                                  ? "on"
+                                                              : "off"};
 }
 
 /// Empty where frames of any size are taken.
-std::string limitsText(const VRM::FrameLimits& limits) {
+std::string limitsText(const hosting::FrameLimits& limits) {
     std::string text;
     const auto add = [&](std::int32_t limit, const std::string& what) {
-        if (limit == VRM::FrameLimits::none) return;
+        if (limit == hosting::FrameLimits::none) return;
         if (!text.empty()) text += ", ";
         text += std::to_string(limit) + what;
     };
@@ -86,13 +86,13 @@ std::string limitsText(const VRM::FrameLimits& limits) {
 void listFilters(const Catalogue& catalogue, bool asJson) {
     if (asJson) {
         Json list = Json::array();
-        for (const VRM::Filter& filter : catalogue.filters()) list.push_back(summary(filter));
+        for (const hosting::Filter& filter : catalogue.filters()) list.push_back(summary(filter));
         std::cout << list.dump(2) << '\n';
         return;
     }
     std::vector<TableRow> rows{{"Id", "Name", "Category", "Parameters", "Match name"}};
-    for (const VRM::Filter& filter : catalogue.filters()) {
-        const VRM::PropertyList& properties = filter.properties;
+    for (const hosting::Filter& filter : catalogue.filters()) {
+        const hosting::PropertyList& properties = filter.properties;
         rows.push_back({std::to_string(filter.id), localised(properties.nameKey),
                         localised(properties.categoryKey), std::to_string(properties.parameters.size()),
                         properties.matchName});
@@ -100,14 +100,14 @@ void listFilters(const Catalogue& catalogue, bool asJson) {
     printTable(rows, "", 1);
 }
 
-void describeFilter(const VRM::Filter& filter, bool asJson) {
-    const VRM::PropertyList& properties = filter.properties;
+void describeFilter(const hosting::Filter& filter, bool asJson) {
+    const hosting::PropertyList& properties = filter.properties;
     const std::vector<std::uint8_t> initial = FilterSettings(filter).record({});
 
     if (asJson) {
         Json description = summary(filter);
         Json& parameters = description["parameters"] = Json::array();
-        for (const VRM::Parameter& parameter : properties.parameters) {
+        for (const hosting::Parameter& parameter : properties.parameters) {
             parameters.push_back(parameterJson(parameter, readValue(parameter, initial)));
         }
         std::cout << description.dump(2) << '\n';
@@ -116,7 +116,7 @@ void describeFilter(const VRM::Filter& filter, bool asJson) {
     std::cout << Terminal::output().styled(Style::Heading, localised(properties.nameKey))
               << "\n  Id          " << filter.id << "\n  Category    " << localised(properties.categoryKey)
               << "\n  Match name  " << properties.matchName << '\n';
-    const std::string limits = limitsText(VRM::filterTraits(properties.matchName).limits);
+    const std::string limits = limitsText(hosting::filterTraits(properties.matchName).limits);
     if (!limits.empty()) std::cout << "  Largest     " << limits << '\n';
     if (properties.parameters.empty()) {
         std::cout << "\n  No parameters\n";
@@ -124,7 +124,7 @@ void describeFilter(const VRM::Filter& filter, bool asJson) {
     }
     std::cout << '\n';
     std::vector<TableRow> rows{{"Parameter", "Kind", "Range", "Display", "Default"}};
-    for (const VRM::Parameter& parameter : properties.parameters) {
+    for (const hosting::Parameter& parameter : properties.parameters) {
         rows.push_back(parameterRow(parameter, readValue(parameter, initial)));
     }
     printTable(rows, "  ", 0);

@@ -4,7 +4,7 @@
 #include "app/files.h"
 #include "app/render/render_job.h"
 #include "engine/settings/settings_file.h"
-#include "host/vrm/filter_instance.h"
+#include "host/hosting/filter_instance.h"
 
 #include <algorithm>
 #include <iostream>
@@ -54,7 +54,7 @@ private:
 };
 
 FilterSettings startingSettings(const Catalogue& catalogue, const DialogOptions& options) {
-    const VRM::Filter& filter = catalogue.find(options.filter);
+    const hosting::Filter& filter = catalogue.find(options.filter);
     if (options.settings.empty()) return FilterSettings(filter);
     const auto chain = parseSettings(catalogue, options.settings, readFile(options.settings));
     if (chain.size() != 1 || &chain.front().filter() != &filter) {
@@ -80,7 +80,7 @@ void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
     const PicturePtr picture = readPicture(options.image);
     Picture scratch(picture->width(), picture->height());
 
-    VRM::FilterInstance instance(start.filter().entry);
+    hosting::FilterInstance instance(start.filter().entry);
     const auto record = start.record({});
     std::copy(record.begin(), record.end(), instance.settings().begin());
     const DialogWatch dialog;

@@ -110,21 +110,21 @@ std::string commandText(const CLI::App& command) {
     return text + optionsText(command) + ".PP\n" + footerText(command.get_footer(), ".PP\n.B");
 }
 
-std::string parameterText(const VRM::Parameter& parameter, std::int64_t initial) {
+std::string parameterText(const hosting::Parameter& parameter, std::int64_t initial) {
     const std::string text = valueText(parameter, initial);
-    if (parameter.kind != VRM::ParameterKind::Number) return parameter.name + " (" + text + ')';
-    const VRM::ValueRange range = VRM::valueRange(parameter);
+    if (parameter.kind != hosting::ParameterKind::Number) return parameter.name + " (" + text + ')';
+    const hosting::ValueRange range = hosting::valueRange(parameter);
     return parameter.name + " (" + std::to_string(range.minimum) + " to " + std::to_string(range.maximum) +
            ", " + text + ')';
 }
 
 std::string filtersText(const Catalogue& catalogue) {
     std::string text = ".SH FILTERS\nEach with its parameters, their ranges and their defaults.\n";
-    for (const VRM::Filter& filter : catalogue.filters()) {
+    for (const hosting::Filter& filter : catalogue.filters()) {
         std::vector<std::string> parameters;
         const std::vector<std::uint8_t> initial = FilterSettings(filter).record({});
-        for (const VRM::Parameter& parameter : filter.properties.parameters)
-            parameters.push_back(parameterText(parameter, VRM::readValue(parameter, initial)));
+        for (const hosting::Parameter& parameter : filter.properties.parameters)
+            parameters.push_back(parameterText(parameter, hosting::readValue(parameter, initial)));
         text += entry(filter.properties.name,
                       parameters.empty() ? "No parameters." : enumeration(parameters) + '.');
     }

@@ -45,7 +45,7 @@ void makeOpaque(Picture& picture, const FrameRect& area) {
 class SheetProcessor : public FrameProcessor {
 public:
     explicit SheetProcessor(const Catalogue& catalogue) : labels_{"Original"} {
-        for (const VRM::Filter& filter : catalogue.filters()) {
+        for (const hosting::Filter& filter : catalogue.filters()) {
             labels_.push_back(filter.properties.name);
             std::vector<FilterSettings> alone;
             alone.emplace_back(filter);

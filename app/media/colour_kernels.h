@@ -4,7 +4,7 @@
 #ifndef VIREO_APP_MEDIA_COLOUR_KERNELS_H
 #define VIREO_APP_MEDIA_COLOUR_KERNELS_H
 
-#include "host/mtkcore/instruction_set.h"
+#include "simd/instruction_set.h"
 
 #include <cstdint>
 

@@ -55,11 +55,11 @@ std::string plain(double value) {
     return text;
 }
 
-ParameterText describe(const VRM::Parameter& parameter) {
+ParameterText describe(const hosting::Parameter& parameter) {
     switch (parameter.kind) {
-        case VRM::ParameterKind::Boolean:
+        case hosting::ParameterKind::Boolean:
             return {parameter.name, parameter.name + ", on or off", F0R_PARAM_BOOL};
-        case VRM::ParameterKind::Color: return {parameter.name, parameter.name, F0R_PARAM_COLOR};
+        case hosting::ParameterKind::Color: return {parameter.name, parameter.name, F0R_PARAM_COLOR};
         default:
             return {parameter.name,
                     parameter.name + ", 0 to 1 for " + plain(parameter.minimum) + " to " +
@@ -70,11 +70,11 @@ ParameterText describe(const VRM::Parameter& parameter) {
 
 Plugin makePlugin() {
     Plugin made{loadEffect(pluginFilterId), {}, {}, {}};
-    const VRM::PropertyList& properties = made.effect.filter->properties;
+    const hosting::PropertyList& properties = made.effect.filter->properties;
     made.name = "Vireo " + properties.name;
     made.explanation =
         properties.name + ", one of the classic Vireo video filters (" + properties.category + ")";
-    for (const VRM::Parameter& parameter : properties.parameters)
+    for (const hosting::Parameter& parameter : properties.parameters)
         made.parameters.push_back(describe(parameter));
     if (made.effect.traits->readsTime) {
         made.parameters.push_back(

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "bridges/frei0r/instance.h"
 
+#include "host/hosting/parameter_value.h"
 #include "host/vireo_host.h"
-#include "host/vrm/parameter_value.h"
 
 #include <algorithm>
 #include <charconv>
@@ -31,14 +31,14 @@ std::shared_ptr<const Effect> fitFor(unsigned width, unsigned height, std::share
         }
     }
     const std::string refusal =
-        VRM::frameRefusal(effect->filter->properties.name, effect->traits->limits, static_cast<int>(width),
-                          static_cast<int>(height), std::int64_t{4} * width);
+        hosting::frameRefusal(effect->filter->properties.name, effect->traits->limits,
+                              static_cast<int>(width), static_cast<int>(height), std::int64_t{4} * width);
     if (!refusal.empty()) throw std::length_error(refusal);
     return effect;
 }
 
 /// The frame itself and those before it, for filters that ask for any.
-std::size_t ringSize(const VRM::FilterTraits& traits) {
+std::size_t ringSize(const hosting::FilterTraits& traits) {
     return traits.earlierFrames == 0 ? 0 : static_cast<std::size_t>(traits.earlierFrames) + 1;
 }
 
@@ -82,7 +82,7 @@ Instance::Instance(std::shared_ptr<const Effect> effect, unsigned width, unsigne
       width_(static_cast<int>(width)),
       height_(static_cast<int>(height)),
       turnsRows_(!effect_->traits->takesRowsFromTheTop),
-      filter_(VRM::newInstance(*effect_->filter)),
+      filter_(hosting::newInstance(*effect_->filter)),
       ring_(ringSize(*effect_->traits), std::size_t{width} * height) {
     if (turnsRows_) {
         turnedSource_.resize(std::size_t{width} * height);
@@ -108,8 +108,8 @@ void Instance::setParameter(int index, f0r_param_t value) {
     }
 }
 
-void Instance::setListed(const VRM::Parameter& parameter, f0r_param_t value) {
-    if (parameter.kind == VRM::ParameterKind::Color) {
+void Instance::setListed(const hosting::Parameter& parameter, f0r_param_t value) {
+    if (parameter.kind == hosting::ParameterKind::Color) {
         const auto& color = *static_cast<const f0r_param_color*>(value);
         if (std::isnan(color.r) || std::isnan(color.g) || std::isnan(color.b)) return;
         writeValue(parameter, channelByte(color.r) | channelByte(color.g) << 8 | channelByte(color.b) << 16,
@@ -118,7 +118,7 @@ void Instance::setListed(const VRM::Parameter& parameter, f0r_param_t value) {
     }
     const double number = *static_cast<const double*>(value);
     if (std::isnan(number)) return;
-    if (parameter.kind == VRM::ParameterKind::Boolean) {
+    if (parameter.kind == hosting::ParameterKind::Boolean) {
         writeValue(parameter, number >= 0.5 ? 1 : 0, filter_.settings());
     } else {
         const double range = parameter.maximum - parameter.minimum;
@@ -156,18 +156,18 @@ void Instance::getParameter(int index, f0r_param_t value) {
         *static_cast<f0r_param_string*>(value) = timeTexts_[index - listed].data();
         return;
     }
-    const VRM::Parameter& parameter = parameters[static_cast<std::size_t>(index)];
+    const hosting::Parameter& parameter = parameters[static_cast<std::size_t>(index)];
     const std::int64_t stored = readValue(parameter, filter_.settings());
     const auto channel = [stored](int shift) { return static_cast<float>(stored >> shift & 0xFF) / 255; };
     switch (parameter.kind) {
-        case VRM::ParameterKind::Boolean: *static_cast<double*>(value) = stored != 0 ? 1 : 0; break;
-        case VRM::ParameterKind::Number: {
+        case hosting::ParameterKind::Boolean: *static_cast<double*>(value) = stored != 0 ? 1 : 0; break;
+        case hosting::ParameterKind::Number: {
             const double range = parameter.maximum - parameter.minimum;
             *static_cast<double*>(value) =
                 range > 0 ? (static_cast<double>(stored) - parameter.minimum) / range : 0;
             break;
         }
-        case VRM::ParameterKind::Color:
+        case hosting::ParameterKind::Color:
             *static_cast<f0r_param_color*>(value) = {channel(0), channel(8), channel(16)};
             break;
     }

@@ -5,7 +5,7 @@
 #include "bridges/frei0r/frame_ring.h"
 #include "bridges/frei0r/frei0r_api.h"
 #include "bridges/frei0r/module.h"
-#include "host/vrm/filter_instance.h"
+#include "host/hosting/filter_instance.h"
 
 #include <cstdint>
 #include <memory>
@@ -39,7 +39,7 @@ public:
 
 private:
     bool hasTimeParameter(int number) const;
-    void setListed(const VRM::Parameter& parameter, f0r_param_t value);
+    void setListed(const hosting::Parameter& parameter, f0r_param_t value);
     void setTime(TimeParameter parameter, const char* text);
     std::int64_t frameNumber(double time);
     void renderTopDown(const std::uint32_t* source, std::uint32_t* destination, std::int64_t number);
@@ -53,7 +53,7 @@ private:
     const int height_;
     const bool turnsRows_;  ///< The filter gets copies with rows from the bottom.
     std::mutex mutex_;
-    VRM::FilterInstance filter_;
+    hosting::FilterInstance filter_;
     FrameRing ring_;
     std::vector<std::uint32_t> turnedSource_;
     std::vector<std::uint32_t> turnedResult_;

@@ -31,13 +31,13 @@ std::filesystem::path modulePath() {
 }  // namespace
 
 Effect loadEffect(std::uint32_t filterId) {
-    auto module = VRM::MetaPlugin::shared(modulePath());
+    auto module = hosting::MetaPlugin::shared(modulePath());
     const auto& filters = module->filters();
-    const auto filter = std::ranges::find(filters, filterId, &VRM::Filter::id);
+    const auto filter = std::ranges::find(filters, filterId, &hosting::Filter::id);
     if (filter == filters.end()) {
         throw std::runtime_error("the module has no filter " + std::to_string(filterId));
     }
-    return {module, &*filter, &VRM::filterTraits(filter->properties.matchName)};
+    return {module, &*filter, &hosting::filterTraits(filter->properties.matchName)};
 }
 
 }  // namespace frei0r

@@ -2,8 +2,8 @@
 #ifndef VIREO_BRIDGES_FREI0R_MODULE_H
 #define VIREO_BRIDGES_FREI0R_MODULE_H
 
-#include "host/vrm/filter_traits.h"
-#include "host/vrm/meta_plugin.h"
+#include "host/hosting/filter_traits.h"
+#include "host/hosting/meta_plugin.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,9 +12,9 @@ namespace frei0r {
 
 /// A filter as the plug-in's host sees it.
 struct Effect {
-    std::shared_ptr<const VRM::MetaPlugin> module;
-    const VRM::Filter* filter;
-    const VRM::FilterTraits* traits;
+    std::shared_ptr<const hosting::MetaPlugin> module;
+    const hosting::Filter* filter;
+    const hosting::FilterTraits* traits;
 };
 
 /// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws

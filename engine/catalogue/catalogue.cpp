@@ -9,16 +9,16 @@
 
 namespace vireo {
 
-Catalogue::Catalogue(std::span<const VRM::Filter> filters, std::uint16_t language)
+Catalogue::Catalogue(std::span<const hosting::Filter> filters, std::uint16_t language)
     : filters_(filters), language_(language) {
-    for (const VRM::Filter& filter : filters_) {
+    for (const hosting::Filter& filter : filters_) {
         names_.push_back({filter.properties.name, keySegment(filter.properties), filter.properties.matchName,
                           std::to_string(filter.id)});
         translations_.push_back({localised(filter.properties.nameKey, language)});
     }
 }
 
-const VRM::Filter& Catalogue::find(std::string_view name) const {
+const hosting::Filter& Catalogue::find(std::string_view name) const {
     auto matches = matchName(name, names_);
     if (matches.empty()) matches = matchName(name, translations_);
     if (matches.size() == 1) return filters_[matches.front()];
@@ -43,7 +43,7 @@ std::string localised(const std::string& key, std::uint16_t language) {
     return mtkcore::utility::UTF16ToUtf8(mtkcore::config::Localizer::Get().Translate(key, language));
 }
 
-std::string keySegment(const VRM::PropertyList& properties) {
+std::string keySegment(const hosting::PropertyList& properties) {
     const std::string path = properties.nameKey.substr(0, properties.nameKey.find('='));
     const std::size_t end = path.rfind('/');
     if (end == std::string::npos || end == 0) return properties.name;

@@ -3,8 +3,8 @@
 #define VIREO_ENGINE_CATALOGUE_CATALOGUE_H
 
 #include "engine/catalogue/names.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/qrb/language.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <cstdint>
 #include <span>
@@ -19,17 +19,18 @@ class Catalogue {
 public:
     /// The filters outlive the catalogue. They go by their English names and by those of the language, a word
     /// like QRB::GetLanguageID()'s.
-    explicit Catalogue(std::span<const VRM::Filter> filters, std::uint16_t language = QRB::GetLanguageID());
+    explicit Catalogue(std::span<const hosting::Filter> filters,
+                       std::uint16_t language = QRB::GetLanguageID());
 
-    std::span<const VRM::Filter> filters() const { return filters_; }
+    std::span<const hosting::Filter> filters() const { return filters_; }
     std::uint16_t language() const { return language_; }
 
     /// The filter that goes by a display name, key segment, match name or id, or by any unambiguous beginning
     /// of one. Throws Error of wrong usage, with the names that come near.
-    const VRM::Filter& find(std::string_view name) const;
+    const hosting::Filter& find(std::string_view name) const;
 
 private:
-    std::span<const VRM::Filter> filters_;
+    std::span<const hosting::Filter> filters_;
     std::vector<Names> names_;
     std::vector<Names> translations_;  ///< Display names in the language.
     std::uint16_t language_;
@@ -39,7 +40,7 @@ private:
 std::string localised(const std::string& key, std::uint16_t language = QRB::GetLanguageID());
 
 /// The filter's word in its own keys: "BlackAndWhite" of "$$$/Strata/VireoFilters/BlackAndWhite/Name=…".
-std::string keySegment(const VRM::PropertyList& properties);
+std::string keySegment(const hosting::PropertyList& properties);
 
 }  // namespace vireo
 

@@ -3,9 +3,9 @@
 
 #include "engine/chain/vuya.h"
 #include "engine/error.h"
-#include "host/pixkit/mix.h"
+#include "host/hosting/mix.h"
+#include "host/hosting/parameter_value.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vrm/parameter_value.h"
 
 #include <algorithm>
 #include <cstring>
@@ -93,8 +93,8 @@ public:
         {
             const std::lock_guard lock(stage_.mutex_);
             if (stage_.idle_.empty()) {
-                auto made =
-                    std::make_unique<VRM::FilterInstance>(VRM::newInstance(stage_.settings_.filter()));
+                auto made = std::make_unique<hosting::FilterInstance>(
+                    hosting::newInstance(stage_.settings_.filter()));
                 stage_.idle_.reserve(stage_.instances_.size() + 1);  // giving back must not throw
                 stage_.instances_.push_back(std::move(made));
                 instance_ = stage_.instances_.back().get();
@@ -113,11 +113,11 @@ public:
         stage_.idle_.push_back(instance_);
     }
 
-    const VRM::FilterInstance& operator*() const { return *instance_; }
+    const hosting::FilterInstance& operator*() const { return *instance_; }
 
 private:
     FilterStage& stage_;
-    VRM::FilterInstance* instance_ = nullptr;
+    hosting::FilterInstance* instance_ = nullptr;
 };
 
 /// One Execute of a frame or field, whole or in bands of rows.
@@ -138,7 +138,7 @@ public:
         const int bands = neighbours ? bandCount(*neighbours) : 1;
         if (bands == 1) {
             // The host's services may share out what the filter asks them for.
-            const VRM::WorkerLoan loan(work_.workers);
+            const hosting::WorkerLoan loan(work_.workers);
             render(*source_.buffer(), *destination_.buffer(), {0, source_.height()});
         } else if (*neighbours == 0) {
             work_.workers->run(bands, [&](int band) { renderBand(rowsOfBand(band, bands)); });
@@ -251,8 +251,9 @@ private:
 };
 
 FilterStage::FilterStage(FilterSettings settings)
-    : settings_(std::move(settings)), traits_(VRM::filterTraits(settings_.filter().properties.matchName)) {
-    instances_.push_back(std::make_unique<VRM::FilterInstance>(VRM::newInstance(settings_.filter())));
+    : settings_(std::move(settings)),
+      traits_(hosting::filterTraits(settings_.filter().properties.matchName)) {
+    instances_.push_back(std::make_unique<hosting::FilterInstance>(hosting::newInstance(settings_.filter())));
     idle_.push_back(instances_.back().get());
     // What changes along the clip is taken at each frame, and may make no sense at another rate than the
     // clip's.
@@ -264,7 +265,7 @@ FilterStage::FilterStage(FilterSettings settings)
 }
 
 std::string FilterStage::refusal(int width, int height, std::int64_t rowBytes) const {
-    return VRM::frameRefusal(settings_.filter().properties.name, traits_.limits, width, height, rowBytes);
+    return hosting::frameRefusal(settings_.filter().properties.name, traits_.limits, width, height, rowBytes);
 }
 
 bool FilterStage::isIdentity(const FramePosition& position) const {
@@ -293,7 +294,7 @@ PicturePtr FilterStage::apply(const PicturePtr& input, const Moment& moment, con
     Execution(*this, *source, *result, moment, inputAt, work).run();
     if (work.isCancelled && work.isCancelled()) throw Error(Fault::Cancelled, "rendering was cancelled");
     if (asVuya) result = bgraFromVuya(*result);
-    if (mix < fullMix) PixKit::mixInto(*input->buffer(), *result->buffer(), mix);
+    if (mix < fullMix) hosting::mixInto(*input->buffer(), *result->buffer(), mix);
     return result;
 }
 

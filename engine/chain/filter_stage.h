@@ -5,8 +5,8 @@
 #include "engine/chain/fields.h"
 #include "engine/chain/worker_pool.h"
 #include "engine/settings/filter_settings.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/filter_traits.h"
 
 #include <cstdint>
 #include <functional>
@@ -70,9 +70,9 @@ private:
     class Execution;
 
     FilterSettings settings_;
-    const VRM::FilterTraits& traits_;
-    std::vector<std::unique_ptr<VRM::FilterInstance>> instances_;  ///< One, unless animated.
-    std::vector<VRM::FilterInstance*> idle_;
+    const hosting::FilterTraits& traits_;
+    std::vector<std::unique_ptr<hosting::FilterInstance>> instances_;  ///< One, unless animated.
+    std::vector<hosting::FilterInstance*> idle_;
     std::mutex mutex_;
     std::vector<std::uint32_t> pixelFormats_;
     std::uint32_t format_ = PixKit::formatBgra;

@@ -2,7 +2,7 @@
 #ifndef VIREO_ENGINE_CHAIN_WORKER_POOL_H
 #define VIREO_ENGINE_CHAIN_WORKER_POOL_H
 
-#include "host/vrm/worker_threads.h"
+#include "host/hosting/worker_threads.h"
 
 #include <condition_variable>
 #include <exception>
@@ -14,7 +14,7 @@
 namespace vireo {
 
 /// Threads that render the parts of a frame side by side. They start when they are first needed and stay.
-class WorkerPool : public VRM::WorkerThreads {
+class WorkerPool : public hosting::WorkerThreads {
 public:
     /// `threads` work at a time, the caller's among them; at least 1.
     explicit WorkerPool(int threads) : threads_(threads) {}

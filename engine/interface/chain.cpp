@@ -43,7 +43,7 @@ VireoStatus add(VireoChain* chain, Add&& addTo, const char* text = nullptr) {
 bool isColor(const FilterSettings& filter, std::int32_t parameter) {
     return parameter >= 0 &&
            filter.filter().properties.parameters[static_cast<std::size_t>(parameter)].kind ==
-               VRM::ParameterKind::Color;
+               hosting::ParameterKind::Color;
 }
 
 /// A value as settings store it. What is no colour stays, so that it is refused as it was given.
@@ -162,7 +162,7 @@ uint32_t vireoChainLength(const VireoChain* chain) {
 VireoStatus vireoChainFilter(const VireoChain* chain, uint32_t position, uint32_t* filter) {
     return guarded([&] {
         require(filter);
-        const VRM::Filter& used = filterAt(chain, position).filter();
+        const hosting::Filter& used = filterAt(chain, position).filter();
         *filter = static_cast<std::uint32_t>(&used - chain->library->module->filters().data());
     });
 }

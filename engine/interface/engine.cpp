@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // The C interface: the engine, its filters and presets.
 #include "engine/catalogue/languages.h"
+#include "engine/commit.h"
 #include "engine/files.h"
 #include "engine/interface/handles.h"
 #include "engine/locations.h"
 #include "engine/settings/parameter_value.h"
 #include "engine/settings/presets.h"
 #include "engine/settings/settings_file.h"
-#include "host/commit.h"
-#include "host/mtkcore/instruction_set.h"
-#include "host/vrm/parameter_value.h"
+#include "host/hosting/parameter_value.h"
+#include "simd/instruction_set.h"
 
 #include <cstdlib>
 
@@ -17,13 +17,13 @@ using namespace vireo;
 
 namespace {
 
-const VRM::Filter& filterAt(const Library& library, std::uint32_t index) {
+const hosting::Filter& filterAt(const Library& library, std::uint32_t index) {
     const auto& filters = library.module->filters();
     require(index < filters.size(), "there is no filter of this index");
     return filters[index];
 }
 
-const VRM::Parameter& parameterAt(const Library& library, std::uint32_t filter, std::uint32_t index) {
+const hosting::Parameter& parameterAt(const Library& library, std::uint32_t filter, std::uint32_t index) {
     const auto& parameters = filterAt(library, filter).properties.parameters;
     require(index < parameters.size(), "there is no parameter of this index");
     return parameters[index];
@@ -47,9 +47,9 @@ VireoStatus vireoOpen(const VireoOpenOptions* given, VireoEngine** engine) {
         const VireoOpenOptions options = read(given);
         const std::uint16_t language = languageId(options.language == nullptr ? "en" : options.language);
         const auto path = findModule(options.module == nullptr ? "" : options.module);
-        std::shared_ptr<const VRM::MetaPlugin> module;
+        std::shared_ptr<const hosting::MetaPlugin> module;
         try {
-            module = VRM::MetaPlugin::shared(path);
+            module = hosting::MetaPlugin::shared(path);
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const std::exception& error) {
@@ -83,9 +83,9 @@ VireoStatus vireoDescribeFilter(const VireoEngine* engine, uint32_t index, Vireo
     return guarded([&] {
         require(engine, description);
         const Library& library = *engine->library;
-        const VRM::Filter& filter = filterAt(library, index);
+        const hosting::Filter& filter = filterAt(library, index);
         const FilterTexts& texts = library.texts[index];
-        const VRM::FilterTraits& traits = VRM::filterTraits(filter.properties.matchName);
+        const hosting::FilterTraits& traits = hosting::filterTraits(filter.properties.matchName);
         VireoFilter filled{};
         filled.id = filter.id;
         filled.name = texts.name.c_str();
@@ -110,7 +110,7 @@ VireoStatus vireoFindFilter(const VireoEngine* engine, const char* name, uint32_
     return guarded(
         [&] {
             require(engine, name, filter);
-            const VRM::Filter& found = engine->library->catalogue.find(name);
+            const hosting::Filter& found = engine->library->catalogue.find(name);
             *filter = static_cast<std::uint32_t>(&found - engine->library->module->filters().data());
         },
         name);
@@ -121,13 +121,13 @@ VireoStatus vireoDescribeParameter(const VireoEngine* engine, uint32_t filter, u
     return guarded([&] {
         require(engine, description);
         const Library& library = *engine->library;
-        const VRM::Parameter& parameter = parameterAt(library, filter, index);
+        const hosting::Parameter& parameter = parameterAt(library, filter, index);
         const FilterTexts::Parameter& texts = library.texts[filter].parameters[index];
         const std::int64_t initial = readValue(parameter, library.texts[filter].initialRecord);
         VireoParameter filled{};
-        filled.kind = parameter.kind == VRM::ParameterKind::Boolean ? VireoBoolean
-                      : parameter.kind == VRM::ParameterKind::Color ? VireoColor
-                                                                    : VireoNumber;
+        filled.kind = parameter.kind == hosting::ParameterKind::Boolean ? VireoBoolean
+                      : parameter.kind == hosting::ParameterKind::Color ? VireoColor
+                                                                        : VireoNumber;
         filled.name = texts.name.c_str();
         filled.englishName = parameter.name.c_str();
         filled.unit = texts.unit.c_str();

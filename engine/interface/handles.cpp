@@ -109,12 +109,12 @@ FramePosition positionOf(const VireoTime* given) {
     return position;
 }
 
-Library::Library(std::shared_ptr<const VRM::MetaPlugin> loaded, std::uint16_t language)
+Library::Library(std::shared_ptr<const hosting::MetaPlugin> loaded, std::uint16_t language)
     : module(std::move(loaded)), catalogue(module->filters(), language) {
-    for (const VRM::Filter& filter : module->filters()) {
-        const VRM::PropertyList& properties = filter.properties;
-        const VRM::FilterTraits& traits = VRM::filterTraits(properties.matchName);
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+    for (const hosting::Filter& filter : module->filters()) {
+        const hosting::PropertyList& properties = filter.properties;
+        const hosting::FilterTraits& traits = hosting::filterTraits(properties.matchName);
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         FilterTexts& made = texts.emplace_back();
         made.name = localised(properties.nameKey, language);
         made.category = localised(properties.categoryKey, language);
@@ -126,11 +126,11 @@ Library::Library(std::shared_ptr<const VRM::MetaPlugin> loaded, std::uint16_t la
             if (format == PixKit::formatCode("BGra")) made.depths |= VireoDepthFloat;
         }
         for (std::size_t i = 0; i < properties.parameters.size(); ++i) {
-            const VRM::Parameter& parameter = properties.parameters[i];
+            const hosting::Parameter& parameter = properties.parameters[i];
             FilterTexts::Parameter& shown = made.parameters.emplace_back();
             shown.name = shown.label = localised(parameter.key, language);
             if (i >= traits.parameters.size()) continue;
-            const VRM::ParameterTraits& known = traits.parameters[i];
+            const hosting::ParameterTraits& known = traits.parameters[i];
             shown.unit = known.unit;
             shown.label = localised(std::string(known.labelKey), language);
             for (const std::string_view choice : known.choices) {

@@ -9,7 +9,7 @@
 #include "engine/error.h"
 #include "engine/include/vireo/vireo.h"
 #include "engine/settings/chain_settings.h"
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_traits.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -37,11 +37,11 @@ struct FilterTexts {
 
 /// What an engine and everything made from it share.
 struct Library {
-    std::shared_ptr<const VRM::MetaPlugin> module;
+    std::shared_ptr<const hosting::MetaPlugin> module;
     Catalogue catalogue;
     std::vector<FilterTexts> texts;
 
-    Library(std::shared_ptr<const VRM::MetaPlugin> loaded, std::uint16_t language);
+    Library(std::shared_ptr<const hosting::MetaPlugin> loaded, std::uint16_t language);
 };
 
 /// A chain that is ready to render, with the threads that it renders on.

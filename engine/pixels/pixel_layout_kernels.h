@@ -3,7 +3,7 @@
 #define VIREO_ENGINE_PIXELS_PIXEL_LAYOUT_KERNELS_H
 
 #include "engine/pixels/pixel_layout.h"
-#include "host/mtkcore/instruction_set.h"
+#include "simd/instruction_set.h"
 
 namespace vireo {
 

@@ -4,7 +4,7 @@
 #include "engine/error.h"
 #include "engine/settings/parameter_value.h"
 #include "engine/text.h"
-#include "host/vrm/filter_instance.h"
+#include "host/hosting/filter_instance.h"
 
 #include <algorithm>
 
@@ -47,21 +47,21 @@ std::string compactName(std::string_view name) {
 
 }  // namespace
 
-FilterSettings::FilterSettings(const VRM::Filter& filter, std::uint16_t language) : filter_(&filter) {
-    const VRM::FilterInstance instance(filter.entry);
+FilterSettings::FilterSettings(const hosting::Filter& filter, std::uint16_t language) : filter_(&filter) {
+    const hosting::FilterInstance instance(filter.entry);
     const auto initial = instance.settings();
     bytes_.assign(initial.begin(), initial.end());
     if (bytes_.size() < filter.properties.recordSize()) {
         throw Error(filter.properties.name + " keeps " + std::to_string(bytes_.size()) +
                     " bytes of settings, fewer than its parameters take");
     }
-    for (const VRM::Parameter& parameter : filter.properties.parameters) {
+    for (const hosting::Parameter& parameter : filter.properties.parameters) {
         parameterNames_.push_back({parameter.name});
         parameterTranslations_.push_back({localised(parameter.key, language)});
     }
 }
 
-const VRM::Parameter& FilterSettings::parameterAt(ValueIndex index) const {
+const hosting::Parameter& FilterSettings::parameterAt(ValueIndex index) const {
     const auto& parameters = filter_->properties.parameters;
     if (index < 0 || static_cast<std::size_t>(index) >= parameters.size()) {
         throw Error(Fault::Usage, filter_->properties.name + " has no parameter " + std::to_string(index));
@@ -194,7 +194,7 @@ std::string FilterSettings::text(ValueIndex index) const {
 
 ValueTrack FilterSettings::value(ValueIndex index) const {
     if (index == mixWord) return mix_.value_or(ValueTrack(fullMix));
-    const VRM::Parameter& parameter = parameterAt(index);
+    const hosting::Parameter& parameter = parameterAt(index);
     const Assignment* const given = assignment(static_cast<std::size_t>(index));
     return given != nullptr ? given->value : ValueTrack(readValue(parameter, bytes_));
 }
@@ -227,7 +227,7 @@ void FilterSettings::assignFromBytes() {
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         if (assignment(i) != nullptr) continue;
         const std::int64_t value = readValue(parameters[i], bytes_);
-        const VRM::ValueRange range = valueRange(parameters[i]);
+        const hosting::ValueRange range = valueRange(parameters[i]);
         if (value < range.minimum || value > range.maximum) {
             throw Error(ownerName(parameters[i].name) + " goes from " + std::to_string(range.minimum) +
                         " to " + std::to_string(range.maximum) + ", so that the " + std::to_string(value) +
@@ -289,7 +289,7 @@ std::vector<FilterSettings> parseChainText(const Catalogue& catalogue, std::stri
 
 std::string filterText(const FilterSettings& settings, Spelling spelling) {
     const bool isCompact = spelling == Spelling::Compact;
-    const VRM::PropertyList& properties = settings.filter().properties;
+    const hosting::PropertyList& properties = settings.filter().properties;
     std::string text = isCompact ? keySegment(properties) : properties.name;
     char separator = ':';
     const auto add = [&](std::string_view name, const std::string& value) {

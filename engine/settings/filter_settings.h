@@ -40,9 +40,9 @@ public:
 
     /// The filter as its InitSettings makes it. The filter outlives the settings. Parameters go by their
     /// English names and by those of the language.
-    explicit FilterSettings(const VRM::Filter& filter, std::uint16_t language = QRB::GetLanguageID());
+    explicit FilterSettings(const hosting::Filter& filter, std::uint16_t language = QRB::GetLanguageID());
 
-    const VRM::Filter& filter() const { return *filter_; }
+    const hosting::Filter& filter() const { return *filter_; }
 
     /// What was given, in the order in which it was.
     const std::vector<Assignment>& assignments() const { return assignments_; }
@@ -111,12 +111,12 @@ public:
     int mixAt(const FramePosition& position) const;
 
 private:
-    const VRM::Parameter& parameterAt(ValueIndex index) const;
+    const hosting::Parameter& parameterAt(ValueIndex index) const;
     std::string ownerName(std::string_view parameter) const;
     std::string_view nameOf(ValueIndex index) const;
     const Assignment* assignment(std::size_t parameter) const;
 
-    const VRM::Filter* filter_;
+    const hosting::Filter* filter_;
     std::vector<std::uint8_t> bytes_;
     bool hasBytes_ = false;
     std::vector<Names> parameterNames_;

@@ -20,11 +20,12 @@ constexpr std::int64_t fullMix = 100;
     throw Error(Fault::BadValue, sentence, place);
 }
 
-std::string rangeText(const VRM::ValueRange& range) {
+std::string rangeText(const hosting::ValueRange& range) {
     return std::to_string(range.minimum) + " to " + std::to_string(range.maximum);
 }
 
-std::int64_t parsePercent(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
+std::int64_t parsePercent(const hosting::Parameter& parameter, const std::string& owner,
+                          std::string_view text) {
     if (!takesPercent(parameter)) {
         fail(owner + " takes no per cent, only whole numbers from " + rangeText(valueRange(parameter)), text);
     }
@@ -40,9 +41,10 @@ std::int64_t parsePercent(const VRM::Parameter& parameter, const std::string& ow
     return static_cast<std::int64_t>(std::floor(stored + 0.5));
 }
 
-std::int64_t parseNumber(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
+std::int64_t parseNumber(const hosting::Parameter& parameter, const std::string& owner,
+                         std::string_view text) {
     if (text.ends_with('%')) return parsePercent(parameter, owner, text);
-    const VRM::ValueRange range = valueRange(parameter);
+    const hosting::ValueRange range = valueRange(parameter);
     const auto value = parseWholeNumber(text);
     if (!value || *value < range.minimum || *value > range.maximum) {
         fail(owner + " takes whole numbers from " + rangeText(range) + ", not " + inQuotes(text), text);
@@ -147,7 +149,7 @@ std::string trackText(const ValueTrack& track, const std::function<std::string(s
 
 }  // namespace
 
-bool takesPercent(const VRM::Parameter& parameter) {
+bool takesPercent(const hosting::Parameter& parameter) {
     return parameter.displayMinimum == 0 &&
            (parameter.displayMaximum == 100 || parameter.displayMaximum == 200);
 }
@@ -156,22 +158,24 @@ std::int64_t swapRedAndBlue(std::int64_t color) {
     return (color & 0x0000FF) << 16 | (color & 0x00FF00) | (color & 0xFF0000) >> 16;
 }
 
-std::int64_t parseValue(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
+std::int64_t parseValue(const hosting::Parameter& parameter, const std::string& owner,
+                        std::string_view text) {
     switch (parameter.kind) {
-        case VRM::ParameterKind::Boolean: return parseBoolean(owner, text);
-        case VRM::ParameterKind::Color: return parseColor(owner, text);
-        case VRM::ParameterKind::Number: break;
+        case hosting::ParameterKind::Boolean: return parseBoolean(owner, text);
+        case hosting::ParameterKind::Color: return parseColor(owner, text);
+        case hosting::ParameterKind::Number: break;
     }
     return parseNumber(parameter, owner, text);
 }
 
-ValueTrack parseValueTrack(const VRM::Parameter& parameter, const std::string& owner, std::string_view text) {
-    if (parameter.kind == VRM::ParameterKind::Boolean) return ValueTrack(parseBoolean(owner, text));
-    return parseTrack(owner, text, parameter.kind == VRM::ParameterKind::Color,
+ValueTrack parseValueTrack(const hosting::Parameter& parameter, const std::string& owner,
+                           std::string_view text) {
+    if (parameter.kind == hosting::ParameterKind::Boolean) return ValueTrack(parseBoolean(owner, text));
+    return parseTrack(owner, text, parameter.kind == hosting::ParameterKind::Color,
                       [&](std::string_view value) { return parseValue(parameter, owner, value); });
 }
 
-void checkRange(const VRM::ValueRange& range, const std::string& owner, const ValueTrack& track) {
+void checkRange(const hosting::ValueRange& range, const std::string& owner, const ValueTrack& track) {
     for (const ValueTrack::Key& key : track.keys()) {
         if (key.value >= range.minimum && key.value <= range.maximum) continue;
         fail(owner + " takes whole numbers from " + rangeText(range) + ", not " +
@@ -180,31 +184,31 @@ void checkRange(const VRM::ValueRange& range, const std::string& owner, const Va
     }
 }
 
-void checkTrack(const VRM::Parameter& parameter, const std::string& owner, const ValueTrack& track) {
+void checkTrack(const hosting::Parameter& parameter, const std::string& owner, const ValueTrack& track) {
     switch (parameter.kind) {
-        case VRM::ParameterKind::Number: checkRange(valueRange(parameter), owner, track); break;
-        case VRM::ParameterKind::Color: checkRange({0, 0xFFFFFF}, owner, track); break;
-        case VRM::ParameterKind::Boolean:
+        case hosting::ParameterKind::Number: checkRange(valueRange(parameter), owner, track); break;
+        case hosting::ParameterKind::Color: checkRange({0, 0xFFFFFF}, owner, track); break;
+        case hosting::ParameterKind::Boolean:
             checkRange({0, 1}, owner, track);
             if (track.isKeyed()) fail(owner + " is a check box and takes no key frames", {});
             break;
     }
 }
 
-std::string valueText(const VRM::Parameter& parameter, std::int64_t value) {
+std::string valueText(const hosting::Parameter& parameter, std::int64_t value) {
     switch (parameter.kind) {
-        case VRM::ParameterKind::Boolean: return value != 0 ? "true" : "false";
-        case VRM::ParameterKind::Color: {
+        case hosting::ParameterKind::Boolean: return value != 0 ? "true" : "false";
+        case hosting::ParameterKind::Color: {
             char text[8];
             std::snprintf(text, sizeof text, "#%06x", static_cast<unsigned>(swapRedAndBlue(value)));
             return text;
         }
-        case VRM::ParameterKind::Number: break;
+        case hosting::ParameterKind::Number: break;
     }
     return std::to_string(value);
 }
 
-std::string valueText(const VRM::Parameter& parameter, const ValueTrack& track) {
+std::string valueText(const hosting::Parameter& parameter, const ValueTrack& track) {
     return trackText(track, [&](std::int64_t value) { return valueText(parameter, value); });
 }
 

@@ -79,7 +79,7 @@ FilterSettings parseFilter(const Catalogue& catalogue, const Json& entry, const 
     const Json& name = require(entry, "filter", place);
     if (!name.is_string()) place.member("filter").fail("must be a filter's name");
 
-    const VRM::Filter* filter = nullptr;
+    const hosting::Filter* filter = nullptr;
     try {
         filter = &catalogue.find(name.get<std::string>());
     } catch (const Error& error) {
@@ -119,9 +119,9 @@ Json parseJson(const Place& whole, std::string_view text) {
 }
 
 /// A constant as JSON's own kind of value, key frames as their text.
-Json valueOf(const VRM::Parameter& parameter, const ValueTrack& track) {
+Json valueOf(const hosting::Parameter& parameter, const ValueTrack& track) {
     const std::string text = valueText(parameter, track);
-    const bool isPlain = parameter.kind != VRM::ParameterKind::Color && !track.isKeyed();
+    const bool isPlain = parameter.kind != hosting::ParameterKind::Color && !track.isKeyed();
     return isPlain ? Json::parse(text) : Json(text);
 }
 
@@ -160,13 +160,13 @@ std::string settingsText(std::vector<FilterSettings> chain) {
     Json filters = Json::array();
     for (FilterSettings& settings : chain) {
         if (settings.hasBytes()) settings.assignFromBytes();
-        const VRM::PropertyList& properties = settings.filter().properties;
+        const hosting::PropertyList& properties = settings.filter().properties;
         Json entry;
         entry["filter"] = properties.name;
         if (!settings.assignments().empty()) {
             Json& parameters = entry["parameters"];
             for (const auto& [index, track] : settings.assignments()) {
-                const VRM::Parameter& parameter = properties.parameters[index];
+                const hosting::Parameter& parameter = properties.parameters[index];
                 parameters[parameter.name] = valueOf(parameter, track);
             }
         }

@@ -2,7 +2,7 @@
 #ifndef VIREO_FILTERS_LENS_HORIZONTAL_FLIP_KERNELS_H
 #define VIREO_FILTERS_LENS_HORIZONTAL_FLIP_KERNELS_H
 
-#include "host/mtkcore/instruction_set.h"
+#include "simd/instruction_set.h"
 
 #include <cstdint>
 

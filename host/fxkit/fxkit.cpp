@@ -2,7 +2,7 @@
 #include "host/fxkit/fxkit.h"
 
 #include "host/fxkit/gaussian_blur.h"
-#include "host/vrm/worker_threads.h"
+#include "host/hosting/worker_threads.h"
 
 #include <algorithm>
 
@@ -14,5 +14,5 @@ void FX_GaussianBlur(const void* source, int32_t sourceRowBytes, int32_t sourceW
                         {static_cast<const std::uint8_t*>(source), sourceRowBytes,
                          static_cast<std::uint8_t*>(destination), destinationRowBytes,
                          std::min(sourceWidth, destinationWidth), std::min(sourceHeight, destinationHeight)},
-                        rx, ry, VRM::lentWorkers());
+                        rx, ry, hosting::lentWorkers());
 }

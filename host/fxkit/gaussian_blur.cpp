@@ -298,7 +298,7 @@ bool apart(const BlurFrame& frame) {
 }  // namespace
 
 void gaussianBlur(const BlurKernels& kernels, const BlurFrame& frame, double reachAcross, double reachDown,
-                  VRM::WorkerThreads* workers) {
+                  hosting::WorkerThreads* workers) {
     if (frame.width <= 0 || frame.height <= 0) return;
     const std::int64_t across = wholeReach(reachAcross);
     const std::int64_t down = wholeReach(reachDown);

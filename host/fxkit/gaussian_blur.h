@@ -3,7 +3,7 @@
 #define VIREO_HOST_FXKIT_GAUSSIAN_BLUR_H
 
 #include "host/fxkit/gaussian_blur_kernels.h"
-#include "host/vrm/worker_threads.h"
+#include "host/hosting/worker_threads.h"
 
 namespace FxKit {
 
@@ -20,7 +20,7 @@ struct BlurFrame {
 /// FX_GaussianBlur with the kernels named, on the caller's thread and those of `workers`, with the same bytes
 /// for any number of them. Without memory the picture is copied.
 void gaussianBlur(const BlurKernels& kernels, const BlurFrame& frame, double reachAcross, double reachDown,
-                  VRM::WorkerThreads* workers = nullptr);
+                  hosting::WorkerThreads* workers = nullptr);
 
 }  // namespace FxKit
 

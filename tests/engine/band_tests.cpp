@@ -56,8 +56,8 @@ std::int32_t failSometimes(void*, std::int16_t selector, FilterInvocation**) {
     return selector == FilterSelectorExecute && --callsUntilFailure == 0 ? 7 : 0;
 }
 
-VRM::Filter filter(FilterEntryProc entry, const char* name, const char* matchName) {
-    VRM::PropertyList list;
+hosting::Filter filter(FilterEntryProc entry, const char* name, const char* matchName) {
+    hosting::PropertyList list;
     list.nameKey = std::string("$$$/Test/Filters/") + name + "/Name=" + name;
     list.name = name;
     list.matchName = matchName;
@@ -65,8 +65,8 @@ VRM::Filter filter(FilterEntryProc entry, const char* name, const char* matchNam
 }
 
 /// Their match names are those of filters with these neighbours.
-const std::vector<VRM::Filter>& filters() {
-    static const std::vector<VRM::Filter> made = {
+const std::vector<hosting::Filter>& filters() {
+    static const std::vector<hosting::Filter> made = {
         filter(subtractRows<0>, "None", "QULN Solarize"),
         filter(subtractRows<1>, "One", "QULN Convolution Kernel"),
         filter(subtractRows<100>, "Hundred", "QULN Alpha Glow"),

@@ -2,8 +2,8 @@
 // Every allocation of every filter fails once, in a program of its own: operator new and vpixNew are
 // replaced.
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "host/vrm/meta_plugin.h"
 #include "tests/filters/support/filter_under_test.h"
 #include "tests/host/short_memory.h"
 
@@ -271,7 +271,7 @@ TEST(AntialiasFaults, MissingRowsAreReplacedByTheirNeighbours) {
 TEST(HostFaults, LeaveNoModuleHalfInitialised) {
     const std::filesystem::path path =
         std::filesystem::read_symlink("/proc/self/exe").parent_path() / "VireoFiltersMetaPlugin.vrmp";
-    const VRM::MetaPlugin kept(path);  // Loaded for good, so that no static part is made again.
+    const hosting::MetaPlugin kept(path);  // Loaded for good, so that no static part is made again.
     const auto count = [&] {
         MetaPluginCountRecord record{};
         kept.call(MetaPluginCount, &record);
@@ -287,7 +287,7 @@ TEST(HostFaults, LeaveNoModuleHalfInitialised) {
         {
             const CountedMemory memory(failing);
             try {
-                const VRM::MetaPlugin module(path);
+                const hosting::MetaPlugin module(path);
             } catch (const std::bad_alloc&) {
                 ++failures;
             }

@@ -4,11 +4,11 @@
 #include "tests/filters/support/test_frame.h"
 
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/pixkit/pixel_formats.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -78,10 +78,10 @@ std::int32_t otherFrame(std::uint32_t time, FrameBuffer* target, const FrameRect
     return 0;
 }
 
-std::int64_t nextValue(const VRM::Parameter& parameter, Random& random) {
+std::int64_t nextValue(const hosting::Parameter& parameter, Random& random) {
     switch (parameter.kind) {
-        case VRM::ParameterKind::Boolean: return random() & 1;
-        case VRM::ParameterKind::Color: return random() & 0xFFFFFF;
+        case hosting::ParameterKind::Boolean: return random() & 1;
+        case hosting::ParameterKind::Color: return random() & 0xFFFFFF;
         default: break;
     }
     const auto first = static_cast<std::int64_t>(parameter.minimum);
@@ -90,30 +90,31 @@ std::int64_t nextValue(const VRM::Parameter& parameter, Random& random) {
 }
 
 /// The values that a filter is rendered with, by what the file calls them.
-std::map<std::string, std::vector<std::int64_t>> settingsOf(const VRM::Filter& filter) {
+std::map<std::string, std::vector<std::int64_t>> settingsOf(const hosting::Filter& filter) {
     std::map<std::string, std::vector<std::int64_t>> all{{"defaults", {}}};
     const auto& parameters = filter.properties.parameters;
     if (parameters.empty()) return all;
     all["without settings"] = {};
-    for (const VRM::Parameter& parameter : parameters) {
-        const bool isColor = parameter.kind == VRM::ParameterKind::Color;
+    for (const hosting::Parameter& parameter : parameters) {
+        const bool isColor = parameter.kind == hosting::ParameterKind::Color;
         all["lowest"].push_back(isColor ? 0 : static_cast<std::int64_t>(parameter.minimum));
         all["highest"].push_back(isColor ? 0xFFFFFF : static_cast<std::int64_t>(parameter.maximum));
     }
     for (std::uint32_t number = 1; number <= 6; ++number) {
         Random random(1000 * filter.id + number);
         auto& values = all["mixed " + std::to_string(number)];
-        for (const VRM::Parameter& parameter : parameters) values.push_back(nextValue(parameter, random));
+        for (const hosting::Parameter& parameter : parameters) values.push_back(nextValue(parameter, random));
     }
     return all;
 }
 
 class Rendering {
 public:
-    Rendering(const VRM::Filter& filter, const std::string& settings, const std::vector<std::int64_t>& values)
+    Rendering(const hosting::Filter& filter, const std::string& settings,
+              const std::vector<std::int64_t>& values)
         : filter_(filter), instance_(filter.entry), withoutSettings_(settings == "without settings") {
         for (std::size_t i = 0; i < values.size(); ++i) {
-            const VRM::Parameter& parameter = filter.properties.parameters[i];
+            const hosting::Parameter& parameter = filter.properties.parameters[i];
             std::memcpy(instance_.settings().data() + parameter.offset, &values[i],
                         static_cast<std::size_t>(parameter.size));
         }
@@ -151,12 +152,12 @@ public:
     }
 
 private:
-    void render(const VRM::FrameRequest& request) const {
+    void render(const hosting::FrameRequest& request) const {
         if (!withoutSettings_) {
             EXPECT_EQ(instance_.render(request), 0);
             return;
         }
-        static const TimeBase timeBase{{}, VRM::fieldDuration};
+        static const TimeBase timeBase{{}, hosting::fieldDuration};
         vpixCopy(request.source, request.destination, &request.source->bounds, &request.source->bounds,
                  VPixCopyReplace);
         FilterInvocation invocation{};
@@ -174,8 +175,8 @@ private:
         EXPECT_EQ(filter_.entry(nullptr, FilterSelectorExecute, &pointer), 0);
     }
 
-    const VRM::Filter& filter_;
-    VRM::FilterInstance instance_;
+    const hosting::Filter& filter_;
+    hosting::FilterInstance instance_;
     bool withoutSettings_;
 };
 
@@ -184,8 +185,8 @@ using Checksums = std::map<std::string, std::string>;
 
 Checksums renderedChecksums() {
     Checksums checksums;
-    const VRM::MetaPlugin plugin(VIREO_TESTED_MODULE);
-    for (const VRM::Filter& filter : plugin.filters()) {
+    const hosting::MetaPlugin plugin(VIREO_TESTED_MODULE);
+    for (const hosting::Filter& filter : plugin.filters()) {
         for (const auto& [settings, values] : settingsOf(filter)) {
             const Rendering rendering(filter, settings, values);
             for (const std::uint32_t format : rendering.pixelFormats()) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // What every filter of the module answers alike, and that filters and property lists agree.
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/pixkit/pixkit.h"
 #include "host/qrb/exceptions.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
 #include "host/vrm/suites.h"
 #include "tests/framework/loaded_module.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-std::int64_t storedValue(std::span<const std::uint8_t> settings, const VRM::Parameter& parameter) {
+std::int64_t storedValue(std::span<const std::uint8_t> settings, const hosting::Parameter& parameter) {
     std::int64_t value = 0;
     std::memcpy(&value, settings.data() + parameter.offset, static_cast<std::size_t>(parameter.size));
     const int shift = 64 - 8 * parameter.size;
@@ -29,10 +29,10 @@ protected:
     FilterProtocol() : plugin(VIREO_TESTED_MODULE) {}
 
     FilterEntryProc entryOf(std::uint32_t id) const {
-        return std::ranges::find(plugin.filters(), id, &VRM::Filter::id)->entry;
+        return std::ranges::find(plugin.filters(), id, &hosting::Filter::id)->entry;
     }
 
-    const VRM::MetaPlugin plugin;
+    const hosting::MetaPlugin plugin;
 };
 
 /// A host's record whose unread bytes hold a pattern that filters must leave alone.
@@ -45,7 +45,7 @@ FilterInvocation patternedInvocation() {
 }
 
 TEST_F(FilterProtocol, FiltersAnswerUnknownSelectorsWithNothing) {
-    for (const VRM::Filter& filter : plugin.filters()) {
+    for (const hosting::Filter& filter : plugin.filters()) {
         for (const std::int16_t selector : {-32768, -1, 2, 3, 4, 7, 9, 10, 256, 32767}) {
             FilterInvocation invocation = patternedInvocation();
             const FilterInvocation before = invocation;
@@ -58,7 +58,7 @@ TEST_F(FilterProtocol, FiltersAnswerUnknownSelectorsWithNothing) {
 }
 
 TEST_F(FilterProtocol, FiltersTouchNothingButTheirSettingsAtInitSettings) {
-    for (const VRM::Filter& filter : plugin.filters()) {
+    for (const hosting::Filter& filter : plugin.filters()) {
         SCOPED_TRACE(filter.properties.name);
         FilterInvocation invocation = patternedInvocation();
         FilterInvocation expected = invocation;
@@ -78,18 +78,18 @@ TEST_F(FilterProtocol, FiltersTouchNothingButTheirSettingsAtInitSettings) {
 }
 
 TEST_F(FilterProtocol, FreshSettingsHoldEveryParameterWithinItsRange) {
-    for (const VRM::Filter& filter : plugin.filters()) {
+    for (const hosting::Filter& filter : plugin.filters()) {
         SCOPED_TRACE(filter.properties.name);
-        const VRM::FilterInstance instance(filter.entry);
+        const hosting::FilterInstance instance(filter.entry);
         const std::span<const std::uint8_t> settings = instance.settings();
         ASSERT_GE(settings.size(), filter.properties.recordSize());
-        for (const VRM::Parameter& parameter : filter.properties.parameters) {
+        for (const hosting::Parameter& parameter : filter.properties.parameters) {
             const std::int64_t value = storedValue(settings, parameter);
-            if (parameter.kind == VRM::ParameterKind::Number) {
+            if (parameter.kind == hosting::ParameterKind::Number) {
                 EXPECT_GE(static_cast<double>(value), parameter.minimum) << parameter.name;
                 EXPECT_LE(static_cast<double>(value), parameter.maximum) << parameter.name;
             }
-            if (parameter.kind == VRM::ParameterKind::Boolean) {
+            if (parameter.kind == hosting::ParameterKind::Boolean) {
                 EXPECT_TRUE(value == 0 || value == 1) << parameter.name;
             }
         }
@@ -97,9 +97,9 @@ TEST_F(FilterProtocol, FreshSettingsHoldEveryParameterWithinItsRange) {
 }
 
 TEST_F(FilterProtocol, FormatsThatFiltersOfferAreFourCharacters) {
-    for (const VRM::Filter& filter : plugin.filters()) {
+    for (const hosting::Filter& filter : plugin.filters()) {
         SCOPED_TRACE(filter.properties.name);
-        const VRM::FilterInstance instance(filter.entry);
+        const hosting::FilterInstance instance(filter.entry);
         const std::vector<std::uint32_t> formats = instance.pixelFormats();
         EXPECT_LE(formats.size(), 10u);
         for (const std::uint32_t format : formats) {
@@ -118,8 +118,8 @@ TEST_F(FilterProtocol, SuitesThrowUntilTheyAreFoundAndStayFromThenOn) {
     const FrameRect bounds{0, 0, 4, 3};
     FrameBuffer* const source = vpixNew(&bounds);
     FrameBuffer* const destination = vpixNew(&bounds);
-    const VRM::FilterInstance flip(entryOf(10030));
-    const VRM::FilterInstance ghosting(entryOf(10029));
+    const hosting::FilterInstance flip(entryOf(10030));
+    const hosting::FilterInstance ghosting(entryOf(10029));
 
     vireoHostOfferSuite(VIREO_VPIX_SUITE, 0);
     try {
@@ -132,7 +132,7 @@ TEST_F(FilterProtocol, SuitesThrowUntilTheyAreFoundAndStayFromThenOn) {
     EXPECT_EQ(flip.render({source, destination}), 0);
 
     // Withdrawn in the middle of a call.
-    VRM::FrameRequest request{source, destination};
+    hosting::FrameRequest request{source, destination};
     request.getFrame = withdrawSuite;
     EXPECT_EQ(ghosting.render(request), 0);
     EXPECT_EQ(flip.render({source, destination}), 0);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The module without its resources, in a program of its own that has others in their place.
+#include "host/hosting/filter_instance.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_instance.h"
 #include "resources/linked_resources.h"
 #include "tests/framework/loaded_module.h"
 
@@ -71,7 +71,7 @@ TEST_F(MissingResources, LeaveTheFramesStraight) {
         const FrameRect column{x, x / 2, x + 1, bounds.bottom};
         vpixFillRect(source, &column, 0xFF000000 | static_cast<std::uint32_t>(x * 77));
     }
-    const VRM::FilterInstance bend(entry(10004));
+    const hosting::FilterInstance bend(entry(10004));
     EXPECT_EQ(bend.render({source, destination, 30}), 0);
     for (std::int32_t y = 0; y < bounds.bottom; ++y) {
         for (std::int32_t x = 0; x < bounds.right; ++x) {

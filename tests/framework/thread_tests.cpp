@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // All filters on several threads at once, from the first call after the module is initialised: what they make
 // or remember at first use is made and remembered here. The thread sanitizer watches.
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <gtest/gtest.h>
 
@@ -31,17 +31,17 @@ std::int32_t earlierFrame(std::uint32_t time, FrameBuffer* target, const FrameRe
     return 0;
 }
 
-std::vector<std::uint8_t> rendered(const VRM::Filter& filter, const Buffer& source,
+std::vector<std::uint8_t> rendered(const hosting::Filter& filter, const Buffer& source,
                                    const Buffer& destination) {
-    VRM::FrameRequest request{source.get(), destination.get(), 20, 100};
+    hosting::FrameRequest request{source.get(), destination.get(), 20, 100};
     request.getFrame = earlierFrame;
-    EXPECT_EQ(VRM::FilterInstance(filter.entry).render(request), 0) << filter.properties.name;
+    EXPECT_EQ(hosting::FilterInstance(filter.entry).render(request), 0) << filter.properties.name;
     return bytesOf(destination);
 }
 
 TEST(Threads, RenderEveryFilterFromItsFirstCallOn) {
     constexpr int threadCount = 4;
-    const VRM::MetaPlugin module(VIREO_TESTED_MODULE);
+    const hosting::MetaPlugin module(VIREO_TESTED_MODULE);
     ASSERT_FALSE(module.filters().empty());
     const Buffer source = newBuffer();
     std::mt19937 random;
@@ -59,7 +59,7 @@ TEST(Threads, RenderEveryFilterFromItsFirstCallOn) {
     std::vector<std::thread> threads;
     for (auto& pictures : results) {
         threads.emplace_back([&] {
-            for (const VRM::Filter& filter : module.filters()) {
+            for (const hosting::Filter& filter : module.filters()) {
                 const Buffer destination = newBuffer();
                 meeting.arrive_and_wait();
                 pictures.push_back(rendered(filter, source, destination));

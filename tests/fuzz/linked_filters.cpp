@@ -9,21 +9,21 @@ namespace {
 
 void call(std::int32_t selector, void* record) { REQUIRE(VRMetaPlugin(selector, record) == MetaPluginDone); }
 
-VRM::PropertyList propertyList(std::uint32_t index) {
+hosting::PropertyList propertyList(std::uint32_t index) {
     MetaPluginPropertyListRecord record{};
     record.index = index;
     call(MetaPluginPropertyList, &record);
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(record.size));
     record.buffer = bytes.data();
     call(MetaPluginPropertyList, &record);
-    return VRM::readPropertyList(bytes);
+    return hosting::readPropertyList(bytes);
 }
 
 }  // namespace
 
-const std::vector<VRM::Filter>& linkedFilters() {
-    static const std::vector<VRM::Filter> all = [] {
-        std::vector<VRM::Filter> filters;
+const std::vector<hosting::Filter>& linkedFilters() {
+    static const std::vector<hosting::Filter> all = [] {
+        std::vector<hosting::Filter> filters;
         MetaPluginInitialiseRecord initialise{0x0409};
         call(MetaPluginInitialise, &initialise);
         MetaPluginCountRecord count{};

@@ -102,7 +102,7 @@ public:
 
 /// Whether filters keep to the pixels of the rows: they walk both frames with one frame's geometry, cut to
 /// whole pixels and by some to 16 bits, and then meet the padding of frames that differ in it.
-bool staysOffPadding(const VRM::Filter& filter, const FrameShape& source, const FrameShape& destination) {
+bool staysOffPadding(const hosting::Filter& filter, const FrameShape& source, const FrameShape& destination) {
     constexpr int largest = std::numeric_limits<std::int16_t>::max();
     return source == destination && source.rowBytes % 4 == 0 && std::abs(source.rowBytes) <= largest &&
            std::abs(source.rowBytes) >= source.rowLength() && filter.id != verticalFlip;
@@ -227,7 +227,7 @@ private:
     }
 
     const ModuleCase& given_;
-    const VRM::Filter& filter_;
+    const hosting::Filter& filter_;
     const Host host_;
     // On the heap, where nothing else lies beside them.
     const std::unique_ptr<FilterInvocation> invocation_ = std::make_unique<FilterInvocation>();

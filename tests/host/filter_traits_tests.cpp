@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What resources/filters.toml declares of every filter, proved by what the filter renders: each trait holds
 // where it is declared and is missing where it is not.
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_traits.h"
 
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
+#include "host/hosting/parameter_value.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
-#include "host/vrm/parameter_value.h"
 
 #include <gmock/gmock.h>
 
@@ -160,7 +160,7 @@ struct Rendered {
 };
 
 /// `unfilled`: what the destination holds where the host does not fill it.
-Rendered render(const VRM::FilterInstance& instance, const Picture& source, const Moment& moment = {},
+Rendered render(const hosting::FilterInstance& instance, const Picture& source, const Moment& moment = {},
                 const Layout& layout = {}, const Picture* unfilled = nullptr) {
     Frame from(source, layout), to(unfilled != nullptr ? *unfilled : Picture(source.size), layout);
     Clip clip{source, layout, moment.frame};
@@ -176,25 +176,26 @@ Rendered render(const VRM::FilterInstance& instance, const Picture& source, cons
     return {to.picture(), moment.frame - clip.earliest, clip.latest > moment.frame, to.gapsHold()};
 }
 
-std::int64_t valueAtRandom(const VRM::Parameter& parameter, Random& random) {
-    const VRM::ValueRange range = VRM::valueRange(parameter);
+std::int64_t valueAtRandom(const hosting::Parameter& parameter, Random& random) {
+    const hosting::ValueRange range = hosting::valueRange(parameter);
     return std::uniform_int_distribution(range.minimum, range.maximum)(random);
 }
 
-std::int64_t anyEnd(const VRM::Parameter& parameter, Random& random) {
-    const VRM::ValueRange range = VRM::valueRange(parameter);
+std::int64_t anyEnd(const hosting::Parameter& parameter, Random& random) {
+    const hosting::ValueRange range = hosting::valueRange(parameter);
     return upTo(1, random) == 0 ? range.minimum : range.maximum;
 }
 
-void setAll(const VRM::Filter& filter, const VRM::FilterInstance& instance, Random& random,
-            std::int64_t (*value)(const VRM::Parameter&, Random&)) {
-    for (const VRM::Parameter& parameter : filter.properties.parameters) {
-        VRM::writeValue(parameter, value(parameter, random), instance.settings());
+void setAll(const hosting::Filter& filter, const hosting::FilterInstance& instance, Random& random,
+            std::int64_t (*value)(const hosting::Parameter&, Random&)) {
+    for (const hosting::Parameter& parameter : filter.properties.parameters) {
+        hosting::writeValue(parameter, value(parameter, random), instance.settings());
     }
 }
 
 /// The start values at first, then numbers from the whole range and from its ends.
-void setForRound(int round, const VRM::Filter& filter, const VRM::FilterInstance& instance, Random& random) {
+void setForRound(int round, const hosting::Filter& filter, const hosting::FilterInstance& instance,
+                 Random& random) {
     if (round > 0) setAll(filter, instance, random, round % 2 == 0 ? anyEnd : valueAtRandom);
 }
 
@@ -203,19 +204,19 @@ class Traits : public testing::Test {
 protected:
     template <class Test>
     void forEachFilter(Test&& test) {
-        for (const VRM::Filter& filter : module_.filters()) {
+        for (const hosting::Filter& filter : module_.filters()) {
             SCOPED_TRACE(filter.properties.name);
             Random random(7);
-            test(filter, VRM::filterTraits(filter.properties.matchName), random);
+            test(filter, hosting::filterTraits(filter.properties.matchName), random);
         }
     }
 
-    const VRM::MetaPlugin module_{VIREO_TESTED_MODULE};
+    const hosting::MetaPlugin module_{VIREO_TESTED_MODULE};
 };
 
 TEST_F(Traits, AreKnownOfEveryFilter) {
     std::set<std::string_view> files;
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random&) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random&) {
         EXPECT_EQ(traits.id, filter.id);
         EXPECT_EQ(traits.matchName, filter.properties.matchName);
         EXPECT_EQ(traits.fileName.find_first_not_of("abcdefghijklmnopqrstuvwxyz_"), std::string_view::npos);
@@ -226,13 +227,13 @@ TEST_F(Traits, AreKnownOfEveryFilter) {
 
 TEST_F(Traits, OfUnknownFiltersAreSafeForAll) {
     for (const char* name : {"of another module", "", "QULN"}) {
-        const VRM::FilterTraits& unknown = VRM::filterTraits(name);
+        const hosting::FilterTraits& unknown = hosting::filterTraits(name);
         EXPECT_TRUE(unknown.readsTime && !unknown.takesRowsFromTheTop && !unknown.neighbourRows &&
                     unknown.touchesGaps)
             << name;
         EXPECT_TRUE(unknown.identity.empty() && unknown.parameters.empty()) << name;
         EXPECT_TRUE(unknown.id == 0 && unknown.fileName.empty()) << name;
-        forEachFilter([&](const VRM::Filter&, const VRM::FilterTraits& traits, Random&) {
+        forEachFilter([&](const hosting::Filter&, const hosting::FilterTraits& traits, Random&) {
             EXPECT_LE(traits.earlierFrames, unknown.earlierFrames);
         });
     }
@@ -240,8 +241,8 @@ TEST_F(Traits, OfUnknownFiltersAreSafeForAll) {
 
 TEST_F(Traits, SayWhetherThePictureChangesWithTime) {
     constexpr Moment moments[] = {{0, 0}, {1, 0}, {7, 0}, {0, 40}, {1, 40}, {7, 40}, {7, 41}, {39, 40}};
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         int changed = 0;
         for (int round = 0; round < 30; ++round) {
             setForRound(round, filter, instance, random);
@@ -257,8 +258,8 @@ TEST_F(Traits, SayWhetherThePictureChangesWithTime) {
 
 TEST_F(Traits, SayHowFarBackTheFilterLooks) {
     constexpr std::uint32_t farInside = 1 << 20;
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         std::uint32_t furthest = 0;
         for (int round = 0; round < 30; ++round) {
             setForRound(round, filter, instance, random);
@@ -277,8 +278,8 @@ TEST_F(Traits, SayHowFarBackTheFilterLooks) {
 
 TEST_F(Traits, SayWhetherRowsMayLieFromTheTop) {
     constexpr Size sizes[] = {{37, 23}, {64, 32}, {1, 1}, {2, 9}, {130, 7}};
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         int different = 0;
         for (int round = 0; round < 100; ++round) {
             setForRound(round, filter, instance, random);
@@ -296,9 +297,9 @@ TEST_F(Traits, SayWhetherRowsMayLieFromTheTop) {
 // That no memory is needed for it, the tests of allocation faults prove.
 TEST_F(Traits, SayWhetherEveryPixelIsWritten) {
     constexpr Size sizes[] = {{37, 23}, {64, 32}, {1, 1}, {2, 9}, {130, 7}, {5, 231}};
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (!traits.writesAll) return;
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         int left = 0;
         for (int round = 0; round < 200; ++round) {
             setForRound(round, filter, instance, random);
@@ -314,8 +315,8 @@ TEST_F(Traits, SayWhetherEveryPixelIsWritten) {
 }
 
 TEST_F(Traits, SayWhetherBytesBetweenRowsAreTouched) {
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         int touched = 0;
         for (int round = 0; round < 60; ++round) {
             setForRound(round, filter, instance, random);
@@ -327,7 +328,7 @@ TEST_F(Traits, SayWhetherBytesBetweenRowsAreTouched) {
 }
 
 /// What comes out where each band is rendered with `margin` rows of the source above and below.
-Picture renderInBands(const VRM::FilterInstance& instance, const Picture& source, const Moment& moment,
+Picture renderInBands(const hosting::FilterInstance& instance, const Picture& source, const Moment& moment,
                       int bands, int margin) {
     const int height = source.size.height;
     Picture result(source.size);
@@ -342,10 +343,10 @@ Picture renderInBands(const VRM::FilterInstance& instance, const Picture& source
 }
 
 /// Counts the renderings in bands that are not as the whole one.
-int wrongInBands(const VRM::Filter& filter, int margin, Random& random) {
+int wrongInBands(const hosting::Filter& filter, int margin, Random& random) {
     constexpr Size sizes[] = {{1, 7}, {3, 23}, {17, 61}, {64, 1}, {130, 35}};
     constexpr Size high{5, 231};
-    const VRM::FilterInstance instance = VRM::newInstance(filter);
+    const hosting::FilterInstance instance = hosting::newInstance(filter);
     int wrong = 0;
     const auto compare = [&](const Picture& source, int bands) {
         const Moment moment = momentAtRandom(random);
@@ -366,7 +367,7 @@ int wrongInBands(const VRM::Filter& filter, int margin, Random& random) {
 
 TEST_F(Traits, SayHowManyRowsBandsNeedOfTheirNeighbours) {
     constexpr int plenty = 8;
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (!traits.neighbourRows) {
             EXPECT_GT(wrongInBands(filter, plenty, random), 0) << "could be rendered in bands";
             return;
@@ -378,23 +379,23 @@ TEST_F(Traits, SayHowManyRowsBandsNeedOfTheirNeighbours) {
     });
 }
 
-void setIdentity(const VRM::Filter& filter, const VRM::FilterTraits& traits,
-                 const VRM::FilterInstance& instance) {
+void setIdentity(const hosting::Filter& filter, const hosting::FilterTraits& traits,
+                 const hosting::FilterInstance& instance) {
     for (const auto& [index, value] : traits.identity) {
-        const VRM::Parameter& parameter = filter.properties.parameters.at(index);
-        const VRM::ValueRange range = VRM::valueRange(parameter);
+        const hosting::Parameter& parameter = filter.properties.parameters.at(index);
+        const hosting::ValueRange range = hosting::valueRange(parameter);
         EXPECT_TRUE(value >= range.minimum && value <= range.maximum) << parameter.name;
-        VRM::writeValue(parameter, value, instance.settings());
+        hosting::writeValue(parameter, value, instance.settings());
     }
 }
 
 /// Noise with some pixels of the colours that the filter is set to.
-Picture noiseWithSetColors(Size size, const VRM::Filter& filter, const VRM::FilterInstance& instance,
+Picture noiseWithSetColors(Size size, const hosting::Filter& filter, const hosting::FilterInstance& instance,
                            Random& random) {
     Picture picture = noise(size, random);
-    for (const VRM::Parameter& parameter : filter.properties.parameters) {
-        if (parameter.kind != VRM::ParameterKind::Color) continue;
-        const auto color = static_cast<std::uint32_t>(VRM::readValue(parameter, instance.settings()));
+    for (const hosting::Parameter& parameter : filter.properties.parameters) {
+        if (parameter.kind != hosting::ParameterKind::Color) continue;
+        const auto color = static_cast<std::uint32_t>(hosting::readValue(parameter, instance.settings()));
         const std::uint32_t pixel = (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
         for (int i = 0; i < 9; ++i) {
             const auto place =
@@ -407,9 +408,9 @@ Picture noiseWithSetColors(Size size, const VRM::Filter& filter, const VRM::Filt
 
 TEST_F(Traits, SayWhichSettingsLeaveThePicture) {
     constexpr Size sizes[] = {{61, 47}, {1, 1}, {3, 40}, {200, 5}};
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (traits.identity.empty()) return;
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         for (int round = 0; round < 100; ++round) {
             setForRound(round, filter, instance, random);
             setIdentity(filter, traits, instance);
@@ -422,9 +423,9 @@ TEST_F(Traits, SayWhichSettingsLeaveThePicture) {
 
 TEST_F(Traits, NameSuchSettingsWhereThereAreAny) {
     constexpr Moment moments[] = {{3, 40}, {20, 40}};
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (!traits.identity.empty()) return;
-        const VRM::FilterInstance instance = VRM::newInstance(filter);
+        const hosting::FilterInstance instance = hosting::newInstance(filter);
         for (int round = 0; round < 100; ++round) {
             // Not the ends of the ranges: there Color Replace may put a colour in its own place.
             if (round > 0) setAll(filter, instance, random, valueAtRandom);
@@ -437,16 +438,16 @@ TEST_F(Traits, NameSuchSettingsWhereThereAreAny) {
 }
 
 TEST_F(Traits, NameOnlySettingsThatMatter) {
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random& random) {
-        for (const VRM::IdentityValue& named : traits.identity) {
-            const VRM::Parameter& parameter = filter.properties.parameters.at(named.parameter);
-            const VRM::FilterInstance instance = VRM::newInstance(filter);
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
+        for (const hosting::IdentityValue& named : traits.identity) {
+            const hosting::Parameter& parameter = filter.properties.parameters.at(named.parameter);
+            const hosting::FilterInstance instance = hosting::newInstance(filter);
             int changed = 0;
             for (int round = 0; round < 30; ++round) {
                 setAll(filter, instance, random, anyEnd);
                 setIdentity(filter, traits, instance);
-                VRM::writeValue(parameter, (round % 2 == 0 ? anyEnd : valueAtRandom)(parameter, random),
-                                instance.settings());
+                hosting::writeValue(parameter, (round % 2 == 0 ? anyEnd : valueAtRandom)(parameter, random),
+                                    instance.settings());
                 const Picture source = noise({61, 47}, random);
                 if (render(instance, source).picture != source) ++changed;
             }
@@ -456,14 +457,14 @@ TEST_F(Traits, NameOnlySettingsThatMatter) {
 }
 
 TEST_F(Traits, ReadAsTheParametersDo) {
-    forEachFilter([&](const VRM::Filter& filter, const VRM::FilterTraits& traits, Random&) {
+    forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random&) {
         const auto& parameters = filter.properties.parameters;
         ASSERT_EQ(traits.parameters.size(), parameters.size());
         for (std::size_t i = 0; i < parameters.size(); ++i) {
-            const VRM::Parameter& parameter = parameters[i];
+            const hosting::Parameter& parameter = parameters[i];
             const auto& [unit, labelKey, choices] = traits.parameters[i];
             SCOPED_TRACE(parameter.name);
-            const bool isNumber = parameter.kind == VRM::ParameterKind::Number;
+            const bool isNumber = parameter.kind == hosting::ParameterKind::Number;
             const bool isShownAsItIs = parameter.displayMinimum == parameter.minimum &&
                                        parameter.displayMaximum == parameter.maximum;
             const bool isPercentage = parameter.displayMinimum == 0 &&
@@ -482,9 +483,9 @@ TEST_F(Traits, ReadAsTheParametersDo) {
             EXPECT_TRUE(isNumber && isShownAsItIs && unit.empty());
             EXPECT_EQ(static_cast<double>(choices.size()), parameter.maximum - parameter.minimum + 1);
             std::set<std::string> words;
-            for (const std::string_view key : choices) words.insert(VRM::defaultText(std::string(key)));
+            for (const std::string_view key : choices) words.insert(hosting::defaultText(std::string(key)));
             EXPECT_EQ(words.size(), choices.size());
-            EXPECT_NE(VRM::defaultText(std::string(labelKey)), labelKey);
+            EXPECT_NE(hosting::defaultText(std::string(labelKey)), labelKey);
         }
     });
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Every filter of the module over frames that are far wider or higher than people use, held against what it
 // makes of small ones: right up to its limits, wrong just beyond, right at any size without limits.
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/filter_traits.h"
-#include "host/vrm/meta_plugin.h"
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/filter_traits.h"
+#include "host/hosting/meta_plugin.h"
 
 #include <gmock/gmock.h>
 
@@ -60,8 +60,8 @@ struct Setup {
     std::uint32_t time = 0;
 };
 
-void render(const VRM::Filter& filter, const Setup& setup, Frame& source, Frame& destination) {
-    const VRM::FilterInstance instance(filter.entry);
+void render(const hosting::Filter& filter, const Setup& setup, Frame& source, Frame& destination) {
+    const hosting::FilterInstance instance(filter.entry);
     for (const auto& [name, value] : setup.parameters) {
         const auto& all = filter.properties.parameters;
         const auto found = std::find_if(all.begin(), all.end(),
@@ -80,12 +80,12 @@ void render(const VRM::Filter& filter, const Setup& setup, Frame& source, Frame&
 int channel(std::uint32_t pixel, int index) { return static_cast<int>(pixel >> 8 * index & 0xFF); }
 
 /// Whether the filter renders a frame of this length right. A rule knows how without rendering one.
-using Rule = bool (*)(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+using Rule = bool (*)(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                       int padding);
 
 /// For filters whose pixels depend on their neighbourhood and on the edges alone: a picture with a plain
 /// middle gives the same with a longer middle.
-bool rightWhenStretched(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+bool rightWhenStretched(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                         int padding) {
     constexpr int shortLength = 400, breadth = 5, edge = 60;
     Frame source(direction, shortLength, breadth), expected(direction, shortLength, breadth);
@@ -117,7 +117,8 @@ bool rightWhenStretched(const VRM::Filter& filter, const Setup& setup, Direction
 
 /// For filters whose geometry goes with the frame's size: a gradient of twice the size gives twice the
 /// picture, but for roundings.
-bool rightWhenScaled(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+bool rightWhenScaled(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
+                     int) {
     constexpr int breadth = 96, tolerance = 8;
     const auto rendered = [&](Frame& source, Frame& result, int across) {
         for (int i = 0; i < across; ++i) {
@@ -151,7 +152,8 @@ bool rightWhenScaled(const VRM::Filter& filter, const Setup& setup, Direction di
 }
 
 /// Rows one after another are rotated 16 pixels further, kept inside the row by one subtraction.
-bool rightWhenRotated(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+bool rightWhenRotated(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
+                      int) {
     constexpr int step = 16;
     const int breadth = direction == Direction::Wide ? length / step + 8 : 64;
     const int width = direction == Direction::Wide ? length : breadth;
@@ -174,7 +176,7 @@ bool rightWhenRotated(const VRM::Filter& filter, const Setup& setup, Direction d
 }
 
 /// At the end of its cycle the roll has come round.
-bool rightWhenRolledRound(const VRM::Filter& filter, const Setup& setup, Direction direction, int length,
+bool rightWhenRolledRound(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                           int) {
     constexpr int breadth = 3;
     Frame source(direction, length, breadth), result(direction, length, breadth);
@@ -192,7 +194,8 @@ bool rightWhenRolledRound(const VRM::Filter& filter, const Setup& setup, Directi
 }
 
 /// A lens that bends nothing moves pixels by less than one, but for those at the border.
-bool rightWhenNeutral(const VRM::Filter& filter, const Setup& setup, Direction direction, int length, int) {
+bool rightWhenNeutral(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
+                      int) {
     constexpr int breadth = 5, tolerance = 8;
     Frame source(direction, length, breadth), result(direction, length, breadth);
     for (int across = 0; across < breadth; ++across) {
@@ -243,21 +246,21 @@ Case caseOf(const std::string& matchName) {
     return found == cases.end() ? Case{} : found->second;
 }
 
-void expectLimits(const VRM::Filter& filter, Direction direction) {
+void expectLimits(const hosting::Filter& filter, Direction direction) {
     const Case tested = caseOf(filter.properties.matchName);
     const auto right = [&](int length, int padding = 0) {
         return tested.rule(filter, tested.setup, direction, length, padding);
     };
-    const VRM::FrameLimits limits = VRM::filterTraits(filter.properties.matchName).limits;
+    const hosting::FrameLimits limits = hosting::filterTraits(filter.properties.matchName).limits;
     const bool wide = direction == Direction::Wide;
     const std::int32_t limit = wide ? std::min(limits.width, limits.rowBytes / 4) : limits.height;
-    if (limit == (wide ? VRM::FrameLimits::none / 4 : VRM::FrameLimits::none)) {
+    if (limit == (wide ? hosting::FrameLimits::none / 4 : hosting::FrameLimits::none)) {
         for (const int length : {40000, 70000}) EXPECT_TRUE(right(length)) << length;
         return;
     }
     EXPECT_TRUE(right(limit)) << limit;
     EXPECT_FALSE(right(limit + tested.firstWrong)) << limit + tested.firstWrong;
-    if (!wide || limits.rowBytes == VRM::FrameLimits::none) return;
+    if (!wide || limits.rowBytes == hosting::FrameLimits::none) return;
     constexpr int narrow = 500;
     const int padding = limits.rowBytes / 4 - narrow;
     EXPECT_TRUE(right(narrow, padding));
@@ -265,9 +268,9 @@ void expectLimits(const VRM::Filter& filter, Direction direction) {
 }
 
 TEST(FrameLimits, AreThoseOfTheFilters) {
-    const VRM::MetaPlugin module{VIREO_TESTED_MODULE};
+    const hosting::MetaPlugin module{VIREO_TESTED_MODULE};
     ASSERT_EQ(module.filters().size(), 22U);
-    for (const VRM::Filter& filter : module.filters()) {
+    for (const hosting::Filter& filter : module.filters()) {
         for (const Direction direction : {Direction::Wide, Direction::High}) {
             SCOPED_TRACE(filter.properties.name + (direction == Direction::Wide ? ", wide" : ", high"));
             expectLimits(filter, direction);
@@ -276,9 +279,9 @@ TEST(FrameLimits, AreThoseOfTheFilters) {
 }
 
 TEST(FrameLimits, AreToldInASentenceThatNamesFilterSizeAndLimit) {
-    const VRM::FrameLimits limits{.width = 100, .height = 200, .rowBytes = 300};
+    const hosting::FrameLimits limits{.width = 100, .height = 200, .rowBytes = 300};
     const auto refusal = [&](std::int32_t width, std::int32_t height, std::int64_t rowBytes) {
-        return VRM::frameRefusal("Some Filter", limits, width, height, rowBytes);
+        return hosting::frameRefusal("Some Filter", limits, width, height, rowBytes);
     };
     EXPECT_EQ(refusal(100, 200, 300), "");
     EXPECT_EQ(refusal(100, 200, -300), "");
@@ -288,9 +291,9 @@ TEST(FrameLimits, AreToldInASentenceThatNamesFilterSizeAndLimit) {
         EXPECT_EQ(refusal(76, 200, rowBytes),
                   "Some Filter takes rows of up to 300 bytes, and those of 76 pixels have 304");
     }
-    EXPECT_EQ(
-        VRM::frameRefusal("", VRM::filterTraits("of another module").limits, 1 << 30, 1 << 30, 1LL << 40),
-        "");
+    EXPECT_EQ(hosting::frameRefusal("", hosting::filterTraits("of another module").limits, 1 << 30, 1 << 30,
+                                    1LL << 40),
+              "");
 }
 
 }  // namespace

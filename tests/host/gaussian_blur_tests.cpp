@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/fxkit.h"
 #include "host/fxkit/gaussian_blur.h"
-#include "host/vrm/worker_threads.h"
+#include "host/hosting/worker_threads.h"
 #include "tests/host/short_memory.h"
 
 #include <gtest/gtest.h>
@@ -252,7 +252,7 @@ TEST(GaussianBlur, WritesTheFrameAloneAndTakesRowsOfEitherSign) {
 }
 
 /// Runs each part on a thread of its own.
-class RealThreads : public VRM::WorkerThreads {
+class RealThreads : public hosting::WorkerThreads {
 public:
     explicit RealThreads(int threads) : threads_(threads) {}
 
@@ -271,7 +271,7 @@ private:
 };
 
 /// Promises threads and has none: the last part comes first, and the others when it is done.
-class NoThreads : public VRM::WorkerThreads {
+class NoThreads : public hosting::WorkerThreads {
 public:
     int count() const override { return 5; }
     void run(int parts, const std::function<void(int)>& work) override {
@@ -279,7 +279,7 @@ public:
     }
 };
 
-Picture blurredOn(VRM::WorkerThreads& workers, mtkcore::InstructionSet set, const Picture& source,
+Picture blurredOn(hosting::WorkerThreads& workers, mtkcore::InstructionSet set, const Picture& source,
                   double reachAcross, double reachDown) {
     Picture result(source.size);
     const std::int64_t rowBytes = 4 * source.size.width;
@@ -343,12 +343,12 @@ TEST(GaussianBlur, UsesTheThreadsThatAreLentToTheCaller) {
     };
     expectRuns(0, 0);
     {
-        const VRM::WorkerLoan loan(&outer);
+        const hosting::WorkerLoan loan(&outer);
         expectRuns(1, 0);
         {
-            const VRM::WorkerLoan nested(&inner);
+            const hosting::WorkerLoan nested(&inner);
             expectRuns(1, 1);
-            const VRM::WorkerLoan none(nullptr);
+            const hosting::WorkerLoan none(nullptr);
             expectRuns(1, 1);
         }
         expectRuns(2, 1);
@@ -358,7 +358,7 @@ TEST(GaussianBlur, UsesTheThreadsThatAreLentToTheCaller) {
 }
 
 TEST(GaussianBlur, LetsTheWorkersFailuresThrough) {
-    class Failing : public VRM::WorkerThreads {
+    class Failing : public hosting::WorkerThreads {
         int count() const override { return 2; }
         void run(int, const std::function<void(int)>&) override { throw std::runtime_error("ended"); }
     } failing;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/pixkit/mix.h"
+#include "host/hosting/mix.h"
 
 #include "tests/host/test_buffer.h"
 
@@ -53,7 +53,7 @@ void expectMix(std::uint32_t format, double top) {
         for (int x = 0; x < width; ++x, s += 4, d += 4) {
             expected.push_back(mixed(s, d, percent));
         }
-        PixKit::mixInto(*source.handle(), *result.handle(), percent);
+        hosting::mixInto(*source.handle(), *result.handle(), percent);
         const auto* got = reinterpret_cast<const Channel*>(resultMemory.data());
         for (int i = 0; i < 4 * width; ++i) {
             const long double exact =
@@ -76,7 +76,7 @@ TEST(Mix, FollowsTheRuleAtEveryDepth) {
 TEST(Mix, WeighsColoursByAlpha) {
     Memory clear{200, 200, 200, 0}, opaque{10, 20, 30, 255};
     TestBuffer source(clear, 0, {0, 0, 1, 1}, 4), result(opaque, 0, {0, 0, 1, 1}, 4);
-    PixKit::mixInto(*source.handle(), *result.handle(), 50);
+    hosting::mixInto(*source.handle(), *result.handle(), 50);
     EXPECT_THAT(opaque, testing::ElementsAre(10, 20, 30, 128));
 }
 

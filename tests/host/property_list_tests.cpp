@@ -2,7 +2,7 @@
 // The module's property lists, byte for byte and as the reader sees them, and what the reader makes of
 // damage.
 #include "framework/module_resources.h"
-#include "host/vrm/property_list.h"
+#include "host/hosting/property_list.h"
 
 #include <gmock/gmock.h>
 
@@ -194,7 +194,7 @@ TEST(PropertyListResources, OnlyFiltersWithParametersCarryADescriptor) {
 TEST(PropertyListReader, ReadsEveryListOfTheModule) {
     for (const ExpectedFilter& filter : expectedFilters) {
         SCOPED_TRACE(filter.name);
-        const VRM::PropertyList list = VRM::readPropertyList(handedOut(filter.id));
+        const hosting::PropertyList list = hosting::readPropertyList(handedOut(filter.id));
         EXPECT_EQ(list.name, filter.name);
         EXPECT_EQ(list.category, filter.category);
         EXPECT_EQ(list.matchName, filter.matchName);
@@ -205,49 +205,49 @@ TEST(PropertyListReader, ReadsEveryListOfTheModule) {
 }
 
 TEST(PropertyListReader, LaysParametersOutOneBehindTheOther) {
-    const VRM::PropertyList list = VRM::readPropertyList(handedOut(10015));
+    const hosting::PropertyList list = hosting::readPropertyList(handedOut(10015));
     ASSERT_EQ(list.parameters.size(), 3u);
     EXPECT_EQ(list.categoryKey, "$$$/Strata/FiltersAndEffects/Category/ImageControl=Image Control");
 
-    const VRM::Parameter& similarity = list.parameters[0];
+    const hosting::Parameter& similarity = list.parameters[0];
     EXPECT_EQ(similarity.key, "$$$/Strata/VireoFilters/ColorPass/Similarity=Similarity");
     EXPECT_EQ(similarity.name, "Similarity");
-    EXPECT_EQ(similarity.kind, VRM::ParameterKind::Number);
+    EXPECT_EQ(similarity.kind, hosting::ParameterKind::Number);
     EXPECT_EQ(similarity.maximum, 127);
     EXPECT_EQ(similarity.displayMaximum, 100);
     EXPECT_EQ(similarity.flags, 8u);
 
-    const VRM::Parameter& reverse = list.parameters[1];
-    EXPECT_EQ(reverse.kind, VRM::ParameterKind::Boolean);
+    const hosting::Parameter& reverse = list.parameters[1];
+    EXPECT_EQ(reverse.kind, hosting::ParameterKind::Boolean);
     EXPECT_EQ(reverse.offset, 2u);
     EXPECT_EQ(reverse.size, 1);
 
-    const VRM::Parameter& color = list.parameters[2];
-    EXPECT_EQ(color.kind, VRM::ParameterKind::Color);
+    const hosting::Parameter& color = list.parameters[2];
+    EXPECT_EQ(color.kind, hosting::ParameterKind::Color);
     EXPECT_EQ(color.offset, 3u);
     EXPECT_EQ(color.size, 4);
 }
 
 TEST(PropertyListReader, TakesABendFillColorForAColor) {
-    const VRM::PropertyList list = VRM::readPropertyList(handedOut(10004));
-    EXPECT_EQ(list.parameters.back().kind, VRM::ParameterKind::Color);
+    const hosting::PropertyList list = hosting::readPropertyList(handedOut(10004));
+    EXPECT_EQ(list.parameters.back().kind, hosting::ParameterKind::Color);
 }
 
 TEST(PropertyListReader, FallsBackToTheTextBehindTheKey) {
-    EXPECT_EQ(VRM::defaultText("$$$/A/B=Text = text"), "Text = text");
-    EXPECT_EQ(VRM::defaultText("$$$/A/B="), "");
-    EXPECT_EQ(VRM::defaultText("$$$/A/B"), "$$$/A/B");
-    EXPECT_EQ(VRM::defaultText("Obsolete=x"), "Obsolete=x");
-    EXPECT_EQ(VRM::defaultText(""), "");
+    EXPECT_EQ(hosting::defaultText("$$$/A/B=Text = text"), "Text = text");
+    EXPECT_EQ(hosting::defaultText("$$$/A/B="), "");
+    EXPECT_EQ(hosting::defaultText("$$$/A/B"), "$$$/A/B");
+    EXPECT_EQ(hosting::defaultText("Obsolete=x"), "Obsolete=x");
+    EXPECT_EQ(hosting::defaultText(""), "");
 }
 
 /// True when the reader took the bytes. An error other than the reader's own fails the test.
 bool parses(std::span<const std::uint8_t> bytes) {
     try {
-        const VRM::PropertyList list = VRM::readPropertyList(bytes);
+        const hosting::PropertyList list = hosting::readPropertyList(bytes);
         EXPECT_FALSE(list.name.empty());
         return true;
-    } catch (const VRM::PropertyListError& error) {
+    } catch (const hosting::PropertyListError& error) {
         EXPECT_STRNE(error.what(), "");
         return false;
     }

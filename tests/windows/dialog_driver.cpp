@@ -3,8 +3,8 @@
 
 #include "framework/dialog_window.h"
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
@@ -29,12 +29,13 @@ LONG CALLBACK endAtFault(EXCEPTION_POINTERS* fault) {
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-const VRM::MetaPlugin& module() {
-    static const VRM::MetaPlugin loaded = [] {
+const hosting::MetaPlugin& module() {
+    static const hosting::MetaPlugin loaded = [] {
         AddVectoredExceptionHandler(1, endAtFault);
         wchar_t path[MAX_PATH];
         GetModuleFileNameW(nullptr, path, MAX_PATH);
-        return VRM::MetaPlugin(std::filesystem::path(path).parent_path() / L"VireoFiltersMetaPlugin.vrmp");
+        return hosting::MetaPlugin(std::filesystem::path(path).parent_path() /
+                                   L"VireoFiltersMetaPlugin.vrmp");
     }();
     return loaded;
 }
@@ -152,7 +153,7 @@ void Dialog::close() const { SendMessageW(window_, WM_CLOSE, 0, 0); }
 
 DialogFixture::DialogFixture(std::uint32_t filterId, int width, int height) {
     const auto& filters = module().filters();
-    const auto filter = std::ranges::find(filters, filterId, &VRM::Filter::id);
+    const auto filter = std::ranges::find(filters, filterId, &hosting::Filter::id);
     if (filter == filters.end()) throw std::out_of_range("no filter " + std::to_string(filterId));
     entry_ = filter->entry;
 

@@ -71,7 +71,7 @@ TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
     EXPECT_EQ(plugin.construct(8, 8), nullptr);
     Picture result(clip[0].size());
     plugin.update(instance, 0, clip[0].data(), result.data());
-    const VRM::FilterInstance reference(filterOf(*module, "Vireo Vertical Flip").entry);
+    const hosting::FilterInstance reference(filterOf(*module, "Vireo Vertical Flip").entry);
     EXPECT_EQ(result, referenceFrame(reference, clip, size, 0, 0));
     plugin.destruct(other);
     plugin.destruct(instance);

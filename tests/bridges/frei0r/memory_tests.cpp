@@ -25,7 +25,7 @@ TEST(WithoutMemory, UpdatesNeedNone) {
     const std::vector<Picture> clip = randomClip(size, 1);
     for (const char* name : {"vireo_solarize", "vireo_vertical_flip", "vireo_levels", "vireo_color_pass"}) {
         const InitialisedPlugin plugin(pluginFile(name));
-        const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
         const f0r_instance_t instance = plugin.construct(size.width, size.height);
         EXPECT_EQ(updateWithoutMemory(plugin, instance, clip[0]), referenceFrame(reference, clip, size, 0, 0))
             << name;

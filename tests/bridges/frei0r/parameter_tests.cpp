@@ -39,9 +39,9 @@ TEST(Parameters, AreThoseOfTheList) {
             EXPECT_EQ(parameter.name, list[i].name);
             EXPECT_THAT(parameter.explanation, HasSubstr(list[i].name));
             switch (list[i].kind) {
-                case VRM::ParameterKind::Boolean: EXPECT_EQ(parameter.type, F0R_PARAM_BOOL); break;
-                case VRM::ParameterKind::Color: EXPECT_EQ(parameter.type, F0R_PARAM_COLOR); break;
-                case VRM::ParameterKind::Number: EXPECT_EQ(parameter.type, F0R_PARAM_DOUBLE); break;
+                case hosting::ParameterKind::Boolean: EXPECT_EQ(parameter.type, F0R_PARAM_BOOL); break;
+                case hosting::ParameterKind::Color: EXPECT_EQ(parameter.type, F0R_PARAM_COLOR); break;
+                case hosting::ParameterKind::Number: EXPECT_EQ(parameter.type, F0R_PARAM_DOUBLE); break;
             }
         }
         for (int i = static_cast<int>(list.size()); i < info.num_params; ++i) {

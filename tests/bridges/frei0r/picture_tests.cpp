@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Every plug-in's pictures are those of the module, at any size, setting and time.
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_traits.h"
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
 #include "tests/bridges/frei0r/support/reference_render.h"
 
@@ -13,25 +13,26 @@ namespace {
 /// Sets the same random value in a plug-in's instance and in the module's.
 class RandomSettings {
 public:
-    RandomSettings(const LoadedPlugin& plugin, const VRM::PropertyList& list)
+    RandomSettings(const LoadedPlugin& plugin, const hosting::PropertyList& list)
         : plugin_(plugin), list_(list) {}
 
-    void apply(f0r_instance_t instance, const VRM::FilterInstance& reference) {
+    void apply(f0r_instance_t instance, const hosting::FilterInstance& reference) {
         int index = 0;
-        for (const VRM::Parameter& parameter : list_.parameters) set(instance, reference, parameter, index++);
+        for (const hosting::Parameter& parameter : list_.parameters)
+            set(instance, reference, parameter, index++);
     }
 
 private:
-    void set(f0r_instance_t instance, const VRM::FilterInstance& reference, const VRM::Parameter& parameter,
-             int index) {
+    void set(f0r_instance_t instance, const hosting::FilterInstance& reference,
+             const hosting::Parameter& parameter, int index) {
         switch (parameter.kind) {
-            case VRM::ParameterKind::Boolean: {
+            case hosting::ParameterKind::Boolean: {
                 const std::int64_t value = upTo(1);
                 plugin_.setNumber(instance, index, static_cast<double>(value));
                 writeValue(reference, parameter, value);
                 break;
             }
-            case VRM::ParameterKind::Color: {
+            case hosting::ParameterKind::Color: {
                 const std::int64_t red = upTo(255), green = upTo(255), blue = upTo(255);
                 f0r_param_color_t color{static_cast<float>(red) / 255, static_cast<float>(green) / 255,
                                         static_cast<float>(blue) / 255};
@@ -39,7 +40,7 @@ private:
                 writeValue(reference, parameter, red | green << 8 | blue << 16);
                 break;
             }
-            case VRM::ParameterKind::Number: {
+            case hosting::ParameterKind::Number: {
                 const double range = parameter.maximum - parameter.minimum;
                 const std::int64_t steps = upTo(static_cast<std::int64_t>(range));
                 plugin_.setNumber(instance, index, static_cast<double>(steps) / range);
@@ -54,13 +55,13 @@ private:
     }
 
     const LoadedPlugin& plugin_;
-    const VRM::PropertyList& list_;
+    const hosting::PropertyList& list_;
     std::mt19937 random_{7};
 };
 
 /// Counts the frames of one clip that differ, or whose source was written to.
 int framesThatDiffer(const LoadedPlugin& plugin, f0r_instance_t instance,
-                     const VRM::FilterInstance& reference, PictureSize size, std::size_t frames) {
+                     const hosting::FilterInstance& reference, PictureSize size, std::size_t frames) {
     const std::vector<Picture> clip = randomClip(size, frames);
     int differing = 0;
     for (std::size_t number = 0; number < frames; ++number) {
@@ -80,11 +81,11 @@ TEST(Pictures, AreThoseOfTheModule) {
     ASSERT_EQ(pluginFiles().size(), module->filters().size());
     for (const auto& file : pluginFiles()) {
         const InitialisedPlugin plugin(file);
-        const VRM::Filter& filter = filterOf(*module, plugin.info().name);
+        const hosting::Filter& filter = filterOf(*module, plugin.info().name);
         RandomSettings settings(plugin, filter.properties);
         for (int round = 0; round < rounds; ++round) {
             const PictureSize size = sizes[round % std::size(sizes)];
-            const VRM::FilterInstance reference(filter.entry);
+            const hosting::FilterInstance reference(filter.entry);
             const f0r_instance_t instance = plugin.construct(size.width, size.height);
             ASSERT_NE(instance, nullptr);
             // A fresh instance shows the filter's own settings.
@@ -101,16 +102,16 @@ TEST(Pictures, AreThoseOfTheModuleUpToTheFiltersLimits) {
     const auto module = testedModule();
     for (const auto& file : pluginFiles()) {
         const InitialisedPlugin plugin(file);
-        const VRM::Filter& filter = filterOf(*module, plugin.info().name);
-        const VRM::FrameLimits limits = VRM::filterTraits(filter.properties.matchName).limits;
-        const VRM::FilterInstance reference(filter.entry);
+        const hosting::Filter& filter = filterOf(*module, plugin.info().name);
+        const hosting::FrameLimits limits = hosting::filterTraits(filter.properties.matchName).limits;
+        const hosting::FilterInstance reference(filter.entry);
         for (const PictureSize size : sizes) {
             testing::internal::CaptureStderr();
             const f0r_instance_t instance = plugin.construct(size.width, size.height);
             const std::string said = testing::internal::GetCapturedStderr();
             const std::string refusal =
-                VRM::frameRefusal(filter.properties.name, limits, static_cast<int>(size.width),
-                                  static_cast<int>(size.height), std::int64_t{4} * size.width);
+                hosting::frameRefusal(filter.properties.name, limits, static_cast<int>(size.width),
+                                      static_cast<int>(size.height), std::int64_t{4} * size.width);
             ASSERT_EQ(instance == nullptr, !refusal.empty()) << file << ": " << said;
             EXPECT_EQ(said, refusal.empty() ? "" : file.stem().string() + ": " + refusal + '\n');
             if (instance == nullptr) continue;
@@ -139,7 +140,7 @@ TEST(Pictures, FollowTheClockThatTheTimeParametersDescribe) {
     const std::vector<Picture> clip = randomClip(size, 10);
     for (const char* name : {"vireo_bend", "vireo_horizontal_hold", "vireo_vertical_hold"}) {
         const InitialisedPlugin plugin(pluginFile(name));
-        const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
         for (const Clock& clock : clocks) {
             const f0r_instance_t instance = plugin.construct(size.width, size.height);
             plugin.setText(instance, "Frame Rate", clock.frameRate);
@@ -158,7 +159,7 @@ TEST(Pictures, OfGhostingTakeTheNearestFrameThatTheHostHandedOver) {
     constexpr PictureSize size{9, 5};
     const auto module = testedModule();
     const InitialisedPlugin plugin(pluginFile("vireo_ghosting"));
-    const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+    const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
     const std::vector<Picture> clip = randomClip(size, 40);
     const f0r_instance_t instance = plugin.construct(size.width, size.height);
     plugin.setText(instance, "Frame Rate", "1");

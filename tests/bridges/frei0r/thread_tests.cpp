@@ -25,7 +25,7 @@ TEST(Threads, RenderInstancesOfTheirOwnAtOnce) {
     const std::vector<Picture> clip = randomClip(size, 8);
     for (const char* name : {"vireo_bend", "vireo_ghosting", "vireo_levels", "vireo_alpha_glow"}) {
         const InitialisedPlugin plugin(pluginFile(name));
-        const VRM::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
         std::vector<Picture> expected;
         for (std::size_t i = 0; i < clip.size(); ++i) {
             expected.push_back(referenceFrame(reference, clip, size, i, 0));

@@ -59,7 +59,7 @@ std::string textOf(const ChainHandle& chain, VireoSpelling spelling) {
 }
 
 FilterChain engineChain(const std::string& text) {
-    static const auto module = VRM::MetaPlugin::shared(findModule(""));
+    static const auto module = hosting::MetaPlugin::shared(findModule(""));
     static const Catalogue catalogue(module->filters());
     return FilterChain(parseChainText(catalogue, text));
 }

@@ -80,9 +80,9 @@ std::int32_t deepCopy(void*, std::int16_t selector, FilterInvocation** handle) {
     return 0;
 }
 
-VRM::Parameter parameter(const char* name, VRM::ParameterKind kind, double minimum, double maximum,
-                         double displayMaximum, int size, std::size_t offset) {
-    VRM::Parameter made;
+hosting::Parameter parameter(const char* name, hosting::ParameterKind kind, double minimum, double maximum,
+                             double displayMaximum, int size, std::size_t offset) {
+    hosting::Parameter made;
     made.key = made.name = name;
     made.kind = kind;
     made.minimum = minimum;
@@ -93,9 +93,9 @@ VRM::Parameter parameter(const char* name, VRM::ParameterKind kind, double minim
     return made;
 }
 
-VRM::Filter filter(std::uint32_t id, FilterEntryProc entry, const char* name, const char* segment,
-                   std::vector<VRM::Parameter> parameters = {}, const char* matchName = nullptr) {
-    VRM::PropertyList list;
+hosting::Filter filter(std::uint32_t id, FilterEntryProc entry, const char* name, const char* segment,
+                       std::vector<hosting::Parameter> parameters = {}, const char* matchName = nullptr) {
+    hosting::PropertyList list;
     list.nameKey = "$$$/Test/Filters/" + std::string(segment) + "/Name=" + name;
     list.name = name;
     list.matchName = matchName != nullptr ? matchName : "TEST " + std::string(name);
@@ -105,9 +105,9 @@ VRM::Filter filter(std::uint32_t id, FilterEntryProc entry, const char* name, co
 
 }  // namespace
 
-const std::vector<VRM::Filter>& fakeFilters() {
-    using Kind = VRM::ParameterKind;
-    static const std::vector<VRM::Filter> filters = {
+const std::vector<hosting::Filter>& fakeFilters() {
+    using Kind = hosting::ParameterKind;
+    static const std::vector<hosting::Filter> filters = {
         filter(1, addValue, "Add Value", "AddValue",
                {parameter("Amount", Kind::Number, -100, 100, 200, 2, 0),
                 parameter("Tint", Kind::Color, 0, 0, 0, 4, 2), parameter("On", Kind::Boolean, 0, 0, 0, 1, 6),

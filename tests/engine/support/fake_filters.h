@@ -4,7 +4,7 @@
 #define VIREO_TESTS_ENGINE_SUPPORT_FAKE_FILTERS_H
 
 #include "engine/chain/clip.h"
-#include "host/vrm/meta_plugin.h"
+#include "host/hosting/meta_plugin.h"
 
 #include <map>
 #include <vector>
@@ -19,7 +19,7 @@ namespace vireo::test {
 ///   before the clip's begin that of its first frame.
 /// 4 "Deep Copy (16)": copies; offers "Bgra" and "vuya" beside "bgra". It goes by the match name of a filter
 ///   that is known; the others are not.
-const std::vector<VRM::Filter>& fakeFilters();
+const std::vector<hosting::Filter>& fakeFilters();
 
 /// A picture of one colour, opaque.
 PicturePtr plainPicture(int width, int height, std::uint8_t blue, std::uint8_t green = 0,

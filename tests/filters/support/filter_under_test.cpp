@@ -2,8 +2,8 @@
 #include "tests/filters/support/filter_under_test.h"
 
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "host/vrm/meta_plugin.h"
 #if defined(_WIN32)
 #include "host/win32.h"
 #endif
@@ -28,8 +28,8 @@ std::filesystem::path programFolder() {
 }  // namespace
 
 FilterEntryProc filterEntry(std::uint32_t id) {
-    static const VRM::MetaPlugin module(programFolder() / "VireoFiltersMetaPlugin.vrmp");
-    for (const VRM::Filter& filter : module.filters()) {
+    static const hosting::MetaPlugin module(programFolder() / "VireoFiltersMetaPlugin.vrmp");
+    for (const hosting::Filter& filter : module.filters()) {
         if (filter.id == id) return filter.entry;
     }
     throw std::out_of_range("no filter " + std::to_string(id));

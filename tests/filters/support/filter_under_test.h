@@ -3,8 +3,8 @@
 #ifndef VIREO_TESTS_FILTERS_SUPPORT_FILTER_UNDER_TEST_H
 #define VIREO_TESTS_FILTERS_SUPPORT_FILTER_UNDER_TEST_H
 
-#include "host/mtkcore/instruction_set.h"
 #include "host/vrm/filter_invocation.h"
+#include "simd/instruction_set.h"
 #include "tests/filters/support/test_frame.h"
 
 #include <concepts>

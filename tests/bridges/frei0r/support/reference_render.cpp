@@ -46,18 +46,19 @@ std::vector<Picture> randomClip(PictureSize size, std::size_t frames) {
     return clip;
 }
 
-std::shared_ptr<const VRM::MetaPlugin> testedModule() {
-    return VRM::MetaPlugin::shared(std::filesystem::canonical(VIREO_TESTED_MODULE));
+std::shared_ptr<const hosting::MetaPlugin> testedModule() {
+    return hosting::MetaPlugin::shared(std::filesystem::canonical(VIREO_TESTED_MODULE));
 }
 
-const VRM::Filter& filterOf(const VRM::MetaPlugin& module, const std::string& pluginName) {
-    for (const VRM::Filter& filter : module.filters()) {
+const hosting::Filter& filterOf(const hosting::MetaPlugin& module, const std::string& pluginName) {
+    for (const hosting::Filter& filter : module.filters()) {
         if ("Vireo " + filter.properties.name == pluginName) return filter;
     }
     throw std::out_of_range("the module has no filter for " + pluginName);
 }
 
-void writeValue(const VRM::FilterInstance& instance, const VRM::Parameter& parameter, std::int64_t value) {
+void writeValue(const hosting::FilterInstance& instance, const hosting::Parameter& parameter,
+                std::int64_t value) {
     const auto bytes =
         instance.settings().subspan(parameter.offset, static_cast<std::size_t>(parameter.size));
     for (std::uint8_t& byte : bytes) {
@@ -66,7 +67,7 @@ void writeValue(const VRM::FilterInstance& instance, const VRM::Parameter& param
     }
 }
 
-Picture referenceFrame(const VRM::FilterInstance& instance, const std::vector<Picture>& clip,
+Picture referenceFrame(const hosting::FilterInstance& instance, const std::vector<Picture>& clip,
                        PictureSize size, std::size_t number, std::uint32_t clipLength) {
     Picture source = turned(clip.at(number), size);
     Picture result(source.size());

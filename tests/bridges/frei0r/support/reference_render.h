@@ -3,8 +3,8 @@
 #ifndef VIREO_TESTS_BRIDGES_FREI0R_SUPPORT_REFERENCE_RENDER_H
 #define VIREO_TESTS_BRIDGES_FREI0R_SUPPORT_REFERENCE_RENDER_H
 
-#include "host/vrm/filter_instance.h"
-#include "host/vrm/meta_plugin.h"
+#include "host/hosting/filter_instance.h"
+#include "host/hosting/meta_plugin.h"
 
 #include <cstdint>
 #include <memory>
@@ -23,16 +23,17 @@ using Picture = std::vector<std::uint32_t>;
 std::vector<Picture> randomClip(PictureSize size, std::size_t frames);
 
 /// The module of the build, the one that its plug-ins use too.
-std::shared_ptr<const VRM::MetaPlugin> testedModule();
+std::shared_ptr<const hosting::MetaPlugin> testedModule();
 
 /// A filter of the tested module by the plug-in's name, "Vireo Levels".
-const VRM::Filter& filterOf(const VRM::MetaPlugin& module, const std::string& pluginName);
+const hosting::Filter& filterOf(const hosting::MetaPlugin& module, const std::string& pluginName);
 
-void writeValue(const VRM::FilterInstance& instance, const VRM::Parameter& parameter, std::int64_t value);
+void writeValue(const hosting::FilterInstance& instance, const hosting::Parameter& parameter,
+                std::int64_t value);
 
 /// Frame `number` of the clip as the filter renders it with rows from the bottom. `clipLength` is in frames,
 /// 0 where unknown.
-Picture referenceFrame(const VRM::FilterInstance& instance, const std::vector<Picture>& clip,
+Picture referenceFrame(const hosting::FilterInstance& instance, const std::vector<Picture>& clip,
                        PictureSize size, std::size_t number, std::uint32_t clipLength);
 
 #endif

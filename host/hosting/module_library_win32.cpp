@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/module_library.h"
+#include "host/hosting/module_library.h"
 
 #include "host/win32.h"
 
 #include <stdexcept>
 #include <system_error>
 
-namespace VRM {
+namespace hosting {
 
 ModuleLibrary::ModuleLibrary(const std::filesystem::path& path) : handle_(LoadLibraryW(path.c_str())) {
     if (handle_ == nullptr) {
@@ -22,4 +22,4 @@ MetaPluginFunction* ModuleLibrary::function() const {
     return reinterpret_cast<MetaPluginFunction*>(address);
 }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // A parameter's value as the number that a settings record holds.
-#ifndef VIREO_HOST_VRM_PARAMETER_VALUE_H
-#define VIREO_HOST_VRM_PARAMETER_VALUE_H
+#ifndef VIREO_HOST_HOSTING_PARAMETER_VALUE_H
+#define VIREO_HOST_HOSTING_PARAMETER_VALUE_H
 
 #include "host/host_export.h"
-#include "host/vrm/property_list.h"
+#include "host/hosting/property_list.h"
 
 #include <cstdint>
 #include <span>
 
-namespace VRM {
+namespace hosting {
 
 /// The whole numbers that a parameter takes, both ends included: its range, as far as the record can hold it.
 struct ValueRange {
@@ -24,6 +24,6 @@ VIREO_HOST_API std::int64_t readValue(const Parameter& parameter, std::span<cons
 VIREO_HOST_API void writeValue(const Parameter& parameter, std::int64_t value,
                                std::span<std::uint8_t> record);
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

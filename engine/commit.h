@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef VIREO_HOST_COMMIT_H
-#define VIREO_HOST_COMMIT_H
+#ifndef VIREO_ENGINE_COMMIT_H
+#define VIREO_ENGINE_COMMIT_H
 
 namespace vireo {
 

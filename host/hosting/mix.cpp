@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "host/pixkit/mix.h"
+#include "host/hosting/mix.h"
 
 #include "host/pixkit/pixel_view.h"
 
 #include <cstdint>
 #include <type_traits>
 
-namespace PixKit {
+namespace hosting {
 namespace {
 
 constexpr int channels = 4;
@@ -70,4 +70,4 @@ void mixInto(const FrameBuffer& source, const FrameBuffer& result, int percent) 
     }
 }
 
-}  // namespace PixKit
+}  // namespace hosting

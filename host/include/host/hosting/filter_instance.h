@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef VIREO_HOST_VRM_FILTER_INSTANCE_H
-#define VIREO_HOST_VRM_FILTER_INSTANCE_H
+#ifndef VIREO_HOST_HOSTING_FILTER_INSTANCE_H
+#define VIREO_HOST_HOSTING_FILTER_INSTANCE_H
 
 #include "host/host_export.h"
 #include "host/vrm/filter_invocation.h"
@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-namespace VRM {
+namespace hosting {
 
 struct Filter;
 
@@ -61,6 +61,6 @@ private:
 /// std::bad_alloc.
 VIREO_HOST_API FilterInstance newInstance(const Filter& filter);
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

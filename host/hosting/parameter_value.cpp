@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/parameter_value.h"
+#include "host/hosting/parameter_value.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace VRM {
+namespace hosting {
 namespace {
 
 bool isSigned(const Parameter& parameter) { return parameter.minimum < 0; }
@@ -43,4 +43,4 @@ void writeValue(const Parameter& parameter, std::int64_t value, std::span<std::u
     }
 }
 
-}  // namespace VRM
+}  // namespace hosting

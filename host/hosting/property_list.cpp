@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/property_list.h"
+#include "host/hosting/property_list.h"
 
 #include "host/pixkit/pixel_formats.h"
 
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace VRM {
+namespace hosting {
 namespace {
 
 /// Codes are stored with their first character in the most significant byte.
@@ -174,4 +174,4 @@ PropertyList readPropertyList(std::span<const std::uint8_t> bytes) {
     return list;
 }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Threads that a host lends to its services for the time of a call. Filters start none and know of none.
-#ifndef VIREO_HOST_VRM_WORKER_THREADS_H
-#define VIREO_HOST_VRM_WORKER_THREADS_H
+#ifndef VIREO_HOST_HOSTING_WORKER_THREADS_H
+#define VIREO_HOST_HOSTING_WORKER_THREADS_H
 
 #include "host/host_export.h"
 
 #include <functional>
 
-namespace VRM {
+namespace hosting {
 
 class WorkerThreads {
 public:
@@ -36,6 +36,6 @@ private:
 /// What is lent to this thread; null where nothing is.
 VIREO_HOST_API WorkerThreads* lentWorkers();
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/filter_instance.h"
+#include "host/hosting/filter_instance.h"
 
 #include "host/heapkit/memory_handles.h"
+#include "host/hosting/meta_plugin.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
-#include "host/vrm/meta_plugin.h"
 
 #include <new>
 #include <utility>
 
-namespace VRM {
+namespace hosting {
 namespace {
 
 const TimeBase timeBase{{}, fieldDuration};
@@ -97,4 +97,4 @@ FilterInstance newInstance(const Filter& filter) {
     return instance;
 }
 
-}  // namespace VRM
+}  // namespace hosting

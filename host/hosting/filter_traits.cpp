@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/filter_traits.h"
+#include "host/hosting/filter_traits.h"
 
-#include "host/vrm/filter_traits_table.h"
+#include "host/hosting/filter_traits_table.h"
 
 #include <algorithm>
 
-namespace VRM {
+namespace hosting {
 namespace {
 
 /// Gets as many earlier frames as any that is known asks for.
@@ -37,4 +37,4 @@ std::string frameRefusal(std::string_view filterName, const FrameLimits& limits,
            " bytes, and those of " + std::to_string(width) + " pixels have " + std::to_string(bytes);
 }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#ifndef VIREO_HOST_VRM_META_PLUGIN_H
-#define VIREO_HOST_VRM_META_PLUGIN_H
+#ifndef VIREO_HOST_HOSTING_META_PLUGIN_H
+#define VIREO_HOST_HOSTING_META_PLUGIN_H
 
 #include "host/host_export.h"
+#include "host/hosting/property_list.h"
 #include "host/vrm/filter_invocation.h"
-#include "host/vrm/property_list.h"
 
 #include <filesystem>
 #include <memory>
 #include <vector>
 
-namespace VRM {
+namespace hosting {
 
 /// A filter that a loaded module announced.
 struct Filter {
@@ -44,6 +44,6 @@ private:
     std::unique_ptr<State> state_;
 };
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

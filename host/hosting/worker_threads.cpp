@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/worker_threads.h"
+#include "host/hosting/worker_threads.h"
 
 #include <utility>
 
-namespace VRM {
+namespace hosting {
 namespace {
 
 #if defined(__EMSCRIPTEN__)
@@ -20,4 +20,4 @@ WorkerLoan::~WorkerLoan() { lent = before_; }
 
 WorkerThreads* lentWorkers() { return lent; }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/meta_plugin.h"
+#include "host/hosting/meta_plugin.h"
 
+#include "host/hosting/module_library.h"
 #include "host/qrb/language.h"
-#include "host/vrm/module_library.h"
 
 #include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 
-namespace VRM {
+namespace hosting {
 
 struct MetaPlugin::State {
     std::filesystem::path path;
@@ -89,4 +89,4 @@ std::int32_t MetaPlugin::call(std::int32_t selector, void* record) const {
     return state_->function(selector, record);
 }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The reader of filters' property lists. It trusts nothing: any bytes either parse whole or raise an error.
-#ifndef VIREO_HOST_VRM_PROPERTY_LIST_H
-#define VIREO_HOST_VRM_PROPERTY_LIST_H
+#ifndef VIREO_HOST_HOSTING_PROPERTY_LIST_H
+#define VIREO_HOST_HOSTING_PROPERTY_LIST_H
 
 #include "host/host_export.h"
 
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace VRM {
+namespace hosting {
 
 /// A property list that is damaged; what() says where and how in one sentence.
 class VIREO_HOST_API PropertyListError : public std::runtime_error {
@@ -58,6 +58,6 @@ VIREO_HOST_API std::string defaultText(const std::string& key);
 /// Parses what selector 5 hands out (the resource without its first two bytes). Throws PropertyListError.
 VIREO_HOST_API PropertyList readPropertyList(std::span<const std::uint8_t> bytes);
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The one module of a program that cannot load libraries: it is linked in, and goes by any path.
-#include "host/vrm/module_library.h"
+#include "host/hosting/module_library.h"
 
 extern "C" MetaPluginFunction VRMetaPlugin;
 
-namespace VRM {
+namespace hosting {
 
 ModuleLibrary::ModuleLibrary(const std::filesystem::path&) : handle_(reinterpret_cast<void*>(VRMetaPlugin)) {}
 
@@ -12,4 +12,4 @@ ModuleLibrary::~ModuleLibrary() = default;
 
 MetaPluginFunction* ModuleLibrary::function() const { return reinterpret_cast<MetaPluginFunction*>(handle_); }
 
-}  // namespace VRM
+}  // namespace hosting

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "host/vrm/module_library.h"
+#include "host/hosting/module_library.h"
 
 #include <dlfcn.h>
 
 #include <stdexcept>
 
-namespace VRM {
+namespace hosting {
 
 ModuleLibrary::ModuleLibrary(const std::filesystem::path& path)
     : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
@@ -20,4 +20,4 @@ MetaPluginFunction* ModuleLibrary::function() const {
     return reinterpret_cast<MetaPluginFunction*>(dlsym(handle_, exportedName));
 }
 
-}  // namespace VRM
+}  // namespace hosting

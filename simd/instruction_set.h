@@ -4,8 +4,8 @@
 // A *_kernels.cpp file is compiled once per set with VIREO_KERNEL_NAMESPACE naming its namespace. Its header
 // declares one table of function pointers per set with VIREO_KERNEL_TABLES, and chosenKernels() picks the
 // table when the library loads. Every set gives the same bytes.
-#ifndef VIREO_HOST_MTKCORE_INSTRUCTION_SET_H
-#define VIREO_HOST_MTKCORE_INSTRUCTION_SET_H
+#ifndef VIREO_SIMD_INSTRUCTION_SET_H
+#define VIREO_SIMD_INSTRUCTION_SET_H
 
 #include <cstdlib>
 #include <iterator>

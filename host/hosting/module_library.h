@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef VIREO_HOST_VRM_MODULE_LIBRARY_H
-#define VIREO_HOST_VRM_MODULE_LIBRARY_H
+#ifndef VIREO_HOST_HOSTING_MODULE_LIBRARY_H
+#define VIREO_HOST_HOSTING_MODULE_LIBRARY_H
 
 #include "host/vrm/filter_invocation.h"
 
 #include <filesystem>
 
-namespace VRM {
+namespace hosting {
 
 inline constexpr char exportedName[] = "VRMetaPlugin";
 
@@ -26,6 +26,6 @@ private:
     void* handle_ = nullptr;
 };
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a host has to know of a filter and no property list tells: resources/filters.toml declares it.
-#ifndef VIREO_HOST_VRM_FILTER_TRAITS_H
-#define VIREO_HOST_VRM_FILTER_TRAITS_H
+#ifndef VIREO_HOST_HOSTING_FILTER_TRAITS_H
+#define VIREO_HOST_HOSTING_FILTER_TRAITS_H
 
 #include "host/host_export.h"
 
@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-namespace VRM {
+namespace hosting {
 
 /// The largest frame, or field of one, that a filter renders right whatever its settings are. Some filters
 /// keep sizes in 16 bits, as old projects know them, and give a wrong picture beyond without a word.
@@ -69,6 +69,6 @@ VIREO_HOST_API const FilterTraits& filterTraits(std::string_view matchName);
 VIREO_HOST_API std::string frameRefusal(std::string_view filterName, const FrameLimits& limits,
                                         std::int32_t width, std::int32_t height, std::int64_t rowBytes);
 
-}  // namespace VRM
+}  // namespace hosting
 
 #endif

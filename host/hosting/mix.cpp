@@ -48,7 +48,7 @@ void mixPixel(const Channel* source, Channel* result, Wide<Channel> percent) {
 }
 
 template <class Channel>
-void mixRows(const PixelView& source, const PixelView& result, int percent) {
+void mixRows(const PixKit::PixelView& source, const PixKit::PixelView& result, int percent) {
     for (std::int64_t y = result.rows.begin; y < result.rows.end; ++y) {
         const auto* from = reinterpret_cast<const Channel*>(source.at(source.columns.begin, y));
         auto* to = reinterpret_cast<Channel*>(result.at(result.columns.begin, y));
@@ -61,8 +61,8 @@ void mixRows(const PixelView& source, const PixelView& result, int percent) {
 }  // namespace
 
 void mixInto(const FrameBuffer& source, const FrameBuffer& result, int percent) {
-    const PixelView from = viewOf(&source);
-    const PixelView to = viewOf(&result);
+    const PixKit::PixelView from = PixKit::viewOf(&source);
+    const PixKit::PixelView to = PixKit::viewOf(&result);
     switch (to.pixelBytes / channels) {
         case 1: return mixRows<std::uint8_t>(from, to, percent);
         case 2: return mixRows<std::uint16_t>(from, to, percent);

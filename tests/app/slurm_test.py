@@ -52,7 +52,7 @@ def wait_for(condition, seconds, what):
     deadline = time.monotonic() + seconds
     while not condition():
         assert time.monotonic() < deadline, what
-        time.sleep(0.1)
+        time.sleep(0.01)
 
 
 class Cluster:
@@ -97,7 +97,8 @@ def test_a_job_array_renders_the_segments(vireo, tmp_path):
     work = tmp_path / "work"
     work.mkdir()
     vireo.folder = work
-    clip(work, "in.mkv", "-c:v", "ffv1", "-c:a", "flac", seconds=3, sound=True, source="testsrc2=s=640x360:r=25:d={seconds}")
+    # So large that a worker can be met at work.
+    clip(work, "in.mkv", "-c:v", "ffv1", "-c:a", "flac", seconds=6, sound=True, source="testsrc2=s=1280x720:r=25:d={seconds}")
     plan = ("farm", "plan", "in.mkv", "out.mkv", *CHAIN, "--jobs", 1, "--segments", 4)
     segments = vireo(*plan, "--part", "segments").stdout.decode()
     (work / "segments.sh").write_text(segments)

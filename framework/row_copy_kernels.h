@@ -3,7 +3,7 @@
 #ifndef VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
 #define VIREO_FRAMEWORK_ROW_COPY_KERNELS_H
 
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstdint>
 

@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Kernels compiled once for each instruction set, and the choice between them.
-//
-// A *_kernels.cpp file is compiled once per set with VIREO_KERNEL_NAMESPACE naming its namespace. Its header
-// declares one table of function pointers per set with VIREO_KERNEL_TABLES, and chosenKernels() picks the
-// table when the library loads. Every set gives the same bytes.
 #ifndef VIREO_SIMD_INSTRUCTION_SET_H
 #define VIREO_SIMD_INSTRUCTION_SET_H
 
 #include <cstdlib>
-#include <iterator>
 #include <string_view>
 
-namespace mtkcore {
+namespace simd {
 
 /// The baseline is what every machine has that runs the build: SSE2, or 128-bit vectors in WebAssembly.
 enum class InstructionSet { Baseline, Avx2, Avx512 };
@@ -57,36 +51,6 @@ inline InstructionSet chosenInstructionSet() {
     return chosen;
 }
 
-template <class Kernels>
-struct KernelTables {
-    const Kernels* tables[std::size(allInstructionSets)];
-
-    const Kernels& at(InstructionSet set) const { return *tables[static_cast<int>(set)]; }
-    const Kernels& chosen() const { return at(chosenInstructionSet()); }
-};
-
-}  // namespace mtkcore
-
-#if defined(VIREO_X86_KERNELS)
-#define VIREO_KERNEL_TABLES(Kernels, name)                        \
-    namespace baseline {                                          \
-    extern const Kernels name;                                    \
-    }                                                             \
-    namespace avx2 {                                              \
-    extern const Kernels name;                                    \
-    }                                                             \
-    namespace avx512 {                                            \
-    extern const Kernels name;                                    \
-    }                                                             \
-    inline constexpr mtkcore::KernelTables<Kernels> name##Tables{ \
-        {&baseline::name, &avx2::name, &avx512::name}};
-#else
-#define VIREO_KERNEL_TABLES(Kernels, name)                        \
-    namespace baseline {                                          \
-    extern const Kernels name;                                    \
-    }                                                             \
-    inline constexpr mtkcore::KernelTables<Kernels> name##Tables{ \
-        {&baseline::name, &baseline::name, &baseline::name}};
-#endif
+}  // namespace simd
 
 #endif

@@ -89,7 +89,7 @@ int run(const CommandSet& commands, const GlobalOptions& global) {
 
 void printVersion(const GlobalOptions& global) {
     std::cout << "vireo " VIREO_VERSION ", commit " << builtFrom() << ", instruction set "
-              << mtkcore::instructionSetName(mtkcore::chosenInstructionSet()) << '\n';
+              << simd::instructionSetName(simd::chosenInstructionSet()) << '\n';
     try {
         std::cout << "module " << utf8Of(findModule(global.module)) << '\n';
     } catch (const Error&) {

@@ -4,7 +4,7 @@
 #ifndef VIREO_APP_MEDIA_COLOUR_KERNELS_H
 #define VIREO_APP_MEDIA_COLOUR_KERNELS_H
 
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstdint>
 

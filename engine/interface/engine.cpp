@@ -36,7 +36,7 @@ const char* vireoVersion(void) { return VIREO_VERSION; }
 const char* vireoCommit(void) { return builtFrom(); }
 
 const char* vireoInstructionSet(void) {
-    return mtkcore::instructionSetName(mtkcore::chosenInstructionSet()).data();
+    return simd::instructionSetName(simd::chosenInstructionSet()).data();
 }
 
 void vireoFree(void* memory) { std::free(memory); }

@@ -3,7 +3,7 @@
 #define VIREO_ENGINE_PIXELS_PIXEL_LAYOUT_KERNELS_H
 
 #include "engine/pixels/pixel_layout.h"
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 namespace vireo {
 

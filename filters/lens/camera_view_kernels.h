@@ -3,7 +3,7 @@
 #define VIREO_FILTERS_LENS_CAMERA_VIEW_KERNELS_H
 
 #include "filters/lens/camera_projection.h"
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstdint>
 

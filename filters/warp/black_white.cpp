@@ -61,7 +61,7 @@ std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) 
 RowKernel greyKernel(const KernelChoice& choice) {
     if (choice.best) return blackWhiteKernelsTables.chosen().grey;
     if (!choice.vector) return portableGrey;
-    return blackWhiteKernelsTables.at(mtkcore::InstructionSet::Baseline).grey;
+    return blackWhiteKernelsTables.at(simd::InstructionSet::Baseline).grey;
 }
 
 void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10006); }

@@ -2,7 +2,7 @@
 #ifndef VIREO_FILTERS_WARP_BLACK_WHITE_KERNELS_H
 #define VIREO_FILTERS_WARP_BLACK_WHITE_KERNELS_H
 
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstdint>
 

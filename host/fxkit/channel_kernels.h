@@ -2,7 +2,7 @@
 #ifndef VIREO_HOST_FXKIT_CHANNEL_KERNELS_H
 #define VIREO_HOST_FXKIT_CHANNEL_KERNELS_H
 
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstddef>
 #include <cstdint>

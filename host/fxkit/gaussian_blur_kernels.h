@@ -8,7 +8,7 @@
 #ifndef VIREO_HOST_FXKIT_GAUSSIAN_BLUR_KERNELS_H
 #define VIREO_HOST_FXKIT_GAUSSIAN_BLUR_KERNELS_H
 
-#include "simd/instruction_set.h"
+#include "simd/kernel_tables.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -111,10 +111,10 @@ void checkPack(const PackKernels<Channel, Sample>& pack, int depth) {
     }
 }
 
-class ColourKernelTest : public testing::TestWithParam<mtkcore::InstructionSet> {
+class ColourKernelTest : public testing::TestWithParam<simd::InstructionSet> {
 protected:
     void SetUp() override {
-        if (GetParam() > mtkcore::processorInstructionSet()) GTEST_SKIP() << "not on this processor";
+        if (GetParam() > simd::processorInstructionSet()) GTEST_SKIP() << "not on this processor";
     }
     const ColourKernels& kernels() const { return colourKernelsTables.at(GetParam()); }
 };
@@ -151,7 +151,7 @@ TEST_P(ColourKernelTest, EverySetGivesTheBaselinesBytes) {
     std::vector<std::uint8_t> results[2];
     int which = 0;
     for (const ColourKernels* set :
-         {&kernels(), &colourKernelsTables.at(mtkcore::InstructionSet::Baseline)}) {
+         {&kernels(), &colourKernelsTables.at(simd::InstructionSet::Baseline)}) {
         std::vector<std::uint8_t>& bytes = results[which++];
         bytes.resize(4 * width + 3 * width);
         set->unpack8({y.data(), u.data(), v.data(), nullptr}, bytes.data(), width, yuvToRgb(coding, 8, 0, 8));
@@ -173,7 +173,7 @@ TEST_P(ColourKernelTest, RepeatsSamples) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, ColourKernelTest, testing::ValuesIn(mtkcore::allInstructionSets));
+INSTANTIATE_TEST_SUITE_P(Sets, ColourKernelTest, testing::ValuesIn(simd::allInstructionSets));
 
 TEST(ColourCoding, KnownColoursHaveTheirStandardValues) {
     struct Known {

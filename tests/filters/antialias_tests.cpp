@@ -121,7 +121,7 @@ TEST(AntialiasKernels, EverySetOverwritesARowAlike) {
         constexpr int width = 70;
         Picture source{width + 8, 3};
         for (std::uint32_t& pixel : source.pixels) pixel = static_cast<std::uint32_t>(random());
-        const auto overwritten = [&](mtkcore::InstructionSet set) {
+        const auto overwritten = [&](simd::InstructionSet set) {
             Picture picture = source;
             const auto row = [&](int y) {
                 return reinterpret_cast<std::uint8_t*>(picture.pixels.data() + y * (width + 8) + 4);
@@ -130,7 +130,7 @@ TEST(AntialiasKernels, EverySetOverwritesARowAlike) {
             return picture.pixels;
         };
         for (const auto set : runnableInstructionSets()) {
-            EXPECT_EQ(overwritten(set), overwritten(mtkcore::InstructionSet::Baseline)) << ahead;
+            EXPECT_EQ(overwritten(set), overwritten(simd::InstructionSet::Baseline)) << ahead;
         }
     }
 }

@@ -123,7 +123,7 @@ TEST(BlackWhiteKernels, FlagsSelectInTheirOrder) {
     const auto portable = greyKernel({.best = false, .vector = false});
     EXPECT_EQ(greyKernel({}), tables.chosen().grey);
     EXPECT_EQ(greyKernel({.best = true, .vector = false}), tables.chosen().grey);
-    EXPECT_EQ(greyKernel({.best = false, .vector = true}), tables.at(mtkcore::InstructionSet::Baseline).grey);
+    EXPECT_EQ(greyKernel({.best = false, .vector = true}), tables.at(simd::InstructionSet::Baseline).grey);
     for (const auto set : runnableInstructionSets()) EXPECT_NE(portable, tables.at(set).grey);
 }
 

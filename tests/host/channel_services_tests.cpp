@@ -15,10 +15,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint8_t guard = 0xA5;
 
-std::vector<mtkcore::InstructionSet> runnableSets() {
-    std::vector<mtkcore::InstructionSet> sets;
-    for (mtkcore::InstructionSet set : mtkcore::allInstructionSets) {
-        if (set <= mtkcore::processorInstructionSet()) sets.push_back(set);
+std::vector<simd::InstructionSet> runnableSets() {
+    std::vector<simd::InstructionSet> sets;
+    for (simd::InstructionSet set : simd::allInstructionSets) {
+        if (set <= simd::processorInstructionSet()) sets.push_back(set);
     }
     return sets;
 }
@@ -61,7 +61,7 @@ void expectSame(Frame source, const Plain& plain, const Service& service) {
             expected.at(y, i) = static_cast<std::uint8_t>(plain(source, y, i / 4, i % 4));
         }
     }
-    for (mtkcore::InstructionSet set : runnableSets()) {
+    for (simd::InstructionSet set : runnableSets()) {
         Frame original = source;
         Frame result = source;
         std::replace_if(
@@ -236,7 +236,7 @@ TEST(Convolve3x3, DividesEverySumExactly) {
             }
             ASSERT_TRUE(fitsSmall(convolution));
             const std::uint8_t* const pointers[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
-            for (mtkcore::InstructionSet set : runnableSets()) {
+            for (simd::InstructionSet set : runnableSets()) {
                 Bytes result(count);
                 channelKernelsTables.at(set).convolveSmall(pointers, result.data(), count, convolution);
                 ASSERT_EQ(result, expected) << "scale " << scale << " from " << begin;

@@ -83,7 +83,7 @@ std::vector<double> exactlyBlurred(const Picture& picture, int reachAcross, int 
     return exactlyBlurred(across, height, 4 * width, 4 * width, 1, reachDown);
 }
 
-Picture blurred(mtkcore::InstructionSet set, const Picture& source, double reachAcross, double reachDown) {
+Picture blurred(simd::InstructionSet set, const Picture& source, double reachAcross, double reachDown) {
     Picture result(source.size);
     const std::int64_t rowBytes = 4 * source.size.width;
     FxKit::gaussianBlur(
@@ -101,10 +101,10 @@ double worstError(const Picture& result, const std::vector<double>& exact) {
     return worst;
 }
 
-std::vector<mtkcore::InstructionSet> runnableSets() {
-    std::vector<mtkcore::InstructionSet> sets;
-    for (mtkcore::InstructionSet set : mtkcore::allInstructionSets) {
-        if (set <= mtkcore::processorInstructionSet()) sets.push_back(set);
+std::vector<simd::InstructionSet> runnableSets() {
+    std::vector<simd::InstructionSet> sets;
+    for (simd::InstructionSet set : simd::allInstructionSets) {
+        if (set <= simd::processorInstructionSet()) sets.push_back(set);
     }
     return sets;
 }
@@ -113,12 +113,12 @@ std::vector<mtkcore::InstructionSet> runnableSets() {
 /// no more than 0.4 for the method.
 void expectNearlyExact(const Picture& source, int reachAcross, int reachDown, const std::string& what,
                        double& worst) {
-    const Picture result = blurred(mtkcore::InstructionSet::Baseline, source, reachAcross, reachDown);
+    const Picture result = blurred(simd::InstructionSet::Baseline, source, reachAcross, reachDown);
     const double error = worstError(result, exactlyBlurred(source, reachAcross, reachDown));
     worst = std::max(worst, error);
     EXPECT_LT(error, 0.9) << what << " reach " << reachAcross << ", " << reachDown << " size "
                           << source.size.width << " x " << source.size.height;
-    for (mtkcore::InstructionSet set : runnableSets()) {
+    for (simd::InstructionSet set : runnableSets()) {
         EXPECT_TRUE(blurred(set, source, reachAcross, reachDown).bytes == result.bytes)
             << instructionSetName(set) << " on " << what << " reach " << reachAcross << ", " << reachDown;
     }
@@ -184,7 +184,7 @@ TEST(GaussianBlur, LeavesFlatPartsOfLongLinesAlone) {
                 const int along = x + y;
                 return along < 6000 ? (along * 7919 + channel * 31) & 0xFF : 77 + channel;
             });
-            for (mtkcore::InstructionSet set : runnableSets()) {
+            for (simd::InstructionSet set : runnableSets()) {
                 const Picture result = blurred(set, source, reach, reach);
                 for (int along = 6001 + reach; along < 12000; ++along) {
                     for (int channel = 0; channel < 4; ++channel) {
@@ -198,7 +198,7 @@ TEST(GaussianBlur, LeavesFlatPartsOfLongLinesAlone) {
 
 TEST(GaussianBlur, TakesReachesThatAreNoSmallNumbers) {
     const Picture source = noise({20, 10}, 3);
-    const auto set = mtkcore::InstructionSet::Baseline;
+    const auto set = simd::InstructionSet::Baseline;
     const double none = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(blurred(set, source, 0.99, -5).bytes, source.bytes);
     EXPECT_EQ(blurred(set, source, none, none).bytes, source.bytes);
@@ -221,7 +221,7 @@ TEST(GaussianBlur, WritesTheFrameAloneAndTakesRowsOfEitherSign) {
     const Size size{37, 41};
     const int rowBytes = 4 * size.width + 12;
     const Picture source = noise(size, 4);
-    const Picture expected = blurred(mtkcore::InstructionSet::Baseline, source, 6, 9);
+    const Picture expected = blurred(simd::InstructionSet::Baseline, source, 6, 9);
     // Source and destination: apart, the same, and shifted by a row and a pixel.
     struct Places {
         int source, destination;
@@ -279,7 +279,7 @@ public:
     }
 };
 
-Picture blurredOn(hosting::WorkerThreads& workers, mtkcore::InstructionSet set, const Picture& source,
+Picture blurredOn(hosting::WorkerThreads& workers, simd::InstructionSet set, const Picture& source,
                   double reachAcross, double reachDown) {
     Picture result(source.size);
     const std::int64_t rowBytes = 4 * source.size.width;
@@ -307,8 +307,8 @@ TEST(GaussianBlur, GivesTheSameBytesOnAnyNumberOfThreads) {
         const Picture source = noise(size, random());
         for (const Reach reach : {Reach{1, 1}, {3, 200}, {77, 5}, {0, 9}, {9, 0}, {4000, 3000}, {1e9, 1e9}}) {
             const Picture expected =
-                blurred(mtkcore::InstructionSet::Baseline, source, reach.across, reach.down);
-            for (const mtkcore::InstructionSet set : runnableSets()) {
+                blurred(simd::InstructionSet::Baseline, source, reach.across, reach.down);
+            for (const simd::InstructionSet set : runnableSets()) {
                 SCOPED_TRACE(std::string(instructionSetName(set)) + " " + std::to_string(size.width) + " x " +
                              std::to_string(size.height) + " reach " + std::to_string(reach.across) + ", " +
                              std::to_string(reach.down));
@@ -327,7 +327,7 @@ TEST(GaussianBlur, GivesTheSameBytesOnAnyNumberOfThreads) {
 
 TEST(GaussianBlur, UsesTheThreadsThatAreLentToTheCaller) {
     const Picture source = noise({300, 200}, 12);
-    const Picture expected = blurred(mtkcore::InstructionSet::Baseline, source, 20, 30);
+    const Picture expected = blurred(simd::InstructionSet::Baseline, source, 20, 30);
     RealThreads outer(2), inner(3);
     // In place, so that the picture is copied aside before.
     const auto expectBlurred = [&] {
@@ -363,7 +363,7 @@ TEST(GaussianBlur, LetsTheWorkersFailuresThrough) {
         void run(int, const std::function<void(int)>&) override { throw std::runtime_error("ended"); }
     } failing;
     const Picture source = noise({300, 200}, 12);
-    EXPECT_THROW(blurredOn(failing, mtkcore::InstructionSet::Baseline, source, 2, 2), std::runtime_error);
+    EXPECT_THROW(blurredOn(failing, simd::InstructionSet::Baseline, source, 2, 2), std::runtime_error);
 }
 
 TEST(GaussianBlur, CopiesWithoutMemory) {

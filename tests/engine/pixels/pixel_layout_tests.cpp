@@ -35,7 +35,7 @@ constexpr int widest = 70;
 
 /// One way of converting rows, and what it is called.
 struct Converter {
-    mtkcore::InstructionSet set;
+    simd::InstructionSet set;
 
     void toBgra(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) const {
         pixelLayoutKernelsTables.at(set).toBgra(format, from, to, width);
@@ -47,9 +47,9 @@ struct Converter {
 
 template <class Test>
 void forEachSet(Test&& test) {
-    for (const mtkcore::InstructionSet set : mtkcore::allInstructionSets) {
-        if (set > mtkcore::processorInstructionSet()) continue;
-        SCOPED_TRACE(std::string(mtkcore::instructionSetName(set)));
+    for (const simd::InstructionSet set : simd::allInstructionSets) {
+        if (set > simd::processorInstructionSet()) continue;
+        SCOPED_TRACE(std::string(simd::instructionSetName(set)));
         test(Converter{set});
     }
 }

@@ -79,10 +79,10 @@ Picture FilterUnderTest::rendered(TestFrame& source) {
     return destination.picture();
 }
 
-std::vector<mtkcore::InstructionSet> runnableInstructionSets() {
-    std::vector<mtkcore::InstructionSet> sets;
-    for (const auto set : mtkcore::allInstructionSets) {
-        if (set <= mtkcore::processorInstructionSet()) sets.push_back(set);
+std::vector<simd::InstructionSet> runnableInstructionSets() {
+    std::vector<simd::InstructionSet> sets;
+    for (const auto set : simd::allInstructionSets) {
+        if (set <= simd::processorInstructionSet()) sets.push_back(set);
     }
     return sets;
 }

@@ -56,6 +56,6 @@ private:
 };
 
 /// The instruction sets that this processor runs.
-std::vector<mtkcore::InstructionSet> runnableInstructionSets();
+std::vector<simd::InstructionSet> runnableInstructionSets();
 
 #endif

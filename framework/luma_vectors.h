@@ -4,27 +4,30 @@
 #define VIREO_FRAMEWORK_LUMA_VECTORS_H
 
 #include "framework/luma_weights.h"
-#include "framework/pixel_vectors.h"
+#include "simd/words.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 
 /// The sum of the three weighted bytes of each pixel, with the weights of blue, green and red.
 class LumaVectors {
+    using Words = simd::Words;
+    using Pixels = simd::Pixels;
+
 public:
     LumaVectors(std::uint32_t blue, std::uint32_t green, std::uint32_t red)
-        : evenWeights_((WordVector)(PixelVector{} + (blue | red << 16))),
-          oddWeights_((WordVector)(PixelVector{} + green)) {}
+        : evenWeights_((Words)simd::broadcast<Pixels>(blue | red << 16)),
+          oddWeights_((Words)simd::broadcast<Pixels>(green)) {}
 
-    PixelVector operator()(PixelVector pixels) const {
-        const auto words = (WordVector)pixels;
+    Pixels operator()(Pixels pixels) const {
+        const auto words = (Words)pixels;
         const auto weighted =
-            (PixelVector)(multiplyHigh(words & 0xFF, evenWeights_) + multiplyHigh(words >> 8, oddWeights_));
+            (Pixels)(simd::mulhi(words & 0xFF, evenWeights_) + simd::mulhi(words >> 8, oddWeights_));
         return (weighted & 0xFFFF) + (weighted >> 16);
     }
 
 private:
-    WordVector evenWeights_;
-    WordVector oddWeights_;
+    Words evenWeights_;
+    Words oddWeights_;
 };
 
 }  // namespace VIREO_KERNEL_NAMESPACE

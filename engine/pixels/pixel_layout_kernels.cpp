@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "engine/pixels/pixel_layout_kernels.h"
 
+#include "simd/bytes.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <type_traits>
 
-#if defined(__AVX2__)
-#include <immintrin.h>
-#endif
-
 namespace vireo::VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 /// Where blue, green, red and alpha stand in a pixel.
 struct Order {
@@ -97,19 +97,18 @@ constexpr std::uint32_t shuffleOfPixel() {
 /// Moves the bytes of as many pixels as fill registers and returns their number.
 template <PixelLayout layout, bool isIn>
 std::ptrdiff_t shuffleBytes(const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t width) {
-    constexpr auto pixel = static_cast<int>(shuffleOfPixel<layout, isIn>());
     constexpr Order order = orderOf(layout);
-    constexpr auto full = order.hasAlpha ? 0 : static_cast<int>(0xFFU << (8 * (isIn ? 3 : order.alpha)));
-    const __m256i shuffle = _mm256_broadcastsi128_si256(
-        _mm_add_epi8(_mm_set1_epi32(pixel), _mm_setr_epi32(0, 0x04040404, 0x08080808, 0x0C0C0C0C)));
-    const __m256i opaque = _mm256_set1_epi32(full);
+    constexpr std::uint32_t full = order.hasAlpha ? 0 : 0xFFU << (8 * (isIn ? 3 : order.alpha));
     // Wider registers and more of them at a time move memory no faster.
-    constexpr std::ptrdiff_t pixels = 8;
+    constexpr int pixels = 8;
+    using Lanes = Vector<std::uint32_t, 4 * pixels>;
+    using LaneBytes = Vector<std::uint8_t, 4 * pixels>;
+    constexpr Lanes places{0, 0x04040404, 0x08080808, 0x0C0C0C0C, 0, 0x04040404, 0x08080808, 0x0C0C0C0C};
+    const auto indices = (LaneBytes)(places + shuffleOfPixel<layout, isIn>());
     std::ptrdiff_t x = 0;
     for (; x + pixels <= width; x += pixels) {
-        const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + 4 * x));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + 4 * x),
-                            _mm256_or_si256(_mm256_shuffle_epi8(bytes, shuffle), opaque));
+        const auto moved = (Lanes)shuffle(load<LaneBytes>(from + 4 * x), indices);
+        store(to + 4 * x, moved | full);
     }
     return x;
 }

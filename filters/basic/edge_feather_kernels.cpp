@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "filters/basic/edge_feather_kernels.h"
 
-#include "framework/pixel_vectors.h"
+#include "simd/ints.h"
+#include "simd/pixels.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 // A quotient by 100 without a division: floor(product * reciprocal / 2^22) for products up to 255 * 100.
 constexpr std::uint32_t reciprocal = 41944;
@@ -16,26 +19,22 @@ static_assert([] {
     return true;
 }());
 
-PixelVector scaled(PixelVector pixels, PixelVector factors) {
-    const auto products = (WordVector)(pixels >> 24) * (WordVector)factors;
-    const auto alphas =
-        (PixelVector)(multiplyHigh(products, WordVector{} + static_cast<std::uint16_t>(reciprocal)) >> 6);
+Pixels scaled(Pixels pixels, Pixels factors) {
+    const auto products = (Words)(pixels >> 24) * (Words)factors;
+    const auto alphas = (Pixels)(mulhi(products, broadcast<Words>(reciprocal)) >> 6);
     return (pixels & 0x00FFFFFF) | alphas << 24;
 }
 
 void scaleAlpha(std::uint8_t* pixels, std::int64_t width, int factor) {
-    const PixelVector factors = PixelVector{} + static_cast<std::uint32_t>(factor);
-    mapPixels(pixels, pixels, width, [=](PixelVector vector) { return scaled(vector, factors); });
+    const Pixels factors = broadcast<Pixels>(static_cast<std::uint32_t>(factor));
+    mapPixels(pixels, pixels, width, [=](Pixels vector) { return scaled(vector, factors); });
 }
 
 void scaleAlphaByColumn(std::uint8_t* pixels, std::int64_t width, const std::uint8_t* factors) {
-    typedef std::uint8_t Narrow __attribute__((vector_size(vectorPixels)));
     std::int64_t x = 0;
     for (; x + vectorPixels <= width; x += vectorPixels) {
-        Narrow narrow;
-        std::memcpy(&narrow, factors + x, sizeof narrow);
-        const auto wide = __builtin_convertvector(narrow, PixelVector);
-        storePixels(pixels + 4 * x, scaled(loadPixels(pixels + 4 * x), wide));
+        const auto wide = (Pixels)loadExtended(factors + x);
+        store(pixels + 4 * x, scaled(load<Pixels>(pixels + 4 * x), wide));
     }
     for (; x < width; ++x) {
         std::uint8_t& alpha = pixels[4 * x + 3];

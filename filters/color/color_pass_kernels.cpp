@@ -1,33 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "filters/color/color_pass_kernels.h"
 
-#include "framework/luma_weights.h"
-#include "framework/pixel_vectors.h"
+#include "framework/luma_vectors.h"
+#include "simd/pixels.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 constexpr std::uint32_t colorBits = 0x00FFFFFF;
 
 void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
          const ColorPassSelection& selection) {
-    const auto lowest = (ByteVector)(PixelVector{} + selection.lowest);
-    const auto highest = (ByteVector)(PixelVector{} + selection.highest);
-    const PixelVector greysFar = PixelVector{} - static_cast<std::uint32_t>(!selection.greysNear);
-    const auto evenWeights = (WordVector)(PixelVector{} + (lumaWeight2 | lumaWeight0 << 16));
-    const auto oddWeights = (WordVector)(PixelVector{} + lumaWeight1);
-    mapPixels(source, destination, width, [=](PixelVector pixels) {
-        const auto bytes = (ByteVector)pixels;
-        const ByteVector capped = bytes < highest ? bytes : highest;
-        const ByteVector nearest = capped > lowest ? capped : lowest;
-        const auto near = (PixelVector)((PixelVector)nearest == pixels);
-        const PixelVector turnsGrey = near ^ greysFar;
-
-        const auto words = (WordVector)pixels;
-        const auto weighted =
-            (PixelVector)(multiplyHigh(words & 0xFF, evenWeights) + multiplyHigh(words >> 8, oddWeights));
-        const PixelVector luma = (weighted + (weighted >> 16)) & 0xFFFF;
-        const PixelVector grey = luma | luma << 8 | luma << 16;
+    const auto lowest = (Bytes)broadcast<Pixels>(selection.lowest);
+    const auto highest = (Bytes)broadcast<Pixels>(selection.highest);
+    const Pixels greysFar = broadcast<Pixels>(selection.greysNear ? 0 : ~0U);
+    const LumaVectors lumaOf(lumaWeight2, lumaWeight1, lumaWeight0);
+    mapPixels(source, destination, width, [=](Pixels pixels) {
+        const auto bytes = (Bytes)pixels;
+        const Bytes capped = bytes < highest ? bytes : highest;
+        const Bytes nearest = capped > lowest ? capped : lowest;
+        const auto near = (Pixels)((Pixels)nearest == pixels);
+        const Pixels turnsGrey = near ^ greysFar;
+        const Pixels luma = lumaOf(pixels);
+        const Pixels grey = luma | luma << 8 | luma << 16;
         return pixels ^ ((pixels ^ grey) & turnsGrey & colorBits);
     });
 }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/horizontal_flip_kernels.h"
 
-#include "framework/pixel_vectors.h"
+#include "simd/pixels.h"
 
 #include <cstring>
 #include <utility>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 struct Unit16 {
     std::uint64_t halves[2];
@@ -24,7 +26,7 @@ void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t wid
 }
 
 template <int... i>
-PixelVector reversed(PixelVector pixels, std::integer_sequence<int, i...>) {
+Pixels reversed(Pixels pixels, std::integer_sequence<int, i...>) {
     return __builtin_shufflevector(pixels, pixels, vectorPixels - 1 - i...);
 }
 
@@ -36,10 +38,10 @@ void row4PastCaches(const std::uint8_t* source, std::uint8_t* destination, std::
     row<std::uint32_t>(source + 4 * (width - begin), destination, begin);
     std::int64_t i = begin;
     for (; i + vectorPixels <= width; i += vectorPixels) {
-        const PixelVector pixels = loadPixels(source + 4 * (width - i - vectorPixels));
-        streamPixels(destination + 4 * i, reversed(pixels, std::make_integer_sequence<int, vectorPixels>()));
+        const Pixels pixels = load<Pixels>(source + 4 * (width - i - vectorPixels));
+        stream(destination + 4 * i, reversed(pixels, lanesOf<Pixels>));
     }
-    finishStreaming();
+    fence();
     row<std::uint32_t>(source, destination + 4 * i, width - i);
 }
 

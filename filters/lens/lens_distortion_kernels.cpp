@@ -4,50 +4,50 @@
 // distances are at most what radius and norm were made of, and the lens's terms are 1.0 at most.
 #include "filters/lens/lens_distortion_kernels.h"
 
-#include "filters/lens/double_vectors.h"
+#include "simd/doubles.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 /// Truncated and limited as the fixed point is: what lies below 32 bits becomes one more than the least of
 /// them.
-DoubleVector saturated(DoubleVector values) {
+Doubles saturated(Doubles values) {
     constexpr double largest = 2147483647.0;
-    const DoubleVector most = DoubleVector{} + largest;
+    const Doubles most = broadcast<Doubles>(largest);
     values = values < most ? values : most;
-    return whole(values > -largest - 2 ? values : -most);
+    return trunc(values > -largest - 2 ? values : -most);
 }
 
 void place(const LensFrame& frame, const LensColumns& offsets, const LensOffset& row, std::int32_t* x,
            std::int32_t* y, std::int32_t columns) {
-    static_assert(lensColumnBlock % vectorDoubles == 0);
+    static_assert(lensColumnBlock % laneCount<Doubles> == 0);
     constexpr double fraction = 1.0 / 65536;
     const double xPositions = 1 / (256 * frame.xStep);
     const double yPositions = 1 / (256 * frame.yStep);
-    const DoubleVector outside = DoubleVector{} - 1;
-    for (std::int32_t i = 0; i < columns; i += vectorDoubles) {
-        const DoubleVector radius = whole(squareRoot(loadDoubles(offsets.squared + i) + row.squared) * 65536);
-        const DoubleVector relativeRadius = whole(radius * frame.perRadius);
-        const DoubleVector product =
-            saturated(2 * saturated(loadDoubles(offsets.tenth + i) * (row.tenth * fraction)));
-        const DoubleVector squares =
-            whole((row.hundredthSquared + loadDoubles(offsets.hundredthSquared + i)) * frame.perRadius);
-        const DoubleVector xPlace = whole(whole(product * frame.horizontalDecentering) * frame.perNorm) +
-                                    whole(loadDoubles(offsets.curved + i) * (relativeRadius * fraction)) +
-                                    whole(frame.verticalDecentering * squares) * 10000 +
-                                    whole(frame.verticalPrism * radius) + loadDoubles(offsets.rounded + i) +
-                                    frame.halfWidth;
-        const DoubleVector yPlace = whole(whole(product * frame.verticalDecentering) * frame.perNorm) +
-                                    whole(row.curved * (relativeRadius * fraction)) +
-                                    whole(frame.horizontalDecentering * squares) * 10000 +
-                                    whole(frame.horizontalPrism * radius) + row.rounded + frame.halfHeight;
+    const Doubles outside = broadcast<Doubles>(-1);
+    for (std::int32_t i = 0; i < columns; i += laneCount<Doubles>) {
+        const Doubles radius = trunc(sqrt(load<Doubles>(offsets.squared + i) + row.squared) * 65536);
+        const Doubles relativeRadius = trunc(radius * frame.perRadius);
+        const Doubles product =
+            saturated(2 * saturated(load<Doubles>(offsets.tenth + i) * (row.tenth * fraction)));
+        const Doubles squares =
+            trunc((row.hundredthSquared + load<Doubles>(offsets.hundredthSquared + i)) * frame.perRadius);
+        const Doubles xPlace = trunc(trunc(product * frame.horizontalDecentering) * frame.perNorm) +
+                               trunc(load<Doubles>(offsets.curved + i) * (relativeRadius * fraction)) +
+                               trunc(frame.verticalDecentering * squares) * 10000 +
+                               trunc(frame.verticalPrism * radius) + load<Doubles>(offsets.rounded + i) +
+                               frame.halfWidth;
+        const Doubles yPlace = trunc(trunc(product * frame.verticalDecentering) * frame.perNorm) +
+                               trunc(row.curved * (relativeRadius * fraction)) +
+                               trunc(frame.horizontalDecentering * squares) * 10000 +
+                               trunc(frame.horizontalPrism * radius) + row.rounded + frame.halfHeight;
         // A position short of 0 by less than its last bit is truncated to 0.
         const auto inside =
             (xPlace > -frame.xStep) & (xPlace < frame.xEnd) & (yPlace > -frame.yStep) & (yPlace < frame.yEnd);
-        const HalfIntVector xs = truncated(inside ? xPlace * xPositions : outside);
-        const HalfIntVector ys = truncated(inside ? yPlace * yPositions : outside);
-        std::memcpy(x + i, &xs, sizeof xs);
-        std::memcpy(y + i, &ys, sizeof ys);
+        store(x + i, toInts(inside ? xPlace * xPositions : outside));
+        store(y + i, toInts(inside ? yPlace * yPositions : outside));
     }
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/sampler_kernels.h"
 
-#include "filters/lens/gather.h"
+#include "simd/gather.h"
+#include "simd/ints.h"
+#include "simd/pixels.h"
 
 #include <cstdlib>
 #include <limits>
@@ -9,24 +11,20 @@
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 /// blendPixels of every lane; a fraction stands in both halves of its lane.
-PixelVector blend(PixelVector a, PixelVector b, WordVector fraction) {
+Pixels mixed(Pixels a, Pixels b, Words fraction) {
     constexpr std::uint32_t even = 0x00FF00FF;
-    const WordVector rest = 256 - fraction;
-    const WordVector low = ((WordVector)(a & even) * rest + (WordVector)(b & even) * fraction) >> 8;
-    const WordVector high = (WordVector)(a >> 8 & even) * rest + (WordVector)(b >> 8 & even) * fraction;
-    return (PixelVector)low | ((PixelVector)high & ~even);
+    const Words rest = 256 - fraction;
+    const Words low = ((Words)(a & even) * rest + (Words)(b & even) * fraction) >> 8;
+    const Words high = (Words)(a >> 8 & even) * rest + (Words)(b >> 8 & even) * fraction;
+    return (Pixels)low | ((Pixels)high & ~even);
 }
 
-WordVector fractionOf(IntVector positions) {
-    const auto fraction = (PixelVector)positions & 0xFF;
-    return (WordVector)(fraction | fraction << 16);
-}
-
-IntVector load(const std::int32_t* positions) {
-    IntVector vector;
-    std::memcpy(&vector, positions, sizeof vector);
-    return vector;
+Words fractionOf(Ints positions) {
+    const auto fraction = (Pixels)positions & 0xFF;
+    return (Words)(fraction | fraction << 16);
 }
 
 void row(const SampledPicture& picture, const std::int32_t* x, const std::int32_t* y,
@@ -47,18 +45,18 @@ void row(const SampledPicture& picture, const std::int32_t* x, const std::int32_
 
     std::int64_t i = 0;
     for (; i + vectorPixels <= width; i += vectorPixels) {
-        const IntVector xs = load(x + i) - 256;
-        const IntVector ys = load(y + i) - 256;
-        if (!allOf(((PixelVector)xs < interiorWidth) & ((PixelVector)ys < interiorHeight))) {
+        const Ints xs = load<Ints>(x + i) - 256;
+        const Ints ys = load<Ints>(y + i) - 256;
+        if (!allTrue(((Pixels)xs < interiorWidth) & ((Pixels)ys < interiorHeight))) {
             for (std::int64_t lane = 0; lane < vectorPixels; ++lane) sample(i + lane);
             continue;
         }
-        const IntVector offsets = (ys >> 8) * rowStep + (xs >> 8) * 4;
-        const WordVector xFraction = fractionOf(xs);
+        const Ints offsets = (ys >> 8) * rowStep + (xs >> 8) * 4;
+        const Words xFraction = fractionOf(xs);
         const PixelPairs upper = gatherPairs(interior, offsets);
         const PixelPairs lower = gatherPairs(interior + rowStep, offsets);
-        storePixels(destination + 4 * i, blend(blend(upper.left, upper.right, xFraction),
-                                               blend(lower.left, lower.right, xFraction), fractionOf(ys)));
+        store(destination + 4 * i, mixed(mixed(upper.left, upper.right, xFraction),
+                                         mixed(lower.left, lower.right, xFraction), fractionOf(ys)));
     }
     for (; i < width; ++i) sample(i);
 }

@@ -1,22 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/alpha_glow_kernels.h"
 
-#include "filters/warp/pixel_bits.h"
+#include "simd/ints.h"
+#include "simd/pixels.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 constexpr std::int64_t wordPixels = 64;
 static_assert(wordPixels % vectorPixels == 0);
 
-std::uint32_t solidBits(PixelVector pixels) { return bitsOf((IntVector)(pixels >= 0xF8000000u)); }
+std::uint32_t solidBits(Pixels pixels) { return movemask((Ints)(pixels >= 0xF8000000u)); }
 
 void markSolid(const std::uint8_t* source, MarkWord* marks, std::int64_t width) {
     std::int64_t x = 0;
     for (; x + wordPixels <= width; x += wordPixels) {
         MarkWord word = 0;
         for (std::int64_t i = 0; i < wordPixels; i += vectorPixels) {
-            word |= MarkWord{solidBits(loadPixels(source + 4 * (x + i)))} << i;
+            word |= MarkWord{solidBits(load<Pixels>(source + 4 * (x + i)))} << i;
         }
         *marks++ = word;
     }
@@ -53,34 +56,34 @@ bool addMarks(const MarkWord* ring, MarkWord* solid, MarkWord* glow, std::size_t
 class Blend {
 public:
     Blend(std::uint32_t color, int opacity)
-        : color_(PixelVector{} + (color & 0x00FFFFFF)),
-          opacity_(IntVector{} + opacity),
-          evenColor_((WordVector)(color_ & 0x00FF00FF)),
-          oddColor_((WordVector)(color_ >> 8 & 0x00FF00FF)) {}
+        : color_(broadcast<Pixels>(color & 0x00FFFFFF)),
+          opacity_(broadcast<Ints>(opacity)),
+          evenColor_((Words)(color_ & 0x00FF00FF)),
+          oddColor_((Words)(color_ >> 8 & 0x00FF00FF)) {}
 
-    PixelVector operator()(PixelVector pixels) const {
-        const auto alpha = (IntVector)(pixels >> 24);
-        const IntVector transparent = alpha == 0;
-        const IntVector factor = transparent ? opacity_ : (255 - alpha) * opacity_ >> 8;
-        const IntVector newAlpha = (transparent | (opacity_ > alpha)) ? opacity_ : alpha;
+    Pixels operator()(Pixels pixels) const {
+        const auto alpha = (Ints)(pixels >> 24);
+        const Ints transparent = alpha == 0;
+        const Ints factor = transparent ? opacity_ : (255 - alpha) * opacity_ >> 8;
+        const Ints newAlpha = (transparent | (opacity_ > alpha)) ? opacity_ : alpha;
 
-        const auto words = (WordVector)pixels;
-        const auto factors = (WordVector)((PixelVector)(factor & 0xFFFF) | (PixelVector)factor << 16);
-        const WordVector even = mixed(words & 0xFF, evenColor_, factors);
-        const WordVector odd = mixed(words >> 8, oddColor_, factors);
-        const auto mix = (PixelVector)even | ((PixelVector)odd << 8 & 0x0000FF00);
-        return (factor == 255 ? color_ : mix) | (PixelVector)newAlpha << 24;
+        const auto words = (Words)pixels;
+        const auto factors = (Words)((Pixels)(factor & 0xFFFF) | (Pixels)factor << 16);
+        const Words even = mixed(words & 0xFF, evenColor_, factors);
+        const Words odd = mixed(words >> 8, oddColor_, factors);
+        const auto mix = (Pixels)even | ((Pixels)odd << 8 & 0x0000FF00);
+        return (factor == 255 ? color_ : mix) | (Pixels)newAlpha << 24;
     }
 
 private:
-    static WordVector mixed(WordVector from, WordVector to, WordVector factors) {
+    static Words mixed(Words from, Words to, Words factors) {
         return (from + ((to - from) * factors >> 8)) & 0xFF;
     }
 
-    PixelVector color_;
-    IntVector opacity_;
-    WordVector evenColor_;
-    WordVector oddColor_;
+    Pixels color_;
+    Ints opacity_;
+    Words evenColor_;
+    Words oddColor_;
 };
 
 void blendRow(const MarkWord* marks, std::uint8_t* pixels, std::int64_t width, std::uint32_t color,
@@ -91,11 +94,11 @@ void blendRow(const MarkWord* marks, std::uint8_t* pixels, std::int64_t width, s
         // Marks are sparse: only vectors that hold one are touched.
         for (MarkWord left = *marks; left != 0;) {
             const std::int64_t first = __builtin_ctzll(left) / vectorPixels * vectorPixels;
-            const auto marked = lanesOf(static_cast<std::uint32_t>(left >> first & vectorBits));
+            const auto marked = (Pixels)maskOf(static_cast<std::uint32_t>(left >> first & vectorBits));
             const std::int64_t x = begin + first;
             if (x >= width) return;
             mapPixels(pixels + 4 * x, pixels + 4 * x, width - x < vectorPixels ? width - x : vectorPixels,
-                      [&](PixelVector old) { return (blend(old) & marked) | (old & ~marked); });
+                      [&](Pixels old) { return (blend(old) & marked) | (old & ~marked); });
             left &= ~(vectorBits << first);
         }
     }

@@ -2,9 +2,12 @@
 #include "filters/warp/color_replace_kernels.h"
 
 #include "framework/luma_vectors.h"
+#include "simd/pixels.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 constexpr std::uint32_t colorBits = 0x00FFFFFF;
 
@@ -12,31 +15,31 @@ constexpr std::uint32_t colorBits = 0x00FFFFFF;
 template <class ColorOf>
 void replaceClose(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
                   const ColorSwap& swap, ColorOf&& colorOf) {
-    const auto target = (ByteVector)(PixelVector{} + swap.target);
-    const ByteVector tolerance = ByteVector{} + swap.tolerance;
-    mapPixels(source, destination, width, [&](PixelVector pixels) {
-        const auto bytes = (ByteVector)pixels;
-        const ByteVector difference = bytes > target ? bytes - target : target - bytes;
-        const auto farBytes = (PixelVector)(difference > tolerance);
-        const auto close = (PixelVector)((farBytes & colorBits) == 0);
+    const auto target = (Bytes)broadcast<Pixels>(swap.target);
+    const Bytes tolerance = broadcast<Bytes>(swap.tolerance);
+    mapPixels(source, destination, width, [&](Pixels pixels) {
+        const auto bytes = (Bytes)pixels;
+        const Bytes difference = bytes > target ? bytes - target : target - bytes;
+        const auto farBytes = (Pixels)(difference > tolerance);
+        const auto close = (Pixels)((farBytes & colorBits) == 0);
         return pixels ^ ((pixels ^ colorOf(pixels)) & close & colorBits);
     });
 }
 
 void solid(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width, const ColorSwap& swap) {
-    const PixelVector replacement = PixelVector{} + swap.replacement;
-    replaceClose(source, destination, width, swap, [=](PixelVector) { return replacement; });
+    const Pixels replacement = broadcast<Pixels>(swap.replacement);
+    replaceClose(source, destination, width, swap, [=](Pixels) { return replacement; });
 }
 
 void shaded(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
             const ColorSwap& swap) {
     const LumaVectors lumaOf(lumaWeight2, lumaWeight1, lumaWeight0);
-    const auto evenBytes = (WordVector)(PixelVector{} + (swap.replacement & 0x00FF00FF));
-    const auto oddBytes = (WordVector)(PixelVector{} + (swap.replacement >> 8 & 0x000000FF));
-    replaceClose(source, destination, width, swap, [=](PixelVector pixels) {
-        const PixelVector luma = lumaOf(pixels);
-        const auto lumaWords = (WordVector)(luma | luma << 16);
-        return (PixelVector)((evenBytes * lumaWords >> 8) | (oddBytes * lumaWords & 0xFF00));
+    const auto evenBytes = (Words)broadcast<Pixels>(swap.replacement & 0x00FF00FF);
+    const auto oddBytes = (Words)broadcast<Pixels>(swap.replacement >> 8 & 0x000000FF);
+    replaceClose(source, destination, width, swap, [=](Pixels pixels) {
+        const Pixels luma = lumaOf(pixels);
+        const auto lumaWords = (Words)(luma | luma << 16);
+        return (Pixels)((evenBytes * lumaWords >> 8) | (oddBytes * lumaWords & 0xFF00));
     });
 }
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/extract_kernels.h"
 
-#include "filters/warp/byte_lookup.h"
 #include "framework/luma_vectors.h"
+#include "simd/lookup.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 /// Four vectors of pixels have their luminances in one vector, the first in the low byte of each lane.
 constexpr std::int64_t groupVectors = 4;
@@ -17,21 +19,21 @@ constexpr std::int64_t blockGroups = 512 / vectorBytes;
 
 void block(const std::uint8_t* source, std::uint8_t* destination, std::int64_t groups,
            const LumaVectors& lumaOf, const TransferCurve& curve) {
-    PixelVector keys[blockGroups];
+    Pixels keys[blockGroups];
     for (std::int64_t group = 0; group < groups; ++group) {
-        PixelVector lumas{};
+        Pixels lumas{};
         for (int i = 0; i < groupVectors; ++i) {
-            lumas |= lumaOf(loadPixels(source + group * groupBytes + i * vectorBytes)) << 8 * i;
+            lumas |= lumaOf(load<Pixels>(source + group * groupBytes + i * vectorBytes)) << 8 * i;
         }
         keys[group] = lumas;
     }
-    lookUp(curve.data(), reinterpret_cast<std::uint8_t*>(keys), groups * vectorBytes);
+    lookup(curve.data(), reinterpret_cast<std::uint8_t*>(keys), groups * vectorBytes);
     for (std::int64_t group = 0; group < groups; ++group) {
         for (int i = 0; i < groupVectors; ++i) {
             const std::int64_t offset = group * groupBytes + i * vectorBytes;
-            const PixelVector key = keys[group] >> 8 * i & 0xFF;
-            const PixelVector alpha = loadPixels(source + offset) & 0xFF000000;
-            storePixels(destination + offset, alpha | key << 16 | key << 8 | key);
+            const Pixels key = keys[group] >> 8 * i & 0xFF;
+            const Pixels alpha = load<Pixels>(source + offset) & 0xFF000000;
+            store(destination + offset, alpha | key << 16 | key << 8 | key);
         }
     }
 }

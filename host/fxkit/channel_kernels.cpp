@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/channel_kernels.h"
 
-#include "host/fxkit/byte_tables.h"
-#if defined(__SSE2__) || defined(__wasm_simd128__)
-#include "host/fxkit/byte_lanes.h"
-#endif
+#include "simd/floats.h"
+#include "simd/lookup.h"
+#include "simd/words.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 void applyTables(const std::uint8_t* source, std::uint8_t* destination, std::ptrdiff_t rowBytes,
                  std::int64_t width, std::int64_t height, const std::uint8_t* const tables[3]) {
-    const ByteTables byteTables(tables);
+    const PixelTables pixelTables(tables);
     for (std::int64_t y = 0; y < height; ++y) {
-        byteTables.row(source + y * rowBytes, destination + y * rowBytes, width);
+        pixelTables.row(source + y * rowBytes, destination + y * rowBytes, width);
     }
 }
 
@@ -37,58 +38,64 @@ void convolveAny(const std::uint8_t* const rows[3], std::uint8_t* __restrict des
     }
 }
 
-#if defined(__SSE2__) || defined(__wasm_simd128__)
+#if defined(VIREO_SIMD_COMPLETE)
 
 /// Two weights for the two bytes of a pair.
-Bytes pairOf(int first, int second) { return repeatedWord((first & 0xFF) | (second & 0xFF) << 8); }
+SignedBytes pairOf(int first, int second) {
+    return (SignedBytes)broadcast<Words>(static_cast<std::uint16_t>((first & 0xFF) | (second & 0xFF) << 8));
+}
 
 /// Sums of 32 bits from the five pairs of bytes that make a neighbourhood, less the last one's partner.
-void sums(const Bytes words[5], Bytes result[2]) {
-    const Bytes zero = repeatedWord(0);
-    result[0] = added32(added32(addedPairs(interleavedLow16(words[0], words[1])),
-                                addedPairs(interleavedLow16(words[2], words[3]))),
-                        addedPairs(interleavedLow16(words[4], zero)));
-    result[1] = added32(added32(addedPairs(interleavedHigh16(words[0], words[1])),
-                                addedPairs(interleavedHigh16(words[2], words[3]))),
-                        addedPairs(interleavedHigh16(words[4], zero)));
+void sums(const SignedWords words[5], Ints result[2]) {
+    const auto zero = SignedWords{};
+    const auto one = broadcast<SignedWords>(1);
+    result[0] = madd(unpacklo(words[0], words[1]), one) + madd(unpacklo(words[2], words[3]), one) +
+                madd(unpacklo(words[4], zero), one);
+    result[1] = madd(unpackhi(words[0], words[1]), one) + madd(unpackhi(words[2], words[3]), one) +
+                madd(unpackhi(words[4], zero), one);
+}
+
+/// Half of one, added to the dividend away from 0, keeps the quotient so far from whole numbers that the
+/// rounding of the reciprocal and the product cannot carry it past one while dividends stay below 2^22.
+Ints quotients(Ints dividends, float reciprocal) {
+    const Floats values = toFloats(dividends);
+    const Floats half =
+        (Floats)(((Ints)values & (Ints)broadcast<Floats>(-0.0F)) | (Ints)broadcast<Floats>(0.5F));
+    return toInts((values + half) * reciprocal);
 }
 
 void convolveSmall(const std::uint8_t* const rows[3], std::uint8_t* destination, std::int64_t count,
                    const Convolution& convolution) {
     constexpr std::int64_t lanes = sizeof(Bytes);
     const auto& w = convolution.weights;
-    const Bytes weights[5] = {pairOf(w[0][0], w[0][1]), pairOf(w[0][2], w[1][0]), pairOf(w[1][1], w[1][2]),
-                              pairOf(w[2][0], w[2][1]), pairOf(w[2][2], 0)};
-    const Bytes offset = repeatedWord(convolution.offset);
-    // Half of one, added to the dividend away from 0, keeps the quotient so far from whole numbers that the
-    // rounding of the reciprocal and the product cannot carry it past one while dividends stay below 2^22.
+    const SignedBytes weights[5] = {pairOf(w[0][0], w[0][1]), pairOf(w[0][2], w[1][0]),
+                                    pairOf(w[1][1], w[1][2]), pairOf(w[2][0], w[2][1]), pairOf(w[2][2], 0)};
+    const auto offset = broadcast<SignedWords>(static_cast<std::int16_t>(convolution.offset));
     const float reciprocal = 1.0F / static_cast<float>(convolution.scale);
     for (std::int64_t i = 0; i < count; i += lanes) {
-        const auto at = [&](int row, int column) { return loadBytes(rows[row] + i + 4 * column); };
+        const auto at = [&](int row, int column) { return load<Bytes>(rows[row] + i + 4 * column); };
         const Bytes first[5] = {at(0, 0), at(0, 2), at(1, 1), at(2, 0), at(2, 2)};
-        const Bytes second[5] = {at(0, 1), at(1, 0), at(1, 2), at(2, 1), repeatedWord(0)};
-        Bytes low[5];
-        Bytes high[5];
+        const Bytes second[5] = {at(0, 1), at(1, 0), at(1, 2), at(2, 1), Bytes{}};
+        SignedWords low[5];
+        SignedWords high[5];
         for (int pair = 0; pair < 5; ++pair) {
-            low[pair] = weighedPairs(interleavedLow8(first[pair], second[pair]), weights[pair]);
-            high[pair] = weighedPairs(interleavedHigh8(first[pair], second[pair]), weights[pair]);
+            low[pair] = maddubs(unpacklo(first[pair], second[pair]), weights[pair]);
+            high[pair] = maddubs(unpackhi(first[pair], second[pair]), weights[pair]);
         }
-        Bytes dividends[4];
+        Ints dividends[4];
         sums(low, dividends);
         sums(high, dividends + 2);
-        Bytes words[2];
+        SignedWords words[2];
         for (int half = 0; half < 2; ++half) {
-            words[half] = addedSaturated16(joined32(quotients(dividends[2 * half], reciprocal),
-                                                    quotients(dividends[2 * half + 1], reciprocal)),
-                                           offset);
+            words[half] = adds(packs(quotients(dividends[2 * half], reciprocal),
+                                     quotients(dividends[2 * half + 1], reciprocal)),
+                               offset);
         }
-        const Bytes result = joined16(words[0], words[1]);
+        const Bytes result = packus(words[0], words[1]);
         if (count - i >= lanes) {
-            storeBytes(destination + i, result);
+            store(destination + i, result);
         } else {
-            std::uint8_t rest[lanes];
-            storeBytes(rest, result);
-            std::memcpy(destination + i, rest, static_cast<std::size_t>(count - i));
+            std::memcpy(destination + i, &result, static_cast<std::size_t>(count - i));
         }
     }
 }

@@ -1,54 +1,57 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/gaussian_blur_kernels.h"
 
-#include "host/fxkit/lanes.h"
+#include "simd/floats.h"
+#include "simd/ints.h"
 
 #include <algorithm>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 // Two registers' worth of pixels: all of their states stay in registers.
 constexpr int stripRegisters = 2;
-constexpr int stripValues = stripRegisters * laneCount;
+constexpr int stripValues = stripRegisters * laneCount<Floats>;
 constexpr int stripPixels = stripValues / 4;
 
 struct State {
-    Lanes values[blurStateValues];
+    Floats values[blurStateValues];
 };
 
 template <class Value>
 void start(const BlurAxis& axis, const Value* first, std::ptrdiff_t step, float* state) {
     for (int i = 0; i < stripRegisters; ++i) {
         State sums = {};
-        sums.values[0] = repeated(axis.half);
+        sums.values[0] = broadcast<Floats>(axis.half);
         for (std::int64_t x = 0; x < axis.startCount; ++x) {
-            const Lanes pixel = load(first + x * step + i * laneCount);
+            const Floats pixel = toFloats(loadExtended(first + x * step + i * laneCount<Floats>));
             for (int k = 0; k < blurStateValues; ++k) {
-                sums.values[k] += repeated(axis.start[x].values[k]) * pixel;
+                sums.values[k] += broadcast<Floats>(axis.start[x].values[k]) * pixel;
             }
         }
         for (int k = 0; k < blurStateValues; ++k) {
-            store(state + k * stripValues + i * laneCount, sums.values[k]);
+            store(state + k * stripValues + i * laneCount<Floats>, sums.values[k]);
         }
     }
 }
 
 /// The blurred value where the window stands, and half.
-Lanes halfAbove(const BlurAxis& axis, const State& state) {
-    Lanes value = repeated(axis.weights[0]) * state.values[0];
+Floats halfAbove(const BlurAxis& axis, const State& state) {
+    Floats value = broadcast<Floats>(axis.weights[0]) * state.values[0];
     for (int k = 0; k < blurCosines; ++k) {
-        value += repeated(axis.weights[1 + k]) * state.values[1 + 2 * k];
+        value += broadcast<Floats>(axis.weights[1 + k]) * state.values[1 + 2 * k];
     }
     return value;
 }
 
-void moveOn(const BlurAxis& axis, State& state, Lanes drive) {
+void moveOn(const BlurAxis& axis, State& state, Floats drive) {
     state.values[0] += drive;
     for (int k = 0; k < blurCosines; ++k) {
-        Lanes& place = state.values[1 + 2 * k];
-        Lanes& speed = state.values[2 + 2 * k];
-        speed -= repeated(axis.pull[k]) * place;
+        Floats& place = state.values[1 + 2 * k];
+        Floats& speed = state.values[2 + 2 * k];
+        speed -= broadcast<Floats>(axis.pull[k]) * place;
         place += speed + drive;
     }
 }
@@ -61,7 +64,7 @@ void walk(const BlurAxis& axis, const Value* first, std::ptrdiff_t step, std::in
     State states[stripRegisters];
     for (int i = 0; i < stripRegisters; ++i) {
         for (int k = 0; k < blurStateValues; ++k) {
-            states[i].values[k] = load(stateValues + k * stripValues + i * laneCount);
+            states[i].values[k] = load<Floats>(stateValues + k * stripValues + i * laneCount<Floats>);
         }
     }
     for (const std::int64_t end = from + count; from < end;) {
@@ -70,8 +73,9 @@ void walk(const BlurAxis& axis, const Value* first, std::ptrdiff_t step, std::in
             const Value* entering = first + std::min(from + axis.reach + 1, axis.length - 1) * step;
             const Value* leaving = first + std::max<std::int64_t>(from - axis.reach, 0) * step;
             for (int i = 0; i < stripRegisters; ++i) {
-                storeTruncated(block[s] + i * laneCount, halfAbove(axis, states[i]));
-                moveOn(axis, states[i], loadDifference(entering + i * laneCount, leaving + i * laneCount));
+                const int at = i * laneCount<Floats>;
+                storeNarrowed(block[s] + at, toInts(halfAbove(axis, states[i])));
+                moveOn(axis, states[i], toFloats(loadExtended(entering + at) - loadExtended(leaving + at)));
             }
         }
         for (int p = 0; p < lines; ++p) {
@@ -83,7 +87,7 @@ void walk(const BlurAxis& axis, const Value* first, std::ptrdiff_t step, std::in
     }
     for (int i = 0; i < stripRegisters; ++i) {
         for (int k = 0; k < blurStateValues; ++k) {
-            store(stateValues + k * stripValues + i * laneCount, states[i].values[k]);
+            store(stateValues + k * stripValues + i * laneCount<Floats>, states[i].values[k]);
         }
     }
 }

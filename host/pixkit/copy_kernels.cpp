@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/copy_kernels.h"
 
-#if defined(__SSE2__) || defined(__wasm_simd128__)
-#include "host/fxkit/byte_lanes.h"
-#endif
+#include "simd/bytes.h"
+#include "simd/pixels.h"
+#include "simd/words.h"
 
 #include <cstring>
 #include <type_traits>
@@ -12,31 +12,33 @@
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
+using namespace simd;
+
 /// The quotient by 255, rounded to the nearest. One more than the dividend with half of 255, times 257 /
 /// 65536, truncates to the same, as long as the quotient is a byte.
 constexpr std::uint8_t blendedByte(std::uint8_t source, std::uint8_t destination, std::uint32_t weight) {
     return static_cast<std::uint8_t>((source * weight + destination * (255 - weight) + 128) * 257 >> 16);
 }
 
-#if defined(__SSE2__) || defined(__wasm_simd128__)
+#if defined(VIREO_SIMD_COMPLETE)
 /// The same for a register of bytes. The products are of weights without and bytes with a sign: bytes less
 /// 128 make sums less 128 * 255, to which 128 * 256 restore the dividend, and the 128 that are added to it.
 class BlendedBytes {
 public:
     explicit BlendedBytes(std::uint32_t weight)
-        : weights_(repeatedWord(static_cast<int>(weight | (255 - weight) << 8))) {}
+        : weights_((Bytes)broadcast<Words>(static_cast<std::uint16_t>(weight | (255 - weight) << 8))) {}
 
     Bytes operator()(Bytes source, Bytes destination) const {
-        const Bytes less128 = repeatedWord(0x8080);
-        source ^= less128;
-        destination ^= less128;
-        return joined16(quotients255(interleavedLow8(source, destination)),
-                        quotients255(interleavedHigh8(source, destination)));
+        source ^= 0x80;
+        destination ^= 0x80;
+        return packus(quotients255(unpacklo(source, destination)),
+                      quotients255(unpackhi(source, destination)));
     }
 
 private:
-    Bytes quotients255(Bytes pairs) const {
-        return highProducts16(weighedPairs(weights_, pairs) ^ repeatedWord(0x8000), repeatedWord(257));
+    SignedWords quotients255(Bytes pairs) const {
+        return (SignedWords)mulhi((Words)maddubs(weights_, (SignedBytes)pairs) ^ 0x8000,
+                                  broadcast<Words>(257));
     }
 
     Bytes weights_;
@@ -45,11 +47,11 @@ private:
 
 void blend(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes, std::uint32_t weight) {
     std::int64_t i = 0;
-#if defined(__SSE2__) || defined(__wasm_simd128__)
+#if defined(VIREO_SIMD_COMPLETE)
     const BlendedBytes blended(weight);
     constexpr auto lanes = static_cast<std::int64_t>(sizeof(Bytes));
     for (; i + lanes <= bytes; i += lanes) {
-        storeBytes(destination + i, blended(loadBytes(source + i), loadBytes(destination + i)));
+        store(destination + i, blended(load<Bytes>(source + i), load<Bytes>(destination + i)));
     }
 #endif
     for (; i < bytes; ++i) destination[i] = blendedByte(source[i], destination[i], weight);
@@ -112,23 +114,6 @@ void joinColumns(const ColumnSums& columns, Width across, ColumnSums& boxes, std
 template <std::int32_t width>
 using Known = std::integral_constant<std::int32_t, width>;
 
-#if defined(__AVX512BW__)
-constexpr int vectorBytes = 64;
-#elif defined(__AVX2__)
-constexpr int vectorBytes = 32;
-#else
-constexpr int vectorBytes = 16;
-#endif
-typedef std::uint16_t Words __attribute__((vector_size(vectorBytes)));
-typedef std::uint32_t Pixels __attribute__((vector_size(vectorBytes)));
-constexpr int vectorPixels = vectorBytes / 4;
-
-Words loadWords(const std::uint8_t* bytes) {
-    Words words;
-    std::memcpy(&words, bytes, sizeof words);
-    return words;
-}
-
 /// Each pixel of two registers in a row added to its neighbour, for the pixels of one register.
 template <int... i>
 Words addedNeighbours(Words first, Words second, std::integer_sequence<int, i...>) {
@@ -139,22 +124,21 @@ Words addedNeighbours(Words first, Words second, std::integer_sequence<int, i...
 /// The means of boxes of 2 x 2 pixels, as many as fill whole registers. Returns how many.
 std::int64_t quarterMeans(const std::uint8_t* source, std::ptrdiff_t rowBytes, std::uint8_t* destination,
                           std::int64_t count) {
-    constexpr std::make_integer_sequence<int, vectorPixels> all;
     std::int64_t x = 0;
     for (; x + vectorPixels <= count; x += vectorPixels) {
-        const auto load = [&](int row, int half) {
-            return loadWords(source + row * rowBytes + 8 * x + half * vectorBytes);
+        const auto at = [&](int row, int half) {
+            return load<Words>(source + row * rowBytes + 8 * x + half * vectorBytes);
         };
-        const Words rows[2][2] = {{load(0, 0), load(0, 1)}, {load(1, 0), load(1, 1)}};
+        const Words rows[2][2] = {{at(0, 0), at(0, 1)}, {at(1, 0), at(1, 1)}};
         Words even[2];
         Words odd[2];
         for (int half = 0; half < 2; ++half) {
             even[half] = (rows[0][half] & 0xFF) + (rows[1][half] & 0xFF);
             odd[half] = (rows[0][half] >> 8) + (rows[1][half] >> 8);
         }
-        const Words means = (addedNeighbours(even[0], even[1], all) + 2) >> 2 |
-                            (addedNeighbours(odd[0], odd[1], all) + 2) >> 2 << 8;
-        std::memcpy(destination + 4 * x, &means, sizeof means);
+        const Words means = (addedNeighbours(even[0], even[1], lanesOf<Pixels>) + 2) >> 2 |
+                            (addedNeighbours(odd[0], odd[1], lanesOf<Pixels>) + 2) >> 2 << 8;
+        store(destination + 4 * x, means);
     }
     return x;
 }
@@ -205,14 +189,12 @@ void sumDown(const std::uint8_t* source, std::ptrdiff_t rowBytes, const RunWeigh
 }
 
 /// The four channels of a pixel; compilers do not find these loops' width by themselves.
-using Floats = float __attribute__((vector_size(16)));
-using Doubles = double __attribute__((vector_size(32)));
-using Integers = std::int32_t __attribute__((vector_size(16)));
+using FourFloats = Vector<float, 16>;
+using FourDoubles = Vector<double, 32>;
+using FourInts = Vector<std::int32_t, 16>;
 
-void add(Doubles& sum, const float* channels, double weight) {
-    Floats values;
-    std::memcpy(&values, channels, sizeof values);
-    sum += __builtin_convertvector(values, Doubles) * weight;
+void add(FourDoubles& sum, const float* channels, double weight) {
+    sum += __builtin_convertvector(load<FourFloats>(channels), FourDoubles) * weight;
 }
 
 constexpr std::int64_t meanBlock = 64;
@@ -228,12 +210,11 @@ void meanAcross(const float* sums, const PixelRun* runs, double rowsTotal, std::
         for (std::int64_t x = 0; x < pixels; ++x) {
             const PixelRun& run = runs[x];
             const float* from = sums + 4 * std::ptrdiff_t{run.first};
-            Doubles sum = Doubles{} + run.total * rowsTotal / 2;
+            FourDoubles sum = FourDoubles{} + run.total * rowsTotal / 2;
             add(sum, from, run.weights.head);
             for (std::int32_t i = 1; i < run.weights.count - 1; ++i) add(sum, from + 4 * i, run.weights.body);
             if (run.weights.count > 1) add(sum, from + 4 * (run.weights.count - 1), run.weights.tail);
-            const Integers mean = __builtin_convertvector(sum * (run.reciprocal * rowsReciprocal), Integers);
-            std::memcpy(means + 4 * x, &mean, sizeof mean);
+            store(means + 4 * x, __builtin_convertvector(sum * (run.reciprocal * rowsReciprocal), FourInts));
         }
         for (std::int64_t i = 0; i < 4 * pixels; ++i) destination[i] = static_cast<std::uint8_t>(means[i]);
         runs += pixels;

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/line_kernels.h"
 
-#include "host/pixkit/pixel_lanes.h"
+#include "simd/floats.h"
+#include "simd/gather.h"
+#include "simd/ints.h"
+#include "simd/words.h"
 
 #include <cstring>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
+
+using namespace simd;
 
 /// Walks the destination's pixels: the source pixel before the current one, and how far beyond it that lies.
 struct LineWalk {
@@ -23,7 +28,7 @@ struct LineWalk {
     }
 };
 
-#if defined(VIREO_X86_KERNELS) || defined(__wasm_simd128__)
+#if defined(VIREO_SIMD_COMPLETE)
 
 /// A whole number m divided by the unit is m * reciprocal truncated: the reciprocal is rounded up, and the
 /// products of m < 256 * 2^14 err by less than what parts a quotient from the next whole number.
@@ -37,80 +42,83 @@ float reciprocalAbove(std::uint32_t unit) {
     return above;
 }
 
-template <class Lanes>
+/// As many pixels at a time as fill `bytes`.
+template <int bytes>
 class Interpolation {
 public:
-    using Integers = typename Lanes::Integers;
+    using Lanes = Vector<std::int32_t, bytes>;
+    using Source = Vector<std::uint32_t, bytes>;
+    static constexpr int pixels = bytes / 4;
 
     explicit Interpolation(const LinePosition& position)
-        : unit_(Lanes::all(static_cast<std::int32_t>(position.unit))),
-          half_(Lanes::all(static_cast<std::int32_t>(position.unit / 2))),
-          reciprocal_(Lanes::all(reciprocalAbove(position.unit))) {
-        std::int32_t offsets[Lanes::pixels];
-        for (int i = 0; i < Lanes::pixels; ++i) offsets[i] = i * static_cast<std::int32_t>(position.advance);
-        offsets_ = Lanes::load(offsets);
+        : unit_(broadcast<Lanes>(static_cast<std::int32_t>(position.unit))),
+          half_(broadcast<Lanes>(static_cast<std::int32_t>(position.unit / 2))),
+          reciprocal_(broadcast<Vector<float, bytes>>(reciprocalAbove(position.unit))) {
+        std::int32_t offsets[pixels];
+        for (int i = 0; i < pixels; ++i) offsets[i] = i * static_cast<std::int32_t>(position.advance);
+        offsets_ = load<Lanes>(offsets);
     }
 
     /// For pixels from `phase` on: which source pixel lies before each, and its own phase.
-    void place(std::uint32_t phase, Integers& indices, Integers& phases) const {
-        const Integers places = Lanes::add(offsets_, Lanes::all(static_cast<std::int32_t>(phase)));
+    void place(std::uint32_t phase, Lanes& indices, Lanes& phases) const {
+        const Lanes places = offsets_ + static_cast<std::int32_t>(phase);
         indices = quotient(places);
-        phases = Lanes::subtract(places, Lanes::sumOfProducts(indices, unit_));
+        phases = places - madd((Halves)indices, (Halves)unit_);
     }
 
-    Integers between(Integers before, Integers after, Integers phases) const {
-        const Integers weights = Lanes::add(Lanes::upperHalves(phases), Lanes::subtract(unit_, phases));
-        const Integers none = Lanes::all(0);
-        const Integers low = Lanes::low(before, after);
-        const Integers high = Lanes::high(before, after);
-        return Lanes::toBytes(Lanes::toShorts(pixel<0>(Lanes::low(low, none), weights),
-                                              pixel<1>(Lanes::high(low, none), weights)),
-                              Lanes::toShorts(pixel<2>(Lanes::low(high, none), weights),
-                                              pixel<3>(Lanes::high(high, none), weights)));
+    Source between(Source before, Source after, Lanes phases) const {
+        const Lanes weights = (phases << 16) + (unit_ - phases);
+        const auto low = unpacklo((Octets)before, (Octets)after);
+        const auto high = unpackhi((Octets)before, (Octets)after);
+        const Octets none{};
+        return (Source)packus(
+            packs(pixel<0>(unpacklo(low, none), weights), pixel<1>(unpackhi(low, none), weights)),
+            packs(pixel<2>(unpacklo(high, none), weights), pixel<3>(unpackhi(high, none), weights)));
     }
 
 private:
-    Integers quotient(Integers v) const {
-        return Lanes::truncate(Lanes::multiply(Lanes::toFloat(v), reciprocal_));
-    }
+    using Halves = Vector<std::int16_t, bytes>;
+    using Octets = Vector<std::uint8_t, bytes>;
+
+    Lanes quotient(Lanes dividends) const { return toInts(toFloats(dividends) * reciprocal_); }
 
     template <int lane>
-    Integers pixel(Integers pairs, Integers weights) const {
-        const Integers sums = Lanes::sumOfProducts(pairs, Lanes::template repeat<lane>(weights));
-        return quotient(Lanes::add(sums, half_));
+    Lanes pixel(Octets pairs, Lanes weights) const {
+        return quotient(madd((Halves)pairs, (Halves)repeat<lane>(weights)) + half_);
     }
 
-    Integers unit_;
-    Integers half_;
-    Integers offsets_;
-    typename Lanes::Floats reciprocal_;
+    Lanes unit_;
+    Lanes half_;
+    Lanes offsets_;
+    Vector<float, bytes> reciprocal_;
 };
 
 /// Pixels anywhere in memory.
-template <class Lanes>
+template <int bytes>
 void growScattered(LineWalk walk, std::int64_t step, const DestinationLine& destination,
                    const LinePosition& position) {
-    const Interpolation<Lanes> interpolation(position);
-    const std::uint32_t advance = Lanes::pixels * position.advance;
+    using Line = Interpolation<bytes>;
+    const Line interpolation(position);
+    const std::uint32_t advance = Line::pixels * position.advance;
     const std::int64_t wholePixels = advance / position.unit;
     const std::uint32_t rest = advance % position.unit;
     std::uint8_t* to = destination.pixels;
-    for (std::int64_t left = destination.count; left > 0; left -= Lanes::pixels) {
-        typename Lanes::Integers indices;
-        typename Lanes::Integers phases;
+    for (std::int64_t left = destination.count; left > 0; left -= Line::pixels) {
+        typename Line::Lanes indices;
+        typename Line::Lanes phases;
         interpolation.place(walk.phase, indices, phases);
-        std::int32_t index[Lanes::pixels];
-        Lanes::store(index, indices);
-        const std::uint8_t* before[Lanes::pixels];
-        const std::uint8_t* after[Lanes::pixels];
-        for (int i = 0; i < Lanes::pixels; ++i) {
+        std::int32_t index[Line::pixels];
+        store(index, indices);
+        const std::uint8_t* before[Line::pixels];
+        const std::uint8_t* after[Line::pixels];
+        for (int i = 0; i < Line::pixels; ++i) {
             // Lanes past the end repeat the first pixel.
             before[i] = walk.source + (i < left ? index[i] : 0) * step;
             after[i] = before[i] + step;
         }
-        std::uint32_t result[Lanes::pixels];
-        Lanes::store(result, interpolation.between(Lanes::gather(before), Lanes::gather(after), phases));
-        for (int i = 0; i < Lanes::pixels && i < left; ++i, to += destination.step) {
+        std::uint32_t result[Line::pixels];
+        store(result, interpolation.between(gather<bytes>(before), gather<bytes>(after), phases));
+        for (int i = 0; i < Line::pixels && i < left; ++i, to += destination.step) {
             std::memcpy(to, &result[i], 4);
         }
         walk.advance(wholePixels, rest, step, position.unit);
@@ -119,21 +127,21 @@ void growScattered(LineWalk walk, std::int64_t step, const DestinationLine& dest
 
 #if defined(__AVX2__)
 /// Neighbours in memory: the pixels before a register's are among as many neighbours, since the line grows.
-template <class Lanes>
 void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosition& position) {
-    const Interpolation<Lanes> interpolation(position);
-    const std::uint32_t advance = Lanes::pixels * position.advance;
+    const Interpolation<vectorBytes> interpolation(position);
+    constexpr int pixels = laneCount<Pixels>;
+    const std::uint32_t advance = pixels * position.advance;
     const std::int64_t wholePixels = advance / position.unit;
     const std::uint32_t rest = advance % position.unit;
-    while (destination.count >= Lanes::pixels && walk.sourceLeft > Lanes::pixels) {
-        typename Lanes::Integers indices;
-        typename Lanes::Integers phases;
+    while (destination.count >= pixels && walk.sourceLeft > pixels) {
+        Ints indices;
+        Ints phases;
         interpolation.place(walk.phase, indices, phases);
-        const auto before = Lanes::pick(Lanes::load(walk.source), indices);
-        const auto after = Lanes::pick(Lanes::load(walk.source + 4), indices);
-        Lanes::store(destination.pixels, interpolation.between(before, after, phases));
-        destination.pixels += 4 * Lanes::pixels;
-        destination.count -= Lanes::pixels;
+        const Pixels before = permute(load<Pixels>(walk.source), indices);
+        const Pixels after = permute(load<Pixels>(walk.source + 4), indices);
+        store(destination.pixels, interpolation.between(before, after, phases));
+        destination.pixels += 4 * pixels;
+        destination.count -= pixels;
         walk.advance(wholePixels, rest, 4, position.unit);
     }
 }
@@ -142,15 +150,11 @@ void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosi
 void grow(const SourceLine& source, const DestinationLine& destination, const LinePosition& position) {
     LineWalk walk{source.pixels, source.count, position.phase};
     DestinationLine rest = destination;
-#if defined(__AVX512BW__)
-    if (source.step == 4 && destination.step == 4) growNeighbours<Lanes16>(walk, rest, position);
-#elif defined(__AVX2__)
-    if (source.step == 4 && destination.step == 4) growNeighbours<Lanes8>(walk, rest, position);
-#endif
 #if defined(__AVX2__)
-    growScattered<Lanes8>(walk, source.step, rest, position);
+    if (source.step == 4 && destination.step == 4) growNeighbours(walk, rest, position);
+    growScattered<32>(walk, source.step, rest, position);
 #else
-    growScattered<Lanes4>(walk, source.step, rest, position);
+    growScattered<16>(walk, source.step, rest, position);
 #endif
 }
 

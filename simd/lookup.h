@@ -1,25 +1,42 @@
 // SPDX-License-Identifier: MIT
-// Bytes of 4-byte pixels through a table of 256 for each of the first three. Only for kernel files.
-#ifndef VIREO_HOST_FXKIT_BYTE_TABLES_H
-#define VIREO_HOST_FXKIT_BYTE_TABLES_H
+// Bytes through tables of 256.
+#ifndef VIREO_SIMD_LOOKUP_H
+#define VIREO_SIMD_LOOKUP_H
 
-#include <cstdint>
-#include <cstring>
+#include "simd/bytes.h"
 
-#if defined(__AVX2__)
-#include <immintrin.h>
+namespace simd {
+inline namespace VIREO_KERNEL_NAMESPACE {
+
+/// Each byte becomes its entry in a table. Where bytes can be permuted over 64 lanes the table stays in four
+/// registers, several times as fast as a load for each byte.
+inline void lookup(const std::uint8_t* table, std::uint8_t* bytes, std::int64_t count) {
+    std::int64_t i = 0;
+#if defined(__AVX512VBMI__)
+    Bytes quarters[4];
+    std::memcpy(quarters, table, sizeof quarters);
+    for (; i + 64 <= count; i += 64) {
+        const auto index = load<Bytes>(bytes + i);
+        // A shuffle of two vectors takes its indices modulo 128.
+        const auto shuffled = [&](const Bytes& first, const Bytes& second) {
+            return (Bytes)_mm512_permutex2var_epi8((__m512i)first, (__m512i)index, (__m512i)second);
+        };
+        const Bytes low = shuffled(quarters[0], quarters[1]);
+        const Bytes high = shuffled(quarters[2], quarters[3]);
+        store(bytes + i, index < 128 ? low : high);
+    }
 #endif
-
-namespace VIREO_KERNEL_NAMESPACE {
-namespace {
+    for (; i < count; ++i) bytes[i] = table[bytes[i]];
+}
 
 #if defined(__AVX512VBMI__)
 
-/// The tables lie in twelve registers. One instruction looks up the bytes of one table and one value of the
-/// highest bit; it leaves the others as they are for the next.
-class ByteTables {
+/// Rows of 4-byte pixels through a table for each of the first three bytes. The tables lie in twelve
+/// registers. One instruction looks up the bytes of one table and one value of the highest bit; it leaves the
+/// others as they are for the next.
+class PixelTables {
 public:
-    explicit ByteTables(const std::uint8_t* const tables[3]) {
+    explicit PixelTables(const std::uint8_t* const tables[3]) {
         for (int i = 0; i < 3; ++i) {
             for (int quarter = 0; quarter < 4; ++quarter) {
                 quarters_[i][quarter] = _mm512_loadu_si512(tables[i] + 64 * quarter);
@@ -54,17 +71,14 @@ private:
 
 #elif defined(__AVX2__)
 
-/// Sixteen registers hold a table, each the bytes of one upper half of the value. The lower half looks a byte
-/// up in each, and the bits of the upper half choose between them.
-class ByteTables {
+/// Rows of 4-byte pixels through a table for each of the first three bytes. Sixteen registers hold a table,
+/// each the bytes of one upper half of the value. The lower half looks a byte up in each, and the bits of the
+/// upper half choose between them.
+class PixelTables {
 public:
-    explicit ByteTables(const std::uint8_t* const tables[3]) {
+    explicit PixelTables(const std::uint8_t* const tables[3]) {
         for (int i = 0; i < 3; ++i) {
-            for (int part = 0; part < 16; ++part) {
-                const __m128i bytes =
-                    _mm_loadu_si128(reinterpret_cast<const __m128i*>(tables[i] + 16 * part));
-                parts_[i][part] = _mm256_broadcastsi128_si256(bytes);
-            }
+            for (int part = 0; part < 16; ++part) parts_[i][part] = twice(tables[i] + 16 * part);
         }
     }
 
@@ -83,62 +97,64 @@ private:
     static constexpr std::int64_t blockPixels = 32;
 
     struct Four {
-        __m256i v[4];
+        Bytes v[4];
     };
+
+    static Bytes twice(const std::uint8_t* bytes) {
+        return (Bytes)_mm256_broadcastsi128_si256((__m128i)load<Vector<std::uint8_t, 16> >(bytes));
+    }
 
     /// The rows of a square of four by four 32-bit values in each half of the registers become its columns.
     static Four transposed(const Four& rows) {
-        const __m256i low01 = _mm256_unpacklo_epi32(rows.v[0], rows.v[1]);
-        const __m256i high01 = _mm256_unpackhi_epi32(rows.v[0], rows.v[1]);
-        const __m256i low23 = _mm256_unpacklo_epi32(rows.v[2], rows.v[3]);
-        const __m256i high23 = _mm256_unpackhi_epi32(rows.v[2], rows.v[3]);
-        return {{_mm256_unpacklo_epi64(low01, low23), _mm256_unpackhi_epi64(low01, low23),
-                 _mm256_unpacklo_epi64(high01, high23), _mm256_unpackhi_epi64(high01, high23)}};
+        using Pairs = Vector<std::uint64_t>;
+        const auto row = [&](int i) { return (Pixels)rows.v[i]; };
+        const auto low01 = (Pairs)unpacklo(row(0), row(1));
+        const auto high01 = (Pairs)unpackhi(row(0), row(1));
+        const auto low23 = (Pairs)unpacklo(row(2), row(3));
+        const auto high23 = (Pairs)unpackhi(row(2), row(3));
+        return {{(Bytes)unpacklo(low01, low23), (Bytes)unpackhi(low01, low23),
+                 (Bytes)unpacklo(high01, high23), (Bytes)unpackhi(high01, high23)}};
     }
 
     /// The same of the bytes of four pixels: from pixels to channels, and back.
-    static __m256i regrouped(__m256i pixels) {
-        return _mm256_shuffle_epi8(pixels, _mm256_broadcastsi128_si256(_mm_setr_epi8(
-                                               0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)));
+    static Bytes regrouped(Bytes pixels) {
+        static constexpr std::uint8_t places[] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+        return shuffle(pixels, twice(places));
     }
 
     void block(const std::uint8_t* source, std::uint8_t* destination) const {
         Four pixels;
-        for (int i = 0; i < 4; ++i) {
-            pixels.v[i] = regrouped(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + 32 * i)));
-        }
+        for (int i = 0; i < 4; ++i) pixels.v[i] = regrouped(load<Bytes>(source + 32 * i));
         Four channels = transposed(pixels);
-        const __m256i lowerHalf = _mm256_set1_epi8(0x0F);
         for (int i = 0; i < 3; ++i) {
-            channels.v[i] = found<4>(parts_[i], channels.v[i], _mm256_and_si256(channels.v[i], lowerHalf));
+            channels.v[i] = found<4>(parts_[i], channels.v[i], channels.v[i] & 0x0F);
         }
         pixels = transposed(channels);
-        for (int i = 0; i < 4; ++i) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(destination + 32 * i), regrouped(pixels.v[i]));
-        }
+        for (int i = 0; i < 4; ++i) store(destination + 32 * i, regrouped(pixels.v[i]));
     }
 
     /// Among 2^bits registers; bit 3 + bits of the values chooses the half.
     template <int bits>
-    static __m256i found(const __m256i* parts, __m256i values, __m256i lowerHalves) {
+    static Bytes found(const Bytes* parts, Bytes values, Bytes lowerHalves) {
         if constexpr (bits == 0) {
-            return _mm256_shuffle_epi8(*parts, lowerHalves);
+            return shuffle(*parts, lowerHalves);
         } else {
-            return _mm256_blendv_epi8(found<bits - 1>(parts, values, lowerHalves),
-                                      found<bits - 1>(parts + (1 << (bits - 1)), values, lowerHalves),
-                                      _mm256_slli_epi16(values, 4 - bits));
+            return blend(found<bits - 1>(parts, values, lowerHalves),
+                         found<bits - 1>(parts + (1 << (bits - 1)), values, lowerHalves),
+                         (Bytes)((Words)values << (4 - bits)));
         }
     }
 
-    __m256i parts_[3][16];
+    Bytes parts_[3][16];
 };
 
 #else
 
-/// The tables hold their bytes where a pixel has them, so that three look-ups are joined without shifts.
-class ByteTables {
+/// Rows of 4-byte pixels through a table for each of the first three bytes. The tables hold their bytes where
+/// a pixel has them, so that three look-ups are joined without shifts.
+class PixelTables {
 public:
-    explicit ByteTables(const std::uint8_t* const tables[3]) {
+    explicit PixelTables(const std::uint8_t* const tables[3]) {
         for (int i = 0; i < 3; ++i) {
             for (int value = 0; value < 256; ++value) {
                 placed_[i][value] = std::uint32_t{tables[i][value]} << 8 * i;
@@ -174,7 +190,7 @@ private:
 
 #endif
 
-}  // namespace
 }  // namespace VIREO_KERNEL_NAMESPACE
+}  // namespace simd
 
 #endif

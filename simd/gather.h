@@ -14,24 +14,21 @@ template <int bytes = vectorBytes>
 Vector<std::uint32_t, bytes> gather(const std::uint8_t* const* addresses) {
     if constexpr (bytes == 16) {
         using Four = Vector<std::uint32_t, 16>;
+#if defined(__SSE2__)
+        const auto pair = [addresses](int i) {
+            return _mm_unpacklo_epi32(_mm_loadu_si32(addresses[i]), _mm_loadu_si32(addresses[i + 1]));
+        };
+        return (Four)_mm_unpacklo_epi64(pair(0), pair(2));
+#else
         const auto one = [addresses](int i) {
             std::uint32_t pixel;
             std::memcpy(&pixel, addresses[i], sizeof pixel);
             return pixel;
         };
-#if defined(__SSE2__)
-        using Two = Vector<std::uint64_t, 16>;
-        const auto pair = [one](int i) { return (Two)unpacklo(Four{one(i)}, Four{one(i + 1)}); };
-        return (Four)unpacklo(pair(0), pair(2));
-#else
         return Four{one(0), one(1), one(2), one(3)};
 #endif
     } else {
-        constexpr auto joined = []<int... i>(auto low, auto high, std::integer_sequence<int, i...>) {
-            return __builtin_shufflevector(low, high, i...);
-        };
-        return joined(gather<bytes / 2>(addresses), gather<bytes / 2>(addresses + bytes / 8),
-                      std::make_integer_sequence<int, bytes / 4>());
+        return join(gather<bytes / 2>(addresses), gather<bytes / 2>(addresses + bytes / 8));
     }
 }
 

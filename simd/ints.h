@@ -86,10 +86,7 @@ inline Ints loadExtended(const std::int16_t* address) {
 }
 
 #if defined(__AVX2__) && !defined(__AVX512BW__)
-inline Vector<std::int16_t, 16> narrowed(Ints lanes) {
-    const __m128i low = _mm256_castsi256_si128((__m256i)lanes);
-    return (Vector<std::int16_t, 16>)_mm_packs_epi32(low, _mm256_extracti128_si256((__m256i)lanes, 1));
-}
+inline Vector<std::int16_t, 16> narrowed(Ints lanes) { return packs(lowerHalf(lanes), upperHalf(lanes)); }
 #endif
 
 /// The way back. Values fit the narrower type.

@@ -78,7 +78,7 @@ class PixelTables {
 public:
     explicit PixelTables(const std::uint8_t* const tables[3]) {
         for (int i = 0; i < 3; ++i) {
-            for (int part = 0; part < 16; ++part) parts_[i][part] = twice(tables[i] + 16 * part);
+            for (int part = 0; part < 16; ++part) parts_[i][part] = loadTwice(tables[i] + 16 * part);
         }
     }
 
@@ -100,10 +100,6 @@ private:
         Bytes v[4];
     };
 
-    static Bytes twice(const std::uint8_t* bytes) {
-        return (Bytes)_mm256_broadcastsi128_si256((__m128i)load<Vector<std::uint8_t, 16> >(bytes));
-    }
-
     /// The rows of a square of four by four 32-bit values in each half of the registers become its columns.
     static Four transposed(const Four& rows) {
         using Pairs = Vector<std::uint64_t>;
@@ -119,7 +115,7 @@ private:
     /// The same of the bytes of four pixels: from pixels to channels, and back.
     static Bytes regrouped(Bytes pixels) {
         static constexpr std::uint8_t places[] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
-        return shuffle(pixels, twice(places));
+        return shuffle(pixels, loadTwice(places));
     }
 
     void block(const std::uint8_t* source, std::uint8_t* destination) const {

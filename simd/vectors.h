@@ -119,6 +119,32 @@ V broadcast(LaneOf<V> value) {
     return value - V{};
 }
 
+#if defined(__AVX2__)
+
+/// Two vectors of 16 bytes as one, and its parts.
+template <class V>
+Vector<LaneOf<V>, 32> join(V low, V high) {
+    return (Vector<LaneOf<V>, 32>)_mm256_set_m128i((__m128i)high, (__m128i)low);
+}
+
+template <class V>
+Vector<LaneOf<V>, 16> lowerHalf(V vector) {
+    return (Vector<LaneOf<V>, 16>)_mm256_castsi256_si128((__m256i)vector);
+}
+
+template <class V>
+Vector<LaneOf<V>, 16> upperHalf(V vector) {
+    return (Vector<LaneOf<V>, 16>)_mm256_extracti128_si256((__m256i)vector, 1);
+}
+
+/// 16 bytes twice.
+inline Vector<std::uint8_t, 32> loadTwice(const std::uint8_t* address) {
+    return (Vector<std::uint8_t, 32>)_mm256_broadcastsi128_si256(
+        (__m128i)load<Vector<std::uint8_t, 16>>(address));
+}
+
+#endif
+
 // The next three work within every 16 bytes.
 
 template <class V, int... i>

@@ -37,16 +37,7 @@ set(VIREO_NO_UNDEFINED -Wl,--no-undefined)
 if(VIREO_SANITIZERS)
   # A sanitizer's functions may be the program's.
   set(VIREO_NO_UNDEFINED "")
-  add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  # Lines are enough for their reports.
+  add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=${VIREO_SANITIZERS})
 endif()
-
-# Header-only libraries come from the machine's packages through a folder of links: a cross compiler must never see
-# the machine's own include folder.
-set(VIREO_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
-foreach(library CLI nlohmann)
-  file(MAKE_DIRECTORY ${VIREO_HEADER_ONLY_DIR})
-  file(CREATE_LINK /usr/include/${library} ${VIREO_HEADER_ONLY_DIR}/${library} SYMBOLIC)
-endforeach()
-add_library(vireo_header_only INTERFACE)
-target_include_directories(vireo_header_only SYSTEM INTERFACE ${VIREO_HEADER_ONLY_DIR})

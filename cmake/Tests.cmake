@@ -1,8 +1,15 @@
 # SPDX-License-Identifier: MIT
-set(INSTALL_GTEST OFF)
-set(gtest_disable_pthreads OFF)
-set(CMAKE_COMPILE_WARNING_AS_ERROR OFF)
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+# GoogleTest as the system has it built; other compilers and sanitizers build it from its sources.
+set(VIREO_GOOGLETEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest's sources")
+if(NOT CMAKE_CROSSCOMPILING AND NOT VIREO_SANITIZERS)
+  find_package(GTest CONFIG QUIET)
+endif()
+if(NOT TARGET GTest::gmock_main)
+  set(INSTALL_GTEST OFF)
+  set(gtest_disable_pthreads OFF)
+  set(CMAKE_COMPILE_WARNING_AS_ERROR OFF)
+  add_subdirectory(${VIREO_GOOGLETEST_SOURCES} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+endif()
 
 # vireo_test(NAME FILE...): a GoogleTest program that ctest runs whole, under Wine in the Windows build.
 function(vireo_test name)

@@ -4,6 +4,8 @@
 #include "simd/bytes.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -48,101 +50,126 @@ float luma(float blue, float green, float red) {
     return green + 0.114F * (blue - green) + 0.299F * (red - green);
 }
 
-/// A colour above alpha counts as alpha: the quotient would be limited.
-std::uint16_t divided(std::uint16_t color, std::uint16_t alpha) {
-    const std::uint32_t dividend = std::uint32_t{std::min(color, alpha)} * 65535 + alpha / 2U;
-    return static_cast<std::uint16_t>(dividend / std::max<std::uint32_t>(alpha, 1));
+/// Samples of 8 or 16 bits, in words that hold a whole pixel. A colour above alpha counts as alpha: the
+/// quotient would be limited. The three colours share one division: half a step above the dividend the
+/// product is further from a whole number than it is rounded, in floats for bytes and in doubles for words.
+std::uint32_t divided(std::uint32_t color, std::uint32_t alpha) {
+    const std::uint32_t dividend = std::min(color, alpha) * 255 + alpha / 2;
+    const float reciprocal = 1 / static_cast<float>(static_cast<std::int32_t>(std::max(alpha, 1U)));
+    const float quotient = (static_cast<float>(static_cast<std::int32_t>(dividend)) + 0.5F) * reciprocal;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(quotient));
+}
+
+std::uint64_t divided(std::uint64_t color, std::uint64_t alpha) {
+    // Signed numbers of 32 bits become doubles many at a time; the dividend fits in them less half their
+    // range.
+    constexpr std::uint32_t half = 0x80000000;
+    const auto narrowColor = static_cast<std::uint32_t>(color),
+               narrowAlpha = static_cast<std::uint32_t>(alpha);
+    const std::uint32_t dividend = std::min(narrowColor, narrowAlpha) * 65535 + narrowAlpha / 2;
+    const double reciprocal = 1 / static_cast<double>(static_cast<std::int32_t>(std::max(narrowAlpha, 1U)));
+    const double quotient =
+        (static_cast<double>(static_cast<std::int32_t>(dividend - half)) + (half + 0.5)) * reciprocal;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(quotient));
+}
+
+/// Divisions by 255 and 65535, rounded down, are sums and shifts.
+template <class Word>
+Word multiplied(Word color, Word alpha) {
+    constexpr int bits = 2 * sizeof(Word);
+    const Word product = color * alpha + ((Word{1} << (bits - 1)) - 1);
+    return (product + 1 + (product >> bits)) >> bits;
 }
 
 float divided(float color, float alpha) { return alpha > 0 ? color / alpha : 0; }
-
-/// Bytes, in wider lanes, of which floats are divided many at a time. Both numbers fit exactly, and a
-/// quotient below a whole number is further from it than it is rounded.
-std::uint32_t dividedByte(std::uint32_t color, std::uint32_t alpha) {
-    const std::uint32_t dividend = std::min(color, alpha) * 255 + alpha / 2;
-    const auto divisor = static_cast<std::int32_t>(std::max(alpha, 1U));
-    return static_cast<std::uint32_t>(static_cast<std::int32_t>(
-        static_cast<float>(static_cast<std::int32_t>(dividend)) / static_cast<float>(divisor)));
-}
-
-/// Divisions by 65535 and 255, rounded down, are sums and shifts.
-std::uint16_t multiplied(std::uint16_t color, std::uint16_t alpha) {
-    const std::uint32_t product = std::uint32_t{color} * alpha + 32767;
-    return static_cast<std::uint16_t>((product + 1 + (product >> 16)) >> 16);
-}
-
 float multiplied(float color, float alpha) { return color * alpha; }
-
-std::uint32_t multipliedByte(std::uint32_t color, std::uint32_t alpha) {
-    const std::uint32_t product = color * alpha + 127;
-    return (product + 1 + (product >> 8)) >> 8;
-}
 
 #if defined(__AVX2__)
 
-/// Which byte of a pixel comes to a place; 0x80 for none.
-template <PixelLayout layout, bool isIn>
-constexpr std::uint32_t shuffleOfPixel() {
+/// Where the bytes of a 128-bit lane come from, and which of them are set. Between BGRA and a layout a lane
+/// holds as many pixels as fill it with BGRA.
+struct LaneShuffle {
+    std::array<std::uint8_t, 16> from;
+    std::array<std::uint8_t, 16> set;
+};
+
+template <PixelLayout layout, class Sample, bool isIn>
+constexpr LaneShuffle laneShuffle() {
     constexpr Order order = orderOf(layout);
     constexpr int places[] = {order.blue, order.green, order.red, order.alpha};
-    std::uint32_t shuffle = 0;
-    for (int i = 0; i < 4; ++i) {
-        const int from = isIn ? places[i] : i, to = isIn ? i : places[i];
-        const bool isNone = i == 3 && !order.hasAlpha;
-        shuffle |= static_cast<std::uint32_t>(isNone ? 0x80 : from) << (8 * to);
+    constexpr std::uint8_t none = 0x80;
+    LaneShuffle lane{};
+    lane.from.fill(none);
+    for (int bgra = 0; bgra < 16; ++bgra) {
+        const int size = sizeof(Sample), pixel = bgra / (4 * size), sample = bgra / size % 4;
+        const int given = (pixel * samplesOf(layout) + places[sample]) * size + bgra % size;
+        const bool isOpaque = sample == 3 && !order.hasAlpha;
+        if (isIn || places[sample] >= 0) {
+            const auto to = static_cast<std::size_t>(isIn ? bgra : given);
+            if (isOpaque) {
+                lane.set[to] = 0xFF;
+            } else {
+                lane.from[to] = static_cast<std::uint8_t>(isIn ? given : bgra);
+            }
+        }
     }
-    return shuffle;
+    return lane;
 }
 
-/// Moves the bytes of as many pixels as fill registers and returns their number.
-template <PixelLayout layout, bool isIn>
-std::ptrdiff_t shuffleBytes(const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t width) {
-    constexpr Order order = orderOf(layout);
-    constexpr std::uint32_t full = order.hasAlpha ? 0 : 0xFFU << (8 * (isIn ? 3 : order.alpha));
-    // Wider registers and more of them at a time move memory no faster.
-    constexpr int pixels = 8;
-    using Lanes = Vector<std::uint32_t, 4 * pixels>;
-    using LaneBytes = Vector<std::uint8_t, 4 * pixels>;
-    constexpr Lanes places{0, 0x04040404, 0x08080808, 0x0C0C0C0C, 0, 0x04040404, 0x08080808, 0x0C0C0C0C};
-    const auto indices = (LaneBytes)(places + shuffleOfPixel<layout, isIn>());
+/// Moves the samples of as many pixels as fill registers and returns their number.
+template <PixelLayout layout, class Sample, bool isIn>
+std::ptrdiff_t shuffleSamples(const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t width) {
+    static constexpr LaneShuffle lane = laneShuffle<layout, Sample, isIn>();
+    constexpr std::ptrdiff_t lanePixels = 4 / sizeof(Sample);
+    constexpr std::ptrdiff_t layoutBytes = lanePixels * samplesOf(layout) * std::ptrdiff_t{sizeof(Sample)};
+    constexpr std::ptrdiff_t fromBytes = isIn ? layoutBytes : 16, toBytes = isIn ? 16 : layoutBytes;
+    // Of layouts without a fourth sample a lane reaches into the next pixels.
+    constexpr std::ptrdiff_t pixelsBehind = layoutBytes == 16 ? 0 : lanePixels / 2;
+
+    using Lane = Vector<std::uint8_t, 16>;
+    const auto places = loadTwice(lane.from.data());
+    const auto set = loadTwice(lane.set.data());
     std::ptrdiff_t x = 0;
-    for (; x + pixels <= width; x += pixels) {
-        const auto moved = (Lanes)shuffle(load<LaneBytes>(from + 4 * x), indices);
-        store(to + 4 * x, moved | full);
+    // Wider registers and more of them at a time move memory no faster.
+    for (; x + 2 * lanePixels + pixelsBehind <= width; x += 2 * lanePixels) {
+        const auto samples = join(load<Lane>(from), load<Lane>(from + fromBytes));
+        const auto moved = shuffle(samples, places) | set;
+        store(to, lowerHalf(moved));
+        store(to + toBytes, upperHalf(moved));
+        from += 2 * fromBytes;
+        to += 2 * toBytes;
     }
     return x;
 }
 
 #endif
 
-/// Four bytes change places, and are multiplied or divided, as parts of a word, which the compiler does for
-/// many pixels at a time.
-template <PixelLayout layout, bool isIn, bool premultiplied>
+/// The four samples of a pixel change places, and are multiplied or divided, as parts of a word, which the
+/// compiler does for many pixels at a time.
+template <PixelLayout layout, class Word, bool isIn, bool premultiplied>
 void convertWords(const void* source, void* destination, std::ptrdiff_t width) {
     constexpr Order order = orderOf(layout);
-    constexpr std::uint32_t opaque = order.hasAlpha ? 0 : 0xFF;
+    constexpr int bits = 2 * sizeof(Word);
+    constexpr Word mask = (Word{1} << bits) - 1;
+    constexpr Word opaque = order.hasAlpha ? 0 : mask;
+    constexpr int alphaAt = isIn ? order.alpha : 3;
     const auto* from = static_cast<const std::uint8_t*>(source);
     auto* to = static_cast<std::uint8_t*>(destination);
-    std::ptrdiff_t begin = 0;
-#if defined(__AVX2__)
-    if constexpr (!premultiplied) begin = shuffleBytes<layout, isIn>(from, to, width);
-#endif
-    for (std::ptrdiff_t x = begin; x < width; ++x) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, from + 4 * x, 4);
-        const std::uint32_t alpha = pixel >> (8 * (isIn ? order.alpha : 3)) & 0xFF;
-        const auto part = [pixel, alpha](int at, int wanted, std::uint32_t orWith) {
-            std::uint32_t sample = pixel >> (8 * at) & 0xFF;
-            if (premultiplied && at != (isIn ? order.alpha : 3)) {
-                sample = isIn ? dividedByte(sample, alpha) : multipliedByte(sample, alpha);
-            }
-            return (sample | orWith) << (8 * wanted);
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+        Word pixel;
+        std::memcpy(&pixel, from + x * std::ptrdiff_t{sizeof pixel}, sizeof pixel);
+        const Word alpha = pixel >> (bits * alphaAt) & mask;
+        const auto part = [pixel, alpha](int at, int wanted, Word orWith) {
+            Word sample = pixel >> (bits * at) & mask;
+            if (premultiplied && at != alphaAt)
+                sample = isIn ? divided(sample, alpha) : multiplied(sample, alpha);
+            return (sample | orWith) << (bits * wanted);
         };
         pixel = isIn ? part(order.blue, 0, 0) | part(order.green, 1, 0) | part(order.red, 2, 0) |
                            part(order.alpha, 3, opaque)
                      : part(0, order.blue, 0) | part(1, order.green, 0) | part(2, order.red, 0) |
                            part(3, order.alpha, opaque);
-        std::memcpy(to + 4 * x, &pixel, 4);
+        std::memcpy(to + x * std::ptrdiff_t{sizeof pixel}, &pixel, sizeof pixel);
     }
 }
 
@@ -222,11 +249,24 @@ void convertOut(const void* bgra, void* destination, std::ptrdiff_t width) {
 }
 
 template <PixelLayout layout, class Sample, bool isIn>
-void convert(bool premultiplied, const void* from, void* to, std::ptrdiff_t width) {
+void convert(bool premultiplied, const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t width) {
     constexpr bool hasAlpha = orderOf(layout).hasAlpha;
-    if constexpr (sizeof(Sample) == 1 && samplesOf(layout) == 4) {
-        premultiplied&& hasAlpha ? convertWords<layout, isIn, true>(from, to, width)
-                                 : convertWords<layout, isIn, false>(from, to, width);
+#if defined(__AVX2__)
+    if constexpr (sizeof(Sample) <= 2 && layout != PixelLayout::Grey) {
+        if (!premultiplied || !hasAlpha) {
+            constexpr std::ptrdiff_t layoutBytes = samplesOf(layout) * std::ptrdiff_t{sizeof(Sample)};
+            constexpr std::ptrdiff_t bgraBytes = 4 * sizeof(Sample);
+            const std::ptrdiff_t moved = shuffleSamples<layout, Sample, isIn>(from, to, width);
+            from += moved * (isIn ? layoutBytes : bgraBytes);
+            to += moved * (isIn ? bgraBytes : layoutBytes);
+            width -= moved;
+        }
+    }
+#endif
+    if constexpr (sizeof(Sample) <= 2 && samplesOf(layout) == 4) {
+        using Word = std::conditional_t<sizeof(Sample) == 1, std::uint32_t, std::uint64_t>;
+        premultiplied&& hasAlpha ? convertWords<layout, Word, isIn, true>(from, to, width)
+                                 : convertWords<layout, Word, isIn, false>(from, to, width);
     } else if constexpr (sizeof(Sample) == 1 && layout == PixelLayout::Grey) {
         isIn ? greyToWords(from, to, width) : wordsToGrey(from, to, width);
     } else if constexpr (isIn) {
@@ -239,8 +279,10 @@ void convert(bool premultiplied, const void* from, void* to, std::ptrdiff_t widt
 }
 
 template <class Sample, bool isIn>
-void convert(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) {
+void convert(const PixelFormat& format, const void* source, void* destination, std::ptrdiff_t width) {
     const bool premultiplied = format.premultiplied;
+    const auto* from = static_cast<const std::uint8_t*>(source);
+    auto* to = static_cast<std::uint8_t*>(destination);
     switch (format.layout) {
         using enum PixelLayout;
         case Bgra: return convert<Bgra, Sample, isIn>(premultiplied, from, to, width);

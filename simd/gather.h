@@ -57,10 +57,10 @@ PixelPairs separated(Pixels first, Pixels second, std::integer_sequence<int, i..
 /// The pixel at each byte offset from `base`, and the one beside it.
 inline PixelPairs gatherPairs(const std::uint8_t* base, Ints offsets) {
     constexpr int half = laneCount<Ints> / 2;
+    using Half = std::make_integer_sequence<int, half>;
     std::int32_t each[2 * half];
     store(each, offsets);
-    constexpr std::make_integer_sequence<int, half> halfLanes;
-    return separated(pairsAt(base, each, halfLanes), pairsAt(base, each + half, halfLanes), lanesOf<Pixels>);
+    return separated(pairsAt(base, each, Half()), pairsAt(base, each + half, Half()), lanesOf<Pixels>);
 }
 
 }  // namespace VIREO_KERNEL_NAMESPACE

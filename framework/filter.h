@@ -9,7 +9,9 @@
 #include "framework/settings.h"
 #include "framework/utility_services.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <type_traits>

@@ -8,8 +8,6 @@
 #include "framework/row_copy_kernels.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace HorizontalHold {
 namespace {

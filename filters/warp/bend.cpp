@@ -19,6 +19,7 @@ namespace {
 constexpr AxisSettings initialAxis{Backward, Sine, 15, 4, 50};
 
 constexpr int waveCount = 4;
+constexpr int firstWaveId = 4000;  // Of the tables' resources, in the order of the waves.
 constexpr int waveLength = 4000;
 constexpr int waveHeight = 32000;
 
@@ -38,7 +39,7 @@ const WaveTable* waveTable(std::uint16_t wave) {
             for (int i = 0; i < waveCount; ++i) {
                 std::size_t size = 0;
                 const void* bytes =
-                    LoadModuleResource(u"LOOKUP", static_cast<std::uint16_t>(4000 + i), &size);
+                    LoadModuleResource(u"LOOKUP", static_cast<std::uint16_t>(firstWaveId + i), &size);
                 found[i] = bytes != nullptr && size >= sizeof tables[i];
                 if (found[i]) std::memcpy(&tables[i], bytes, sizeof tables[i]);
                 if (bytes != nullptr) ReleaseModuleResource(bytes);

@@ -8,7 +8,6 @@
 #include "host/fxkit/fxkit.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace CameraBlur {
 namespace {

@@ -8,7 +8,6 @@
 #include "framework/registration_order.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace Extract {
 namespace {

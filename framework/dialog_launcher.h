@@ -20,6 +20,13 @@ using DialogProcedure = std::intptr_t(void* window, unsigned message, std::uintp
 /// What RunLocalisedDialog answers where no template could be loaded, and wherever there are no windows.
 inline constexpr std::int64_t noDialog = -1;
 
+/// What Setup leaves in the work record for the dialog, which makes its own record of it.
+template <class Settings>
+struct DialogStart {
+    FilterInvocation** invocation;
+    Settings settings;
+};
+
 /// Runs a dialog modally from the template in the host's language, else from the base template, and returns
 /// what its procedure ended it with. The procedure gets `param` with WM_INITDIALOG.
 std::int64_t RunLocalisedDialog(std::uint16_t baseId, void* owner, DialogProcedure* dialogProc, void* param);

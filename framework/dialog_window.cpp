@@ -92,8 +92,8 @@ std::optional<int> numberIn(HWND dialog, int id) {
     return isNumber && number <= most ? std::optional(static_cast<int>(number)) : std::nullopt;
 }
 
-void centerOverHost(HWND dialog, const FilterInvocation& invocation) {
-    center_wnd_higher(dialog, invocation.hostCallbacks->window->getMainWindow.get()());
+void centerOverHost(HWND dialog) {
+    center_wnd_higher(dialog, invocationOf(dialog).hostCallbacks->window->getMainWindow.get()());
 }
 
 void attachWorkRecord(HWND dialog, MemoryHandle record) { SetPropW(dialog, workRecordProperty, record); }
@@ -104,9 +104,8 @@ MemoryHandle workRecordOf(HWND dialog) {
 
 void cancelDialog(HWND dialog) { SendMessageW(dialog, WM_CLOSE, IDCANCEL, 1); }
 
-void endDialog(HWND dialog, const FilterInvocation& invocation, LPARAM lParam) {
+void releaseWorkRecord(HWND dialog, const FilterInvocation& invocation) {
     const MemoryHandle record = workRecordOf(dialog);
     RemovePropW(dialog, workRecordProperty);
-    if (record != nullptr) invocation.hostCallbacks->memory->disposeHandle.get()(record);
-    EndDialog(dialog, static_cast<std::int16_t>(LOWORD(lParam)));
+    invocation.hostCallbacks->memory->disposeHandle.get()(record);
 }

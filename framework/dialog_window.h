@@ -4,12 +4,15 @@
 #define VIREO_FRAMEWORK_DIALOG_WINDOW_H
 
 #include "framework/dialog_geometry.h"
+#include "framework/dialog_launcher.h"
 #include "framework/settings.h"
 #include "host/win32.h"
 
 #include "host/mtkcore/localizer.h"
 #include "host/vrm/filter_invocation.h"
 
+#include <memory>
+#include <new>
 #include <optional>
 #include <span>
 #include <string>
@@ -141,27 +144,79 @@ HICON loadMarker(std::uint16_t id);
 /// The whole number in an edit field; empty where it is none or below 0.
 std::optional<int> numberIn(HWND dialog, int id);
 
-/// Over the host's main window.
-void centerOverHost(HWND dialog, const FilterInvocation& invocation);
+/// What every dialog's record begins with.
+struct DialogHead {
+    FilterInvocation** invocation;
+};
 
-/// Keeps the work record on the window. MemoryHandle of the dialog's own record, or null before and after.
-void attachWorkRecord(HWND dialog, MemoryHandle record);
+/// The work record while its dialog is open.
+template <class DialogModel>
+struct DialogRecord : DialogHead {
+    template <class Settings>
+    explicit DialogRecord(const DialogStart<Settings>& start)
+        : DialogHead{start.invocation}, model(start.settings) {}
+
+    DialogModel model;
+};
+
+/// The handle that the window holds; null before the dialog is initialised and after it has ended.
 MemoryHandle workRecordOf(HWND dialog);
 
-/// What OK does: stores the settings, in a handle of `handleSize` bytes where there is none, and closes the
-/// dialog.
+template <class Record>
+Record& recordOf(HWND dialog) {
+    return *static_cast<Record*>(*workRecordOf(dialog));
+}
+
+inline FilterInvocation& invocationOf(HWND dialog) { return **recordOf<DialogHead>(dialog).invocation; }
+
+/// Over the host's main window.
+void centerOverHost(HWND dialog);
+
+/// What OK does: stores the settings, in a new handle where there is none, and closes the dialog.
 template <class Settings>
-void acceptSettings(HWND dialog, int commandId, FilterInvocation& invocation, std::size_t handleSize,
-                    const Settings& settings) {
-    if (ensureSettingsHandle(invocation, handleSize)) writeSettings(invocation.settingsHandle, settings);
+void acceptSettings(HWND dialog, int commandId, const Settings& settings) {
+    FilterInvocation& invocation = invocationOf(dialog);
+    if (ensureSettingsHandle(invocation, sizeof settings)) writeSettings(invocation.settingsHandle, settings);
     SendMessageW(dialog, WM_CLOSE, static_cast<WPARAM>(commandId), 0);
 }
 
 /// What Cancel does: closes the dialog and stores nothing.
 void cancelDialog(HWND dialog);
 
-/// What WM_CLOSE ends with: releases the record, takes the property off and ends the dialog with the low word
-/// of lParam, sign-extended.
-void endDialog(HWND dialog, const FilterInvocation& invocation, LPARAM lParam);
+/// Keeps the work record on the window.
+void attachWorkRecord(HWND dialog, MemoryHandle record);
+
+/// Takes the record off the window and gives it back to the host.
+void releaseWorkRecord(HWND dialog, const FilterInvocation& invocation);
+
+/// What a dialog does at its messages. `handle` gets those between initialisation and WM_CLOSE and tells
+/// whether it has answered one.
+struct DialogHandlers {
+    void (*initialise)(HWND dialog);
+    bool (*handle)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+};
+
+/// The procedure of a dialog whose record is made from what Setup left. WM_CLOSE ends it with the low word of
+/// lParam, sign-extended.
+template <class Settings, class Record>
+std::intptr_t answerMessage(const DialogHandlers& handlers, void* window, unsigned message,
+                            std::uintptr_t wParam, std::intptr_t lParam) {
+    const auto dialog = static_cast<HWND>(window);
+    if (message == WM_INITDIALOG) {
+        const auto handle = reinterpret_cast<MemoryHandle>(lParam);
+        const auto start = *static_cast<const DialogStart<Settings>*>(*handle);
+        new (*handle) Record(start);
+        attachWorkRecord(dialog, handle);
+        handlers.initialise(dialog);
+        return TRUE;
+    }
+    if (workRecordOf(dialog) == nullptr) return FALSE;
+    if (message != WM_CLOSE) return handlers.handle(dialog, message, wParam, lParam) ? TRUE : FALSE;
+    const FilterInvocation& invocation = invocationOf(dialog);
+    std::destroy_at(&recordOf<Record>(dialog));
+    releaseWorkRecord(dialog, invocation);
+    EndDialog(dialog, static_cast<std::int16_t>(LOWORD(lParam)));
+    return TRUE;
+}
 
 #endif

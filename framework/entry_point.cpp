@@ -13,7 +13,6 @@
 namespace {
 
 std::vector<FilterEntryRecord> entries;
-std::uint32_t hostLanguage = 0;
 
 class VireoFilterRegistry final : public VSK::PluginRegistry {
 public:
@@ -22,14 +21,15 @@ public:
     }
 };
 
-std::int32_t initialise(const MetaPluginInitialiseRecord& record) {
-    hostLanguage = record.hostLanguage;
-    setResourceLanguage(hostLanguage);
+/// The two editions of the application that offer every filter.
+constexpr bool isFullApplication(std::int32_t type) { return type == 5 || type == 8; }
 
+/// The record tells the host's language, which nothing here depends on.
+std::int32_t initialise() {
     VireoFilterRegistry registry;
-#define VIREO_REGISTER_FILTER(id, filter) filter::Register(registry, id);
+#define VIREO_REGISTER_FILTER(filter) filter::Register(registry);
     VIREO_FILTERS_FOR_ALL(VIREO_REGISTER_FILTER)
-    if (VRM::GetApplicationType() == 5 || VRM::GetApplicationType() == 8) {
+    if (isFullApplication(VRM::GetApplicationType())) {
         VIREO_FILTERS_FOR_FULL_APPLICATIONS(VIREO_REGISTER_FILTER)
     }
 #undef VIREO_REGISTER_FILTER
@@ -91,7 +91,7 @@ VIREO_MODULE_EXPORT std::int32_t VRMetaPlugin(std::int32_t selector, void* recor
         return MetaPluginUnknownSelector;
     if (record == nullptr) return MetaPluginBadArgument;
     switch (selector) {
-        case MetaPluginInitialise: return initialise(*static_cast<MetaPluginInitialiseRecord*>(record));
+        case MetaPluginInitialise: return initialise();
         case MetaPluginCount: return count(*static_cast<MetaPluginCountRecord*>(record));
         case MetaPluginEntryInformation:
             return entryInformation(*static_cast<MetaPluginEntryRecord*>(record));

@@ -20,21 +20,14 @@ const auto dialogType = u"#5";
 #endif
 
 const QRB::ObjectPtr<QRB::Module> module = QRB::Module::Create(ownModule());
-std::uint32_t resourceLanguage = 0;
 
 }  // namespace
 
 QRB::ObjectPtr<QRB::Module> moduleObject() { return module; }
 
-void setResourceLanguage(std::uint32_t language) { resourceLanguage = language; }
-
 const void* LoadModuleResource(const char16_t* typeName, std::uint16_t id, std::size_t* outSize) {
     const auto loaded = moduleObject();
     return loaded ? loaded->LoadResource(typeName, id, outSize) : nullptr;
-}
-
-const void* LoadModuleResourceForLanguage(const char16_t* typeName, std::uint16_t id, std::size_t* outSize) {
-    return LoadModuleResource(typeName, id, outSize);
 }
 
 void ReleaseModuleResource(const void* bytes) {

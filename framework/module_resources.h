@@ -11,14 +11,8 @@
 /// The module object; empty while the library is not loaded.
 QRB::ObjectPtr<QRB::Module> moduleObject();
 
-/// The language that the host passed at initialise; kept for hosts that look at it, read by nothing else.
-void setResourceLanguage(std::uint32_t language);
-
 /// A resource's bytes and their number, or null. Hand them back with ReleaseModuleResource.
 const void* LoadModuleResource(const char16_t* typeName, std::uint16_t id, std::size_t* outSize);
-
-/// The same; the languages of a list's texts are the localiser's business.
-const void* LoadModuleResourceForLanguage(const char16_t* typeName, std::uint16_t id, std::size_t* outSize);
 
 /// The bytes of a dialog template, or null.
 const void* LoadDialogTemplate(std::uint16_t id);

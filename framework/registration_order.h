@@ -5,39 +5,39 @@
 
 #include "framework/registry.h"
 
-/// F(id, namespace of the filter)
+/// F(namespace of the filter)
 // clang-format off
 #define VIREO_FILTERS_FOR_ALL(F) \
-    F(10001, AlphaGlow) \
-    F(10002, Antialias) \
-    F(10004, Bend) \
-    F(10006, BlackWhite) \
-    F(10011, CameraView) \
-    F(10013, ColorBalance) \
-    F(10015, ColorPass) \
-    F(10016, ColorReplace) \
-    F(10020, EdgeFeather) \
-    F(10022, Extract) \
-    F(10026, GammaCorrection) \
-    F(10029, Ghosting) \
-    F(10030, HorizontalFlip) \
-    F(10031, HorizontalHold) \
-    F(10034, LensDistortion) \
-    F(10042, Replicate) \
-    F(10049, Solarize) \
-    F(10052, VerticalFlip) \
-    F(10053, VerticalHold)
+    F(AlphaGlow) \
+    F(Antialias) \
+    F(Bend) \
+    F(BlackWhite) \
+    F(CameraView) \
+    F(ColorBalance) \
+    F(ColorPass) \
+    F(ColorReplace) \
+    F(EdgeFeather) \
+    F(Extract) \
+    F(GammaCorrection) \
+    F(Ghosting) \
+    F(HorizontalFlip) \
+    F(HorizontalHold) \
+    F(LensDistortion) \
+    F(Replicate) \
+    F(Solarize) \
+    F(VerticalFlip) \
+    F(VerticalHold)
 
-/// Only applications of type 5 or 8 get these.
+/// Only applications of the full types get these.
 #define VIREO_FILTERS_FOR_FULL_APPLICATIONS(F) \
-    F(10017, ConvolutionKernel) \
-    F(10035, Levels) \
-    F(10010, CameraBlur)
+    F(ConvolutionKernel) \
+    F(Levels) \
+    F(CameraBlur)
 // clang-format on
 
-#define VIREO_DECLARE_FILTER(id, filter)                         \
-    namespace filter {                                           \
-    void Register(VSK::PluginRegistry& registry, std::uint32_t); \
+#define VIREO_DECLARE_FILTER(filter)              \
+    namespace filter {                            \
+    void Register(VSK::PluginRegistry& registry); \
     }
 VIREO_FILTERS_FOR_ALL(VIREO_DECLARE_FILTER)
 VIREO_FILTERS_FOR_FULL_APPLICATIONS(VIREO_DECLARE_FILTER)

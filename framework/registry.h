@@ -18,9 +18,6 @@ struct FilterEntryRecord {
 
 inline constexpr std::uint32_t videoFilterKind = 6;
 
-/// What filters answer to FilterSelectorGetFilterFlags.
-inline constexpr std::int32_t filterFlags = 3;
-
 namespace VSK {
 
 /// Where a filter's register function announces it.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Settings records in the host's memory handles, and what every filter with settings does at InitSettings.
+// Settings records in the host's memory handles.
 #ifndef VIREO_FRAMEWORK_SETTINGS_H
 #define VIREO_FRAMEWORK_SETTINGS_H
 
@@ -52,8 +52,6 @@ Settings settingsOr(const FilterInvocation& invocation, const Settings& otherwis
 /// A handle of the host's, released at the end of its scope.
 class WorkRecord {
 public:
-    WorkRecord(const FilterInvocation& invocation, std::size_t size)
-        : WorkRecord(invocation, invocation.hostCallbacks->memory->newHandle, size) {}
     WorkRecord(const FilterInvocation& invocation, NewHandleFunction* allocate, std::size_t size)
         : memory_(invocation.hostCallbacks->memory), handle_(allocate(size)) {}
     WorkRecord(const WorkRecord&) = delete;
@@ -83,31 +81,6 @@ inline bool ensureSettingsHandle(FilterInvocation& invocation, std::size_t size)
         invocation.settingsHandle = invocation.hostCallbacks->memory->newHandle.get()(size);
     }
     return invocation.settingsHandle != nullptr;
-}
-
-/// How large the host sees a filter's records, in bytes.
-struct RecordSizes {
-    std::size_t workRecord;
-    std::size_t settings;
-    bool workRecordIsContext = false;  ///< The work record comes from newContextHandle.
-};
-
-inline WorkRecord newWorkRecord(const FilterInvocation& invocation, const RecordSizes& sizes) {
-    const MemoryFunctions& memory = *invocation.hostCallbacks->memory.get();
-    const auto allocate = sizes.workRecordIsContext ? memory.newContextHandle : memory.newHandle;
-    return WorkRecord(invocation, allocate.get(), sizes.workRecord);
-}
-
-/// InitSettings of the filters that keep what is stored: settings that exist are written back as they are, a
-/// new handle takes `initial`. The work record is what hosts have always seen allocated first. Without memory
-/// the settings stay as they were. Result 1.
-template <class Settings>
-std::int32_t initSettings(FilterInvocation& invocation, const RecordSizes& sizes, const Settings& initial) {
-    const WorkRecord workRecord = newWorkRecord(invocation, sizes);
-    if (!workRecord) return 1;
-    const Settings settings = settingsOr(invocation, initial);
-    if (ensureSettingsHandle(invocation, sizes.settings)) writeSettings(invocation.settingsHandle, settings);
-    return 1;
 }
 
 #endif

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copies the frame and fades its alpha toward the four edges. The bands meet along the diagonals.
 #include "filters/basic/edge_feather_kernels.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <array>
 
@@ -15,9 +15,6 @@ struct Settings {
 };
 
 constexpr Settings initialSettings{4};
-
-// An instance that never had settings renders with another value than a fresh one stores.
-constexpr Settings settingsWithoutHandle{10};
 
 constexpr int widestBand = 32767 * 4 / 3;
 
@@ -127,14 +124,14 @@ bool fieldMode(const FilterInvocation& invocation) {
     return halfWidth != halfHeight;
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
     FrameRect sourceBounds;
     vpixGetBounds(invocation.sourceFrame, &sourceBounds);
     const FrameView destination = frameThroughPixKit(invocation.destFrame);
     vpixCopy(invocation.sourceFrame, invocation.destFrame, &sourceBounds, &destination.bounds,
              VPixCopyReplaceColumns);
 
-    const int amount = settingsOr(invocation, settingsWithoutHandle).amount;
+    const int amount = settings.amount;
     if (amount <= 0) return 0;
     Feather feather(destination, Bands(amount, fieldMode(invocation)));
     feather.fadeTopAndBottom();
@@ -142,25 +139,17 @@ std::int32_t execute(const FilterInvocation& invocation) {
     return 0;
 }
 
-/// Stored settings are overwritten, unlike those of other filters.
-std::int32_t initialise(FilterInvocation& invocation) {
-    if (ensureSettingsHandle(invocation, sizeof(Settings))) {
-        writeSettings(invocation.settingsHandle, initialSettings);
-    }
-    return 1;
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return initialise(**invocation);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10020,
+    .initialSettings = initialSettings,
+    .settingsWithoutHandle = Settings{10},
+    // Unlike other filters this one starts anew.
+    .renewed = [](const Settings&) { return initialSettings; },
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10020); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace EdgeFeather

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Lays the current frame and one further back over an earlier one, so that moving objects leave trails.
+#include "framework/filter.h"
 #include "framework/registration_order.h"
 #include "host/pixkit/pixkit.h"
 
@@ -22,7 +23,7 @@ std::uint32_t earlier(std::uint32_t time, std::uint32_t step) {
     return static_cast<std::int32_t>(difference) < 0 ? 0 : difference;
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
+std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     FrameBuffer* const source = invocation.sourceFrame;
     FrameBuffer* const destination = invocation.destFrame;
     FrameRect bounds;
@@ -47,12 +48,10 @@ std::int32_t execute(const FilterInvocation& invocation) {
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    return selector == FilterSelectorExecute ? execute(**invocation) : 0;
-}
+constexpr FilterDeclaration<NoSettings> filter{.id = 10029, .render = render};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10029); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Ghosting

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Turns the frame upside down by copying whole rows in reverse order, all but the last row in memory: neither
 // is the source's read nor the destination's written. Old projects depend on the missing row.
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
 #include "framework/row_copy_kernels.h"
@@ -18,7 +19,7 @@ struct Geometry {
     std::int16_t rowBytes;
 };
 
-void render(const FrameView& source, const FrameView& destination, const Geometry& geometry) {
+void copyRows(const FrameView& source, const FrameView& destination, const Geometry& geometry) {
     const FrameExtent sourceExtent(source);
     const FrameExtent destinationExtent(destination);
     const std::int64_t rows = geometry.height - 1;
@@ -33,20 +34,18 @@ void render(const FrameView& source, const FrameView& destination, const Geometr
     }
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
+std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     const FrameView destination = frameThroughPixKit(invocation.destFrame);
-    render(
+    copyRows(
         frameOf(*invocation.sourceFrame), destination,
         {static_cast<std::int16_t>(destination.height()), static_cast<std::int16_t>(destination.rowBytes)});
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    return selector == FilterSelectorExecute ? execute(**invocation) : 0;
-}
+constexpr FilterDeclaration<NoSettings> filter{.id = 10052, .render = render};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10052); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace VerticalFlip

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Keeps the pixels near a colour and turns the others to grey, or the other way round.
 #include "filters/color/color_pass_kernels.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 namespace ColorPass {
 namespace {
@@ -19,10 +19,6 @@ struct Settings {
     }
 };
 
-constexpr RecordSizes recordSizes{.workRecord = 16, .settings = 8};
-
-constexpr Settings initialSettings{10, 0, 0x0000FF};
-
 const ColorPassKernels& kernels = colorPassKernelsTables.chosen();
 
 ColorPassSelection selectionOf(const Settings& settings) {
@@ -37,8 +33,8 @@ ColorPassSelection selectionOf(const Settings& settings) {
     return selection;
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    const ColorPassSelection selection = selectionOf(settingsOr(invocation, initialSettings));
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    const ColorPassSelection selection = selectionOf(settings);
     const FrameView source = frameThroughPixKit(invocation.sourceFrame);
     const std::int64_t stride = wholePixels(source.rowBytes);
     forEachRow(source, frameThroughPixKit(invocation.destFrame),
@@ -49,24 +45,15 @@ std::int32_t execute(const FilterInvocation& invocation) {
     return 0;
 }
 
-/// There is no dialog; hosts see the work record come and go.
-std::int32_t setup(const FilterInvocation& invocation) {
-    const WorkRecord workRecord(invocation, recordSizes.workRecord);
-    return 0;
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(**invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10015,
+    .initialSettings = {10, 0, 0x0000FF},
+    .workRecord = {.bytes = 16, .withoutDialog = true},
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10015); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace ColorPass

@@ -2,25 +2,15 @@
 // A television that loses horizontal hold: rows are rotated sideways, each further than the one before.
 #include "filters/color/horizontal_hold.h"
 
-#include "filters/color/horizontal_hold_dialog.h"
-#include "framework/dialog_launcher.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
 #include "framework/row_copy_kernels.h"
-#include "framework/settings.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace HorizontalHold {
 namespace {
-
-constexpr std::uint16_t dialogId = 1900;
-
-constexpr RecordSizes recordSizes{.workRecord = workRecordSize, .settings = sizeof(Settings)};
-
-constexpr Settings initialSettings{0, 0};
 
 const RowCopyKernels& kernels = rowCopyKernelsTables.chosen();
 
@@ -68,28 +58,19 @@ int rowMultiplier(std::uint16_t fieldFlags) {
     return halfHeight && (fieldFlags & FieldFlagHalfWidth) == 0 ? 2 : 1;
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    shiftRows(invocation.sourceFrame, invocation.destFrame, settingsOr(invocation, initialSettings),
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    shiftRows(invocation.sourceFrame, invocation.destFrame, settings,
               {invocation.frameTime, invocation.clipDuration}, rowMultiplier(invocation.fieldFlags));
     return 0;
 }
 
-std::int32_t setup(FilterInvocation** handle) {
-    WorkRecord workRecord(**handle, recordSizes.workRecord);
-    if (!workRecord) return static_cast<std::int32_t>(noDialog);
-    const WorkRecordFields fields{handle, {}, settingsOr(**handle, initialSettings)};
-    std::memcpy(*workRecord.get(), &fields, sizeof fields);
-    return static_cast<std::int32_t>(runSettingsDialog(**handle, dialogId, dialogProcedure, workRecord));
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10031,
+    .initialSettings = {0, 0},
+    .workRecord = {.bytes = workRecordBytes},
+    .render = render,
+    .dialog = {.templateId = 1900, .procedure = dialogProcedure},
+};
 
 }  // namespace
 
@@ -114,6 +95,6 @@ void shiftRows(FrameBuffer* sourceFrame, FrameBuffer* destinationFrame, const Se
     }
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10031); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace HorizontalHold

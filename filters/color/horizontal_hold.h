@@ -3,7 +3,7 @@
 #ifndef VIREO_FILTERS_COLOR_HORIZONTAL_HOLD_H
 #define VIREO_FILTERS_COLOR_HORIZONTAL_HOLD_H
 
-#include "host/vrm/filter_invocation.h"
+#include "framework/dialog_launcher.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,16 +18,8 @@ struct Settings {
 
 static_assert(sizeof(Settings) == 8);
 
-/// How large the host sees the record that the entry hands to the dialog.
-inline constexpr std::size_t workRecordSize = 48;
-
-struct WorkRecordFields {
-    FilterInvocation** invocation;
-    FrameRect preview;
-    Settings settings;
-};
-
-static_assert(sizeof(WorkRecordFields) <= workRecordSize);
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 48;
 
 /// Where in the clip a frame stands. A length of 0 counts as its begin.
 struct ClipPosition {
@@ -39,6 +31,9 @@ struct ClipPosition {
 /// `rowMultiplier` is 1, or 2 for frames of half height.
 void shiftRows(FrameBuffer* source, FrameBuffer* destination, const Settings& settings,
                const ClipPosition& position, int rowMultiplier);
+
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace HorizontalHold
 

@@ -3,31 +3,47 @@
 #ifndef VIREO_FILTERS_COLOR_HORIZONTAL_HOLD_DIALOG_MODEL_H
 #define VIREO_FILTERS_COLOR_HORIZONTAL_HOLD_DIALOG_MODEL_H
 
+#include "filters/color/horizontal_hold.h"
 #include "framework/dialog_geometry.h"
 
 #include <cstdint>
 
 namespace HorizontalHold {
 
-inline constexpr int largestPosition = 255;
-inline constexpr int middlePosition = 127;
+class DialogModel {
+public:
+    static constexpr int largestPosition = 255;
 
-// One step of the slider is an eighth of a pixel a row.
-inline constexpr int stepShift = 13;
+    explicit DialogModel(const Settings& settings) : settings_(settings) {}
 
-/// Where the slider stands for an offset in 16.16 pixels a row, before the slider limits it to its range.
-constexpr int positionOf(std::int32_t offset) {
-    const std::int64_t magnitude = offset < 0 ? -std::int64_t{offset} : offset;
-    const auto steps = static_cast<int>(magnitude >> stepShift);
-    return (offset < 0 ? -steps : steps) + middlePosition;
-}
+    const Settings& settings() const { return settings_; }
+    const Box& preview() const { return preview_; }
 
-constexpr std::int32_t offsetAt(int position) { return (position - middlePosition) * (1 << stepShift); }
+    /// The preview stands above the slider, in its middle.
+    void layOut(const Box& client, const Box& slider) {
+        preview_ = previewBetween(slider.left, slider.right, client.top, slider.top, 240, 180);
+    }
 
-/// Above the slider, in its middle.
-constexpr Box previewBox(const Box& client, const Box& slider) {
-    return previewBetween(slider.left, slider.right, client.top, slider.top, 240, 180);
-}
+    /// Where the slider stands, before it limits itself to its range.
+    int position() const {
+        const std::int64_t offset = settings_.offset;
+        const auto steps = static_cast<int>((offset < 0 ? -offset : offset) >> stepShift);
+        return (offset < 0 ? -steps : steps) + middlePosition;
+    }
+
+    /// Start and end become one value.
+    void slide(int position) {
+        const std::int32_t offset = (position - middlePosition) * (1 << stepShift);
+        settings_ = {offset, offset};
+    }
+
+private:
+    static constexpr int middlePosition = 127;
+    static constexpr int stepShift = 13;  ///< One step of the slider is an eighth of a pixel a row.
+
+    Settings settings_;
+    Box preview_;
+};
 
 }  // namespace HorizontalHold
 

@@ -3,20 +3,14 @@
 // a master group.
 #include "filters/color/levels.h"
 
-#include "filters/color/levels_dialog.h"
-#include "framework/dialog_launcher.h"
+#include "framework/filter.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace Levels {
 namespace {
-
-constexpr std::uint16_t dialogId = 2200;
-
-constexpr RecordSizes recordSizes{.workRecord = workRecordSize, .settings = sizeof(Settings)};
 
 RememberedServices services;
 
@@ -33,31 +27,13 @@ std::uint8_t truncatedToByte(double value) {
     return static_cast<std::uint8_t>(static_cast<std::int32_t>(value));
 }
 
-std::int32_t setup(FilterInvocation** handle) {
-    FilterInvocation& invocation = **handle;
-    WorkRecord workRecord(invocation, recordSizes.workRecord);
-    if (!workRecord) return static_cast<std::int32_t>(noDialog);
-    // Settings that did not exist are made here and stay zero until the dialog ends with OK.
-    const WorkRecordHead head{settingsOr(invocation, Settings{}), handle};
-    ensureSettingsHandle(invocation, recordSizes.settings);
-    std::memcpy(*workRecord.get(), &head, sizeof head);
-    return static_cast<std::int32_t>(runSettingsDialog(invocation, dialogId, dialogProcedure, workRecord));
-}
-
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation, settingsOr(invocation, Settings{}));
-    return 0;
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    services.remember(**invocation);
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, Settings{});
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10035,
+    .workRecord = {.bytes = workRecordBytes},
+    .services = &services,
+    .render = render,
+    .dialog = {.templateId = 2200, .procedure = dialogProcedure, .makesSettingsHandle = true},
+};
 
 }  // namespace
 
@@ -84,7 +60,7 @@ ChannelTable buildTable(const Channel& channel, const Channel& master) {
     return table;
 }
 
-void render(const FilterInvocation& invocation, const Settings& settings) {
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
     const ChannelTable red = buildTable(settings.red, settings.master);
     const ChannelTable green =
         settings.green == settings.red ? red : buildTable(settings.green, settings.master);
@@ -92,8 +68,9 @@ void render(const FilterInvocation& invocation, const Settings& settings) {
         settings.blue == settings.red ? red : buildTable(settings.blue, settings.master);
     applyChannelTables(services.get(), frameThroughPixKit(invocation.sourceFrame),
                        frameThroughPixKit(invocation.destFrame), red, green, blue);
+    return 0;
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10035); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Levels

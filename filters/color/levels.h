@@ -4,6 +4,7 @@
 #define VIREO_FILTERS_COLOR_LEVELS_H
 
 #include "framework/channel_tables.h"
+#include "framework/dialog_launcher.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,21 +31,18 @@ struct Settings {
 
 static_assert(sizeof(Settings) == 40);
 
-/// How large the host sees the record that the entry hands to the dialog. It begins with the settings and the
-/// invocation; the rest is the dialog's.
-inline constexpr std::size_t workRecordSize = 4424;
-
-struct WorkRecordHead {
-    Settings settings;
-    FilterInvocation** invocation;
-};
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 4424;
 
 /// The table that maps one colour channel, its own group composed with the master's. Any values are allowed.
 ChannelTable buildTable(const Channel& channel, const Channel& master);
 
 /// Maps the invocation's source frame into its destination frame. Does nothing while no invocation brought
-/// the host's services.
-void render(const FilterInvocation& invocation, const Settings& settings);
+/// the host's services. Result 0.
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings);
+
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Levels
 

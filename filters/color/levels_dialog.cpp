@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The window of Levels' settings dialog: histogram, two strips of markers, fields, files and a live preview.
-#include "filters/color/levels_dialog.h"
-
 #include "filters/color/levels_dialog_model.h"
 #include "filters/color/levels_file.h"
 #include "framework/dialog_numbers.h"
@@ -9,8 +7,6 @@
 #include "host/qrb/locale.h"
 
 #include <windowsx.h>
-
-#include <new>
 
 namespace Levels {
 namespace {
@@ -52,19 +48,10 @@ constexpr FieldControl fields[] = {{InputBlack, 1111, 1000},
                                    {OutputWhite, 1116, 1002},
                                    {Gamma, 1112, 1001}};
 
-/// The work record while its dialog is open.
-struct DialogRecord {
-    FilterInvocation** invocation;
-    DialogModel model;
-};
+using Record = DialogRecord<DialogModel>;
+static_assert(sizeof(Record) <= workRecordBytes);
 
-static_assert(sizeof(DialogRecord) <= workRecordSize);
-
-DialogRecord& recordOf(HWND dialog) { return *static_cast<DialogRecord*>(*workRecordOf(dialog)); }
-
-DialogModel& modelOf(HWND dialog) { return recordOf(dialog).model; }
-
-FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocation; }
+DialogModel& modelOf(HWND dialog) { return recordOf<Record>(dialog).model; }
 
 void* hostWindow(HWND dialog) { return invocationOf(dialog).hostCallbacks->window->getMainWindow.get()(); }
 
@@ -171,10 +158,7 @@ void save(HWND dialog) {
     LoadSaveLevelsFile(dialog, false, &settings, hostWindow(dialog));
 }
 
-void initialise(HWND dialog, MemoryHandle handle) {
-    const auto head = *static_cast<WorkRecordHead*>(*handle);
-    new (*handle) DialogRecord{head.invocation, DialogModel(head.settings)};
-    attachWorkRecord(dialog, handle);
+void initialise(HWND dialog) {
     DialogModel& model = modelOf(dialog);
 
     setLocalisedTitle(dialog, titleKey);
@@ -193,7 +177,7 @@ void initialise(HWND dialog, MemoryHandle handle) {
                  controlBox(dialog, groupId), clientBox(dialog));
     model.countPixels(frameThroughPixKit(invocationOf(dialog).sourceFrame));
     for (const FieldControl& field : fields) writeField(dialog, field);
-    centerOverHost(dialog, invocationOf(dialog));
+    centerOverHost(dialog);
 }
 
 void paint(HWND dialog) {
@@ -207,9 +191,7 @@ void paint(HWND dialog) {
     showPreview(dialog, context.get());
 }
 
-void accept(HWND dialog) {
-    acceptSettings(dialog, acceptId, invocationOf(dialog), sizeof(Settings), modelOf(dialog).settings());
-}
+void accept(HWND dialog) { acceptSettings(dialog, acceptId, modelOf(dialog).settings()); }
 
 void command(HWND dialog, int id, int notification) {
     switch (id) {
@@ -227,25 +209,22 @@ void command(HWND dialog, int id, int notification) {
     }
 }
 
+bool handle(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_PAINT: paint(dialog); return true;
+        case WM_LBUTTONDOWN: modelOf(dialog).press(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return true;
+        case WM_MOUSEMOVE:
+            if ((wParam & MK_LBUTTON) != 0) update(dialog, modelOf(dialog).drag(GET_X_LPARAM(lParam)));
+            return true;
+        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam)); return true;
+        default: return false;
+    }
+}
+
 }  // namespace
 
 std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-    const auto dialog = static_cast<HWND>(window);
-    if (message == WM_INITDIALOG) {
-        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
-        return TRUE;
-    }
-    if (workRecordOf(dialog) == nullptr) return FALSE;
-    switch (message) {
-        case WM_PAINT: paint(dialog); return TRUE;
-        case WM_LBUTTONDOWN: modelOf(dialog).press(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return TRUE;
-        case WM_MOUSEMOVE:
-            if ((wParam & MK_LBUTTON) != 0) update(dialog, modelOf(dialog).drag(GET_X_LPARAM(lParam)));
-            return TRUE;
-        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam)); return TRUE;
-        case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
-        default: return FALSE;
-    }
+    return answerMessage<Settings, Record>({initialise, handle}, window, message, wParam, lParam);
 }
 
 }  // namespace Levels

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Fills the frame with a grid of small copies of it.
+#include "framework/filter.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 #include "host/pixkit/pixkit.h"
 
 namespace Replicate {
@@ -10,10 +10,6 @@ namespace {
 struct Settings {
     std::int16_t count;
 };
-
-constexpr RecordSizes recordSizes{.workRecord = 32, .settings = sizeof(Settings)};
-
-constexpr Settings initialSettings{2};
 
 /// Cells are counted from 0, not from the bounds, with edges of 16 bits.
 FrameRect cell(const FrameRect& bounds, std::int64_t count, std::int64_t column, std::int64_t row) {
@@ -26,39 +22,35 @@ FrameRect cell(const FrameRect& bounds, std::int64_t count, std::int64_t column,
 }
 
 /// The first cell is the source scaled down, the others are copies of the first.
-void render(FrameBuffer* source, FrameBuffer* destination, int count) {
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    FrameBuffer* const destination = invocation.destFrame;
+    const int count = settings.count;
     FrameRect bounds;
     vpixGetBounds(destination, &bounds);
-    if (count <= 0) return;
+    if (count <= 0) return 0;
     const FrameRect first = cell(bounds, count, 0, 0);
     // Where the first cell holds nothing, so do all its copies, of which there may be a thousand millions.
-    if (first.right <= first.left || first.bottom <= first.top) return;
+    if (first.right <= first.left || first.bottom <= first.top) return 0;
 
-    vpixCopy(source, destination, &bounds, &first, VPixCopyReplace);
+    vpixCopy(invocation.sourceFrame, destination, &bounds, &first, VPixCopyReplace);
     for (int row = 0; row < count; ++row) {
         for (int column = row == 0 ? 1 : 0; column < count; ++column) {
             const FrameRect target = cell(bounds, count, column, row);
             vpixCopy(destination, destination, &first, &target, VPixCopyReplace);
         }
     }
-}
-
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation.sourceFrame, invocation.destFrame, settingsOr(invocation, initialSettings).count);
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10042,
+    .initialSettings = {2},
+    .workRecord = {.bytes = 32},
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10042); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Replicate

@@ -3,9 +3,10 @@
 // next row weighs most. Up and down are the rows before and after in memory.
 #include "filters/lens/antialias_average.h"
 #include "filters/lens/antialias_kernels.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
-#include "framework/pixel_formats.h"
 #include "framework/registration_order.h"
+#include "host/pixkit/pixel_formats.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,7 @@
 namespace Antialias {
 namespace {
 
-constexpr std::array<std::uint32_t, 2> pixelFormats{PixKit::formatVuya, PixKit::formatBgra};
+constexpr std::array<std::uint32_t, 2> formats{PixKit::formatVuya, PixKit::formatBgra};
 
 const AntialiasKernels& kernels = antialiasKernelsTables.chosen();
 
@@ -45,7 +46,9 @@ void averageRow(const std::uint8_t* up, const std::uint8_t* centre, const std::u
     setPixel(destination, last, halfway(halfway(start, pixelAt(up, last)), pixelAt(down, last)));
 }
 
-void render(const FrameView& source, const FrameView& destination) {
+std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
+    const FrameView source = frameOf(*invocation.sourceFrame);
+    const FrameView destination = frameOf(*invocation.destFrame);
     // Both frames are walked with the destination's geometry, of which only 16 bits count.
     const auto narrow = [](std::int64_t value) { return std::int64_t{static_cast<std::int16_t>(value)}; };
     const std::int64_t stride = narrow(destination.rowBytes / bytesPerPixel) * bytesPerPixel;
@@ -77,20 +80,17 @@ void render(const FrameView& source, const FrameView& destination) {
         averageRow(neighbour(y - 1, completed[0]), centre, neighbour(y + 1, completed[1]),
                    destination.pixels + y * stride, fitting);
     }
+    return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute:
-            render(frameOf(*(*invocation)->sourceFrame), frameOf(*(*invocation)->destFrame));
-            return 0;
-        case FilterSelectorGetPixelFormat: return namePixelFormat(**invocation, pixelFormats);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<NoSettings> filter{
+    .id = 10002,
+    .formats = {formats},
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10002); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Antialias

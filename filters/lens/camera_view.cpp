@@ -3,22 +3,15 @@
 // around the picture.
 #include "filters/lens/camera_view.h"
 
-#include "filters/lens/camera_view_dialog.h"
 #include "filters/lens/camera_view_kernels.h"
-#include "framework/dialog_launcher.h"
+#include "framework/filter.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 namespace CameraView {
 namespace {
-
-constexpr std::uint16_t dialogId = 1500;
-
-constexpr RecordSizes recordSizes{.workRecord = workRecordSize, .settings = settingsSize};
 
 constexpr double radiansPerDegree = 0.017453292519943295;
 
@@ -52,50 +45,31 @@ QuadMapping mappingOf(const FrameView& source, const Settings& settings, const L
     return solveQuadMapping(projected, corners);
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation.sourceFrame, invocation.destFrame, settingsOr(invocation, initialSettings),
-           lensSteps(invocation.fieldFlags));
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    project(invocation.sourceFrame, invocation.destFrame, settings, lensSteps(invocation.fieldFlags));
     return 0;
 }
 
-std::int32_t setup(FilterInvocation** handle) {
-    WorkRecord workRecord = newWorkRecord(**handle, recordSizes);
-    if (!workRecord) return static_cast<std::int32_t>(noDialog);
-    const Settings settings = settingsOr(**handle, initialSettings);
-    constexpr DialogState::Shown nothing{DialogState::nothingShown, DialogState::nothingShown};
-    const DialogState state{.shown = {nothing, nothing, nothing, nothing, nothing, nothing},
-                            .values = {settings.longitude, settings.latitude, settings.roll,
-                                       settings.focalLength, settings.distance, settings.zoom},
-                            .fillAlphaChannel = settings.fillAlphaChannel,
-                            .fillColor = settings.fillColor,
-                            .invocation = handle};
-    std::memcpy(*workRecord.get(), &state, sizeof state);
-    return static_cast<std::int32_t>(runSettingsDialog(**handle, dialogId, dialogProcedure, workRecord));
-}
-
-std::int32_t init(FilterInvocation& invocation) {
-    // Also where settings exist the reference rectangle starts anew: old projects depend on it.
-    Settings settings = settingsOr(invocation, initialSettings);
+/// Also where settings exist the reference rectangle starts anew: old projects depend on it.
+Settings renewed(const Settings& stored) {
+    Settings settings = stored;
     settings.referenceRect = previewSize;
-    const WorkRecord workRecord = newWorkRecord(invocation, recordSizes);
-    if (workRecord && ensureSettingsHandle(invocation, recordSizes.settings)) {
-        writeSettings(invocation.settingsHandle, settings);
-    }
-    return 1;
+    return settings;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(invocation);
-        case FilterSelectorInitSettings: return init(**invocation);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10011,
+    .initialSettings = initialSettings,
+    .renewed = renewed,
+    .workRecord = {.bytes = workRecordBytes},
+    .render = render,
+    .dialog = {.templateId = 1500, .procedure = dialogProcedure},
+};
 
 }  // namespace
 
-void render(FrameBuffer* source, FrameBuffer* destination, const Settings& settings, const LensSteps& steps) {
+void project(FrameBuffer* source, FrameBuffer* destination, const Settings& settings,
+             const LensSteps& steps) {
     const FrameView frame = frameThroughPixKit(source);
     if (frame.width() <= 0 || frame.height() <= 0) return;
     if (settings.referenceRect.left == settings.referenceRect.right) {
@@ -128,6 +102,6 @@ void render(FrameBuffer* source, FrameBuffer* destination, const Settings& setti
     });
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10011); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace CameraView

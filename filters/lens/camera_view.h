@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What Camera View's dialog shares with its render.
+// What Camera View's render shares with its dialog.
 #ifndef VIREO_FILTERS_LENS_CAMERA_VIEW_H
 #define VIREO_FILTERS_LENS_CAMERA_VIEW_H
 
 #include "filters/lens/sampler.h"
-#include "host/vrm/filter_invocation.h"
+#include "framework/dialog_launcher.h"
 
 #include <cstdint>
 
@@ -41,36 +41,15 @@ inline constexpr FrameRect previewSize{0, 0, 160, 120};
 
 inline constexpr Settings initialSettings{0, 0, 0, 500, 1, 100, 0x00FFFFFF, previewSize, 1};
 
-inline constexpr std::size_t settingsSize = 36;
-
-/// The work record that the entry hands to the dialog.
-struct DialogState {
-    static constexpr std::uint16_t nothingShown = 0x8001;
-
-    struct Shown {
-        std::uint16_t rendered;  ///< The value that the preview shows.
-        std::uint16_t written;   ///< The value that the edit box shows.
-    };
-
-    Shown shown[6];
-    std::int16_t values[6];  ///< Longitude, latitude, roll, focal length, distance, zoom.
-    std::uint16_t redraw;    ///< Not 0 renders the preview also where no value changed.
-    std::uint16_t fillAlphaChannel;
-    FrameRect sampleRect;
-    FrameRect swatchRect;
-    FrameRect previewRect;
-    std::uint32_t fillColor;
-    FilterInvocation** invocation;
-    std::uint16_t writing;  ///< Not 0 while the dialog writes its own edit boxes.
-};
-
-/// How large the host sees the work record.
-inline constexpr std::size_t workRecordSize = 112;
-static_assert(sizeof(DialogState) <= workRecordSize);
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 112;
 
 /// Shows the source as the camera sees it. Frames are expected to be of one size; what the destination has
 /// beyond the source stays as it was. Without memory for a copy of the source nothing is written.
-void render(FrameBuffer* source, FrameBuffer* destination, const Settings& settings, const LensSteps& steps);
+void project(FrameBuffer* source, FrameBuffer* destination, const Settings& settings, const LensSteps& steps);
+
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace CameraView
 

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The window of Camera View's settings dialog: six rows of slider and edit box, the fill, and a live preview.
-#include "filters/lens/camera_view_dialog.h"
-
 #include "filters/lens/camera_view_dialog_model.h"
 #include "framework/dialog_numbers.h"
 #include "framework/dialog_window.h"
@@ -43,11 +41,10 @@ constexpr LocalisedControl texts[] = {
     {fillAlphaId, "$$$/Strata/VireoFilters/CameraView/FillAlphaChannelDialogLabel=Fill Alpha Channel"},
 };
 
-DialogState& stateOf(HWND dialog) { return *static_cast<DialogState*>(*workRecordOf(dialog)); }
+using Record = DialogRecord<DialogModel>;
+static_assert(sizeof(Record) <= workRecordBytes);
 
-FilterInvocation& invocationOf(HWND dialog) { return **stateOf(dialog).invocation; }
-
-Box boxOf(const FrameRect& rect) { return {rect.left, rect.top, rect.right, rect.bottom}; }
+DialogModel& modelOf(HWND dialog) { return recordOf<Record>(dialog).model; }
 
 int editId(Row row) { return rows[row].sliderId + 1; }
 
@@ -65,22 +62,9 @@ Positions positionsOf(HWND dialog) {
     return positions;
 }
 
-/// Edit boxes report what the dialog itself writes as if it were typed; such reports are not acted on.
-class OwnWriting {
-public:
-    explicit OwnWriting(DialogState& state) : state_(state), before_(state.writing) { state.writing = 1; }
-    OwnWriting(const OwnWriting&) = delete;
-    OwnWriting& operator=(const OwnWriting&) = delete;
-    ~OwnWriting() { state_.writing = before_; }
-
-private:
-    DialogState& state_;
-    std::uint16_t before_;
-};
-
 void writeEdit(HWND dialog, Row row, int value) {
-    const OwnWriting writing(stateOf(dialog));
-    stateOf(dialog).shown[row].written = static_cast<std::uint16_t>(value);
+    const DialogModel::OwnWriting writing(modelOf(dialog));
+    modelOf(dialog).write(row, value);
     if (row == Zoom) {
         const std::u16string text = FormatDialogNumber(static_cast<float>(value * 0.01), true, 2);
         SetDlgItemTextW(dialog, editId(row), reinterpret_cast<const wchar_t*>(text.c_str()));
@@ -93,31 +77,30 @@ void writeEdits(HWND dialog) {
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const int position = positionOf(dialog, Row(row));
         const bool isLength = row == FocalLength || row == Distance;
-        if (isLength && stateOf(dialog).shown[row].written == position) continue;
+        if (isLength && modelOf(dialog).written(Row(row)) == position) continue;
         writeEdit(dialog, Row(row), position);
     }
 }
 
 void drawSwatch(HWND dialog, HDC context) {
-    const Box swatch = boxOf(stateOf(dialog).swatchRect);
+    const Box& swatch = modelOf(dialog).swatch();
     outline(context, swatch);
-    const GdiObject<HBRUSH> color(CreateSolidBrush(stateOf(dialog).fillColor & 0x00FFFFFF));
+    const GdiObject<HBRUSH> color(CreateSolidBrush(modelOf(dialog).fillColor() & 0x00FFFFFF));
     fill(context, swatch.grownBy(-1), color.get());
 }
 
 void showPreview(HWND dialog, HDC context) {
-    DialogState& state = stateOf(dialog);
-    if (!takePositions(state, positionsOf(dialog))) return;
+    DialogModel& model = modelOf(dialog);
+    if (!model.takePositions(positionsOf(dialog))) return;
     const FilterInvocation& invocation = invocationOf(dialog);
-    render(invocation.sourceFrame, invocation.destFrame, settingsOf(state), LensSteps{1, 1});
-    drawPreview(context, invocation.sourceFrame, boxOf(state.sampleRect));
-    drawPreview(context, invocation.destFrame, boxOf(state.previewRect));
+    project(invocation.sourceFrame, invocation.destFrame, model.settings(), LensSteps{1, 1});
+    drawPreview(context, invocation.sourceFrame, model.sample());
+    drawPreview(context, invocation.destFrame, model.preview());
 }
 
-void initialise(HWND dialog, MemoryHandle record) {
-    attachWorkRecord(dialog, record);
-    DialogState& state = stateOf(dialog);
-    const OwnWriting writing(state);
+void initialise(HWND dialog) {
+    DialogModel& model = modelOf(dialog);
+    const DialogModel::OwnWriting writing(model);
     setLocalisedTitle(dialog, titleKey);
     setLocalisedTexts(dialog, texts);
     for (std::size_t row = 0; row < rows.size(); ++row) {
@@ -125,47 +108,46 @@ void initialise(HWND dialog, MemoryHandle record) {
         // itself.
         SendDlgItemMessageW(dialog, rows[row].sliderId, TBM_SETRANGEMIN, FALSE, rows[row].smallest);
         SendDlgItemMessageW(dialog, rows[row].sliderId, TBM_SETRANGEMAX, FALSE, rows[row].largest);
-        moveSlider(dialog, Row(row), state.values[row]);
+        moveSlider(dialog, Row(row), model.valueOf(Row(row)));
     }
-    if (state.fillAlphaChannel != 0) CheckDlgButton(dialog, fillAlphaId, BST_CHECKED);
-    layOut(state, controlBox(dialog, sampleId), controlBox(dialog, swatchId), controlBox(dialog, groupId));
-    centerOverHost(dialog, invocationOf(dialog));
+    if (model.fillsAlphaChannel()) CheckDlgButton(dialog, fillAlphaId, BST_CHECKED);
+    model.layOut(controlBox(dialog, sampleId), controlBox(dialog, swatchId), controlBox(dialog, groupId));
+    centerOverHost(dialog);
 }
 
 void paint(HWND dialog) {
     const PaintContext context(dialog);
-    forgetShown(stateOf(dialog));
+    modelOf(dialog).forgetShown();
     drawSwatch(dialog, context.get());
     showPreview(dialog, context.get());
     writeEdits(dialog);
 }
 
 Edit typedInto(HWND dialog, Row row) {
-    if (isAngle(row)) return editAngle(static_cast<int>(GetDlgItemInt(dialog, editId(row), nullptr, FALSE)));
-    if (row != Zoom) return editLength(stateOf(dialog), row, numberIn(dialog, editId(row)));
+    if (isAngle(row))
+        return DialogModel::editAngle(static_cast<int>(GetDlgItemInt(dialog, editId(row), nullptr, FALSE)));
+    if (row != Zoom) return modelOf(dialog).editLength(row, numberIn(dialog, editId(row)));
     wchar_t text[64];
     GetDlgItemTextW(dialog, editId(row), text, static_cast<int>(std::size(text)));
     double typed = 0;
     // A number that is only half typed is left alone.
     if (!QRB::Locale::GetValueFromDisplayString(reinterpret_cast<const char16_t*>(text), &typed)) return {};
-    return editZoom(positionOf(dialog, Zoom), typed);
+    return DialogModel::editZoom(positionOf(dialog, Zoom), typed);
 }
 
 void editChanged(HWND dialog, Row row, LPARAM lParam) {
-    if (stateOf(dialog).writing != 0) return;
+    if (modelOf(dialog).isWriting()) return;
     const Edit edit = typedInto(dialog, row);
     if (edit.beep) MessageBeep(0);
     if (edit.writeBack) writeEdit(dialog, row, *edit.writeBack);
     if (edit.slider) {
         moveSlider(dialog, row, *edit.slider);
-        stateOf(dialog).shown[row].written = static_cast<std::uint16_t>(*edit.slider);
+        modelOf(dialog).write(row, *edit.slider);
         showPreview(dialog, WindowContext(dialog).get());
     } else if (row == FocalLength || row == Distance) {
         // The last value goes to the slider's window text, not to the edit box: what was refused stays
         // visible.
-        SetDlgItemTextW(
-            dialog, rows[row].sliderId,
-            std::to_wstring(static_cast<std::int16_t>(stateOf(dialog).shown[row].written)).c_str());
+        SetDlgItemTextW(dialog, rows[row].sliderId, std::to_wstring(modelOf(dialog).written(row)).c_str());
     }
     if (LOWORD(lParam) == 0xFFFF) SendDlgItemMessageW(dialog, editId(row), EM_SETSEL, 0, 32767);
 }
@@ -174,9 +156,9 @@ void editChanged(HWND dialog, Row row, LPARAM lParam) {
 void sendChangeCommand(HWND dialog) { SendMessageW(dialog, WM_COMMAND, rows[Longitude].sliderId, 0); }
 
 void resetAll(HWND dialog) {
-    DialogState& state = stateOf(dialog);
-    reset(state);
-    for (std::size_t row = 0; row < rows.size(); ++row) moveSlider(dialog, Row(row), state.values[row]);
+    DialogModel& model = modelOf(dialog);
+    model.reset();
+    for (std::size_t row = 0; row < rows.size(); ++row) moveSlider(dialog, Row(row), model.valueOf(Row(row)));
     writeEdits(dialog);
     CheckDlgButton(dialog, fillAlphaId, BST_CHECKED);
     drawSwatch(dialog, WindowContext(dialog).get());
@@ -190,7 +172,7 @@ bool buttonIsDown() {
 /// Follows the pointer over the source picture until the buttons are released.
 void sampleColor(HWND dialog) {
     constexpr DWORD pause = 10;  // Milliseconds.
-    DialogState& state = stateOf(dialog);
+    DialogModel& model = modelOf(dialog);
     FrameBuffer* source = invocationOf(dialog).sourceFrame;
     FrameRect bounds;
     vpixGetBounds(source, &bounds);
@@ -199,29 +181,29 @@ void sampleColor(HWND dialog) {
         POINT pointer;
         GetCursorPos(&pointer);
         ScreenToClient(dialog, &pointer);
-        if (const auto point = sampledPoint(state, pointer.x, pointer.y, bounds)) {
-            state.fillColor = colorOfPixel(vpixGetPixel(source, point->x, point->y));
+        if (const auto point = model.sampledPoint(pointer.x, pointer.y, bounds)) {
+            model.fillWith(colorOfPixel(vpixGetPixel(source, point->x, point->y)));
             drawSwatch(dialog, context.get());
         }
         Sleep(pause);
     } while (buttonIsDown());
-    state.redraw = 1;
+    model.redraw();
 }
 
 void pickColor(HWND dialog) {
-    DialogState& state = stateOf(dialog);
-    const std::uint32_t picked = vrColorPicker(dialog, state.fillColor);
-    if (picked == state.fillColor) return;
-    state.fillColor = picked;
-    state.redraw = 1;
+    DialogModel& model = modelOf(dialog);
+    const std::uint32_t picked = vrColorPicker(dialog, model.fillColor());
+    if (picked == model.fillColor()) return;
+    model.fillWith(picked);
+    model.redraw();
     drawSwatch(dialog, WindowContext(dialog).get());
 }
 
 void press(HWND dialog, int x, int y) {
-    const DialogState& state = stateOf(dialog);
-    if (boxOf(state.swatchRect).contains(x, y)) {
+    const DialogModel& model = modelOf(dialog);
+    if (model.swatch().contains(x, y)) {
         pickColor(dialog);
-    } else if (boxOf(state.sampleRect).contains(x, y)) {
+    } else if (model.sample().contains(x, y)) {
         sampleColor(dialog);
     } else {
         return;
@@ -234,7 +216,7 @@ void setCursor(HWND dialog) {
     POINT pointer;
     GetCursorPos(&pointer);
     ScreenToClient(dialog, &pointer);
-    const bool overSample = boxOf(stateOf(dialog).sampleRect).contains(pointer.x, pointer.y);
+    const bool overSample = modelOf(dialog).sample().contains(pointer.x, pointer.y);
     SetCursor(overSample ? LoadCursorW(static_cast<HINSTANCE>(moduleObject()->GetNativeModule()),
                                        MAKEINTRESOURCEW(eyedropperCursor))
                          : LoadCursorW(nullptr, IDC_ARROW));
@@ -242,9 +224,9 @@ void setCursor(HWND dialog) {
 }
 
 void accept(HWND dialog) {
-    DialogState& state = stateOf(dialog);
-    takePositions(state, positionsOf(dialog));
-    acceptSettings(dialog, IDOK, invocationOf(dialog), settingsSize, settingsOf(state));
+    DialogModel& model = modelOf(dialog);
+    model.takePositions(positionsOf(dialog));
+    acceptSettings(dialog, IDOK, model.settings());
 }
 
 void command(HWND dialog, int id, int notification, LPARAM lParam) {
@@ -253,7 +235,7 @@ void command(HWND dialog, int id, int notification, LPARAM lParam) {
         case IDCANCEL: cancelDialog(dialog); return;
         case resetId: return resetAll(dialog);
         case fillAlphaId:
-            stateOf(dialog).fillAlphaChannel = IsDlgButtonChecked(dialog, fillAlphaId) == BST_CHECKED ? 1 : 0;
+            modelOf(dialog).fillAlphaChannel(IsDlgButtonChecked(dialog, fillAlphaId) == BST_CHECKED);
             return;
         default: break;
     }
@@ -262,27 +244,24 @@ void command(HWND dialog, int id, int notification, LPARAM lParam) {
     }
 }
 
-}  // namespace
-
-std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-    const auto dialog = static_cast<HWND>(window);
-    if (message == WM_INITDIALOG) {
-        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
-        return TRUE;
-    }
-    if (workRecordOf(dialog) == nullptr) return FALSE;
+bool handle(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-        case WM_PAINT: paint(dialog); return TRUE;
+        case WM_PAINT: paint(dialog); return true;
         case WM_HSCROLL:
             showPreview(dialog, WindowContext(dialog).get());
             writeEdits(dialog);
-            return TRUE;
-        case WM_LBUTTONDOWN: press(dialog, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return TRUE;
-        case WM_SETCURSOR: setCursor(dialog); return TRUE;
-        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam), lParam); return TRUE;
-        case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
-        default: return FALSE;
+            return true;
+        case WM_LBUTTONDOWN: press(dialog, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return true;
+        case WM_SETCURSOR: setCursor(dialog); return true;
+        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam), lParam); return true;
+        default: return false;
     }
+}
+
+}  // namespace
+
+std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+    return answerMessage<Settings, Record>({initialise, handle}, window, message, wParam, lParam);
 }
 
 }  // namespace CameraView

@@ -4,32 +4,40 @@
 namespace CameraView {
 namespace {
 
-constexpr FrameRect rectOf(const Box& box) { return {box.left, box.top, box.right, box.bottom}; }
+constexpr std::uint16_t nothing = 0x8001;  // No row shows this value.
 
 }  // namespace
 
-void layOut(DialogState& state, const Box& sample, const Box& swatch, const Box& group) {
-    state.sampleRect = rectOf(sample.grownBy(-1));
-    state.swatchRect = rectOf(swatch);
-    state.previewRect = rectOf(previewBetween(group.left, group.right, sample.bottom, group.bottom,
-                                              previewSize.right, previewSize.bottom));
+DialogModel::DialogModel(const Settings& settings)
+    : values_{settings.longitude,   settings.latitude, settings.roll,
+              settings.focalLength, settings.distance, settings.zoom},
+      fillColor_(settings.fillColor),
+      fillAlphaChannel_(settings.fillAlphaChannel) {
+    forgetShown();
 }
 
-Edit editAngle(int typed) {
+void DialogModel::layOut(const Box& sample, const Box& swatch, const Box& group) {
+    sample_ = sample.grownBy(-1);
+    swatch_ = swatch;
+    preview_ = previewBetween(group.left, group.right, sample.bottom, group.bottom, previewSize.right,
+                              previewSize.bottom);
+}
+
+Edit DialogModel::editAngle(int typed) {
     constexpr int fullTurn = 360;
     if (typed > fullTurn) return {fullTurn, fullTurn};
     if (typed < 0) return {0, 0};
     return {typed, std::nullopt};
 }
 
-Edit editLength(const DialogState& state, Row row, std::optional<int> typed) {
+Edit DialogModel::editLength(Row row, std::optional<int> typed) const {
     const RowRange& range = rows[row];
-    if (!typed || *typed < range.smallest || *typed > range.largest || *typed == state.shown[row].written)
+    if (!typed || *typed < range.smallest || *typed > range.largest || *typed == shown_[row].written)
         return {};
     return {*typed, std::nullopt};
 }
 
-Edit editZoom(int current, double typed) {
+Edit DialogModel::editZoom(int current, double typed) {
     constexpr int largestTyped = 628;
     // Read as 16 bits without sign, so numbers below 0 are too large.
     const auto percent =
@@ -39,48 +47,41 @@ Edit editZoom(int current, double typed) {
     return {percent, std::nullopt};
 }
 
-bool takePositions(DialogState& state, const Positions& positions) {
-    bool changed = state.redraw != 0;
+bool DialogModel::takePositions(const Positions& positions) {
+    bool changed = redraw_;
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const auto position = static_cast<std::uint16_t>(positions[row]);
-        changed = changed || state.shown[row].rendered != position;
-        state.shown[row].rendered = position;
-        state.values[row] = static_cast<std::int16_t>(position);
+        changed = changed || shown_[row].rendered != position;
+        shown_[row].rendered = position;
+        values_[row] = static_cast<std::int16_t>(position);
     }
-    state.redraw = 0;
+    redraw_ = false;
     return changed;
 }
 
-void forgetShown(DialogState& state) {
-    for (auto& shown : state.shown) shown = {DialogState::nothingShown, DialogState::nothingShown};
+void DialogModel::forgetShown() { shown_.fill({nothing, nothing}); }
+
+void DialogModel::reset() {
+    const DialogModel fresh(initialSettings);
+    values_ = fresh.values_;
+    fillColor_ = fresh.fillColor_;
+    fillAlphaChannel_ = fresh.fillAlphaChannel_;
 }
 
-void reset(DialogState& state) {
-    const Settings& fresh = initialSettings;
-    const std::int16_t values[] = {fresh.longitude,   fresh.latitude, fresh.roll,
-                                   fresh.focalLength, fresh.distance, fresh.zoom};
-    std::copy(std::begin(values), std::end(values), state.values);
-    state.fillColor = fresh.fillColor;
-    state.fillAlphaChannel = fresh.fillAlphaChannel;
+Settings DialogModel::settings() const {
+    const FrameRect reference{preview_.left, preview_.top, preview_.right, preview_.bottom};
+    return {values_[Longitude], values_[Latitude], values_[Roll], values_[FocalLength], values_[Distance],
+            values_[Zoom],      fillColor_,        reference,     fillAlphaChannel_};
 }
 
-Settings settingsOf(const DialogState& state) {
-    return {state.values[Longitude],   state.values[Latitude], state.values[Roll],
-            state.values[FocalLength], state.values[Distance], state.values[Zoom],
-            state.fillColor,           state.previewRect,      state.fillAlphaChannel};
-}
-
-std::optional<SourcePoint> sampledPoint(const DialogState& state, int x, int y,
-                                        const FrameRect& sourceBounds) {
-    const FrameRect& area = state.sampleRect;
-    if (x < area.left || x >= area.right || y < area.top || y >= area.bottom) return std::nullopt;
+std::optional<SourcePoint> DialogModel::sampledPoint(int x, int y, const FrameRect& sourceBounds) const {
+    if (!sample_.contains(x, y)) return std::nullopt;
     const auto scaled = [](int offset, int size, int sourceSize) {
         return static_cast<int>(std::int64_t{offset} * sourceSize / size);
     };
-    return SourcePoint{sourceBounds.left + scaled(x - area.left, area.right - area.left,
-                                                  sourceBounds.right - sourceBounds.left),
-                       sourceBounds.top + scaled(y - area.top, area.bottom - area.top,
-                                                 sourceBounds.bottom - sourceBounds.top)};
+    return SourcePoint{
+        sourceBounds.left + scaled(x - sample_.left, sample_.width(), sourceBounds.right - sourceBounds.left),
+        sourceBounds.top + scaled(y - sample_.top, sample_.height(), sourceBounds.bottom - sourceBounds.top)};
 }
 
 }  // namespace CameraView

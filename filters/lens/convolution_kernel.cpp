@@ -2,11 +2,10 @@
 // Applies a 3 x 3 kernel with offset and scale through the host's service, and gives the source's alpha back
 // unless alpha is to be processed too.
 #include "filters/lens/convolution_kernel_kernels.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
-#include "framework/pixel_formats.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
-#include "framework/utility_services.h"
+#include "host/pixkit/pixel_formats.h"
 
 #include <array>
 #include <limits>
@@ -25,21 +24,14 @@ struct Settings {
     }
 };
 
-constexpr RecordSizes recordSizes{.workRecord = 48, .settings = 23};
-
-constexpr Settings initialSettings{{0, 1, 0, 1, 2, 1, 0, 1, 0, 0, 6}, 1};
-
-// An instance that never had settings renders with other values than a fresh one stores.
-constexpr Settings settingsWithoutHandle{{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, 0};
-
-constexpr std::array<std::uint32_t, 1> pixelFormats{PixKit::formatBgra};
+constexpr std::array<std::uint32_t, 1> formats{PixKit::formatBgra};
 
 const ConvolutionKernelKernels& kernels = convolutionKernelKernelsTables.chosen();
 
 RememberedServices services;
 
-void render(const UtilityServices& host, const FrameView& source, const FrameView& destination,
-            const Settings& settings) {
+void convolve(const UtilityServices& host, const FrameView& source, const FrameView& destination,
+              const Settings& settings) {
     // Both frames are walked with the destination's geometry.
     const RowWalk walk{destination.rowBytes, destination.rowBytes, destination.width(), destination.height()};
     forEachBlock(source, destination, walk,
@@ -52,27 +44,27 @@ void render(const UtilityServices& host, const FrameView& source, const FrameVie
     if (settings.processAlpha == 0) forEachRow(source, destination, walk, kernels.copyAlpha);
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
     const UtilityServices* host = services.get();
     if (host == nullptr || host->convolve3x3.get() == nullptr) return 0;
-    render(*host, frameThroughPixKit(invocation.sourceFrame), frameThroughPixKit(invocation.destFrame),
-           settingsOr(invocation, settingsWithoutHandle));
+    convolve(*host, frameThroughPixKit(invocation.sourceFrame), frameThroughPixKit(invocation.destFrame),
+             settings);
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    services.remember(**invocation);
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        case FilterSelectorGetPixelFormat: return namePixelFormat(**invocation, pixelFormats);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10017,
+    .initialSettings = {{0, 1, 0, 1, 2, 1, 0, 1, 0, 0, 6}, 1},
+    .settingsWithoutHandle = Settings{{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, 0},
+    .settingsBytes = 23,
+    .workRecord = {.bytes = 48},
+    .formats = {formats},
+    .services = &services,
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10017); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace ConvolutionKernel

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Maps every colour channel through one of 28 power curves.
 #include "framework/channel_tables.h"
+#include "framework/filter.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <cmath>
 
@@ -12,10 +12,6 @@ namespace {
 struct Settings {
     std::uint16_t gamma;  ///< Ten times the exponent.
 };
-
-constexpr RecordSizes recordSizes{.workRecord = 32, .settings = sizeof(Settings)};
-
-constexpr Settings initialSettings{10};
 
 constexpr int lastGamma = 28;
 
@@ -37,26 +33,24 @@ const std::array<ChannelTable, lastGamma> curves = [] {
 
 RememberedServices services;
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    const int gamma = std::clamp<int>(settingsOr(invocation, initialSettings).gamma, 1, lastGamma);
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    const int gamma = std::clamp<int>(settings.gamma, 1, lastGamma);
     const ChannelTable& curve = curves[static_cast<std::size_t>(gamma - 1)];
     applyChannelTables(services.get(), frameThroughPixKit(invocation.sourceFrame),
                        frameThroughPixKit(invocation.destFrame), curve, curve, curve);
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    services.remember(**invocation);
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10026,
+    .initialSettings = {10},
+    .workRecord = {.bytes = 32},
+    .services = &services,
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10026); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace GammaCorrection

@@ -4,8 +4,8 @@
 // down, and both coordinates take the same sum of squares: old projects depend on it.
 #include "filters/lens/lens_mapping.h"
 #include "filters/lens/sampler.h"
+#include "framework/filter.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <algorithm>
 #include <cstring>
@@ -35,10 +35,6 @@ struct Settings {
     }
 };
 
-constexpr std::size_t settingsSize = 16;
-
-constexpr Settings initialSettings{0, 0, 0, 0, 0, 1, 0x00FFFFFF};
-
 const LensDistortionKernels& kernels = lensDistortionKernelsTables.chosen();
 
 /// The first row and column of a lens that bends nothing: places are moved into the picture, whose border
@@ -60,8 +56,8 @@ void renderUnfadedEdge(const LensMapping& mapping, const SampledPicture& picture
     for (std::int64_t row = 1; row < rows; ++row) renderPixel(0, row);
 }
 
-void render(FrameBuffer* source, const FrameView& destination, const Settings& settings,
-            const LensSteps& steps) {
+void distort(FrameBuffer* source, const FrameView& destination, const Settings& settings,
+             const LensSteps& steps) {
     const FrameView frame = frameThroughPixKit(source);
     if (frame.width() <= 0 || frame.height() <= 0) return;
     const Lens lens{.curvature = Lens::scaled(settings.curvature, 0.01),
@@ -100,29 +96,20 @@ void render(FrameBuffer* source, const FrameView& destination, const Settings& s
     if (lens.neutral()) renderUnfadedEdge(mapping, picture, destination);
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation.sourceFrame, frameThroughPixKit(invocation.destFrame),
-           settingsOr(invocation, initialSettings), lensSteps(invocation.fieldFlags));
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    distort(invocation.sourceFrame, frameThroughPixKit(invocation.destFrame), settings,
+            lensSteps(invocation.fieldFlags));
     return 0;
 }
 
-std::int32_t init(FilterInvocation& invocation) {
-    const Settings settings = settingsOr(invocation, initialSettings);
-    if (ensureSettingsHandle(invocation, settingsSize)) writeSettings(invocation.settingsHandle, settings);
-    return 1;
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return init(**invocation);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10034,
+    .initialSettings = {0, 0, 0, 0, 0, 1, 0x00FFFFFF},
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10034); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace LensDistortion

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Rolls the picture upward through the frame in a cycle of 30 steps, as a television does that lost its
 // vertical hold. A dark bar with a line of inverted picture in it marks the seam.
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
 
@@ -65,29 +66,27 @@ void drawBar(const FrameView& source, const FrameView& destination, const Roll& 
     }
 }
 
-void render(FrameBuffer* source, FrameBuffer* destination, std::int32_t time) {
+std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
+    FrameBuffer* const source = invocation.sourceFrame;
+    FrameBuffer* const destination = invocation.destFrame;
     constexpr int cycle = 30;
     const FrameView target = frameThroughPixKit(destination);
-    const int phase = time % cycle;
+    const int phase = static_cast<std::int32_t>(invocation.frameTime) % cycle;
     if (phase < 0) {
         vpixCopy(source, destination, &target.bounds, &target.bounds, VPixCopyReplace);
-        return;
+        return 0;
     }
     const auto shift = static_cast<std::int64_t>(phase / 29.0 * static_cast<double>(target.height()));
     const Roll roll{target.bounds, target.height(), static_cast<std::int16_t>(shift)};
     copyRolled(source, destination, roll);
     drawBar(frameThroughPixKit(source), target, roll);
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    if (selector != FilterSelectorExecute) return 0;
-    const FilterInvocation& call = **invocation;
-    render(call.sourceFrame, call.destFrame, static_cast<std::int32_t>(call.frameTime));
     return 0;
 }
 
+constexpr FilterDeclaration<NoSettings> filter{.id = 10053, .render = render};
+
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10053); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace VerticalHold

@@ -2,9 +2,9 @@
 // Grows a coloured halo out of the opaque parts of the picture, ring by ring: each ring is a pixel wide and
 // is blended into what lies just outside of all that is solid or glows already.
 #include "filters/warp/alpha_glow_kernels.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <algorithm>
 #include <array>
@@ -34,10 +34,6 @@ struct Settings {
         visit(fadeOut);
     }
 };
-
-constexpr Settings initialSettings{25, 255, 0x00C0C0C0, 0x00C0C0C0, 0, 1};
-
-constexpr RecordSizes recordSizes{.workRecord = 64, .settings = 20};
 
 const AlphaGlowKernels& kernels = alphaGlowKernelsTables.chosen();
 
@@ -214,15 +210,17 @@ bool drawRing(GlowMasks& masks, FrameBuffer* frame, std::int64_t width, const Fi
     });
 }
 
-void render(FrameBuffer* sourceFrame, FrameBuffer* destinationFrame, const Settings& settings) {
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    FrameBuffer* const sourceFrame = invocation.sourceFrame;
+    FrameBuffer* const destinationFrame = invocation.destFrame;
     const FrameView source = frameThroughPixKit(sourceFrame);
     vpixCopy(sourceFrame, destinationFrame, &source.bounds, &source.bounds, VPixCopyReplace);
     const auto glow = static_cast<std::int16_t>(settings.glow);
     const auto opacity = static_cast<std::int16_t>(settings.brightness);
-    if (glow == 0 || opacity == 0 || source.width() <= 0 || source.height() <= 0) return;
+    if (glow == 0 || opacity == 0 || source.width() <= 0 || source.height() <= 0) return 0;
 
     GlowMasks masks(source.width(), source.height());
-    if (!masks) return;
+    if (!masks) return 0;
     for (std::int64_t y = 0; y < source.height(); ++y) {
         masks.markSolid(static_cast<std::size_t>(y), source.pixels + y * source.rowBytes);
     }
@@ -243,29 +241,23 @@ void render(FrameBuffer* sourceFrame, FrameBuffer* destinationFrame, const Setti
         for (int step = 0; step < steps; ++step) {
             const bool outermost = pass == 1 && step == steps - 1;
             if (outermost && !fadeOut) brightness = fullBrightness / 2;
-            if (!drawRing(masks, destinationFrame, source.width(), color, brightness)) return;
+            if (!drawRing(masks, destinationFrame, source.width(), color, brightness)) return 0;
             brightness -= fade;
             color = color - colorStep;
         }
     }
-}
-
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation.sourceFrame, invocation.destFrame, settingsOr(invocation, initialSettings));
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        case FilterSelectorGetFilterFlags: return filterFlags;
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10001,
+    .initialSettings = {25, 255, 0x00C0C0C0, 0x00C0C0C0, 0, 1},
+    .workRecord = {.bytes = 64},
+    .render = render,
+};
 
 }  // namespace
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10001); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace AlphaGlow

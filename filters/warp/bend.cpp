@@ -3,12 +3,9 @@
 // whole column; a second wave does the same to the rows. What is not covered shows the fill colour.
 #include "filters/warp/bend.h"
 
-#include "filters/warp/bend_dialog.h"
-#include "framework/dialog_launcher.h"
+#include "framework/filter.h"
 #include "framework/module_resources.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
-#include "host/pixkit/pixkit.h"
 
 #include <algorithm>
 #include <array>
@@ -19,15 +16,10 @@
 namespace Bend {
 namespace {
 
-constexpr std::uint16_t dialogId = 1300;
-
 constexpr AxisSettings initialAxis{Backward, Sine, 15, 4, 50};
-constexpr Settings initialSettings{initialAxis, initialAxis, 0x00FFFFFF};
-
-constexpr RecordSizes recordSizes{
-    .workRecord = workRecordSize, .settings = settingsSize, .workRecordIsContext = true};
 
 constexpr int waveCount = 4;
+constexpr int firstWaveId = 4000;  // Of the tables' resources, in the order of the waves.
 constexpr int waveLength = 4000;
 constexpr int waveHeight = 32000;
 
@@ -47,7 +39,7 @@ const WaveTable* waveTable(std::uint16_t wave) {
             for (int i = 0; i < waveCount; ++i) {
                 std::size_t size = 0;
                 const void* bytes =
-                    LoadModuleResource(u"LOOKUP", static_cast<std::uint16_t>(4000 + i), &size);
+                    LoadModuleResource(u"LOOKUP", static_cast<std::uint16_t>(firstWaveId + i), &size);
                 found[i] = bytes != nullptr && size >= sizeof tables[i];
                 if (found[i]) std::memcpy(&tables[i], bytes, sizeof tables[i]);
                 if (bytes != nullptr) ReleaseModuleResource(bytes);
@@ -159,18 +151,6 @@ void bendRows(FrameBuffer* source, FrameBuffer* destination, const FrameRect& bo
     });
 }
 
-// Hosts see the dialog's result in 16 bits, 65535 where none ran.
-std::int32_t dialogResult(std::int64_t result) { return static_cast<std::uint16_t>(result); }
-
-using Buffer = std::unique_ptr<FrameBuffer, decltype(&vpixDispose)>;
-
-/// Of the source's size; null where there is none.
-Buffer newWorkBuffer(const FilterInvocation& invocation) {
-    if (invocation.sourceFrame == nullptr) return {nullptr, vpixDispose};
-    const FrameRect bounds = boundsOf(invocation.sourceFrame);
-    return {vpixNew(&bounds), vpixDispose};
-}
-
 std::int32_t stepOf(const FilterInvocation& invocation) {
     const auto duration = static_cast<std::int32_t>(invocation.timeBase->fieldDuration);
     if (duration == 0) return 0;
@@ -178,38 +158,31 @@ std::int32_t stepOf(const FilterInvocation& invocation) {
                                      duration);
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    const Buffer work = newWorkBuffer(invocation);
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    const WorkBuffer work = newWorkBuffer(invocation);
     if (work == nullptr) return 1;
-    render(invocation.sourceFrame, invocation.destFrame, work.get(), stepOf(invocation),
-           settingsOr(invocation, initialSettings));
+    bend(invocation.sourceFrame, invocation.destFrame, work.get(), stepOf(invocation), settings);
     return 0;
 }
 
-std::int32_t setup(FilterInvocation** handle) {
-    const FilterInvocation& invocation = **handle;
-    WorkRecord workRecord = newWorkRecord(invocation, recordSizes);
-    if (!workRecord) return dialogResult(noDialog);
-    const Buffer work = newWorkBuffer(invocation);
-    const Settings settings = settingsOr(invocation, initialSettings);
-    const WorkRecordFields fields{0, settings.fillColor, settings, handle, 0, work.get()};
-    std::memcpy(*workRecord.get(), &fields, sizeof fields);
-    return dialogResult(runSettingsDialog(invocation, dialogId, dialogProcedure, workRecord));
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10004,
+    .initialSettings = {initialAxis, initialAxis, 0x00FFFFFF},
+    .workRecord = {.bytes = workRecordBytes, .inContext = true},
+    .render = render,
+    .dialog = {.templateId = 1300, .procedure = dialogProcedure, .resultIsWord = true},
+};
 
 }  // namespace
 
-void render(FrameBuffer* source, FrameBuffer* destination, FrameBuffer* work, std::int32_t step,
-            const Settings& settings) {
+WorkBuffer newWorkBuffer(const FilterInvocation& invocation) {
+    if (invocation.sourceFrame == nullptr) return nullptr;
+    const FrameRect bounds = boundsOf(invocation.sourceFrame);
+    return WorkBuffer(vpixNew(&bounds));
+}
+
+void bend(FrameBuffer* source, FrameBuffer* destination, FrameBuffer* work, std::int32_t step,
+          const Settings& settings) {
     const FrameRect bounds = boundsOf(source);
     const std::uint32_t fillColor = settings.fillColor;
     const Insets columns = insetsOf(settings.horizontal, std::int64_t{bounds.right} - bounds.left, step);
@@ -231,6 +204,6 @@ void render(FrameBuffer* source, FrameBuffer* destination, FrameBuffer* work, st
     }
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10004); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Bend

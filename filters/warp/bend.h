@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-// What Bend's dialog shares with its render.
+// What Bend's render shares with its dialog.
 #ifndef VIREO_FILTERS_WARP_BEND_H
 #define VIREO_FILTERS_WARP_BEND_H
 
-#include "host/vrm/filter_invocation.h"
+#include "framework/dialog_launcher.h"
+#include "host/pixkit/pixkit.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace Bend {
 
@@ -46,27 +48,24 @@ struct Settings {
     }
 };
 
-inline constexpr std::size_t settingsSize = 24;
-static_assert(sizeof(Settings) == settingsSize);
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 56;
 
-/// The work record that the entry hands to the dialog.
-struct WorkRecordFields {
-    std::uint32_t step;
-    std::uint32_t fillColor;
-    Settings settings;
-    FilterInvocation** invocation;
-    std::uint64_t timer;
-    FrameBuffer* work;  ///< Of the source's size, or null. The entry disposes it after the dialog.
+struct DisposeFrame {
+    void operator()(FrameBuffer* frame) const { vpixDispose(frame); }
 };
+using WorkBuffer = std::unique_ptr<FrameBuffer, DisposeFrame>;
 
-/// How large the host sees it.
-inline constexpr std::size_t workRecordSize = 56;
-static_assert(sizeof(WorkRecordFields) <= workRecordSize);
+/// Of the source's size; null where there is none, or no memory.
+WorkBuffer newWorkBuffer(const FilterInvocation& invocation);
 
 /// Bends each column by the horizontal half, then each row by the vertical one. `step` counts frames. Without
 /// a work buffer of the source's size the source is overwritten where both halves are active.
-void render(FrameBuffer* source, FrameBuffer* destination, FrameBuffer* work, std::int32_t step,
-            const Settings& settings);
+void bend(FrameBuffer* source, FrameBuffer* destination, FrameBuffer* work, std::int32_t step,
+          const Settings& settings);
+
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Bend
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The window of Bend's settings dialog: two halves of lists and sliders around a preview that plays the
 // animation.
-#include "filters/warp/bend_dialog.h"
-
-#include "filters/warp/bend.h"
 #include "filters/warp/bend_dialog_model.h"
 #include "framework/dialog_window.h"
 #include "framework/module_resources.h"
@@ -70,9 +67,34 @@ constexpr LocalisedControl texts[] = {
     {1233, "$$$/Strata/VireoFilters/Bend/VerticalDialogLabel=Vertical"},
 };
 
-WorkRecordFields& recordOf(HWND dialog) { return *static_cast<WorkRecordFields*>(*workRecordOf(dialog)); }
+/// Asks for previews from its start on until it goes.
+class PreviewTimer {
+public:
+    PreviewTimer() = default;
+    PreviewTimer(const PreviewTimer&) = delete;
+    PreviewTimer& operator=(const PreviewTimer&) = delete;
+    ~PreviewTimer() {
+        if (dialog_ != nullptr) KillTimer(dialog_, timerId);
+    }
 
-FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocation; }
+    void start(HWND dialog) {
+        dialog_ = dialog;
+        SetTimer(dialog, timerId, timerPeriod, nullptr);
+    }
+
+private:
+    HWND dialog_ = nullptr;
+};
+
+struct Record : DialogRecord<DialogModel> {
+    using DialogRecord::DialogRecord;
+
+    WorkBuffer work;
+    PreviewTimer timer;
+};
+static_assert(sizeof(Record) <= workRecordBytes);
+
+DialogModel& modelOf(HWND dialog) { return recordOf<Record>(dialog).model; }
 
 LRESULT send(HWND dialog, int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return SendDlgItemMessageW(dialog, id, message, wParam, lParam);
@@ -97,7 +119,7 @@ void fillCombo(HWND dialog, const ComboList& list) {
     const HWND combo = GetDlgItem(dialog, list.comboId);
     SendMessageW(combo, CB_RESETCONTENT, 0, 0);
     std::size_t size = 0;
-    const void* bytes = LoadModuleResourceForLanguage(u"TEXT", list.resourceId, &size);
+    const void* bytes = LoadModuleResource(u"TEXT", list.resourceId, &size);
     if (bytes == nullptr || size == 0) return;
     const auto keys = listKeys({static_cast<const char*>(bytes), size});
     ReleaseModuleResource(bytes);
@@ -112,9 +134,9 @@ void fillCombo(HWND dialog, const ComboList& list) {
 void showHalf(HWND dialog, int stride, const AxisSettings& half) {
     send(dialog, directionId + stride, CB_SETCURSEL, half.direction);
     send(dialog, waveId + stride, CB_SETCURSEL, half.wave);
-    setSlider(dialog, intensityId + stride, intensityRange, half.intensity);
-    setSlider(dialog, rateId + stride, rateRange, half.rate);
-    setSlider(dialog, widthId + stride, widthRange, half.width);
+    setSlider(dialog, intensityId + stride, DialogModel::intensityRange, half.intensity);
+    setSlider(dialog, rateId + stride, DialogModel::rateRange, half.rate);
+    setSlider(dialog, widthId + stride, DialogModel::widthRange, half.width);
 }
 
 AxisSettings shownHalf(HWND dialog, int stride) {
@@ -128,28 +150,28 @@ AxisSettings shownHalf(HWND dialog, int stride) {
     return {choice(directionId), choice(waveId), slider(intensityId), slider(rateId), slider(widthId)};
 }
 
-Settings shownSettings(HWND dialog) {
-    return {shownHalf(dialog, 0), shownHalf(dialog, halfStride), recordOf(dialog).fillColor};
+const Settings& shownSettings(HWND dialog) {
+    modelOf(dialog).choose(shownHalf(dialog, 0), shownHalf(dialog, halfStride));
+    return modelOf(dialog).settings();
 }
 
 void showPreview(HWND dialog, HDC context) {
-    WorkRecordFields& record = recordOf(dialog);
     const FilterInvocation& invocation = invocationOf(dialog);
-    const auto step = static_cast<std::int32_t>(record.step++);
-    render(invocation.sourceFrame, invocation.destFrame, record.work, step, shownSettings(dialog));
-    drawPreview(context, invocation.destFrame, previewBox(controlBox(dialog, placeholderId)));
+    bend(invocation.sourceFrame, invocation.destFrame, recordOf<Record>(dialog).work.get(),
+         modelOf(dialog).nextStep(), shownSettings(dialog));
+    drawPreview(context, invocation.destFrame, DialogModel::preview(controlBox(dialog, placeholderId)));
 }
 
-void initialise(HWND dialog, MemoryHandle handle) {
-    attachWorkRecord(dialog, handle);
-    WorkRecordFields& record = recordOf(dialog);
+void initialise(HWND dialog) {
+    Record& record = recordOf<Record>(dialog);
+    record.work = newWorkBuffer(invocationOf(dialog));
     for (const ComboList& list : lists) fillCombo(dialog, list);
     setLocalisedTitle(dialog, titleKey);
     setLocalisedTexts(dialog, texts);
-    record.timer = SetTimer(dialog, timerId, timerPeriod, nullptr);
-    showHalf(dialog, 0, record.settings.horizontal);
-    showHalf(dialog, halfStride, record.settings.vertical);
-    centerOverHost(dialog, invocationOf(dialog));
+    record.timer.start(dialog);
+    showHalf(dialog, 0, record.model.settings().horizontal);
+    showHalf(dialog, halfStride, record.model.settings().vertical);
+    centerOverHost(dialog);
 }
 
 /// Keeps the dialog responsive while previews take their time: everything that waits is handled first.
@@ -171,34 +193,24 @@ void tick(HWND dialog) {
     showPreview(dialog, WindowContext(dialog).get());
 }
 
-void accept(HWND dialog) {
-    acceptSettings(dialog, IDOK, invocationOf(dialog), settingsSize, shownSettings(dialog));
-}
+void accept(HWND dialog) { acceptSettings(dialog, IDOK, shownSettings(dialog)); }
 
-void close(HWND dialog, LPARAM lParam) {
-    KillTimer(dialog, recordOf(dialog).timer);
-    endDialog(dialog, invocationOf(dialog), lParam);
+bool handle(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_PAINT: showPreview(dialog, PaintContext(dialog).get()); return true;
+        case WM_TIMER: tick(dialog); return true;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDOK) accept(dialog);
+            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
+            return true;
+        default: return false;
+    }
 }
 
 }  // namespace
 
 std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-    const auto dialog = static_cast<HWND>(window);
-    if (message == WM_INITDIALOG) {
-        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
-        return TRUE;
-    }
-    if (workRecordOf(dialog) == nullptr) return FALSE;
-    switch (message) {
-        case WM_PAINT: showPreview(dialog, PaintContext(dialog).get()); return TRUE;
-        case WM_TIMER: tick(dialog); return TRUE;
-        case WM_COMMAND:
-            if (LOWORD(wParam) == IDOK) accept(dialog);
-            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
-            return TRUE;
-        case WM_CLOSE: close(dialog, lParam); return TRUE;
-        default: return FALSE;
-    }
+    return answerMessage<Settings, Record>({initialise, handle}, window, message, wParam, lParam);
 }
 
 }  // namespace Bend

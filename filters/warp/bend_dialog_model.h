@@ -3,9 +3,9 @@
 #ifndef VIREO_FILTERS_WARP_BEND_DIALOG_MODEL_H
 #define VIREO_FILTERS_WARP_BEND_DIALOG_MODEL_H
 
+#include "filters/warp/bend.h"
 #include "framework/dialog_geometry.h"
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,9 +17,35 @@ struct SliderRange {
     int largest;
 };
 
-inline constexpr SliderRange intensityRange{0, 30};
-inline constexpr SliderRange rateRange{2, 16};
-inline constexpr SliderRange widthRange{3, 90};
+class DialogModel {
+public:
+    static constexpr SliderRange intensityRange{0, 30};
+    static constexpr SliderRange rateRange{2, 16};
+    static constexpr SliderRange widthRange{3, 90};
+
+    explicit DialogModel(const Settings& settings) : settings_(settings) {}
+
+    const Settings& settings() const { return settings_; }
+
+    /// The preview stands in the middle of its placeholder.
+    static constexpr Box preview(const Box& placeholder) {
+        return previewBetween(placeholder.left, placeholder.right, placeholder.top, placeholder.bottom, 160,
+                              120);
+    }
+
+    /// The fill colour has no control and stays.
+    void choose(const AxisSettings& horizontal, const AxisSettings& vertical) {
+        settings_.horizontal = horizontal;
+        settings_.vertical = vertical;
+    }
+
+    /// The animation's steps, one for each picture that is shown.
+    std::int32_t nextStep() { return static_cast<std::int32_t>(step_++); }
+
+private:
+    Settings settings_;
+    std::uint32_t step_ = 0;
+};
 
 /// The localisation keys of a list resource: zero-terminated, up to the first empty one. A carriage return
 /// ends a key too, and so does the end of the bytes.
@@ -32,11 +58,6 @@ std::u16string listItem(std::u16string text);
 constexpr int dropDownHeight(int items, int itemHeight, int fieldHeight) {
     constexpr int mostItems = 12;
     return (std::min(items, mostItems) + 1) * itemHeight + fieldHeight;
-}
-
-/// In the middle of its placeholder.
-constexpr Box previewBox(const Box& placeholder) {
-    return previewBetween(placeholder.left, placeholder.right, placeholder.top, placeholder.bottom, 160, 120);
 }
 
 }  // namespace Bend

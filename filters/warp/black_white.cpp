@@ -3,10 +3,11 @@
 // becomes neutral.
 #include "filters/warp/black_white.h"
 
+#include "framework/filter.h"
 #include "framework/frame_view.h"
-#include "framework/pixel_formats.h"
 #include "framework/registration_order.h"
 #include "framework/vpix_suites.h"
+#include "host/pixkit/pixel_formats.h"
 
 #include <cstring>
 
@@ -35,7 +36,7 @@ std::uint32_t formatOf(const FilterInvocation& invocation) {
     return QueryPixelFormat(ScopedVPix(invocation.sourceFrame));
 }
 
-std::int32_t execute(const FilterInvocation& invocation) {
+std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     const RowKernel row = formatOf(invocation) == PixKit::formatVuya
                               ? blackWhiteKernelsTables.chosen().neutralChroma
                               : greyKernel(kernelChoice);
@@ -48,13 +49,11 @@ std::int32_t execute(const FilterInvocation& invocation) {
     return 0;
 }
 
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorGetPixelFormat: return namePixelFormat(**invocation, formats);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<NoSettings> filter{
+    .id = 10006,
+    .formats = {formats},
+    .render = render,
+};
 
 }  // namespace
 
@@ -64,6 +63,6 @@ RowKernel greyKernel(const KernelChoice& choice) {
     return blackWhiteKernelsTables.at(simd::InstructionSet::Baseline).grey;
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10006); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace BlackWhite

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What Camera Blur's dialog shares with its render.
+// What Camera Blur's render shares with its dialog.
 #ifndef VIREO_FILTERS_WARP_CAMERA_BLUR_H
 #define VIREO_FILTERS_WARP_CAMERA_BLUR_H
 
+#include "framework/dialog_launcher.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vrm/filter_invocation.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,18 +15,13 @@ struct Settings {
     std::uint16_t amount;  ///< Percent; at 100 the blur reaches a tenth of the frame in each direction.
 };
 
-/// The work record that the entry hands to the dialog.
-struct WorkRecordFields {
-    Settings settings;  ///< What the slider last reported.
-    FilterInvocation** invocation;
-    FrameRect preview;  ///< In the dialog's client area.
-};
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 32;
 
-/// How large the host sees it.
-inline constexpr std::size_t workRecordSize = 32;
-static_assert(sizeof(WorkRecordFields) <= workRecordSize);
+void blur(FrameBuffer* source, FrameBuffer* destination, const Settings& settings);
 
-void render(FrameBuffer* source, FrameBuffer* destination, const Settings& settings);
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace CameraBlur
 

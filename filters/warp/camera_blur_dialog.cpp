@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The window of Camera Blur's settings dialog: a slider, its read-out and a live preview.
-#include "filters/warp/camera_blur_dialog.h"
-#include "filters/warp/camera_blur.h"
 #include "filters/warp/camera_blur_dialog_model.h"
 #include "framework/dialog_window.h"
 
@@ -19,69 +17,58 @@ constexpr LocalisedControl texts[] = {
     {IDCANCEL, "$$$/Strata/VireoFilters/CameraBlur/CancelDialogLabel=Cancel"},
 };
 
-WorkRecordFields& contextOf(HWND dialog) { return *static_cast<WorkRecordFields*>(*workRecordOf(dialog)); }
+using Record = DialogRecord<DialogModel>;
+static_assert(sizeof(Record) <= workRecordBytes);
 
-FilterInvocation& invocationOf(HWND dialog) { return **contextOf(dialog).invocation; }
+DialogModel& modelOf(HWND dialog) { return recordOf<Record>(dialog).model; }
 
-int sliderPosition(HWND dialog) {
-    return static_cast<int>(SendDlgItemMessageW(dialog, sliderId, TBM_GETPOS, 0, 0));
+const Settings& shownSettings(HWND dialog) {
+    modelOf(dialog).slide(static_cast<int>(SendDlgItemMessageW(dialog, sliderId, TBM_GETPOS, 0, 0)));
+    return modelOf(dialog).settings();
 }
 
-void showReadOut(HWND dialog) {
-    SetDlgItemTextW(dialog, readOutId, readOut(contextOf(dialog).settings.amount).c_str());
-}
+void showReadOut(HWND dialog) { SetDlgItemTextW(dialog, readOutId, modelOf(dialog).readOut().c_str()); }
 
 void showPreview(HWND dialog, HDC context) {
     const FilterInvocation& invocation = invocationOf(dialog);
-    render(invocation.sourceFrame, invocation.destFrame,
-           {static_cast<std::uint16_t>(sliderPosition(dialog))});
-    const FrameRect& preview = contextOf(dialog).preview;
-    drawPreview(context, invocation.destFrame, {preview.left, preview.top, preview.right, preview.bottom});
+    blur(invocation.sourceFrame, invocation.destFrame, shownSettings(dialog));
+    drawPreview(context, invocation.destFrame, modelOf(dialog).preview());
 }
 
-void initialise(HWND dialog, MemoryHandle record) {
-    attachWorkRecord(dialog, record);
-    WorkRecordFields& context = contextOf(dialog);
+void initialise(HWND dialog) {
+    DialogModel& model = modelOf(dialog);
     setLocalisedTitle(dialog, titleKey);
     setLocalisedTexts(dialog, texts);
-    SendDlgItemMessageW(dialog, sliderId, TBM_SETRANGE, FALSE, MAKELPARAM(0, largestAmount));
-    SendDlgItemMessageW(dialog, sliderId, TBM_SETPOS, TRUE, context.settings.amount);
+    SendDlgItemMessageW(dialog, sliderId, TBM_SETRANGE, FALSE, MAKELPARAM(0, DialogModel::largestAmount));
+    SendDlgItemMessageW(dialog, sliderId, TBM_SETPOS, TRUE, model.settings().amount);
     showReadOut(dialog);
-    const Box preview = previewBox(clientBox(dialog), controlBox(dialog, sliderId));
-    context.preview = {preview.left, preview.top, preview.right, preview.bottom};
-    centerOverHost(dialog, invocationOf(dialog));
+    model.layOut(clientBox(dialog), controlBox(dialog, sliderId));
+    centerOverHost(dialog);
 }
 
 void sliderMoved(HWND dialog) {
     showPreview(dialog, WindowContext(dialog).get());
-    contextOf(dialog).settings.amount = static_cast<std::uint16_t>(sliderPosition(dialog));
     showReadOut(dialog);
 }
 
-void accept(HWND dialog) {
-    acceptSettings(dialog, IDOK, invocationOf(dialog), sizeof(Settings),
-                   Settings{static_cast<std::uint16_t>(sliderPosition(dialog))});
+void accept(HWND dialog) { acceptSettings(dialog, IDOK, shownSettings(dialog)); }
+
+bool handle(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_PAINT: showPreview(dialog, PaintContext(dialog).get()); return true;
+        case WM_HSCROLL: sliderMoved(dialog); return true;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDOK) accept(dialog);
+            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
+            return true;
+        default: return false;
+    }
 }
 
 }  // namespace
 
 std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-    const auto dialog = static_cast<HWND>(window);
-    if (message == WM_INITDIALOG) {
-        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
-        return TRUE;
-    }
-    if (workRecordOf(dialog) == nullptr) return FALSE;
-    switch (message) {
-        case WM_PAINT: showPreview(dialog, PaintContext(dialog).get()); return TRUE;
-        case WM_HSCROLL: sliderMoved(dialog); return TRUE;
-        case WM_COMMAND:
-            if (LOWORD(wParam) == IDOK) accept(dialog);
-            if (LOWORD(wParam) == IDCANCEL) cancelDialog(dialog);
-            return TRUE;
-        case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
-        default: return FALSE;
-    }
+    return answerMessage<Settings, Record>({initialise, handle}, window, message, wParam, lParam);
 }
 
 }  // namespace CameraBlur

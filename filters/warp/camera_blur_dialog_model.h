@@ -3,21 +3,36 @@
 #ifndef VIREO_FILTERS_WARP_CAMERA_BLUR_DIALOG_MODEL_H
 #define VIREO_FILTERS_WARP_CAMERA_BLUR_DIALOG_MODEL_H
 
+#include "filters/warp/camera_blur.h"
 #include "framework/dialog_geometry.h"
 
 #include <string>
 
 namespace CameraBlur {
 
-inline constexpr int largestAmount = 100;
+class DialogModel {
+public:
+    static constexpr int largestAmount = 100;
 
-/// The text beside the slider.
-inline std::wstring readOut(int amount) { return std::to_wstring(amount) + L"%"; }
+    explicit DialogModel(const Settings& settings) : settings_(settings) {}
 
-/// Above the slider, in the middle of the dialog.
-constexpr Box previewBox(const Box& client, const Box& slider) {
-    return previewBetween(client.left, client.right, client.top, slider.top, 240, 180);
-}
+    const Settings& settings() const { return settings_; }
+    const Box& preview() const { return preview_; }
+
+    /// The preview stands above the slider, in the middle of the dialog.
+    void layOut(const Box& client, const Box& slider) {
+        preview_ = previewBetween(client.left, client.right, client.top, slider.top, 240, 180);
+    }
+
+    /// The text beside the slider.
+    std::wstring readOut() const { return std::to_wstring(settings_.amount) + L"%"; }
+
+    void slide(int position) { settings_.amount = static_cast<std::uint16_t>(position); }
+
+private:
+    Settings settings_;
+    Box preview_;
+};
 
 }  // namespace CameraBlur
 

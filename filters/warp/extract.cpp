@@ -3,47 +3,29 @@
 // the range's ends. Alpha stays.
 #include "filters/warp/extract.h"
 
-#include "filters/warp/extract_dialog.h"
-#include "framework/dialog_launcher.h"
+#include "framework/filter.h"
 #include "framework/frame_view.h"
 #include "framework/registration_order.h"
-#include "framework/settings.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace Extract {
 namespace {
 
-constexpr std::uint16_t dialogId = 1800;
-
-constexpr Settings initialSettings{64, 192, 25, 0};
-
-constexpr RecordSizes recordSizes{.workRecord = workRecordSize, .settings = settingsSize};
-
 const ExtractKernels& kernels = extractKernelsTables.chosen();
 
-std::int32_t execute(const FilterInvocation& invocation) {
-    render(invocation.sourceFrame, invocation.destFrame, settingsOr(invocation, initialSettings));
+std::int32_t render(const FilterInvocation& invocation, const Settings& settings) {
+    drawMatte(invocation.sourceFrame, invocation.destFrame, settings);
     return 0;
 }
 
-std::int32_t setup(FilterInvocation** handle) {
-    WorkRecord workRecord = newWorkRecord(**handle, recordSizes);
-    if (!workRecord) return static_cast<std::int32_t>(noDialog);
-    const WorkRecordHead head{settingsOr(**handle, initialSettings), handle};
-    std::memcpy(*workRecord.get(), &head, sizeof head);
-    return static_cast<std::int32_t>(runSettingsDialog(**handle, dialogId, dialogProcedure, workRecord));
-}
-
-std::int32_t entry(void*, std::int16_t selector, FilterInvocation** invocation) {
-    switch (selector) {
-        case FilterSelectorExecute: return execute(**invocation);
-        case FilterSelectorSetup: return setup(invocation);
-        case FilterSelectorInitSettings: return initSettings(**invocation, recordSizes, initialSettings);
-        default: return 0;
-    }
-}
+constexpr FilterDeclaration<Settings> filter{
+    .id = 10022,
+    .initialSettings = {64, 192, 25, 0},
+    .workRecord = {.bytes = workRecordBytes},
+    .render = render,
+    .dialog = {.templateId = 1800, .procedure = dialogProcedure},
+};
 
 }  // namespace
 
@@ -73,7 +55,7 @@ TransferCurve transferCurve(const Settings& settings) {
     return curve;
 }
 
-void render(FrameBuffer* source, FrameBuffer* destination, const Settings& settings) {
+void drawMatte(FrameBuffer* source, FrameBuffer* destination, const Settings& settings) {
     const FrameView from = frameThroughPixKit(source);
     const TransferCurve curve = transferCurve(settings);
     forEachRow(from, frameThroughPixKit(destination),
@@ -83,6 +65,6 @@ void render(FrameBuffer* source, FrameBuffer* destination, const Settings& setti
                });
 }
 
-void Register(VSK::PluginRegistry& registry, std::uint32_t id) { registry.Add(id, entry, 10022); }
+void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }
 
 }  // namespace Extract

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What Extract's dialog shares with its render.
+// What Extract's render shares with its dialog.
 #ifndef VIREO_FILTERS_WARP_EXTRACT_H
 #define VIREO_FILTERS_WARP_EXTRACT_H
 
 #include "filters/warp/extract_kernels.h"
-#include "host/vrm/filter_invocation.h"
+#include "framework/dialog_launcher.h"
 
 namespace Extract {
 
@@ -23,22 +23,18 @@ struct Settings {
     }
 };
 
-inline constexpr std::size_t settingsSize = 8;
-
-/// How large the host sees the work record that the entry hands to the dialog. Behind the head it is zero.
-inline constexpr std::size_t workRecordSize = 1176;
-
-struct WorkRecordHead {
-    Settings settings;
-    FilterInvocation** invocation;
-};
+/// How large the host sees the record that becomes the dialog's.
+inline constexpr std::size_t workRecordBytes = 1176;
 
 /// White inside the range, black outside, with a ramp of the softness around either end. Any settings give a
 /// curve, also those outside their ranges.
 TransferCurve transferCurve(const Settings& settings);
 
-/// Renders the matte of `source` into `destination`.
-void render(FrameBuffer* source, FrameBuffer* destination, const Settings& settings);
+/// The matte of `source`, into `destination`.
+void drawMatte(FrameBuffer* source, FrameBuffer* destination, const Settings& settings);
+
+/// Takes the handle of the work record as its parameter.
+VIREO_DIALOG_PROCEDURE(dialogProcedure);
 
 }  // namespace Extract
 

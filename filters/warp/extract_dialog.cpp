@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The window of Extract's settings dialog: histogram, range handles, softness, curve and a live preview.
-#include "filters/warp/extract_dialog.h"
-
 #include "filters/warp/extract_dialog_model.h"
 #include "framework/dialog_window.h"
 
 #include <commctrl.h>
 #include <windowsx.h>
-
-#include <new>
 
 namespace Extract {
 namespace {
@@ -43,19 +39,10 @@ struct FieldControl {
 constexpr FieldControl fields[] = {
     {Field::Low, lowId, Low}, {Field::High, highId, High}, {Field::Softness, softnessId, Softness}};
 
-/// The work record while its dialog is open.
-struct DialogRecord {
-    FilterInvocation** invocation;
-    DialogModel model;
-};
+using Record = DialogRecord<DialogModel>;
+static_assert(sizeof(Record) <= workRecordBytes);
 
-static_assert(sizeof(DialogRecord) <= workRecordSize);
-
-DialogRecord& recordOf(HWND dialog) { return *static_cast<DialogRecord*>(*workRecordOf(dialog)); }
-
-DialogModel& modelOf(HWND dialog) { return recordOf(dialog).model; }
-
-FilterInvocation& invocationOf(HWND dialog) { return **recordOf(dialog).invocation; }
+DialogModel& modelOf(HWND dialog) { return recordOf<Record>(dialog).model; }
 
 void drawHistogram(HWND dialog, HDC context) {
     drawBars(context, controlBox(dialog, histogramId),
@@ -78,7 +65,7 @@ void drawCurve(HWND dialog, HDC context) {
 void drawPicture(HWND dialog, HDC context) {
     const FilterInvocation& invocation = invocationOf(dialog);
     drawCurve(dialog, context);
-    render(invocation.sourceFrame, invocation.destFrame, modelOf(dialog).settings());
+    drawMatte(invocation.sourceFrame, invocation.destFrame, modelOf(dialog).settings());
     drawPreview(context, invocation.destFrame, modelOf(dialog).preview());
 }
 
@@ -117,10 +104,7 @@ void enterPressed(HWND dialog) {
     }
 }
 
-void initialise(HWND dialog, MemoryHandle handle) {
-    const auto head = *static_cast<WorkRecordHead*>(*handle);
-    new (*handle) DialogRecord{head.invocation, DialogModel(head.settings)};
-    attachWorkRecord(dialog, handle);
+void initialise(HWND dialog) {
     DialogModel& model = modelOf(dialog);
     model.layOut(controlBox(dialog, lineId), controlBox(dialog, histogramId), clientBox(dialog));
     model.countPixels(frameThroughPixKit(invocationOf(dialog).sourceFrame));
@@ -134,7 +118,7 @@ void initialise(HWND dialog, MemoryHandle handle) {
     for (const FieldControl& field : fields) writeField(dialog, field);
     // Enter in a field then commits it instead of pressing the OK button.
     SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
-    centerOverHost(dialog, invocationOf(dialog));
+    centerOverHost(dialog);
 }
 
 void paint(HWND dialog) {
@@ -144,9 +128,7 @@ void paint(HWND dialog) {
     drawPicture(dialog, context.get());
 }
 
-void accept(HWND dialog) {
-    acceptSettings(dialog, acceptId, invocationOf(dialog), settingsSize, modelOf(dialog).settings());
-}
+void accept(HWND dialog) { acceptSettings(dialog, acceptId, modelOf(dialog).settings()); }
 
 void command(HWND dialog, int id, int notification) {
     switch (id) {
@@ -161,29 +143,26 @@ void command(HWND dialog, int id, int notification) {
     }
 }
 
-}  // namespace
-
-std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-    const auto dialog = static_cast<HWND>(window);
-    if (message == WM_INITDIALOG) {
-        initialise(dialog, reinterpret_cast<MemoryHandle>(lParam));
-        return TRUE;
-    }
-    if (workRecordOf(dialog) == nullptr) return FALSE;
+bool handle(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-        case WM_PAINT: paint(dialog); return TRUE;
-        case WM_LBUTTONDOWN: modelOf(dialog).press(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return TRUE;
+        case WM_PAINT: paint(dialog); return true;
+        case WM_LBUTTONDOWN: modelOf(dialog).press(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)); return true;
         case WM_MOUSEMOVE:
             if ((wParam & MK_LBUTTON) != 0) update(dialog, modelOf(dialog).drag(GET_X_LPARAM(lParam)));
-            return TRUE;
+            return true;
         case WM_HSCROLL:
             update(dialog, modelOf(dialog).slideSoftness(static_cast<int>(
                                SendDlgItemMessageW(dialog, softnessSliderId, TBM_GETPOS, 0, 0))));
-            return TRUE;
-        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam)); return TRUE;
-        case WM_CLOSE: endDialog(dialog, invocationOf(dialog), lParam); return TRUE;
-        default: return FALSE;
+            return true;
+        case WM_COMMAND: command(dialog, LOWORD(wParam), HIWORD(wParam)); return true;
+        default: return false;
     }
+}
+
+}  // namespace
+
+std::intptr_t dialogProcedure(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+    return answerMessage<Settings, Record>({initialise, handle}, window, message, wParam, lParam);
 }
 
 }  // namespace Extract

@@ -19,8 +19,7 @@ enum Redraw : unsigned {
     Low = 1,       ///< The range's handles and the low field.
     High = 2,      ///< The range's handles and the high field.
     Softness = 4,  ///< The softness field and slider.
-    Picture = 8,   ///< The curve and the preview.
-    Everything = Low | High | Softness | Picture
+    Picture = 8    ///< The curve and the preview.
 };
 
 enum class Field { Low, High, Softness };

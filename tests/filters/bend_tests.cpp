@@ -161,7 +161,7 @@ TEST(Bend, WithoutAWorkBufferTheSourceIsOverwritten) {
     const Bend::Settings settings{defaultAxis, defaultAxis, 0x00FFFFFF};
     const Picture expected = bent(source, settings, 7);
     const Picture columnsOnly = bent(source, {defaultAxis, still, 0x00FFFFFF}, 7);
-    Bend::render(source.handle(), destination.handle(), nullptr, 7, settings);
+    Bend::bend(source.handle(), destination.handle(), nullptr, 7, settings);
     EXPECT_TRUE(samePicture(expected, destination.picture()));
     EXPECT_TRUE(samePicture(columnsOnly, source.picture()));
 }

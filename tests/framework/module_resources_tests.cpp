@@ -112,11 +112,10 @@ TEST(ModuleResources, AreFoundByTypeAndIdTogether) {
 
 TEST(ModuleResources, OutliveTheReferenceThatLoadedThem) {
     std::size_t size = 0;
-    const auto* first = static_cast<const char*>(LoadModuleResourceForLanguage(u"TEXT", 2000, &size));
+    const auto* first = static_cast<const char*>(LoadModuleResource(u"TEXT", 2000, &size));
     ASSERT_NE(first, nullptr);
     ReleaseModuleResource(first);
-    setResourceLanguage(0x0411);
-    EXPECT_EQ(LoadModuleResourceForLanguage(u"TEXT", 2000, &size), first);
+    EXPECT_EQ(LoadModuleResource(u"TEXT", 2000, &size), first);
     ReleaseModuleResource(nullptr);
     EXPECT_TRUE(moduleObject());
 }

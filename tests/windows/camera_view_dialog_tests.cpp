@@ -30,9 +30,9 @@ struct Stored {
 
 Stored stored(const DialogFixture& fixture) {
     const auto bytes = fixture.settings();
-    EXPECT_EQ(bytes.size(), CameraView::settingsSize);
+    EXPECT_EQ(bytes.size(), sizeof(CameraView::Settings));
     Stored settings{};
-    if (bytes.size() != CameraView::settingsSize) return settings;
+    if (bytes.size() != sizeof(CameraView::Settings)) return settings;
     std::memcpy(settings.values, bytes.data(), 12);
     std::memcpy(&settings.fillColor, bytes.data() + 12, 4);
     std::memcpy(&settings.reference, bytes.data() + 16, 16);

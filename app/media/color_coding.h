@@ -2,7 +2,7 @@
 #ifndef VIREO_APP_MEDIA_COLOR_CODING_H
 #define VIREO_APP_MEDIA_COLOR_CODING_H
 
-#include "app/media/colour_kernels.h"
+#include "app/media/color_kernels.h"
 #include "app/media/ffmpeg_objects.h"
 
 namespace vireo {

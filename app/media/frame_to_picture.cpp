@@ -130,14 +130,15 @@ void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
     constexpr bool floatChannels = std::is_floating_point_v<Channel>;
     constexpr bool dithered = sizeof(Sample) > 1 && sizeof(Channel) == 1;
     constexpr float highest = floatChannels ? 1.0F : sizeof(Channel) == 1 ? 255.0F : 65535.0F;
-    const int colours = format.nb_components < 3 ? 1 : 3;
+    const int components = format.nb_components < 3 ? 1 : 3;
     const bool alpha = (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
     const int depth = format.comp[0].depth;
     const int shift = format.comp[0].shift;
     const float scale = floatSamples ? highest : highest / (std::ldexp(1.0F, depth) - 1);
 
     std::vector<ComponentRows<Sample>> rows;  // blue, green, red, alpha
-    for (int channel : {2, 1, 0}) rows.emplace_back(frame, format, colours == 1 ? 0 : channel, frame.width);
+    for (int channel : {2, 1, 0})
+        rows.emplace_back(frame, format, components == 1 ? 0 : channel, frame.width);
     if (alpha) rows.emplace_back(frame, format, format.nb_components - 1, frame.width);
     const DitherRows dither(dithered ? frame.width : 0);
 
@@ -228,17 +229,17 @@ std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int hei
                               interlaced);
     }
 
-    const bool colours = formatIsRgb(code) || kind == SampleKind::Floats;  // float samples are never YUV
+    const bool isRgb = formatIsRgb(code) || kind == SampleKind::Floats;  // float samples are never YUV
     // Luma and chroma fill deep pictures as words and floats not at all; a clip's format may change within
     // it.
     const bool isFloat = pictureFormat == formatBgraFloat;
-    if (!colours && (isFloat || (kind == SampleKind::Bytes && pictureFormat != PixKit::formatBgra))) {
+    if (!isRgb && (isFloat || (kind == SampleKind::Bytes && pictureFormat != PixKit::formatBgra))) {
         const AVPixelFormat deep = isFloat ? AV_PIX_FMT_RGBA64 : deepFormat(format);
         return frameToPicture(*scaled(frame, width, height, deep), width, height, pictureFormat, coding,
                               interlaced);
     }
     auto picture = std::make_shared<Picture>(width, height, pictureFormat);
-    if (colours) {
+    if (isRgb) {
         switch (kind) {
             case SampleKind::Bytes: rgbToPicture<std::uint8_t>(frame, format, *picture); break;
             case SampleKind::Words: rgbToPicture<std::uint16_t>(frame, format, *picture); break;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/media/colour_kernels.h"
+#include "app/media/color_kernels.h"
 
 #include <cstring>
 

@@ -5,6 +5,7 @@
 #include "app/media/encoder_choice.h"
 #include "app/media/ffmpeg_source.h"
 #include "app/media/ffmpeg_writer.h"
+#include "app/media/packet_index.h"
 #include "engine/error.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "app/commands/command_line.h"
 
 #if defined(_WIN32)
-#include "app/files.h"
+#include "app/base/files.h"
 #include "host/win32.h"
 
 #include <shellapi.h>

@@ -29,12 +29,9 @@ enum class Fault {
 /// Something the user can read: one sentence without a full stop.
 class Error : public std::exception {
 public:
-    /// `status` is the exit status that it gives a program: 1 failed, 2 wrong usage, 130 interrupted, 143
-    /// terminated.
+    /// `status` is the exit status that it gives a program: 1 failed, 130 interrupted, 143 terminated.
     explicit Error(std::string sentence, int status = 1)
-        : sentence_(std::move(sentence)),
-          status_(status),
-          fault_(status == 2 ? Fault::Usage : Fault::Failed) {}
+        : sentence_(std::move(sentence)), status_(status), fault_(Fault::Failed) {}
 
     /// `place` begins where the sentence points to in a text that the caller has.
     Error(Fault fault, std::string sentence, std::string_view place = {})

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/chain_options.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
+#include "engine/error.h"
 #include "engine/settings/settings_file.h"
 
 #include <algorithm>
@@ -11,8 +12,6 @@ namespace vireo {
 namespace {
 
 using Kind = SettingsOption::Kind;
-
-[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
 
 /// Reads the options one after another; some belong to the filter that stands before them.
 class ChainReader {
@@ -25,11 +24,13 @@ public:
         if (levelsBytes_) useLevelsBytes();
         for (const std::string& path : bytesOfTheOnlyFilter_) {
             if (chain_.filters().size() != 1)
-                fail("--save-settings-bytes must stand behind the -f whose bytes it saves");
+                throw Error(Fault::Usage,
+                            "--save-settings-bytes must stand behind the -f whose bytes it saves");
             savedBytes_.push_back({0, path});
         }
         if (chain_.filters().empty())
-            fail("no filter is given; -f NAME gives one, and vireo list tells their names");
+            throw Error(Fault::Usage,
+                        "no filter is given; -f NAME gives one, and vireo list tells their names");
         return {chain_.filters(), options.saveSettings.empty() ? "" : chain_.settingsText(),
                 std::move(savedBytes_)};
     }
@@ -43,13 +44,13 @@ private:
                 hasPreset_ = true;
                 break;
             case Kind::SettingsFile:
-                if (file_) fail("--settings is given twice");
+                if (file_) throw Error(Fault::Usage, "--settings is given twice");
                 file_.emplace(catalogue_).addSettings(option.value, readFile(option.value));
                 fileName_ = option.value;
                 break;
             case Kind::SettingsBytes:
                 if (chain_.filters().empty())
-                    fail("--settings-bytes must stand behind the -f that it belongs to");
+                    throw Error(Fault::Usage, "--settings-bytes must stand behind the -f that it belongs to");
                 setBytes(readSettingsBytes(option.value));
                 break;
             case Kind::LevelsFile: takeLevels(parseLevelsFile(option.value, readFile(option.value))); break;
@@ -66,13 +67,14 @@ private:
     void takeLevels(std::vector<std::uint8_t> bytes) {
         const hosting::Filter& levels = catalogue_.find(levelsFilter);
         if (chain_.filters().empty()) {
-            if (levelsBytes_) fail("--lvl is given twice");
+            if (levelsBytes_) throw Error(Fault::Usage, "--lvl is given twice");
             levelsBytes_ = std::move(bytes);
             return;
         }
         const hosting::Filter& last = chain_.filters().back().filter();
         if (&last != &levels)
-            fail("--lvl belongs to Levels and not to the " + last.properties.name + " before it");
+            throw Error(Fault::Usage,
+                        "--lvl belongs to Levels and not to the " + last.properties.name + " before it");
         setBytes(bytes);
     }
 
@@ -81,7 +83,7 @@ private:
         const hosting::Filter& levels = catalogue_.find(levelsFilter);
         if (chain_.filters().empty()) chain_.add(FilterSettings(levels));
         if (chain_.filters().size() > 1 || &chain_.filters().front().filter() != &levels) {
-            fail("--lvl must stand behind the -f Levels that it sets, or alone");
+            throw Error(Fault::Usage, "--lvl must stand behind the -f Levels that it sets, or alone");
         }
         setBytes(*levelsBytes_);
     }
@@ -92,20 +94,22 @@ private:
 
     /// A settings file is the chain, or sets the one filter given.
     void mergeFile() {
-        if (hasPreset_) fail("--settings and --preset are two chains; give one of them");
+        if (hasPreset_) throw Error(Fault::Usage, "--settings and --preset are two chains; give one of them");
         if (chain_.filters().empty()) {
-            if (levelsBytes_) fail("--settings and --lvl alone are two chains; give one of them");
+            if (levelsBytes_)
+                throw Error(Fault::Usage, "--settings and --lvl alone are two chains; give one of them");
             chain_ = std::move(*file_);
             return;
         }
         const FilterSettings& given = chain_.filters().front();
-        if (chain_.filters().size() > 1) fail("--settings is a chain of its own or sets one -f, not several");
+        if (chain_.filters().size() > 1)
+            throw Error(Fault::Usage, "--settings is a chain of its own or sets one -f, not several");
         if (file_->filters().size() != 1)
-            fail(fileName_ + " holds several filters and cannot set the one -f");
+            throw Error(Fault::Usage, fileName_ + " holds several filters and cannot set the one -f");
         const FilterSettings& loaded = file_->filters().front();
         if (&loaded.filter() != &given.filter()) {
-            fail(fileName_ + " sets " + loaded.filter().properties.name + " and not " +
-                 given.filter().properties.name);
+            throw Error(Fault::Usage, fileName_ + " sets " + loaded.filter().properties.name + " and not " +
+                                          given.filter().properties.name);
         }
         if (!given.isSet() && !given.hasBytes() && !levelsBytes_) {
             chain_ = std::move(*file_);

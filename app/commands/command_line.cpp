@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/command_line.h"
 
+#include "app/base/files.h"
+#include "app/base/messages.h"
 #include "app/commands/commands.h"
 #include "app/commands/help.h"
-#include "app/files.h"
-#include "app/render/render_job.h"
-#include "app/terminal.h"
-#include "engine/catalogue/languages.h"
+#include "engine/catalogue/host_identity.h"
 #include "engine/commit.h"
+#include "engine/error.h"
 #include "engine/locations.h"
-#include "host/qrb/language.h"
-#include "host/vireo_host.h"
 #include "simd/instruction_set.h"
 
 #include <algorithm>
@@ -75,11 +73,10 @@ void addCommands(CommandSet& commands) {
 int run(const CommandSet& commands, const GlobalOptions& global) {
     const RunCommand* command = commands.chosen();
     if (command == nullptr) {
-        throw Error("a command is missing, such as render, compare or list; vireo --help tells more",
-                    wrongUsage);
+        throw Error(Fault::Usage,
+                    "a command is missing, such as render, compare or list; vireo --help tells more");
     }
-    if (global.applicationType) vireoHostSetApplicationType(*global.applicationType);
-    if (!global.language.empty()) vireoHostSetLanguage(languageId(global.language));
+    present({global.applicationType, global.language});
     Session session(global);
     const int status = (*command)(session);
     std::cout.flush();
@@ -105,10 +102,6 @@ std::string sentence(std::string text) {
 }
 
 }  // namespace
-
-void printError(const std::string& sentence) {
-    std::cerr << Terminal::errors().styled(Style::Error, "vireo:") << ' ' << sentence << ".\n";
-}
 
 int runCommandLine(std::vector<std::string> arguments) {
     CLI::App program(introduction, "vireo");

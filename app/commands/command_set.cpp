@@ -42,7 +42,7 @@ CLI::Validator wholeNumbers(std::int64_t minimum, std::int64_t maximum) {
             const auto value = parseWholeNumber(text);
             if (value && *value >= minimum && *value <= maximum) return {};
             return "takes whole numbers from " + std::to_string(minimum) + " to " + std::to_string(maximum) +
-                   ", not \"" + text + '"';
+                   ", not " + inQuotes(text);
         },
         "");
 }
@@ -51,7 +51,7 @@ CLI::Validator oneOf(std::vector<std::string> words) {
     return CLI::Validator(
         [words = std::move(words)](const std::string& text) -> std::string {
             if (std::find(words.begin(), words.end(), text) != words.end()) return {};
-            return "takes " + enumeration(words, "or") + ", not \"" + text + '"';
+            return "takes " + enumeration(words, "or") + ", not " + inQuotes(text);
         },
         "");
 }

@@ -46,7 +46,7 @@ using RunCommand = std::function<int(Session&)>;
 
 /// The commands under a program.
 ///
-/// Help, manual page and completion are made of what is told to the parser. Names of values matter there:
+/// Help, manual page and completion are made of what the parser knows. Names of values matter there:
 /// FILE, FOLDER, FILTER, FILTER:... and PRESET are completed as such, "on|off" as a choice. Options without a
 /// description are not shown.
 class CommandSet {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Each adds a command to the command line.
+// Each adds a command to the command line; it is defined in the file of the command's name.
 #ifndef VIREO_APP_COMMANDS_COMMANDS_H
 #define VIREO_APP_COMMANDS_COMMANDS_H
 
@@ -39,9 +39,6 @@ void addManCommand(CommandSet& commands);
 
 /// vireo completion: the script that completes command lines in a shell, and the query that it makes.
 void addCompletionCommand(CommandSet& commands);
-
-/// "vireo: SENTENCE" on a line of standard error.
-void printError(const std::string& sentence);
 
 }  // namespace vireo
 

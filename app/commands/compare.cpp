@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // vireo compare: before and after in one picture.
+#include "app/base/files.h"
 #include "app/commands/commands.h"
 #include "app/commands/render_options.h"
-#include "app/files.h"
+#include "engine/error.h"
 
 #include <memory>
 
@@ -22,7 +23,8 @@ struct CompareOptions : RenderOptions {
 
 /// "photo-compared.jpg" for "photo.jpg", in the same folder.
 std::string outputBeside(const std::string& input) {
-    if (input == "-") throw Error("standard input has no name to make the output's of; name one", 2);
+    if (input == "-")
+        throw Error(Fault::Usage, "standard input has no name to make the output's of; name one");
     std::filesystem::path path = pathOf(input);
     const std::filesystem::path extension = path.extension();
     path.replace_extension();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/help.h"
 
-#include "app/terminal.h"
+#include "app/base/terminal.h"
 
 #include <algorithm>
 #include <sstream>

@@ -3,7 +3,7 @@
 #ifndef VIREO_APP_COMMANDS_OPTIONS_H
 #define VIREO_APP_COMMANDS_OPTIONS_H
 
-#include "app/render/render_job.h"
+#include "app/media/render_job.h"
 
 #include <string>
 #include <vector>

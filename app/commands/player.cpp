@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/player.h"
 
-#include "app/render/render_job.h"
+#include "engine/error.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "engine/settings/presets.h"
+#include "app/base/messages.h"
 #include "app/commands/commands.h"
 #include "app/commands/table.h"
-#include "app/render/messages.h"
 #include "engine/error.h"
 #include "engine/files.h"
 #include "engine/settings/settings_file.h"

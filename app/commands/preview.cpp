@@ -2,11 +2,13 @@
 // vireo preview: renders into a player's window.
 #include "app/commands/commands.h"
 #include "app/commands/render_options.h"
+#include "engine/error.h"
 
 #include <memory>
 
 #if !defined(_WIN32)
 #include "app/commands/player.h"
+#include "app/render/render_media.h"
 #endif
 
 namespace vireo {

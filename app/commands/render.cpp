@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // vireo render.
+#include "app/base/files.h"
+#include "app/base/messages.h"
 #include "app/commands/commands.h"
 #include "app/commands/render_options.h"
-#include "app/files.h"
+#include "engine/error.h"
 
 #include <memory>
 #include <set>
@@ -37,8 +39,6 @@ Settings:
   vireo render clip.mov out.mov --lvl warm.lvl
   vireo render clip.mov out.mov -f Levels --settings-bytes levels.bin)help";
 
-[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
-
 /// One job for an input and its output, or one for each input into the folder.
 std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& options) {
     std::vector<RenderJob> jobs;
@@ -49,18 +49,20 @@ std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& op
     };
     if (options.folder.empty()) {
         if (options.files.size() != 2) {
-            fail(options.files.size() < 2 ? "render takes an input and an output"
-                                          : "several inputs need --to and a folder");
+            throw Error(Fault::Usage, options.files.size() < 2 ? "render takes an input and an output"
+                                                               : "several inputs need --to and a folder");
         }
         plan(options.files[0], options.files[1]);
         return jobs;
     }
-    if (options.files.empty()) fail("--to needs at least one input");
+    if (options.files.empty()) throw Error(Fault::Usage, "--to needs at least one input");
     std::set<std::string> outputs;
     for (const std::string& input : options.files) {
-        if (input == "-") fail("standard input has no name to be written under in a folder");
+        if (input == "-")
+            throw Error(Fault::Usage, "standard input has no name to be written under in a folder");
         const std::string output = utf8Of(pathOf(options.folder) / pathOf(input).filename());
-        if (!outputs.insert(output).second) fail("two inputs would be written to " + output);
+        if (!outputs.insert(output).second)
+            throw Error(Fault::Usage, "two inputs would be written to " + output);
         plan(input, output);
     }
     return jobs;

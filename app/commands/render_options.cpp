@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/render_options.h"
 
+#include "app/render/render_media.h"
 #include "engine/catalogue/names.h"
+#include "engine/error.h"
 #include "engine/settings/clip_time.h"
 #include "engine/text.h"
 
@@ -12,8 +14,6 @@ namespace vireo {
 namespace {
 
 constexpr std::int64_t mostJobs = 1024;
-
-[[noreturn]] void fail(const std::string& sentence) { throw Error(sentence, 2); }
 
 void addSettingsOption(CLI::App& command, const std::string& names, const std::string& value,
                        std::vector<SettingsOption>& settings, SettingsOption::Kind kind,
@@ -36,16 +36,19 @@ FrameRange parseFrames(const std::string& text) {
     const auto last = dash == std::string::npos
                           ? std::nullopt
                           : parseWholeNumber(trimmed(std::string_view(text).substr(dash + 1)));
-    if (!first || !last) fail("--frames takes A-B, two frame numbers from 0, not " + inQuotes(text));
+    if (!first || !last)
+        throw Error(Fault::Usage, "--frames takes A-B, two frame numbers from 0, not " + inQuotes(text));
     if (*first > *last)
-        fail("--frames takes a first and a last frame, and " + inQuotes(text) + " ends before it begins");
+        throw Error(Fault::Usage, "--frames takes a first and a last frame, and " + inQuotes(text) +
+                                      " ends before it begins");
     return {*first, *last};
 }
 
 ClipTime parseTime(const char* option, const std::string& text) {
     const auto time = parseClipTime(text);
     if (!time)
-        fail(std::string(option) + " takes a time like 5s, 2.5, 1:02:03.5 or 120f, not " + inQuotes(text));
+        throw Error(Fault::Usage, std::string(option) +
+                                      " takes a time like 5s, 2.5, 1:02:03.5 or 120f, not " + inQuotes(text));
     return *time;
 }
 
@@ -54,7 +57,7 @@ ClipTime parseTime(const char* option, const std::string& text) {
 void takePart(const RenderOptions& options, RenderJob& job) {
     if (!options.frames.empty()) {
         if (!options.start.empty() || !options.duration.empty())
-            fail("--frames goes without --start and --duration");
+            throw Error(Fault::Usage, "--frames goes without --start and --duration");
         job.frames = parseFrames(options.frames);
         return;
     }
@@ -63,7 +66,7 @@ void takePart(const RenderOptions& options, RenderJob& job) {
     if (!options.duration.empty()) duration = parseTime("--duration", options.duration);
     if (!start && !duration) return;
     if (duration && (duration->frame ? *duration->frame == 0 : duration->seconds == 0))
-        fail("--duration 0 leaves nothing to render");
+        throw Error(Fault::Usage, "--duration 0 leaves nothing to render");
     if (start && start->frame) job.frames = FrameRange{*start->frame, std::nullopt};
     if (start && !start->frame) job.start = start->seconds;
     if (!duration) return;
@@ -82,7 +85,7 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
     for (const std::string& text : texts) {
         const std::size_t equals = text.find('=');
         if (equals == std::string::npos || equals == 0)
-            fail("--encoder-option takes NAME=VALUE, not " + inQuotes(text));
+            throw Error(Fault::Usage, "--encoder-option takes NAME=VALUE, not " + inQuotes(text));
         options.emplace_back(text.substr(0, equals), text.substr(equals + 1));
     }
     return options;
@@ -91,7 +94,8 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
 std::optional<std::uint32_t> parseFormat(const std::string& name) {
     if (name.empty()) return std::nullopt;
     if (name.size() != 4)
-        fail("--filter-format takes a code of four characters such as vuya, not " + inQuotes(name));
+        throw Error(Fault::Usage,
+                    "--filter-format takes a code of four characters such as vuya, not " + inQuotes(name));
     const char characters[5] = {name[0], name[1], name[2], name[3], '\0'};
     return PixKit::formatCode(characters);
 }

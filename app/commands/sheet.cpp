@@ -2,9 +2,9 @@
 // vireo sheet: the picture and what each filter makes of it, in a grid as large as the picture.
 #include "app/commands/commands.h"
 #include "app/commands/label_font.h"
+#include "app/media/render_job.h"
 #include "app/render/chain_processor.h"
-#include "app/render/render_job.h"
-#include "host/pixkit/pixkit.h"
+#include "app/render/render_media.h"
 
 #include <algorithm>
 #include <cmath>
@@ -104,7 +104,7 @@ private:
         if (width > 0 && height > 0) {
             const int x = left + (cellWidth - width) / 2;
             const FrameRect area{x, top + gap, x + width, top + gap + height};
-            vpixCopy(picture.buffer(), sheet.buffer(), &picture.buffer()->bounds, &area, VPixCopyReplace);
+            drawScaled(picture, sheet, area);
             makeOpaque(sheet, area);
         }
         drawLabel(sheet, left + (cellWidth - labelWidth(label, textScale)) / 2,

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/encoder_choice.h"
 
+#include "app/media/picture_to_frame.h"
+#include "app/media/pixel_format.h"
+#include "engine/error.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 }
@@ -92,7 +96,7 @@ std::string lowerExtension(const std::string& path) {
     return extension;
 }
 
-/// The ending of the output's name; standard output is told its format.
+/// The ending of the output's name; for standard output, its --format.
 std::string outputFormat(const RenderJob& job) {
     if (job.output != "-") return lowerExtension(job.output);
     return job.format.empty() ? "matroska" : job.format;
@@ -113,7 +117,7 @@ const AVCodec* encoderNamed(const std::string& name) {
         if (codecKind != nullptr) codec = avcodec_find_encoder(codecKind->id);
     }
     if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
-        throw Error("there is no video encoder named " + name, 2);
+        throw Error(Fault::Usage, "there is no video encoder named " + name);
     return codec;
 }
 
@@ -133,10 +137,24 @@ struct Wish {
     int width, height;
 };
 
+/// What it costs a format not to be as wished, from the worst to the least.
+namespace cost {
+constexpr int grey = 10000;
+constexpr int withoutAlpha = 5000;
+constexpr int bitTooFew = 1000;
+constexpr int otherModel = 500;  ///< RGB for YUV or the other way round.
+constexpr int needlessAlpha = 300;
+constexpr int chromaHalved = 200;  ///< Once more than wished.
+constexpr int chromaKept = 50;     ///< Once less.
+constexpr int otherRange = 20;
+constexpr int bitTooMany = 10;
+constexpr int interleaved = 5;
+}  // namespace cost
+
 /// How far a format is from the wish; negative where it cannot be used.
 int distance(AVPixelFormat format, const Wish& wish) {
     const AVPixFmtDescriptor* d = av_pix_fmt_desc_get(format);
-    if (d == nullptr || !canPack(format) || format == AV_PIX_FMT_PAL8) return -1;
+    if (d == nullptr || !convertsTo(format) || format == AV_PIX_FMT_PAL8) return -1;
     const bool rgb = formatIsRgb(format);
     const bool halved = !rgb && d->nb_components >= 3;
     if (halved && wish.evenOnly &&
@@ -144,21 +162,21 @@ int distance(AVPixelFormat format, const Wish& wish) {
         return -1;
     const int depth = d->comp[0].depth;
     int result = 0;
-    if (d->nb_components < 3) result += 10000;
-    if (wish.alpha != formatHasAlpha(format)) result += wish.alpha ? 5000 : 300;
-    if (depth < wish.depth) result += 1000 * (wish.depth - depth);
-    if (depth > wish.depth) result += 10 * (depth - wish.depth);
-    if (rgb != wish.rgb) result += 500;
+    if (d->nb_components < 3) result += cost::grey;
+    if (wish.alpha != formatHasAlpha(format)) result += wish.alpha ? cost::withoutAlpha : cost::needlessAlpha;
+    if (depth < wish.depth) result += cost::bitTooFew * (wish.depth - depth);
+    if (depth > wish.depth) result += cost::bitTooMany * (depth - wish.depth);
+    if (rgb != wish.rgb) result += cost::otherModel;
     if (halved) {
         const auto apart = [](int have, int want) {
-            return have > want ? 200 * (have - want) : 50 * (want - have);
+            return have > want ? cost::chromaHalved * (have - want) : cost::chromaKept * (want - have);
         };
         result += apart(d->log2_chroma_w, wish.chromaW) + apart(d->log2_chroma_h, wish.chromaH);
-        if (isFullRangeFormat(format) != wish.fullRange) result += 20;
+        if (isFullRangeFormat(format) != wish.fullRange) result += cost::otherRange;
     }
     // Of several that hold the same, those whose samples lie plainly.
-    if ((d->flags & AV_PIX_FMT_FLAG_PLANAR) == 0 && !rgb) result += 5;
-    if (halved && d->comp[1].plane == d->comp[2].plane) result += 5;
+    if ((d->flags & AV_PIX_FMT_FLAG_PLANAR) == 0 && !rgb) result += cost::interleaved;
+    if (halved && d->comp[1].plane == d->comp[2].plane) result += cost::interleaved;
     if ((d->flags & AV_PIX_FMT_FLAG_BE) != 0) result += 1;
     return result;
 }
@@ -183,8 +201,8 @@ AVPixelFormat nearestFormat(const AVCodec& codec, const Wish& wish) {
 
 AVPixelFormat wantedFormat(const RenderJob& job, const AVCodec& codec) {
     const AVPixelFormat format = av_get_pix_fmt(job.pixelFormat.c_str());
-    if (format == AV_PIX_FMT_NONE || !canPack(format))
-        throw Error("there is no pixel format named " + job.pixelFormat, 2);
+    if (format == AV_PIX_FMT_NONE || !convertsTo(format))
+        throw Error(Fault::Usage, "there is no pixel format named " + job.pixelFormat);
     for (const AVPixelFormat* f = codec.pix_fmts; f != nullptr && *f != format; ++f) {
         if (*f == AV_PIX_FMT_NONE)
             throw Error(std::string("the encoder ") + codec.name + " does not take the pixel format " +
@@ -336,11 +354,11 @@ CodecContextPtr newEncoder(const EncoderChoice& choice, const VideoProperties& v
         context->color_range = AVCOL_RANGE_JPEG;
     } else if (formatIsRgb(video.format) || choice.coding.matrix != video.coding.matrix ||
                choice.coding.fullRange != video.coding.fullRange) {
-        // What the source does not have was chosen here, and so is told.
+        // What the source does not have was chosen here, and so is tagged.
         context->colorspace = choice.coding.matrix;
         context->color_range = choice.coding.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
     } else if (video.matrix == AVCOL_SPC_UNSPECIFIED &&
-               (video.height <= 576) != (video.uprightHeight() <= 576)) {
+               isStandardDefinition(video.height) != isStandardDefinition(video.uprightHeight())) {
         context->colorspace = choice.coding.matrix;
     }
     context->thread_count = 0;

@@ -17,7 +17,7 @@ struct EncoderChoice {
     const AVOutputFormat* container = nullptr;  ///< Null for a picture.
     const AVCodec* codec = nullptr;
     AVPixelFormat format = AV_PIX_FMT_NONE;
-    ColourCoding coding;
+    ColorCoding coding;
     bool alpha = false;
     EncoderOptions defaults;  ///< For what was not asked for.
 };

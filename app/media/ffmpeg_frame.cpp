@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_frame.h"
 
+#include "app/media/frame_to_picture.h"
+#include "app/media/picture_tools.h"
+
 namespace vireo {
 
 VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
@@ -15,7 +18,7 @@ VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
     video.primaries = frame.color_primaries;
     video.transfer = frame.color_trc;
     video.chromaLocation = frame.chroma_location;
-    video.coding = colourCoding(video.matrix, video.range, video.format, video.height);
+    video.coding = colorCoding(video.matrix, video.range, video.format, video.height);
     // These two are one matrix at any size and whatever is tagged.
     if (codec == AV_CODEC_ID_MJPEG || codec == AV_CODEC_ID_WEBP) video.coding.matrix = AVCOL_SPC_SMPTE170M;
     if (codec == AV_CODEC_ID_MJPEG && video.range == AVCOL_RANGE_UNSPECIFIED) video.coding.fullRange = true;
@@ -32,7 +35,7 @@ Interlacing uprightInterlacing(Interlacing stored, const VideoProperties& video)
 PicturePtr DecodedFrame::picture(std::uint32_t format) {
     const bool interlaced = frame_->interlaced_frame != 0;
     std::shared_ptr<Picture> picture =
-        pictureOf(*frame_, video_.width, video_.height, format, video_.coding, interlaced);
+        frameToPicture(*frame_, video_.width, video_.height, format, video_.coding, interlaced);
     // Only the properties are needed from here on.
     FramePtr properties = newFrame();
     check(av_frame_copy_props(properties.get(), frame_.get()), "cannot read a frame");

@@ -2,10 +2,10 @@
 #ifndef VIREO_APP_MEDIA_FFMPEG_FRAME_H
 #define VIREO_APP_MEDIA_FFMPEG_FRAME_H
 
+#include "app/media/color_coding.h"
 #include "app/media/ffmpeg_objects.h"
 #include "app/media/media.h"
 #include "app/media/picture_tools.h"
-#include "app/media/pixel_conversion.h"
 
 namespace vireo {
 
@@ -24,7 +24,7 @@ struct VideoProperties {
     AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
-    ColourCoding coding;
+    ColorCoding coding;
     Interlacing interlacing = Interlacing::Progressive;
     bool premultiplied = false;
     bool alpha = false;  ///< Worth keeping.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_objects.h"
 
-#include "app/render/render_job.h"
+#include "engine/error.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -90,6 +90,9 @@ std::string failureText(int code);
 /// Throws Error "what: words for the code" for a negative code, else returns it.
 int check(int code, const std::string& what);
 
+/// Seconds that are less apart are one time.
+inline constexpr double sameTime = 1e-6;
+
 inline double seconds(std::int64_t time, AVRational base) { return static_cast<double>(time) * av_q2d(base); }
 
 }  // namespace vireo

@@ -4,6 +4,7 @@
 #include "app/media/exif.h"
 #include "app/media/ffmpeg_io.h"
 #include "app/media/packet_index.h"
+#include "app/media/pixel_format.h"
 
 namespace vireo {
 namespace {

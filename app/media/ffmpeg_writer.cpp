@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_writer.h"
 
+#include "engine/error.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 }

@@ -25,7 +25,7 @@ FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& enco
       pixelAspect_(encoder.sample_aspect_ratio),
       range_(encoder.color_range),
       matrix_(encoder.colorspace),
-      packer_(choice.format, encoder.width, encoder.height, choice.coding),
+      converter_(choice.format, encoder.width, encoder.height, choice.coding),
       messages_(messages) {}
 
 FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source) {
@@ -34,8 +34,8 @@ FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source)
                          alphaKeepers_);
     }
     const bool interlaced = source.position.interlacing != Interlacing::Progressive;
-    FramePtr frame = premultiply_ ? packer_.frameOf(*premultiplied(picture), interlaced)
-                                  : packer_.frameOf(picture, interlaced);
+    FramePtr frame = premultiply_ ? converter_.frameOf(*premultiplied(picture), interlaced)
+                                  : converter_.frameOf(picture, interlaced);
     check(av_frame_copy_props(frame.get(), &source.properties()), "cannot pass on a frame");
     av_frame_remove_side_data(frame.get(), AV_FRAME_DATA_DISPLAYMATRIX);
     av_dict_free(&frame->metadata);

@@ -3,7 +3,7 @@
 #define VIREO_APP_MEDIA_FRAME_OUTPUT_H
 
 #include "app/media/encoder_choice.h"
-#include "app/media/pixel_conversion.h"
+#include "app/media/picture_to_frame.h"
 
 #include <atomic>
 
@@ -26,7 +26,7 @@ private:
     AVRational pixelAspect_;
     AVColorRange range_;
     AVColorSpace matrix_;
-    FramePacker packer_;
+    FrameConverter converter_;
     Messages& messages_;
     std::atomic<bool> alphaDropped_ = false;
 };

@@ -4,10 +4,10 @@
 #ifndef VIREO_APP_MEDIA_MEDIA_H
 #define VIREO_APP_MEDIA_MEDIA_H
 
-#include "app/render/frame_processor.h"
-#include "app/render/interruption.h"
-#include "app/render/messages.h"
-#include "app/render/render_job.h"
+#include "app/base/interruption.h"
+#include "app/base/messages.h"
+#include "app/media/frame_processor.h"
+#include "app/media/render_job.h"
 
 #include <cstdint>
 #include <memory>

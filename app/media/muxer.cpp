@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/muxer.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
+#include "engine/error.h"
 
 #include <new>
 

@@ -2,9 +2,9 @@
 #ifndef VIREO_APP_MEDIA_MUXER_H
 #define VIREO_APP_MEDIA_MUXER_H
 
+#include "app/base/output_file.h"
 #include "app/media/ffmpeg_io.h"
-#include "app/media/output_file.h"
-#include "app/render/render_job.h"
+#include "app/media/render_job.h"
 
 #include <mutex>
 #include <optional>

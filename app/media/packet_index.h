@@ -2,8 +2,8 @@
 #ifndef VIREO_APP_MEDIA_PACKET_INDEX_H
 #define VIREO_APP_MEDIA_PACKET_INDEX_H
 
+#include "app/base/interruption.h"
 #include "app/media/ffmpeg_objects.h"
-#include "app/render/interruption.h"
 
 #include <cstdint>
 #include <optional>

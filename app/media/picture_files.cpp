@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/picture_files.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
 #include "app/media/picture_tools.h"
+#include "engine/error.h"
 
 #include <algorithm>
 #include <cerrno>

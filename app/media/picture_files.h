@@ -3,8 +3,8 @@
 #ifndef VIREO_APP_MEDIA_PICTURE_FILES_H
 #define VIREO_APP_MEDIA_PICTURE_FILES_H
 
+#include "app/base/output_file.h"
 #include "app/media/media.h"
-#include "app/media/output_file.h"
 #include "app/media/sequence_pattern.h"
 
 #include <filesystem>

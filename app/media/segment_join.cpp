@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/segment_join.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
 #include "app/media/encoder_choice.h"
 #include "app/media/ffmpeg_source.h"
 #include "app/media/ffmpeg_writer.h"
+#include "app/media/packet_index.h"
+#include "engine/error.h"
 
 #include <algorithm>
 #include <cstring>
@@ -239,7 +241,7 @@ ClipPart partOf(const RenderJob& job, const FrameProcessor& processor) {
     const FfmpegSource source = openSource(withKnownFrames(job), processor, stop, messages);
     if (!writesPictures(job) &&
         chooseVideoEncoder(job, source.video, source.depth).codec->id == AV_CODEC_ID_WRAPPED_AVFRAME)
-        throw Error(job.output + " would hold bare frames, which cannot be joined", 2);
+        throw Error(Fault::Usage, job.output + " would hold bare frames, which cannot be joined");
     const SourceInfo& info = source.reader->info();
     if (info.framesExpected == 0)
         throw Error("the frames of " + job.input + " cannot be counted; --clip-length tells how many");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/sequence_pattern.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
 
 #include <algorithm>
 #include <charconv>

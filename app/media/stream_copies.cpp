@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/stream_copies.h"
 
+#include "app/media/stream_transcoding.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -35,9 +37,9 @@ bool takes(const AVOutputFormat& container, AVCodecID codec) {
     return codec != AV_CODEC_ID_NONE && (codec == container.audio_codec || codec == container.subtitle_codec);
 }
 
-class CopiedStream : public StreamRoute {
+class PacketCopy : public StreamCopy {
 public:
-    CopiedStream(const FfmpegReader& reader, const AVStream& from, Muxer& muxer)
+    PacketCopy(const FfmpegReader& reader, const AVStream& from, Muxer& muxer)
         : muxer_(muxer),
           base_(from.time_base),
           origin_(std::llround(reader.timeOrigin() / av_q2d(from.time_base))),
@@ -99,9 +101,9 @@ void copyChapters(const FfmpegReader& reader, AVFormatContext& to) {
         auto* const copy = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
         if (copy == nullptr) throw std::bad_alloc();
         copy->id = chapter.id;
-        copy->time_base = {1, 1000000};
-        copy->start = std::llround((start - reader.timeOrigin()) * 1e6);
-        copy->end = std::llround((end - reader.timeOrigin()) * 1e6);
+        copy->time_base = AV_TIME_BASE_Q;
+        copy->start = std::llround((start - reader.timeOrigin()) * AV_TIME_BASE);
+        copy->end = std::llround((end - reader.timeOrigin()) * AV_TIME_BASE);
         av_dict_copy(&copy->metadata, chapter.metadata, 0);
         int count = static_cast<int>(to.nb_chapters);
         av_dynarray_add(&to.chapters, &count, copy);
@@ -130,7 +132,7 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
     const AVFormatContext& from = reader.input();
     AVFormatContext& to = muxer.context();
     const AVOutputFormat& container = *to.oformat;
-    routes_.resize(from.nb_streams);
+    copies_.resize(from.nb_streams);
     std::string leftOut;
     std::string converted;
     for (unsigned i = 0; i < from.nb_streams; ++i) {
@@ -141,15 +143,15 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
         const unsigned before = to.nb_streams;
         if (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE) {
             if (takes(container, stream.codecpar->codec_id)) {
-                routes_[i] = std::make_unique<CopiedStream>(reader, stream, muxer);
+                copies_[i] = std::make_unique<PacketCopy>(reader, stream, muxer);
             } else {
-                routes_[i] = type == AVMEDIA_TYPE_AUDIO
-                                 ? convertSound(stream, muxer, reader.timeOrigin())
-                                 : convertSubtitles(stream, muxer, reader.timeOrigin());
-                if (routes_[i] != nullptr) converted += (converted.empty() ? "" : ", ") + describe(stream);
+                copies_[i] = type == AVMEDIA_TYPE_AUDIO
+                                 ? transcodeSound(stream, muxer, reader.timeOrigin())
+                                 : transcodeSubtitles(stream, muxer, reader.timeOrigin());
+                if (copies_[i] != nullptr) converted += (converted.empty() ? "" : ", ") + describe(stream);
             }
         }
-        if (routes_[i] == nullptr) {
+        if (copies_[i] == nullptr) {
             leftOut += (leftOut.empty() ? "" : ", ") + describe(stream);
             continue;
         }
@@ -167,12 +169,12 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
 
 void StreamCopies::take(PacketPtr packet) {
     const auto index = static_cast<std::size_t>(packet->stream_index);
-    if (index < routes_.size() && routes_[index] != nullptr) routes_[index]->take(std::move(packet));
+    if (index < copies_.size() && copies_[index] != nullptr) copies_[index]->take(std::move(packet));
 }
 
 void StreamCopies::finish() {
-    for (const auto& route : routes_) {
-        if (route != nullptr) route->finish();
+    for (const auto& copy : copies_) {
+        if (copy != nullptr) copy->finish();
     }
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/wic_pictures.h"
 
-#include "app/files.h"
+#include "app/base/files.h"
 #include "app/media/exif.h"
 #include "app/media/picture_tools.h"
 #include "app/media/wic_objects.h"
+#include "engine/error.h"
 
 #include <algorithm>
 #include <cctype>
@@ -167,9 +168,9 @@ WicPictureTarget::WicPictureTarget(const RenderJob& job) : premultiplied_(job.pr
     if (!extension_.empty()) extension_.erase(0, 1);
     for (char& c : extension_) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (containerOf(extension_) == nullptr)
-        throw Error(job.output + ": pictures are written as PNG, JPEG, TIFF, BMP or GIF here", 2);
+        throw Error(Fault::Usage, job.output + ": pictures are written as PNG, JPEG, TIFF, BMP or GIF here");
     if (!job.encoder.empty() || !job.encoderOptions.empty() || !job.pixelFormat.empty())
-        throw Error("the system's picture encoders take no options", 2);
+        throw Error(Fault::Usage, "the system's picture encoders take no options");
 }
 
 std::vector<std::uint8_t> WicPictureTarget::encode(const Picture& picture, const SourceFrame&, bool alpha) {

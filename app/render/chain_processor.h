@@ -2,7 +2,7 @@
 #ifndef VIREO_APP_RENDER_CHAIN_PROCESSOR_H
 #define VIREO_APP_RENDER_CHAIN_PROCESSOR_H
 
-#include "app/render/frame_processor.h"
+#include "app/media/frame_processor.h"
 #include "engine/chain/filter_chain.h"
 #include "engine/chain/worker_pool.h"
 

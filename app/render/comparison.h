@@ -2,7 +2,7 @@
 #ifndef VIREO_APP_RENDER_COMPARISON_H
 #define VIREO_APP_RENDER_COMPARISON_H
 
-#include "app/render/frame_processor.h"
+#include "app/media/frame_processor.h"
 
 #include <cstdint>
 #include <optional>

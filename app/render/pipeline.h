@@ -2,8 +2,8 @@
 #ifndef VIREO_APP_RENDER_PIPELINE_H
 #define VIREO_APP_RENDER_PIPELINE_H
 
+#include "app/base/interruption.h"
 #include "app/media/media.h"
-#include "app/render/interruption.h"
 
 #include <cstdint>
 #include <functional>

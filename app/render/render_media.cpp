@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "app/media/media.h"
-#include "app/render/interruption.h"
-#include "app/render/messages.h"
+#include "app/render/render_media.h"
+
+#include "app/base/interruption.h"
+#include "app/base/messages.h"
 #include "app/render/pipeline.h"
+#include "engine/error.h"
 
 #include <chrono>
 #include <thread>
@@ -84,8 +86,7 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
         messages.warning(job.input + ": damaged and left out: " + lost.text() + " (" + reason + ")");
     if (impaired.count() > 0)
         messages.warning(job.input + ": damaged and rendered as far as they can be read: " + impaired.text());
-    return {frames, lost.count() + impaired.count(),
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
+    return {frames, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
 }
 
 }  // namespace vireo

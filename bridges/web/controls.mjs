@@ -64,7 +64,7 @@ function booleanControl(name, take) {
     return { root: element('label', { className: 'boolean control' }, box, name), update };
 }
 
-function colourControl(name, take, pick) {
+function colorControl(name, take, pick) {
     const id = newId();
     const well = element('input', { type: 'color', id });
     const hex = element('input', {
@@ -123,7 +123,7 @@ function parameterControl(use, index, name, host) {
     const make = {
         number: () => numberControl(name, parameter, take),
         boolean: () => booleanControl(name, take),
-        colour: () => colourControl(name, take, host.pick),
+        colour: () => colorControl(name, take, host.pick),
     };
     const control = make[parameter.kind]();
     const isKeyed = use.isKeyed(index);

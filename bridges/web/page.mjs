@@ -84,7 +84,7 @@ const chainList = new ChainList(find('.list'), {
     changed: () => changed(),
     moment,
     pick: (take) => {
-        stage.pickColour(take);
+        stage.pickColor(take);
         tell(say('picking'));
     },
     tell,
@@ -195,7 +195,7 @@ async function open(coming, sample, frame) {
 function show(source, sample, frame = 0) {
     state.source?.close();
     Object.assign(state, { source, sample, frame: Math.min(frame, Math.max(source.frames - 1, 0)), isPlaying: false });
-    stage.pickColour(null);
+    stage.pickColor(null);
     stage.open(source.width, source.height);
     delete find('.stage').dataset.shown;
     renderer.open(source);

@@ -71,7 +71,7 @@ export class Stage {
     }
 
     /** The next click gives its pixel's colour as it was before, 0xRRGGBB; null gives the click back. */
-    pickColour(take) {
+    pickColor(take) {
         this.#pick = take;
         this.#root.classList.toggle('picking', take !== null);
     }
@@ -171,7 +171,7 @@ export class Stage {
 
     #press(event) {
         if (event.button !== 0 || event.target.closest('button, input')) return;
-        if (this.#pick) return this.#takeColour(this.#at(event));
+        if (this.#pick) return this.#takeColor(this.#at(event));
         this.#root.setPointerCapture(event.pointerId);
         const isDivider = event.target.closest('.divider') !== null;
         this.#pointers.set(event.pointerId, { ...this.#at(event), isDivider });
@@ -198,7 +198,7 @@ export class Stage {
         this.#pointers.delete(event.pointerId);
     }
 
-    #takeColour({ x, y }) {
+    #takeColor({ x, y }) {
         const place = (at, begin, size, pixels) =>
             limited(Math.floor(((at - begin) / this.#scale / size) * pixels), 0, pixels - 1);
         const { width, height } = this.#before;
@@ -206,7 +206,7 @@ export class Stage {
         const row = place(y, this.#top, this.#size.height, height);
         const [red, green, blue] = this.#before.getContext('2d').getImageData(column, row, 1, 1).data;
         this.#pick((red << 16) | (green << 8) | blue);
-        this.pickColour(null);
+        this.pickColor(null);
     }
 
     #key(event) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "engine/catalogue/catalogue.h"
 
-#include "engine/catalogue/languages.h"
 #include "engine/error.h"
 #include "engine/text.h"
 #include "host/mtkcore/localizer.h"
@@ -30,13 +29,6 @@ const hosting::Filter& Catalogue::find(std::string_view name) const {
                                       enumeration(firstNames(matches, names_), "or"),
                 typed)
         .about(std::string(typed));
-}
-
-std::uint16_t languageId(std::string_view name) {
-    for (const LanguageName& language : languages) {
-        if (language.name == name) return language.id;
-    }
-    throw Error(Fault::Usage, "--language takes en, fr, de, ja, es, it or ko, not " + inQuotes(name));
 }
 
 std::string localised(const std::string& key, std::uint16_t language) {

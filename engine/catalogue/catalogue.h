@@ -3,6 +3,7 @@
 #define VIREO_ENGINE_CATALOGUE_CATALOGUE_H
 
 #include "engine/catalogue/names.h"
+#include "host/hosting/filter_traits.h"
 #include "host/hosting/meta_plugin.h"
 #include "host/qrb/language.h"
 
@@ -41,6 +42,11 @@ std::string localised(const std::string& key, std::uint16_t language = QRB::GetL
 
 /// The filter's word in its own keys: "BlackAndWhite" of "$$$/Strata/VireoFilters/BlackAndWhite/Name=…".
 std::string keySegment(const hosting::PropertyList& properties);
+
+/// What the property list does not tell of the filter.
+inline const hosting::FilterTraits& traitsOf(const hosting::Filter& filter) {
+    return hosting::filterTraits(filter.properties.matchName);
+}
 
 }  // namespace vireo
 

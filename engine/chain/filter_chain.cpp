@@ -46,10 +46,12 @@ void FilterChain::useFormat(std::uint32_t format) {
     const bool isDeep = format != PixKit::formatBgra && !isVuya;
     if (isDeep && std::none_of(std::begin(carriedFormats), std::end(carriedFormats),
                                [format](const CarriedFormat& carried) { return carried.code == format; })) {
-        throw Error("the filter format " + formatName(format) + " is none of bgra, vuya, Bgra and BGra", 2);
+        throw Error(Fault::Usage,
+                    "the filter format " + formatName(format) + " is none of bgra, vuya, Bgra and BGra");
     }
     if (isDeep && stages_.size() > 1) {
-        throw Error("the filter format " + formatName(format) + " is for a filter alone, not for a chain", 2);
+        throw Error(Fault::Usage,
+                    "the filter format " + formatName(format) + " is for a filter alone, not for a chain");
     }
     bool isOffered = format == PixKit::formatBgra;
     for (const auto& stage : stages_) {
@@ -57,7 +59,7 @@ void FilterChain::useFormat(std::uint32_t format) {
         isOffered = true;
         if (isVuya) stage->setFormat(format);
     }
-    if (!isOffered) throw Error("no filter given here offers the format " + formatName(format), 2);
+    if (!isOffered) throw Error(Fault::Usage, "no filter given here offers the format " + formatName(format));
     if (!isVuya) deepFormat_ = format;
 }
 

@@ -251,8 +251,7 @@ private:
 };
 
 FilterStage::FilterStage(FilterSettings settings)
-    : settings_(std::move(settings)),
-      traits_(hosting::filterTraits(settings_.filter().properties.matchName)) {
+    : settings_(std::move(settings)), traits_(traitsOf(settings_.filter())) {
     instances_.push_back(std::make_unique<hosting::FilterInstance>(hosting::newInstance(settings_.filter())));
     idle_.push_back(instances_.back().get());
     // What changes along the clip is taken at each frame, and may make no sense at another rate than the

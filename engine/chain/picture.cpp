@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "engine/chain/picture.h"
 
+#include "host/pixkit/pixkit.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
@@ -104,6 +106,10 @@ Picture::Picture(const FrameBuffer& pixels, std::uint32_t format) : buffer_(pixe
 
 Picture::~Picture() {
     if (format_ != PixKit::formatBgra) vireoHostSetPixelFormat(&buffer_, PixKit::formatBgra);
+}
+
+void drawScaled(const Picture& picture, Picture& target, const FrameRect& area) {
+    vpixCopy(picture.buffer(), target.buffer(), &picture.buffer()->bounds, &area, VPixCopyReplace);
 }
 
 }  // namespace vireo

@@ -72,6 +72,9 @@ private:
 
 using PicturePtr = std::shared_ptr<const Picture>;
 
+/// Draws a picture, scaled as the host scales, into a rectangle of another.
+void drawScaled(const Picture& picture, Picture& target, const FrameRect& area);
+
 }  // namespace vireo
 
 #endif

@@ -85,7 +85,7 @@ VireoStatus vireoDescribeFilter(const VireoEngine* engine, uint32_t index, Vireo
         const Library& library = *engine->library;
         const hosting::Filter& filter = filterAt(library, index);
         const FilterTexts& texts = library.texts[index];
-        const hosting::FilterTraits& traits = hosting::filterTraits(filter.properties.matchName);
+        const hosting::FilterTraits& traits = traitsOf(filter);
         VireoFilter filled{};
         filled.id = filter.id;
         filled.name = texts.name.c_str();

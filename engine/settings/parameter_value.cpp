@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::int64_t fullMix = 100;
 
-[[noreturn]] void fail(const std::string& sentence, std::string_view place) {
-    throw Error(Fault::BadValue, sentence, place);
-}
-
 std::string rangeText(const hosting::ValueRange& range) {
     return std::to_string(range.minimum) + " to " + std::to_string(range.maximum);
 }
@@ -27,13 +23,16 @@ std::string rangeText(const hosting::ValueRange& range) {
 std::int64_t parsePercent(const hosting::Parameter& parameter, const std::string& owner,
                           std::string_view text) {
     if (!takesPercent(parameter)) {
-        fail(owner + " takes no per cent, only whole numbers from " + rangeText(valueRange(parameter)), text);
+        throw Error(Fault::BadValue,
+                    owner + " takes no per cent, only whole numbers from " + rangeText(valueRange(parameter)),
+                    text);
     }
     const auto display = parseDecimal(trimmed(text.substr(0, text.size() - 1)));
     if (!display || *display < parameter.displayMinimum || *display > parameter.displayMaximum) {
-        fail(owner + " goes from " + std::to_string(std::lround(parameter.displayMinimum)) + "% to " +
-                 std::to_string(std::lround(parameter.displayMaximum)) + "%, not " + inQuotes(text),
-             text);
+        throw Error(Fault::BadValue,
+                    owner + " goes from " + std::to_string(std::lround(parameter.displayMinimum)) + "% to " +
+                        std::to_string(std::lround(parameter.displayMaximum)) + "%, not " + inQuotes(text),
+                    text);
     }
     const double stored = parameter.minimum + (*display - parameter.displayMinimum) *
                                                   (parameter.maximum - parameter.minimum) /
@@ -47,7 +46,9 @@ std::int64_t parseNumber(const hosting::Parameter& parameter, const std::string&
     const hosting::ValueRange range = valueRange(parameter);
     const auto value = parseWholeNumber(text);
     if (!value || *value < range.minimum || *value > range.maximum) {
-        fail(owner + " takes whole numbers from " + rangeText(range) + ", not " + inQuotes(text), text);
+        throw Error(Fault::BadValue,
+                    owner + " takes whole numbers from " + rangeText(range) + ", not " + inQuotes(text),
+                    text);
     }
     return *value;
 }
@@ -60,9 +61,10 @@ std::int64_t parseBoolean(const std::string& owner, std::string_view text) {
     for (const char* off : {"off", "false", "no", "0"}) {
         if (word == off) return 0;
     }
-    fail(owner + " is a check box and takes on or off, true or false, yes or no, 1 or 0, not " +
-             inQuotes(text),
-         text);
+    throw Error(Fault::BadValue,
+                owner + " is a check box and takes on or off, true or false, yes or no, 1 or 0, not " +
+                    inQuotes(text),
+                text);
 }
 
 std::optional<std::int64_t> parseHexColor(std::string_view digits) {
@@ -102,10 +104,12 @@ std::int64_t parseColor(const std::string& owner, std::string_view text) {
         rgb = *named;
     }
     if (!rgb) {
-        fail(owner +
-                 " is a colour and takes #rrggbb, rgb(r,g,b) with numbers from 0 to 255 or a CSS name, not " +
-                 inQuotes(text),
-             text);
+        throw Error(
+            Fault::BadValue,
+            owner +
+                " is a colour and takes #rrggbb, rgb(r,g,b) with numbers from 0 to 255 or a CSS name, not " +
+                inQuotes(text),
+            text);
     }
     return swapRedAndBlue(*rgb);
 }
@@ -121,15 +125,18 @@ ValueTrack parseTrack(const std::string& owner, std::string_view text, bool isCo
     for (const TrackPiece& piece : splitTrack(text)) {
         const std::size_t at = piece.text.find('@');
         if (at == std::string_view::npos) {
-            fail(owner + " has the key frame " + inQuotes(piece.text) + ", which names no time as in 100@5s",
-                 piece.text);
+            throw Error(
+                Fault::BadValue,
+                owner + " has the key frame " + inQuotes(piece.text) + ", which names no time as in 100@5s",
+                piece.text);
         }
         const std::string_view time = trimmed(piece.text.substr(at + 1));
         const auto clipTime = parseClipTime(time);
         if (!clipTime) {
-            fail(owner + " has a key frame at " + inQuotes(time) +
-                     ", which is no time like 5s, 2.5, 1:02:03.5 or 120f",
-                 time);
+            throw Error(Fault::BadValue,
+                        owner + " has a key frame at " + inQuotes(time) +
+                            ", which is no time like 5s, 2.5, 1:02:03.5 or 120f",
+                        time);
         }
         keys.push_back({*clipTime, parse(trimmed(piece.text.substr(0, at))), piece.toNext});
     }
@@ -178,9 +185,10 @@ ValueTrack parseValueTrack(const hosting::Parameter& parameter, const std::strin
 void checkRange(const hosting::ValueRange& range, const std::string& owner, const ValueTrack& track) {
     for (const ValueTrack::Key& key : track.keys()) {
         if (key.value >= range.minimum && key.value <= range.maximum) continue;
-        fail(owner + " takes whole numbers from " + rangeText(range) + ", not " +
-                 inQuotes(std::to_string(key.value)),
-             {});
+        throw Error(Fault::BadValue,
+                    owner + " takes whole numbers from " + rangeText(range) + ", not " +
+                        inQuotes(std::to_string(key.value)),
+                    {});
     }
 }
 
@@ -190,7 +198,8 @@ void checkTrack(const hosting::Parameter& parameter, const std::string& owner, c
         case hosting::ParameterKind::Color: checkRange({0, 0xFFFFFF}, owner, track); break;
         case hosting::ParameterKind::Boolean:
             checkRange({0, 1}, owner, track);
-            if (track.isKeyed()) fail(owner + " is a check box and takes no key frames", {});
+            if (track.isKeyed())
+                throw Error(Fault::BadValue, owner + " is a check box and takes no key frames", {});
             break;
     }
 }
@@ -218,7 +227,8 @@ ValueTrack parseMix(const std::string& owner, std::string_view text) {
             value.ends_with('%') ? trimmed(value.substr(0, value.size() - 1)) : value;
         const auto percent = parseWholeNumber(number);
         if (!percent || *percent < 0 || *percent > fullMix) {
-            fail(owner + " takes whole per cents from 0 to 100, not " + inQuotes(value), value);
+            throw Error(Fault::BadValue,
+                        owner + " takes whole per cents from 0 to 100, not " + inQuotes(value), value);
         }
         return *percent;
     });

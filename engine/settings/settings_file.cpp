@@ -46,7 +46,7 @@ private:
 
 /// A member that must be there.
 const Json& require(const Json& object, const char* name, const Place& place) {
-    if (!object.contains(name)) place.fail(std::string("\"") + name + "\" is missing");
+    if (!object.contains(name)) place.fail(inQuotes(name) + " is missing");
     return object[name];
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The method is the sliding DCT-5: K. Sugimoto and S. Kamata, "Fast Gaussian filter with second-order shift
+// property of DCT-5", IEEE International Conference on Image Processing, 2013.
 #ifndef VIREO_HOST_FXKIT_GAUSSIAN_BLUR_H
 #define VIREO_HOST_FXKIT_GAUSSIAN_BLUR_H
 

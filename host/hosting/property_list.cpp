@@ -23,6 +23,10 @@ constexpr std::size_t descriptorBytes = 68;
 constexpr std::size_t parameterBytes = 164;
 constexpr std::size_t parameterNameBytes = 96;
 
+// What hosts that show parameters by themselves go by; the kind says enough here.
+constexpr std::size_t valueTypeBytes = 4;
+constexpr std::size_t flagsBytes = 4;
+
 constexpr std::int32_t colorWellControl = 6;
 constexpr std::int32_t colorControl = 12;
 constexpr std::int32_t checkBoxControl = 13;
@@ -85,16 +89,15 @@ Parameter readParameter(ByteReader reader, std::size_t index) {
     parameter.key = reader.zeroPadded(parameterNameBytes);
     parameter.name = defaultText(parameter.key);
     if (reader.read<std::int32_t>() != static_cast<std::int32_t>(index + 1)) reader.fail("is out of order");
-    parameter.controlType = reader.read<std::int32_t>();
-    parameter.valueType = reader.read<std::int32_t>();
-    parameter.kind = kindOf(parameter.controlType);
+    parameter.kind = kindOf(reader.read<std::int32_t>());
+    reader.take(valueTypeBytes);
     for (double* bound :
          {&parameter.minimum, &parameter.maximum, &parameter.displayMinimum, &parameter.displayMaximum}) {
         *bound = reader.read<double>();
         if (!std::isfinite(*bound)) reader.fail("has a range that is no number");
     }
     if (parameter.minimum > parameter.maximum) reader.fail("has an inverted range");
-    parameter.flags = reader.read<std::uint32_t>();
+    reader.take(flagsBytes);
     parameter.size = reader.read<std::int32_t>();
     if (parameter.size != 1 && parameter.size != 2 && parameter.size != 4) {
         reader.fail("has a value of " + std::to_string(parameter.size) + " bytes");

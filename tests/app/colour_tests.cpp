@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Colour conversion: every instruction set against plain double precision, and there and back again.
-#include "app/media/colour_coding.h"
+#include "app/media/color_coding.h"
 
 #include <gtest/gtest.h>
 #include <cmath>
@@ -147,7 +147,7 @@ TEST_P(ColourKernelTest, EverySetGivesTheBaselinesBytes) {
     const std::size_t width = 333;
     const auto y = noise<std::uint8_t>(width, 8), u = noise<std::uint8_t>(width, 8),
                v = noise<std::uint8_t>(width, 8);
-    const ColourCoding coding{AVCOL_SPC_BT709, false};
+    const ColorCoding coding{AVCOL_SPC_BT709, false};
     std::vector<std::uint8_t> results[2];
     int which = 0;
     for (const ColourKernels* set :
@@ -175,9 +175,9 @@ TEST_P(ColourKernelTest, RepeatsSamples) {
 
 INSTANTIATE_TEST_SUITE_P(Sets, ColourKernelTest, testing::ValuesIn(simd::allInstructionSets));
 
-TEST(ColourCoding, KnownColoursHaveTheirStandardValues) {
+TEST(ColorCoding, KnownColoursHaveTheirStandardValues) {
     struct Known {
-        ColourCoding coding;
+        ColorCoding coding;
         std::uint8_t bgra[4];
         int y, u, v;
     };
@@ -200,9 +200,9 @@ TEST(ColourCoding, KnownColoursHaveTheirStandardValues) {
     }
 }
 
-TEST(ColourCoding, UntaggedPicturesAreTakenForWhatTheyUsuallyAre) {
+TEST(ColorCoding, UntaggedPicturesAreTakenForWhatTheyUsuallyAre) {
     const auto coding = [](AVPixelFormat format, int lines) {
-        return colourCoding(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED, format, lines);
+        return colorCoding(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED, format, lines);
     };
     EXPECT_EQ(coding(AV_PIX_FMT_YUV420P, 576).matrix, AVCOL_SPC_SMPTE170M);
     EXPECT_EQ(coding(AV_PIX_FMT_YUV420P, 577).matrix, AVCOL_SPC_BT709);

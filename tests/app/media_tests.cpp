@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The parts of reading and writing that need no clip: names, numbers, orientations, files.
+#include "app/base/output_file.h"
 #include "app/media/exif.h"
-#include "app/media/output_file.h"
 #include "app/media/picture_tools.h"
+#include "app/media/render_job.h"
 #include "app/media/sequence_pattern.h"
-#include "app/render/render_job.h"
+#include "engine/error.h"
 
 #include <gmock/gmock.h>
 #include <cstring>

@@ -219,21 +219,21 @@ protected:
     }
 };
 
-TEST_P(RenderFaults, FallBackAsTold) {
+TEST_P(RenderFaults, FallBackAndLoseNothing) {
     const std::vector<std::uint8_t> settings = callWithMemory(FilterSelectorInitSettings, {}).settings;
     const Outcome usual = callWithMemory(FilterSelectorExecute, settings);
-    const std::vector<Fallback> told = fallbacks(settings);
+    const std::vector<Fallback> expected = fallbacks(settings);
     std::set<std::string> missing;
-    for (const Fallback& fallback : told) missing.insert(fallback.name);
+    for (const Fallback& fallback : expected) missing.insert(fallback.name);
 
     forEachFault(FilterSelectorExecute, settings, [&](const Outcome& outcome) {
         EXPECT_EQ(outcome.settings, settings);
         if (outcome.result == usual.result && samePicture(usual.picture, outcome.picture)) return;
-        const auto match = std::ranges::find_if(told, [&](const Fallback& fallback) {
+        const auto match = std::ranges::find_if(expected, [&](const Fallback& fallback) {
             return fallback.result == outcome.result && samePicture(fallback.picture, outcome.picture);
         });
-        if (match == told.end()) {
-            ADD_FAILURE() << "result " << outcome.result << " and a picture that nobody told of";
+        if (match == expected.end()) {
+            ADD_FAILURE() << "result " << outcome.result << " and a picture that is no fallback";
         } else {
             missing.erase(match->name);
         }

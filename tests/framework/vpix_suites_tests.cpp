@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The suite layer on a host of this test's own, which refuses, forgets and fails as told.
+// The suite layer on a host of this test's own, which can refuse, forget and fail.
 #include "framework/vpix_suites.h"
 
 #include <gmock/gmock.h>

@@ -9,7 +9,7 @@ import pytest
 
 CHECKER = Path(__file__).parents[2] / "scripts" / "check_sources.py"
 LICENCE = "// SPDX-License-Identifier: MIT\n"
-PUBLIC = ["host/vireo_host.h", "host/hosting/meta_plugin.h", "host/hosting/property_list.h", "host/pixkit/pixkit.h", "host/qrb/exceptions.h"]
+PUBLIC = ["host/vireo_host.h", "host/win32.h", "host/hosting/meta_plugin.h", "host/hosting/property_list.h", "host/pixkit/pixkit.h", "host/qrb/exceptions.h"]
 
 
 def check(root):
@@ -51,6 +51,10 @@ def write(root, path, text):
         ("app/a.cpp", '"framework/registry.h"'),
         ("app/a.cpp", '"bridges/frei0r/module.h"'),
         ("app/a.cpp", "<windows.h>"),
+        ("app/commands/a.cpp", '"host/hosting/property_list.h"'),
+        ("app/render/a.cpp", '"app/commands/options.h"'),
+        ("app/media/a.cpp", '"app/render/pipeline.h"'),
+        ("app/base/a.cpp", '"app/media/media.h"'),
         ("bridges/web/a.cpp", '"bridges/frei0r/module.h"'),
         ("bridges/web/a.cpp", '"app/files.h"'),
         ("bridges/web/a.cpp", '"engine/chain/filter_chain.h"'),
@@ -80,7 +84,9 @@ def test_includes_from_above_are_found(root, path, include):
         ("filters/lens/a.cpp", '"sampler.h"'),
         ("filters/lens/a.cpp", '"host/qrb/exceptions.h"'),
         ("app/a.cpp", "<CLI/CLI.hpp>"),
-        ("app/commands/a.cpp", '"host/hosting/property_list.h"'),
+        ("app/a.cpp", '"host/win32.h"'),
+        ("app/render/a.cpp", '"app/media/media.h"'),
+        ("app/commands/settings.cpp", '"host/hosting/property_list.h"'),
         ("app/commands/a.cpp", '"engine/chain/filter_chain.h"'),
         ("bridges/web/a.cpp", '"vireo/vireo.h"'),
         ("bridges/frei0r/a.cpp", '"host/hosting/meta_plugin.h"'),

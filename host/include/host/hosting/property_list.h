@@ -29,13 +29,10 @@ struct Parameter {
     std::string key;   ///< "$$$/…=Text", what the localiser takes.
     std::string name;  ///< The text after "=".
     ParameterKind kind = ParameterKind::Number;
-    std::int32_t controlType = 0;
-    std::int32_t valueType = 0;
     double minimum = 0;
     double maximum = 0;
     double displayMinimum = 0;
     double displayMaximum = 0;
-    std::uint32_t flags = 0;
     std::int32_t size = 0;
     std::size_t offset = 0;
 };

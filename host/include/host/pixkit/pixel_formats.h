@@ -23,10 +23,10 @@ inline constexpr std::uint32_t formatVuya = formatCode("vuya");
 /// "Bgra", "Argb"), else 4.
 VIREO_HOST_API int bytesPerPixel(std::uint32_t code);
 
-/// The format of a buffer, as vireoHostSetPixelFormat told it or "bgra".
+/// The format of a buffer, as vireoHostSetPixelFormat set it, or "bgra".
 VIREO_HOST_API std::uint32_t pixelFormat(const FrameBuffer* handle);
 
-/// Forgets what was told of the address.
+/// Forgets the format of the buffer at the address.
 void forgetPixelFormat(const FrameBuffer* handle);
 
 }  // namespace PixKit

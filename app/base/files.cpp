@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "app/base/files.h"
+
+#include "app/base/interruption.h"
+#include "app/base/output_file.h"
+#include "engine/error.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+namespace vireo {
+namespace {
+
+std::string errorName(int code) { return std::generic_category().message(code); }
+
+}  // namespace
+
+void refuseExisting(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::exists(pathOf(path), error))
+        throw Error(path + " exists already; --overwrite replaces it");
+}
+
+void writeBytes(const std::filesystem::path& path, std::string_view bytes, const std::string& shown) {
+    errno = 0;
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) throw Error("cannot write " + shown + (errno == 0 ? "" : ": " + errorName(errno)));
+}
+
+void writeFile(const std::string& path, std::string_view content, bool overwrite) {
+    if (!overwrite) refuseExisting(path);
+    const InterruptionGuard guard;
+    OutputFile file(pathOf(path), overwrite);
+    writeBytes(file.path(), content, path);
+    file.commit();
+}
+
+}  // namespace vireo

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "app/base/output_file.h"
+
+#include "app/base/files.h"
+#include "app/base/interruption.h"
+#include "engine/error.h"
+
+#include <fcntl.h>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#ifdef _WIN32
+#include <io.h>
+#include <process.h>
+#include <sys/stat.h>
+#define getpid _getpid
+#else
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace vireo {
+namespace {
+
+namespace fs = std::filesystem;
+
+Error cannotWrite(const fs::path& path, const std::error_code& error) {
+    return Error("cannot write " + utf8Of(path) + ": " + error.message());
+}
+
+bool createFile(const fs::path& path, std::error_code& error) {
+#ifdef _WIN32
+    const int file = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+    if (file >= 0) _close(file);
+#else
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0) close(file);
+#endif
+    error = file < 0 ? std::error_code(errno, std::generic_category()) : std::error_code();
+    return file >= 0;
+}
+
+/// Makes a file or a folder beside `path` by `create(name, error)`, which tells whether it made it. Its name
+/// may be taken: by the leftover of a program that was killed, or from another machine.
+template <class Create>
+fs::path makeTemporary(const fs::path& path, const fs::path& shown, Create create) {
+    static std::atomic<int> counter = 0;
+    while (true) {
+        fs::path name = path.parent_path() /
+                        (".vireo-" + std::to_string(getpid()) + '-' + std::to_string(++counter) + ".part");
+        std::error_code error;
+        if (create(name, error)) return name;
+        if (error && error != std::errc::file_exists) throw cannotWrite(shown, error);
+    }
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const fs::path& path, bool overwrite) : target_(path) {
+    std::error_code error;
+    // What a link points to is replaced, not the link.
+    if (fs::is_symlink(path, error)) {
+        const fs::path resolved = fs::weakly_canonical(path, error);
+        if (!error) target_ = resolved;
+    }
+    const fs::file_status status = fs::status(target_, error);
+    if (fs::is_directory(status)) throw Error(utf8Of(path) + " is a folder");
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        special_ = true;
+        temporary_ = target_;
+        return;
+    }
+    if (fs::exists(status) && !overwrite) throw Error(utf8Of(path) + " exists; --overwrite replaces it");
+#ifndef _WIN32
+    if (fs::exists(status) && access(target_.c_str(), W_OK) != 0)
+        throw cannotWrite(path, {errno, std::generic_category()});
+#endif
+    temporary_ = makeTemporary(target_, path, createFile);
+    if (fs::exists(status)) fs::permissions(temporary_, status.permissions(), error);
+}
+
+OutputFile::~OutputFile() {
+    std::error_code error;
+    if (!special_ && !temporary_.empty()) fs::remove(temporary_, error);
+}
+
+void OutputFile::commit() {
+    throwIfInterrupted();
+    if (special_) return;
+    std::error_code error;
+    fs::rename(temporary_, target_, error);
+    if (error) throw cannotWrite(target_, error);
+    temporary_.clear();
+}
+
+OutputFileSet::OutputFileSet(const fs::path& folder)
+    : folder_(folder),
+      temporary_(makeTemporary(
+          folder / "x", folder.empty() ? "." : folder,
+          [](const fs::path& path, std::error_code& error) { return fs::create_directory(path, error); })) {}
+
+OutputFileSet::~OutputFileSet() {
+    std::error_code error;
+    fs::remove_all(temporary_, error);
+}
+
+fs::path OutputFileSet::add(const fs::path& name) {
+    names_.push_back(name);
+    return temporary_ / name;
+}
+
+void OutputFileSet::commit(bool overwrite) {
+    throwIfInterrupted();
+    std::error_code error;
+    if (!overwrite) {
+        for (const fs::path& name : names_) {
+            if (fs::exists(folder_ / name, error))
+                throw Error((folder_ / name).string() + " exists; --overwrite replaces it");
+        }
+    }
+    for (const fs::path& name : names_) {
+        fs::rename(temporary_ / name, folder_ / name, error);
+        if (error) throw cannotWrite(folder_ / name, error);
+    }
+}
+
+}  // namespace vireo

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_BASE_OUTPUT_FILE_H
+#define VIREO_APP_BASE_OUTPUT_FILE_H
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+namespace vireo {
+
+/// A file that appears under its name when it is whole. Until then it lies in the same folder under another
+/// name, and goes when this object ends. Devices and pipes are written directly.
+class OutputFile {
+public:
+    /// Throws Error where the name is taken and may not be, or where no file can be made there.
+    OutputFile(const std::filesystem::path& path, bool overwrite);
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile();
+
+    /// Where to write. The file exists.
+    const std::filesystem::path& path() const { return temporary_; }
+
+    /// A pipe or a device.
+    bool special() const { return special_; }
+
+    /// Throws Error.
+    void commit();
+
+private:
+    std::filesystem::path target_;
+    std::filesystem::path temporary_;
+    bool special_ = false;
+};
+
+/// Many files of one folder, which appear together.
+class OutputFileSet {
+public:
+    /// Files will appear in `folder`. Throws Error where none can be made there.
+    explicit OutputFileSet(const std::filesystem::path& folder);
+    OutputFileSet(const OutputFileSet&) = delete;
+    OutputFileSet& operator=(const OutputFileSet&) = delete;
+    ~OutputFileSet();
+
+    /// Where to write the file of that name in the folder.
+    std::filesystem::path add(const std::filesystem::path& name);
+
+    /// Throws Error. Without `overwrite` no file of the folder is replaced.
+    void commit(bool overwrite);
+
+private:
+    std::filesystem::path folder_;
+    std::filesystem::path temporary_;
+    std::vector<std::filesystem::path> names_;
+};
+
+}  // namespace vireo
+
+#endif

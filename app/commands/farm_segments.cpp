@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: MIT
+// vireo farm: one clip rendered in segments by shell lines, which may run anywhere and again at any time.
+#include "app/commands/farm_segments.h"
+
+#include "app/base/files.h"
+#include "app/commands/render_options.h"
+#include "app/media/encoder_choice.h"
+#include "app/media/picture_files.h"
+#include "app/media/segment_join.h"
+#include "app/media/sequence_pattern.h"
+#include "engine/error.h"
+#include "engine/settings/settings_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iostream>
+
+namespace vireo {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One word of a shell line, whatever is in it.
+std::string shellWord(const std::string& text) {
+    constexpr std::string_view plain =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./:=,@%+-";
+    if (text.find('\n') != std::string::npos)
+        throw Error(Fault::Usage, "a line of the shell cannot hold a name with a line break");
+    if (!text.empty() && text.find_first_not_of(plain) == std::string::npos) return text;
+    std::string word = "'";
+    for (char c : text) word += c == '\'' ? "'\\''" : std::string(1, c);
+    return word + '\'';
+}
+
+/// A file's name that no command takes for an option.
+std::string fileName(const std::string& name) { return name.starts_with('-') ? "./" + name : name; }
+
+/// Tells plans apart: FNV-1a of 64 bits.
+class Digest {
+public:
+    void add(std::string_view text) {
+        for (char c : text) add(static_cast<std::uint8_t>(c));
+        add(std::uint8_t{0});
+    }
+    void add(std::span<const std::uint8_t> bytes) {
+        for (std::uint8_t byte : bytes) add(byte);
+    }
+    std::string text() const {
+        std::array<char, 17> digits{};
+        std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(value_));
+        return digits.data();
+    }
+
+private:
+    void add(std::uint8_t byte) { value_ = (value_ ^ byte) * 1099511628211U; }
+
+    std::uint64_t value_ = 14695981039346656037U;
+};
+
+bool isOneOf(const std::string& name, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// What the lines of one farm share. It follows from the options and the input alone, so that lines and the
+/// joining agree on it.
+class Farm {
+public:
+    Farm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options)
+        : options_(options),
+          chainOptions_(readChain(catalogue, options.render)),
+          job_(jobOf(global, options)) {
+        chain_ = chainOf(chainOptions_, options.render);
+        folder_ = job_.output + ".farm-" + digest();
+        part_ = partOf(job_, *chain_);
+        cut();
+    }
+
+    bool writesPictures() const { return vireo::writesPictures(job_); }
+    const RenderJob& job() const { return job_; }
+    const FrameProcessor& chain() const { return *chain_; }
+    const std::string& folder() const { return folder_; }
+    const std::vector<Segment>& segments() const { return segments_; }
+
+    /// Throws Error where the output exists, unless a plan that is under way has begun it.
+    void refuseExistingOutput() const {
+        std::error_code error;
+        if (job_.overwrite || fs::exists(pathOf(folder_), error)) return;
+        if (writesPictures()) {
+            checkPictureOutput(job_, part_.firstNumber, part_.firstFrame, part_.frames);
+        } else {
+            refuseExisting(job_.output);
+        }
+    }
+
+    /// Does the segment if it is missing.
+    std::string segmentLine(const Segment& segment) const {
+        const std::string folder = shellWord(folder_);
+        const std::string mark = shellWord(segment.file);
+        std::string line =
+            skip(segment) + "test -e " + mark + " || { mkdir -p " + folder + " && vireo render";
+        for (const GivenOption& option : options_.given) {
+            if (!isOneOf(option.name, {"--frames", "--start", "--duration", "--no-audio", "--overwrite"}))
+                line += words(option);
+        }
+        line +=
+            " --frames " + std::to_string(segment.first) + '-' + std::to_string(segment.last) + " --no-audio";
+        if (!writesPictures()) return line + ' ' + shellWord(job_.input) + ' ' + mark + "; }";
+        // A worker that ended while its pictures appeared has left some of them.
+        return line + " --overwrite " + shellWord(job_.input) + ' ' + shellWord(job_.output) + " && : > " +
+               mark + "; }";
+    }
+
+    std::string joinLine() const {
+        const std::string done = shellWord(writesPictures() ? folder_ : job_.output);
+        std::string line = writesPictures() ? "test ! -e " + done + " || "
+                           : job_.overwrite ? ""
+                                            : "test -e " + done + " || ";
+        line += "vireo farm join";
+        for (const GivenOption& option : options_.given) line += words(option);
+        return line + " --segments " + std::to_string(options_.segments) + (options_.keep ? " --keep" : "") +
+               ' ' + shellWord(job_.input) + ' ' + shellWord(job_.output);
+    }
+
+private:
+    static RenderJob jobOf(const GlobalOptions& global, const FarmOptions& options) {
+        const RenderOptions& render = options.render;
+        if (!render.folder.empty() || render.files.size() != 2)
+            throw Error(Fault::Usage, "a farm takes one input and one output");
+        if (!render.saveSettings.empty() ||
+            std::any_of(render.settings.begin(), render.settings.end(), [](const SettingsOption& option) {
+                return option.kind == SettingsOption::Kind::SaveSettingsBytes;
+            }))
+            throw Error(Fault::Usage, "a farm saves no settings; vireo render without files does");
+        RenderJob job = commonJob(global, render);
+        job.input = fileName(render.files[0]);
+        job.output = fileName(render.files[1]);
+        if (job.input == "./-" || job.output == "./-")
+            throw Error(Fault::Usage, "a farm takes files and no standard input or output");
+        std::error_code error;
+        if (job.input == job.output || fs::equivalent(pathOf(job.input), pathOf(job.output), error))
+            throw Error(Fault::Usage, "a farm cannot replace its own input, since its lines may run again");
+        return job;
+    }
+
+    /// Of everything that the segments' frames depend on.
+    std::string digest() const {
+        Digest digest;
+        for (const GivenOption& option : options_.given) {
+            // Options of the farm itself have none.
+            const std::string given = words(option);
+            if (!given.empty() && !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs"}))
+                digest.add(given);
+        }
+        digest.add(settingsText(chainOptions_.filters));
+        for (const FilterSettings& filter : chainOptions_.filters) digest.add(filter.record({}));
+        addFiles(digest);
+        return digest.text();
+    }
+
+    /// The input's files, as far as a file that has changed shows it.
+    void addFiles(Digest& digest) const {
+        const auto add = [&](const fs::path& path) {
+            std::error_code error;
+            digest.add(utf8Of(path));
+            digest.add(std::to_string(fs::file_size(path, error)));
+            digest.add(std::to_string(fs::last_write_time(path, error).time_since_epoch().count()));
+        };
+        const auto pattern = SequencePattern::parse(job_.input);
+        if (!pattern || fs::exists(pathOf(job_.input))) return add(pathOf(job_.input));
+        for (std::int64_t number : pattern->existing()) add(pattern->folder() / pattern->name(number));
+    }
+
+    void cut() {
+        const std::int64_t count = part_.frames;
+        const std::int64_t parts = std::min(options_.segments, count);
+        const std::size_t digits = std::to_string(lastOf(part_.firstFrame, count)).size();
+        const std::string extension = writesPictures() ? ".done" : utf8Of(pathOf(job_.output).extension());
+        for (std::int64_t i = 0; i < parts; ++i) {
+            // Evenly, the first ones longer; count · segments could be too large a product.
+            const auto begin = [&](std::int64_t part) {
+                return part_.firstFrame + count / parts * part + std::min(part, count % parts);
+            };
+            Segment segment{begin(i), begin(i + 1) - 1, {}};
+            segment.file = folder_ + "/frames-" + padded(segment.first, digits) + '-' +
+                           padded(segment.last, digits) + extension;
+            segments_.push_back(std::move(segment));
+        }
+    }
+
+    static std::string padded(std::int64_t number, std::size_t digits) {
+        const std::string text = std::to_string(number);
+        return std::string(digits - text.size(), '0') + text;
+    }
+
+    /// Nothing is left to do where the output is there, unless it was to be replaced.
+    std::string skip(const Segment& segment) const {
+        if (job_.overwrite) return {};
+        if (!writesPictures()) return "test -e " + shellWord(job_.output) + " || ";
+        // While there is a folder it alone tells what is done.
+        const auto pattern = SequencePattern::parse(job_.output);
+        const std::string last =
+            pattern ? fileName(utf8Of(pattern->folder() / pattern->name(part_.firstNumber + segment.last)))
+                    : job_.output;
+        return "{ test ! -e " + shellWord(folder_) + " && test -e " + shellWord(last) + "; } || ";
+    }
+
+    static std::string words(const GivenOption& option) {
+        if (isOneOf(option.name, {"--part", "--segments", "--keep"})) return {};
+        if (!option.value) return ' ' + option.name;
+        if (option.name == "--filter") return " -f " + shellWord(*option.value);
+        return ' ' + option.name + '=' + shellWord(*option.value);
+    }
+
+    const FarmOptions& options_;
+    const ChainOptions chainOptions_;
+    const RenderJob job_;
+    std::unique_ptr<ChainProcessor> chain_;
+    std::string folder_;
+    ClipPart part_;
+    std::vector<Segment> segments_;
+};
+
+}  // namespace
+
+void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
+    const Farm farm(catalogue, global, options);
+    farm.refuseExistingOutput();
+    if (options.part != "join") {
+        for (const Segment& segment : farm.segments()) std::cout << farm.segmentLine(segment) << '\n';
+    }
+    if (options.part.empty()) std::cout << "# When all of them are done:\n";
+    if (options.part != "segments") std::cout << farm.joinLine() << '\n';
+}
+
+void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
+    const Farm farm(catalogue, global, options);
+    for (const Segment& segment : farm.segments()) {
+        std::error_code error;
+        if (!fs::exists(pathOf(segment.file), error)) {
+            throw Error("frames " + std::to_string(segment.first) + " to " + std::to_string(segment.last) +
+                        " are missing: there is no " + segment.file +
+                        (fs::exists(pathOf(farm.folder()), error) ? "" : "; has the input changed since?"));
+        }
+    }
+    if (!farm.writesPictures()) {
+        joinSegments(farm.job(), farm.chain(), farm.segments());
+        if (!farm.job().quiet) {
+            std::cerr << "vireo: " << farm.job().output << ": " << farm.segments().size()
+                      << (farm.segments().size() == 1 ? " segment" : " segments") << " joined.\n";
+        }
+    }
+    std::error_code error;
+    if (!options.keep) fs::remove_all(pathOf(farm.folder()), error);
+}
+
+}  // namespace vireo

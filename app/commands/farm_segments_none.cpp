@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// vireo farm where there is no video.
+#include "app/commands/farm_segments.h"
+
+#include "engine/error.h"
+
+namespace vireo {
+namespace {
+
+[[noreturn]] void refuse() { throw Error("vireo farm renders video, which it does on Linux alone"); }
+
+}  // namespace
+
+void planFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
+
+void joinFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
+
+}  // namespace vireo

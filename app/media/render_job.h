@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#ifndef VIREO_APP_MEDIA_RENDER_JOB_H
+#define VIREO_APP_MEDIA_RENDER_JOB_H
+
+#include "engine/chain/clip.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vireo {
+
+/// Frames from `first` to `last`, both included, counted from 0.
+struct FrameRange {
+    std::int64_t first = 0;
+    std::optional<std::int64_t> last;
+};
+
+/// The last of `count` frames, as far as numbers go.
+inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
+    return first + std::min(count - 1, std::numeric_limits<std::int64_t>::max() - first);
+}
+
+/// What is asked of a render of one input to one output.
+struct RenderJob {
+    std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
+    std::string output;  ///< The same.
+    int pipe = 1;        ///< What "-" writes video to.
+    bool overwrite = false;
+    bool quiet = false;
+    bool strict = false;  ///< Damage is a failure.
+
+    std::optional<FrameRange> frames;
+    std::optional<double> start;                 ///< Seconds from the first frame; excludes `frames`.
+    std::optional<double> duration;              ///< Seconds, from the start or from the first of `frames`.
+    std::optional<std::int64_t> durationFrames;  ///< Frames, from the start.
+    std::optional<std::int64_t> clipLength;      ///< Frames of the input, where that cannot be found.
+    std::optional<std::int64_t> startNumber;
+
+    std::string encoder;      ///< Empty: by the output's name.
+    std::string pixelFormat;  ///< Empty: the best that the encoder and the source share.
+    std::string format;       ///< Of "-"; empty: Matroska.
+    std::vector<std::pair<std::string, std::string>> encoderOptions;
+
+    bool noAudio = false;
+    bool alpha = false;
+    bool premultiplied = false;
+    std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
+    int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
+    bool atOnce = false;                     ///< Somebody waits for each frame: all cores work on it.
+};
+
+}  // namespace vireo
+
+#endif

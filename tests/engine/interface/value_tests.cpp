@@ -14,43 +14,14 @@ namespace {
 
 using testing::ElementsAre;
 
-std::int32_t parameterOf(const ChainHandle& chain, const char* name, std::uint32_t position = 0) {
-    std::int32_t parameter = INT32_MIN;
-    EXPECT_EQ(vireoChainFindParameter(chain.get(), position, name, &parameter), VireoDone) << sentence();
-    return parameter;
-}
-
 std::string valueText(const ChainHandle& chain, std::int32_t parameter, std::uint32_t position = 0) {
     return textFrom([&](char** text) { return vireoChainGet(chain.get(), position, parameter, text); });
-}
-
-std::int64_t valueAt(const ChainHandle& chain, std::int32_t parameter, std::int64_t frame) {
-    std::int64_t value = INT64_MIN;
-    const VireoTime time = moment(frame);
-    EXPECT_EQ(vireoChainValue(chain.get(), 0, parameter, &time, &value), VireoDone) << sentence();
-    return value;
 }
 
 bool isSet(const ChainHandle& chain, std::int32_t parameter) {
     std::int32_t set = -1;
     EXPECT_EQ(vireoChainIsSet(chain.get(), 0, parameter, &set), VireoDone) << sentence();
     return set == 1;
-}
-
-std::string settingsOf(const ChainHandle& chain) {
-    return textFrom([&](char** text) { return vireoChainSettings(chain.get(), text); });
-}
-
-std::vector<std::uint8_t> bytesOf(const ChainHandle& chain, std::uint32_t position = 0,
-                                  std::int64_t frame = 0) {
-    void* bytes = nullptr;
-    std::size_t length = 0;
-    const VireoTime time = moment(frame);
-    EXPECT_EQ(vireoChainBytes(chain.get(), position, &time, &bytes, &length), VireoDone) << sentence();
-    const auto* first = static_cast<const std::uint8_t*>(bytes);
-    std::vector<std::uint8_t> copy(first, first + length);
-    vireoFree(bytes);
-    return copy;
 }
 
 TEST(InterfaceCatalogue, DescribesEveryFilterInEveryLanguage) {

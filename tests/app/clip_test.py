@@ -52,15 +52,6 @@ def test_ghosting_sees_earlier_frames_and_fields(vireo, sequence, scan, step):
     assert part == {number: expected[number] for number in (9, 10, 11)}
 
 
-def test_earlier_frames_are_those_of_the_filters_before(vireo, sequence):
-    rendered = render(vireo, "-f", "Color Balance:red=0,green=0,blue=0,from=5f,to=8f", "-f", "Ghosting")
-
-    def balanced(number, row):
-        return 0 if 5 <= number < 8 else source(number, row)
-    assert rendered == {number: [ghosted(lambda n: balanced(n, row), number, 2) for row in range(6)]
-                       for number in range(FRAMES)}
-
-
 def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
     chain = ("-f", "Solarize", "-f", "Ghosting")
     vireo("render", "in%02d.png", "up.mkv", "-f", "Solarize:mix=0", "--frames", "0-7")
@@ -69,14 +60,6 @@ def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
     for clip in ("up.mkv", "down.mkv"):
         vireo("render", clip, "alone.mkv", "--overwrite", *chain)
         assert (vireo.folder / "together" / clip).read_bytes() == (vireo.folder / "alone.mkv").read_bytes()
-
-
-def test_key_frames_count_from_the_whole_clip(vireo, sequence):
-    arguments = ["-f", "Color Balance:red=0,green=0,blue=0,mix=0@4f..100@14f"]
-    whole = render(vireo, *arguments)
-    assert [whole[number][1] for number in (0, 4, 9, 14, 19)] == [100, 128, (163 * 50 + 50) // 100, 0, 0]
-    part = render(vireo, *arguments, "--start", "9f", "--duration", "2f")
-    assert part == {number: whole[number] for number in (9, 10)}
 
 
 def test_parts_by_time_lie_beside_each_other(vireo, sequence):

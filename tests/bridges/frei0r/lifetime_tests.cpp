@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Orders of calls that hosts really make, and some that none should. The sanitizers watch.
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
-#include "tests/bridges/frei0r/support/reference_render.h"
+#include "tests/bridges/frei0r/support/reference.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -60,7 +60,6 @@ TEST(Lifetime, InformationBeforeTheStartIsThatOfAFilter) {
 }
 
 TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
-    const auto module = testedModule();
     constexpr PictureSize size{16, 9};
     const std::vector<Picture> clip = randomClip(size, 1);
     const LoadedPlugin plugin(pluginFile("vireo_vertical_flip"));
@@ -71,8 +70,8 @@ TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
     EXPECT_EQ(plugin.construct(8, 8), nullptr);
     Picture result(clip[0].size());
     plugin.update(instance, 0, clip[0].data(), result.data());
-    const hosting::FilterInstance reference(filterOf(*module, "Vireo Vertical Flip").entry);
-    EXPECT_EQ(result, referenceFrame(reference, clip, size, 0, 0));
+    const Reference reference("Vireo Vertical Flip");
+    EXPECT_EQ(result, reference.frame(clip, size, 0));
     plugin.destruct(other);
     plugin.destruct(instance);
 }

@@ -192,7 +192,9 @@ void setAllAtRandom(const ChainHandle& chain, std::uint32_t position, std::uint3
     for (std::uint32_t i = 0; i < about.parameterCount; ++i) {
         VireoParameter parameter{.structSize = sizeof parameter};
         EXPECT_EQ(vireoDescribeParameter(engine(), filter, i, &parameter), VireoDone);
-        const double highest = parameter.kind == VireoColor ? 0xFFFFFF : parameter.maximum;
+        const double highest = parameter.kind == VireoColor     ? 0xFFFFFF
+                               : parameter.kind == VireoBoolean ? 1
+                                                                : parameter.maximum;
         std::uniform_int_distribution<std::int64_t> values(static_cast<std::int64_t>(parameter.minimum),
                                                            static_cast<std::int64_t>(highest));
         EXPECT_EQ(vireoChainSetValue(chain.get(), position, static_cast<std::int32_t>(i), values(random)),

@@ -75,13 +75,6 @@ def test_parts_by_time_lie_beside_each_other(vireo, sequence):
         assert len(list(vireo.folder.glob("part*"))) == FRAMES - 1
         assert not (vireo.folder / "part11.png").exists()
         assert b"part12.png exists" in part("--start", "11f", "--duration", f"{2**63 - 1}f", status=1).stderr
-        # Frames and seconds go together.
-        for mixed, names in ((["--start", "0.32", "--duration", "2f"], [9, 10]), (["--start", "8f", "--duration", "0.05"], [9, 10])):
-            part(*mixed, "--overwrite", "--start-number", "51")
-            written = [vireo.folder / f"part{50 + number}.png" for number in names]
-            assert sorted(vireo.folder.glob("part[56]*")) == written
-            for path in written:
-                path.unlink()
         nothing = part("--start", "9" * 30, status=1).stderr.decode()
         assert nothing.count("\n") == 1 and "its frames are 0 to 19" in nothing
         for path in vireo.folder.glob("part*"):

@@ -232,52 +232,6 @@ TEST(PixelLayout, BringsEveryPremultipliedColorBack) {
     });
 }
 
-TEST(PixelLayout, BringsPremultipliedWordsBack) {
-    const PixelFormat premultiplied{PixelLayout::Rgba, SampleDepth::Sixteen, true};
-    forEachSet([&](const Converter& convert) {
-        Random random(8);
-        std::vector<std::uint16_t> pixels;
-        const auto add = [&](std::uint64_t color, std::uint64_t alpha) {
-            for (const std::uint64_t sample :
-                 {color, alpha - color, std::min<std::uint64_t>(1, alpha), alpha}) {
-                pixels.push_back(static_cast<std::uint16_t>(sample));
-            }
-        };
-        for (std::uint64_t alpha = 0; alpha <= 65535; ++alpha) {
-            for (const std::uint64_t color : {std::uint64_t{0}, alpha / 2, alpha, random() % (alpha + 1)})
-                add(color, alpha);
-        }
-        const auto width = static_cast<std::ptrdiff_t>(pixels.size() / 4);
-        std::vector<std::uint16_t> straight(pixels.size()), back(pixels.size());
-        convert.toBgra(premultiplied, pixels.data(), straight.data(), width);
-        convert.fromBgra(premultiplied, straight.data(), back.data(), width);
-        EXPECT_TRUE(back == pixels);
-    });
-}
-
-TEST(PixelLayout, KeepsGreyGreyAndBlackAndWhiteExact) {
-    forEachSet([](const Converter& convert) {
-        for (const SampleDepth depth : depths) {
-            const PixelFormat grey{PixelLayout::Grey, depth, false};
-            const int values = depth == SampleDepth::Sixteen ? 65536 : 256;
-            Bytes row(static_cast<std::size_t>(values) * sampleBytes(depth));
-            for (int i = 0; i < values; ++i) {
-                setSample(row.data(), depth, i, depth == SampleDepth::Float ? i / 255.0 : i);
-            }
-            Bytes bgra(4 * row.size()), back(row.size());
-            convert.toBgra(grey, row.data(), bgra.data(), values);
-            convert.fromBgra(grey, bgra.data(), back.data(), values);
-            EXPECT_TRUE(back == row) << static_cast<int>(depth);
-        }
-        const std::uint8_t primaries[] = {255, 0, 0, 9, 0, 255, 0, 9, 0, 0, 255, 9};
-        std::uint8_t luma[3];
-        convert.fromBgra({PixelLayout::Grey, SampleDepth::Eight, false}, primaries, luma, 3);
-        EXPECT_EQ(luma[0], 29);   // 0.114 of 255
-        EXPECT_EQ(luma[1], 150);  // 0.587
-        EXPECT_EQ(luma[2], 76);   // 0.299
-    });
-}
-
 // Floats that no picture should have: what is only moved keeps its bits, nothing is limited, and no alpha
 // makes an infinity out of a number.
 TEST(PixelLayout, TakesFloatsOfAnyKind) {
@@ -324,16 +278,6 @@ TEST(PixelLayout, TakesFloatsOfAnyKind) {
             }
         }
     });
-}
-
-TEST(PixelLayout, IsChosenByTheProcessor) {
-    const PixelFormat format{PixelLayout::Argb, SampleDepth::Eight, false};
-    const std::uint8_t argb[] = {1, 2, 3, 4};
-    std::uint8_t bgra[4], back[4];
-    rowToBgra(format, argb, bgra, 1);
-    rowFromBgra(format, bgra, back, 1);
-    EXPECT_EQ(Bytes(bgra, bgra + 4), (Bytes{4, 3, 2, 1}));
-    EXPECT_EQ(Bytes(back, back + 4), Bytes(argb, argb + 4));
 }
 
 }  // namespace

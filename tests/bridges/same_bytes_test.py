@@ -88,7 +88,7 @@ def test_programs_on_the_engine_render_as_vireo_does(chain, tmp_path):
 
 def test_ffmpeg_loads_every_plugin(tmp_path):
     filters = json.loads(hosts.run(BUILD / "bin/vireo", "list", "--json"))
-    assert len(list((BUILD / "frei0r-1").glob("*.so"))) == len(filters) == 22
+    assert len(list((BUILD / "frei0r-1").glob("*.so"))) == len(filters)
     hosts.with_ffmpeg(hosts.random_clip(16, 11, 2), [Effect(entry["name"]) for entry in filters], tmp_path)
 
 

@@ -61,7 +61,7 @@ def test_program_and_plugins_run_from_there(installation, tmp_path):
 def test_kdenlive_gets_a_description_of_every_plugin(installation):
     folder = installation / "share/kdenlive/effects"
     plugins = {path.stem for path in only(installation, "**/frei0r-1").glob("vireo_*.so")}
-    assert {path.stem for path in folder.iterdir()} == plugins and len(plugins) == 22
+    assert {path.stem for path in folder.iterdir()} == plugins
     for plugin in plugins:
         effect = ElementTree.parse(folder / f"{plugin}.xml").getroot()
         assert effect.get("tag") == effect.get("id") == f"frei0r.{plugin}"

@@ -54,7 +54,7 @@ def assert_equal(ours, expected):
 def with_c(clip, chain, folder):
     """The first frame, without alpha."""
     Image.fromarray(clip[0][..., [2, 1, 0]]).save(folder / "in.ppm")
-    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", "; ".join(effect.for_vireo() for effect in chain))
+    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", "; ".join(map(Effect.for_vireo, chain)))
     return numpy.asarray(Image.open(folder / "out.ppm"))
 
 
@@ -62,7 +62,7 @@ def with_page(clip, chain, folder):
     _, height, width, _ = clip.shape
     (folder / "in.rgba").write_bytes(clip[0][..., [2, 1, 0, 3]].tobytes())
     hosts.run("node", "--input-type=module", "-e", RENDER_ON_THE_PAGE, PAGE_ENGINE,
-              "; ".join(effect.for_vireo() for effect in chain), width, height, folder / "in.rgba", folder / "out.rgba")
+              "; ".join(map(Effect.for_vireo, chain)), width, height, folder / "in.rgba", folder / "out.rgba")
     return numpy.frombuffer((folder / "out.rgba").read_bytes(), numpy.uint8).reshape(height, width, 4)[..., :3]
 
 

@@ -20,7 +20,6 @@ TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
     std::filesystem::create_directories(folder);
     std::filesystem::copy_file(pluginFile("vireo_levels"), folder / "plugin.so");
     const LoadedPlugin plugin(folder / "plugin.so");
-    std::filesystem::remove_all(folder);
     testing::internal::CaptureStderr();
     EXPECT_EQ(plugin.init(), 0);
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
@@ -35,6 +34,7 @@ TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
     plugin.getParameter(nullptr, &value, 0);
     plugin.destruct(nullptr);
     plugin.deinit();
+    std::filesystem::remove_all(folder);
 }
 
 TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {

@@ -160,7 +160,7 @@ constexpr PackKernels<Channel, Sample> packKernels{luma<Channel, Sample>, alpha<
 
 }  // namespace
 
-const ColourKernels colourKernels{
+const ColorKernels colorKernels{
     repeat<std::uint8_t>,
     repeat<std::uint16_t>,
     unpack8,

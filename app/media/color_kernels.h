@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Rows of planar YUV to rows of BGRA and back, in single precision: exact to the rounding, and one formula
 // for every matrix, range and depth.
-#ifndef VIREO_APP_MEDIA_COLOUR_KERNELS_H
-#define VIREO_APP_MEDIA_COLOUR_KERNELS_H
+#ifndef VIREO_APP_MEDIA_COLOR_KERNELS_H
+#define VIREO_APP_MEDIA_COLOR_KERNELS_H
 
 #include "simd/kernel_tables.h"
 
@@ -48,7 +48,7 @@ struct PackKernels {
                        const RgbToYuv& by);
 };
 
-struct ColourKernels {
+struct ColorKernels {
     /// Each of `width` / 2 samples (rounded up) twice.
     void (*repeat8)(const std::uint8_t* half, std::uint8_t* full, std::int64_t width);
     void (*repeat16)(const std::uint16_t* half, std::uint16_t* full, std::int64_t width);
@@ -67,7 +67,7 @@ struct ColourKernels {
     PackKernels<std::uint16_t, std::uint16_t> pack16Deep;
 };
 
-VIREO_KERNEL_TABLES(ColourKernels, colourKernels)
+VIREO_KERNEL_TABLES(ColorKernels, colorKernels)
 
 }  // namespace vireo
 

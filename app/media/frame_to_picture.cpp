@@ -13,7 +13,7 @@
 namespace vireo {
 namespace {
 
-const ColourKernels& kernels = colourKernelsTables.chosen();
+const ColorKernels& kernels = colorKernelsTables.chosen();
 
 /// Thresholds of an ordered dither, one row of the picture's width for each of eight rows of the pattern.
 class DitherRows {

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int rowAlignment = 64;
 
-const ColourKernels& kernels = colourKernelsTables.chosen();
+const ColorKernels& kernels = colorKernelsTables.chosen();
 
 /// Planar YUV in this machine's byte order, chroma halved at most: what the kernels write.
 bool plainYuv(const AVPixFmtDescriptor& format) {

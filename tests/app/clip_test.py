@@ -52,15 +52,6 @@ def test_ghosting_sees_earlier_frames_and_fields(vireo, sequence, scan, step):
     assert part == {number: expected[number] for number in (9, 10, 11)}
 
 
-def test_earlier_frames_are_those_of_the_filters_before(vireo, sequence):
-    rendered = render(vireo, "-f", "Color Balance:red=0,green=0,blue=0,from=5f,to=8f", "-f", "Ghosting")
-
-    def balanced(number, row):
-        return 0 if 5 <= number < 8 else source(number, row)
-    assert rendered == {number: [ghosted(lambda n: balanced(n, row), number, 2) for row in range(6)]
-                       for number in range(FRAMES)}
-
-
 def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
     chain = ("-f", "Solarize", "-f", "Ghosting")
     vireo("render", "in%02d.png", "up.mkv", "-f", "Solarize:mix=0", "--frames", "0-7")
@@ -69,14 +60,6 @@ def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
     for clip in ("up.mkv", "down.mkv"):
         vireo("render", clip, "alone.mkv", "--overwrite", *chain)
         assert (vireo.folder / "together" / clip).read_bytes() == (vireo.folder / "alone.mkv").read_bytes()
-
-
-def test_key_frames_count_from_the_whole_clip(vireo, sequence):
-    arguments = ["-f", "Color Balance:red=0,green=0,blue=0,mix=0@4f..100@14f"]
-    whole = render(vireo, *arguments)
-    assert [whole[number][1] for number in (0, 4, 9, 14, 19)] == [100, 128, (163 * 50 + 50) // 100, 0, 0]
-    part = render(vireo, *arguments, "--start", "9f", "--duration", "2f")
-    assert part == {number: whole[number] for number in (9, 10)}
 
 
 def test_parts_by_time_lie_beside_each_other(vireo, sequence):
@@ -92,13 +75,6 @@ def test_parts_by_time_lie_beside_each_other(vireo, sequence):
         assert len(list(vireo.folder.glob("part*"))) == FRAMES - 1
         assert not (vireo.folder / "part11.png").exists()
         assert b"part12.png exists" in part("--start", "11f", "--duration", f"{2**63 - 1}f", status=1).stderr
-        # Frames and seconds go together.
-        for mixed, names in ((["--start", "0.32", "--duration", "2f"], [9, 10]), (["--start", "8f", "--duration", "0.05"], [9, 10])):
-            part(*mixed, "--overwrite", "--start-number", "51")
-            written = [vireo.folder / f"part{50 + number}.png" for number in names]
-            assert sorted(vireo.folder.glob("part[56]*")) == written
-            for path in written:
-                path.unlink()
         nothing = part("--start", "9" * 30, status=1).stderr.decode()
         assert nothing.count("\n") == 1 and "its frames are 0 to 19" in nothing
         for path in vireo.folder.glob("part*"):

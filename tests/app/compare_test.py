@@ -87,11 +87,3 @@ def test_untagged_colours_are_tagged_where_the_height_would_change_them(vireo):
     compare(vireo, "in.mkv", "out.mkv", *FLIP, "--layout", "below")
     video = probe(vireo.folder, "out.mkv")
     assert video["height"] == 604 and video["color_space"] == "smpte170m"
-
-
-def test_sequences(vireo, pixels):
-    for number in (7, 8):
-        Image.fromarray(pixels[number:]).save(vireo.folder / f"in{number}.png")
-    vireo("compare", "in%d.png", "both%02d.png", *FLIP)
-    names = sorted(path.name for path in vireo.folder.glob("both*"))
-    assert names == ["both07.png", "both08.png"]

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <optional>
 
 namespace vireo {
 namespace {
@@ -92,31 +91,6 @@ TEST(Comparison, KeepsTheDepthOfTheChain) {
     const Comparison comparison(smear, {});
     EXPECT_EQ(comparison.sourceFormat(16), formatBgra16);
     EXPECT_EQ(comparison.lookBack(), 3);
-}
-
-TEST(Comparison, TellsTheShapeThatItMakes) {
-    struct Case {
-        std::optional<Layout> layout;
-        FrameShape source;
-        int width, height;
-    };
-    const Case cases[] = {
-        {std::nullopt, {1920, 1080}, 3844, 1080}, {std::nullopt, {1920, 960}, 1920, 1924},
-        {Layout::Below, {720, 485}, 720, 975},    {Layout::Split, {333, 77}, 333, 77},
-        {Layout::After, {20, 10}, 20, 10},        {Layout::Beside, {6000, 4000}, 12016, 4000},
-    };
-    Smear smear;
-    for (const Case& c : cases) {
-        for (const bool keepAlpha : {false, true}) {
-            const Comparison comparison(smear, {c.layout, keepAlpha});
-            FrameShape source = c.source;
-            source.alpha = true;
-            const FrameShape shape = comparison.outputShape(source);
-            EXPECT_EQ(shape.width, c.width);
-            EXPECT_EQ(shape.height, c.height);
-            EXPECT_EQ(shape.alpha, keepAlpha);
-        }
-    }
 }
 
 }  // namespace

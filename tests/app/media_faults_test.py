@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Interruptions, full disks, damage: what is left behind and what is said."""
 import os
+import pathlib
+import re
 import signal
 import stat
 import subprocess
@@ -18,38 +20,49 @@ def names(folder):
     return sorted(path.name for path in folder.iterdir())
 
 
+@pytest.fixture(scope="module")
+def made_once(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("long")
+    return folder / clip(folder, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20,
+                         source="testsrc2=s=640x480:r=25:d={seconds}")
+
+
 @pytest.fixture
-def long_clip(tmp_path):
-    return clip(tmp_path, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20,
-                source="testsrc2=s=640x480:r=25:d={seconds}")
+def long_clip(tmp_path, made_once):
+    os.link(made_once, tmp_path / "in.mkv")
+    return "in.mkv"
+
+
+def begun(folder, *arguments, **options):
+    """A render that goes on when its output has been begun."""
+    running = subprocess.Popen([PROGRAM, "render", *arguments, *IDENTITY], cwd=folder, stderr=subprocess.PIPE, **options)
+    while not any(name.startswith(".vireo") for name in names(folder)):
+        assert running.poll() is None
+        time.sleep(0.02)
+    time.sleep(0.2)
+    return running
 
 
 @pytest.mark.parametrize("number, status", [(signal.SIGINT, 130), (signal.SIGTERM, 143)])
-@pytest.mark.parametrize("output", ["out.mp4", "out%04d.png"])
-def test_an_interrupted_render_leaves_nothing(tmp_path, long_clip, number, status, output):
-    running = subprocess.Popen([PROGRAM, "render", long_clip, output, *IDENTITY, "--encoder-option",
-                                "preset=slow" if output.endswith("mp4") else "compression_level=9"],
-                               cwd=tmp_path, stderr=subprocess.PIPE)
-    while not any(name.startswith(".vireo") for name in names(tmp_path)):
-        assert running.poll() is None
-        time.sleep(0.02)
-    time.sleep(0.3)
+@pytest.mark.parametrize("output, option", [("out.mp4", "preset=slow"), ("out%04d.png", "compression_level=9")])
+def test_an_interrupted_render_leaves_nothing(tmp_path, long_clip, number, status, output, option):
+    running = begun(tmp_path, long_clip, output, "--encoder-option", option)
     running.send_signal(number)
-    errors = running.communicate(timeout=20)[1].decode()
+    errors = running.communicate(timeout=120)[1].decode()
     assert running.returncode == status, errors
     assert names(tmp_path) == [long_clip]
     assert len(errors.splitlines()) == 1 and errors.startswith("vireo: ")
 
 
 def test_waiting_for_a_pipe_can_be_interrupted(tmp_path):
-    running = subprocess.Popen([PROGRAM, "render", "-", "out.mkv", *IDENTITY], cwd=tmp_path, stdin=subprocess.PIPE,
-                               stderr=subprocess.PIPE)
-    time.sleep(0.5)
-    running.send_signal(signal.SIGINT)
-    assert running.wait(timeout=10) == 130
+    with subprocess.Popen([PROGRAM, "render", "-", "out.mkv", *IDENTITY], cwd=tmp_path, stdin=subprocess.PIPE) as running:
+        caught = 0
+        while not caught >> (signal.SIGINT - 1) & 1:
+            caught = int(re.search(r"SigCgt:\s*(\w+)", pathlib.Path(f"/proc/{running.pid}/status").read_text())[1], 16)
+        time.sleep(0.2)
+        running.send_signal(signal.SIGINT)
+        assert running.wait(timeout=120) == 130
     assert names(tmp_path) == []
-    running.stdin.close()
-    running.stderr.close()
 
 
 def test_a_reader_that_goes_away_is_told_in_a_sentence(tmp_path, long_clip):
@@ -58,19 +71,9 @@ def test_a_reader_that_goes_away_is_told_in_a_sentence(tmp_path, long_clip):
     running.stdout.read(1000)
     running.stdout.close()
     errors = running.stderr.read().decode()
-    assert running.wait(timeout=20) == 1
+    assert running.wait(timeout=120) == 1
     assert "closed the pipe" in errors.splitlines()[-1]
     running.stderr.close()
-
-
-def test_a_full_disk_leaves_nothing(tmp_path, long_clip):
-    limited = subprocess.run(["bash", "-c", f"ulimit -f 100; exec '{PROGRAM}' render {long_clip} out.mkv {IDENTITY[0]} "
-                              f"{IDENTITY[1]} --encoder ffv1"], cwd=tmp_path, capture_output=True, timeout=60)
-    assert limited.returncode == 1 and b"cannot write" in limited.stderr
-    assert names(tmp_path) == [long_clip]
-    full = subprocess.run([PROGRAM, "render", long_clip, "-", *IDENTITY, "--frames", "0-20"], cwd=tmp_path,
-                          stdout=open("/dev/full", "wb"), stderr=subprocess.PIPE, timeout=60)
-    assert full.returncode == 1 and b"No space left" in full.stderr
 
 
 def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
@@ -91,6 +94,10 @@ def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
         assert len(errors) == 1 and errors[0].startswith("vireo: cannot write ") and errors[0].endswith("."), errors
         assert names(tmp_path) == before
     assert {(tmp_path / name).read_bytes() for name in before if name != "in.mkv"} == {b"precious"}
+    with open("/dev/full", "wb") as full:
+        limited = subprocess.run([PROGRAM, "render", "in.mkv", "-", *IDENTITY], cwd=tmp_path, stdout=full, stderr=subprocess.PIPE,
+                                 timeout=60)
+    assert limited.returncode == 1 and b"No space left" in limited.stderr
     assert b"/dev/full: No space left on device" in vireo(
         "render", *IDENTITY, "--save-settings", "/dev/full", "--overwrite", status=1).stderr
 
@@ -99,19 +106,15 @@ def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
 def test_a_killed_render_leaves_the_earlier_result_and_is_in_no_ones_way(tmp_path, long_clip, output):
     first = tmp_path / output.replace("%d", "1")
     first.write_bytes(b"precious")
-    command = [PROGRAM, "render", long_clip, output, *IDENTITY, "--overwrite"]
-    running = subprocess.Popen(command, cwd=tmp_path, stderr=subprocess.DEVNULL)
-    while not any(name.startswith(".vireo") for name in names(tmp_path)):
-        assert running.poll() is None
-        time.sleep(0.01)
-    time.sleep(0.1)
+    running = begun(tmp_path, long_clip, output, "--overwrite")
     running.kill()
-    running.wait()
+    running.communicate()
     assert first.read_bytes() == b"precious"
     # The next program may have the same number and so take the same names.
     left = next(tmp_path.glob(".vireo*"))
     take_names = f"mv {left.name} .vireo-$$-1.part; exec \"$@\""
-    subprocess.run(["bash", "-c", take_names, "next", *map(str, command), "--frames", "0-2"], cwd=tmp_path, check=True,
+    subprocess.run(["bash", "-c", take_names, "next", PROGRAM, "render", long_clip, output, *IDENTITY,
+                    "--overwrite", "--frames", "0-2"], cwd=tmp_path, check=True,
                    capture_output=True)
     assert first.read_bytes() != b"precious"
     assert len([name for name in names(tmp_path) if name.startswith(".vireo")]) == 1
@@ -134,14 +137,19 @@ def test_outputs_are_replaced_only_when_asked(vireo, tmp_path):
 
 
 def test_unreadable_and_unwritable_files_are_named(vireo, tmp_path):
-    (tmp_path / "text.mp4").write_text("no clip at all")
-    (tmp_path / "empty.png").write_bytes(b"")
+    for name, content in (("text.mp4", "no clip at all"), ("empty.png", ""), ("no.vrmp", "no library")):
+        (tmp_path / name).write_text(content)
     clip(tmp_path, "in.mkv", seconds=0.2)
     before = names(tmp_path)
-    for source in ("nowhere.mp4", "text.mp4", "empty.png"):
+    # A command's name is a file's name behind another command.
+    for source in ("nowhere.mp4", "text.mp4", "empty.png", "list"):
         assert source in vireo.error("render", source, "out.mkv", *IDENTITY, status=1)
     assert "nowhere" in vireo.error("render", "in.mkv", "nowhere/out.mkv", *IDENTITY, status=1)
     assert "out.strange" in vireo.error("render", "in.mkv", "out.strange", *IDENTITY)
+    assert "nowhere.json" in vireo.error("render", "in.mkv", "out.mkv", "--settings", "nowhere.json", status=1)
+    for arguments in (("list", "--module", "no.vrmp"), ("--module", "no.vrmp", "list")):
+        assert "no.vrmp" in vireo.error(*arguments, status=1)
+    assert "missing.vrmp" in vireo.error("list", status=1, environment={"VIREO_MODULE": "missing.vrmp"})
     assert names(tmp_path) == before
 
 
@@ -173,17 +181,6 @@ def test_damaged_frames_of_a_clip_are_passed_over(vireo, tmp_path):
     assert sorted(p.name for p in tmp_path.glob("n*.png")) == [f"n{n}.png" for n in kept]
     assert "damaged" in vireo.error("render", "in.mov", "strict.mkv", *IDENTITY, "--strict", status=1)
     assert not (tmp_path / "strict.mkv").exists()
-
-
-def test_a_clip_that_breaks_off_is_rendered_up_to_there(vireo, tmp_path):
-    clip(tmp_path, "in.mp4", "-c:v", "libx264", "-movflags", "+faststart", seconds=2,
-         source="testsrc2=s=160x120:r=25:d={seconds}")
-    whole = (tmp_path / "in.mp4").read_bytes()
-    (tmp_path / "in.mp4").write_bytes(whole[:len(whole) * 6 // 10])
-    result = vireo("render", "in.mp4", "out.mp4", *IDENTITY)
-    assert 5 < len(frames(tmp_path, "out.mp4")) < 50
-    assert b"warning" in result.stderr and b"49" in result.stderr
-    vireo.error("render", "in.mp4", "strict.mp4", *IDENTITY, "--strict", status=1)
 
 
 def test_frames_that_are_read_in_part_are_rendered_and_named(vireo, tmp_path):

@@ -153,22 +153,5 @@ TEST(Exif, BrokenRecordsMeanUpright) {
     EXPECT_EQ(tag(wild), 1);
 }
 
-TEST(Premultiplied, DividingAndMultiplyingComesBack) {
-    Picture picture(256, 256);
-    for (int y = 0; y < 256; ++y) {
-        for (int x = 0; x < 256; ++x) {
-            std::memset(picture.row(y) + 4 * x, std::min(x, y), 3);
-            picture.row(y)[4 * x + 3] = static_cast<std::uint8_t>(y);
-        }
-    }
-    unpremultiply(picture);
-    EXPECT_EQ(picture.row(128)[4 * 64], 128);
-    premultiply(picture);
-    for (int y = 0; y < 256; ++y) {
-        for (int x = 0; x < 256; ++x) ASSERT_EQ(picture.row(y)[4 * x], std::min(x, y)) << x << ' ' << y;
-    }
-    EXPECT_TRUE(hasTransparency(picture));
-}
-
 }  // namespace
 }  // namespace vireo

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
 """The manual page, and completion in the shells themselves."""
-import json
 import os
 import re
 import select
@@ -43,22 +42,6 @@ def complete(vireo, line):
 ])
 def test_what_may_follow(vireo, line, kind, words):
     assert complete(vireo, line) == (kind, words)
-
-
-def test_completed_filters_and_parameters_are_understood(vireo):
-    chain = []
-    for text in complete(vireo, "vireo render -f ")[1]:
-        *parameters, from_, to, mix = complete(vireo, f"vireo render -f {text}")[1]
-        assert [from_, to, mix] == [text + "from=", text + "to=", text + "mix="]
-        defaults = [parameter["default"] for parameter in json.loads(vireo("info", text[:-1], "--json").stdout)["parameters"]]
-        assert len(defaults) == len(parameters)
-        for parameter, default in zip(parameters, defaults):
-            chain += ["-f", f"{parameter}{default}"]
-        if parameters:
-            values = complete(vireo, f"vireo render -f {parameters[-1]}")[1]
-            on_or_off = [parameters[-1] + "on", parameters[-1] + "off"]
-            assert values == (on_or_off if isinstance(defaults[-1], bool) else [f"{parameters[-1]}{defaults[-1]}"])
-    vireo("render", *chain, "--save-settings", "a.json")
 
 
 class Terminal:

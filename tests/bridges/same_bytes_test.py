@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """One chain through every door: the command line, a program in C on the engine, the frei0r plug-ins and, where it has
 been built, the page's engine. Pixels and sentences are the same."""
+import json
 import os
 import pathlib
 import shutil
@@ -18,16 +19,17 @@ from hosts import BUILD, Effect
 PAGE_ENGINE = pathlib.Path(__file__).resolve().parents[2] / "build/web/engine.mjs"
 
 CHAINS = {
-    "tones": lambda: [Effect("Levels", **{"(RGB) Gamma": 140, "(B) Black Input Level": 30}),
+    "tones": lambda: [Effect("Levels", **{"(RGB) Gamma": 140, "(B) Black Input Level": 30, "(B) White Output Level": 99}),
                       Effect("Solarize", Threshold=90), Effect("Color Balance (RGB)", Red=180)],
-    "neighbours": lambda: [Effect("Convolution Kernel", M11=-2, M22=5, M33=1, Offset=-7, Scale=3),
+    "neighbours": lambda: [Effect("Convolution Kernel", M11=-2, M22=5, M33=1, Offset=-7, Scale=3, Process_Alpha=True),
                            Effect("Antialias"), Effect("Camera Blur", Percent_Blur=7)],
-    "geometry": lambda: [Effect("Lens Distortion", Curvature=-40, Fill_Color=(9, 99, 199)), Effect("Vertical Flip"),
-                         Effect("Horizontal Flip"), Effect("Replicate"), Effect("Bend", Horizontal_Intensity=30)],
+    "geometry": lambda: [Effect("Lens Distortion", Curvature=-40, Horizontal_Prism_FX=33, Fill_Color=(9, 99, 199)),
+                         Effect("Vertical Flip"), Effect("Horizontal Flip"), Effect("Replicate")],
     "colours": lambda: [Effect("Color Replace", Similarity=90, Target_Color=(130, 140, 128), Replace_Color=(1, 254, 77)),
-                        Effect("Color Pass", Similarity=30, Color=(1, 254, 77)), Effect("Ghosting")],
+                        Effect("Color Pass", Similarity=30, Color=(1, 254, 77))],
+    "check box": lambda: [Effect("Extract", Black_Input_Level=30, White_Input_Level=170, Softness=25, Invert=True)],
+    "time": lambda: [Effect("Bend", Horizontal_Intensity=30, Vertical_Source=3, Fill_Color=(200, 100, 50)), Effect("Ghosting")],
 }
-
 RENDER_ON_THE_PAGE = """
 import { readFileSync, writeFileSync } from 'node:fs';
 const [engine, chain, width, height, from, to] = process.argv.slice(1);
@@ -37,66 +39,62 @@ writeFileSync(to, (await loadEngine()).render(chain, picture, { frame: 0, frames
 """
 
 
-@pytest.fixture(scope="module")
-def picture():
-    """Opaque, since a picture file of three channels goes through the C example."""
-    # A multiple of 16 wide: otherwise FFmpeg hands over gaps between rows, which frei0r does not know.
-    return hosts.random_clip(48, 37, 1, opaque=True)
-
-
 @pytest.fixture(params=CHAINS)
 def chain(request):
     return CHAINS[request.param]()
 
 
-def text_of(chain):
-    return "; ".join(effect.for_vireo() for effect in chain)
-
-
-def with_vireo(clip, chain, folder):
-    Image.fromarray(clip[0][..., [2, 1, 0]]).save(folder / "in.png")
-    options = [word for effect in chain for word in ("-f", effect.for_vireo())]
-    hosts.run(BUILD / "bin/vireo", "render", "in.png", "out.png", *options, "--overwrite", "--quiet", cwd=folder)
-    return numpy.asarray(Image.open(folder / "out.png").convert("RGB"))
+def assert_equal(ours, expected):
+    """The first frame that differs says more than the whole clip."""
+    assert ours.shape == expected.shape
+    for number, (one, other) in enumerate(zip(ours, expected)):
+        assert numpy.array_equal(one, other), f"frame {number}: {numpy.argwhere(one != other)[0]}"
 
 
 def with_c(clip, chain, folder):
+    """The first frame, without alpha."""
     Image.fromarray(clip[0][..., [2, 1, 0]]).save(folder / "in.ppm")
-    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", text_of(chain))
+    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", "; ".join(map(Effect.for_vireo, chain)))
     return numpy.asarray(Image.open(folder / "out.ppm"))
 
 
 def with_page(clip, chain, folder):
     _, height, width, _ = clip.shape
     (folder / "in.rgba").write_bytes(clip[0][..., [2, 1, 0, 3]].tobytes())
-    hosts.run("node", "--input-type=module", "-e", RENDER_ON_THE_PAGE, PAGE_ENGINE, text_of(chain), width, height,
-              folder / "in.rgba", folder / "out.rgba")
+    hosts.run("node", "--input-type=module", "-e", RENDER_ON_THE_PAGE, PAGE_ENGINE,
+              "; ".join(map(Effect.for_vireo, chain)), width, height, folder / "in.rgba", folder / "out.rgba")
     return numpy.frombuffer((folder / "out.rgba").read_bytes(), numpy.uint8).reshape(height, width, 4)[..., :3]
 
 
-def test_a_program_in_c_renders_as_vireo_does(picture, chain, tmp_path):
-    ours = with_c(picture, chain, tmp_path)
-    assert not numpy.array_equal(ours, picture[0][..., [2, 1, 0]])
-    assert numpy.array_equal(ours, with_vireo(picture, chain, tmp_path))
+def test_frei0r_hosts_render_as_vireo_does(chain, tmp_path):
+    # Widths that are no multiples of 16 FFmpeg hands over with gaps between rows, which frei0r does not know.
+    clip = hosts.random_clip(48, 37, 8)
+    expected = hosts.with_vireo(clip, chain, tmp_path)
+    assert not numpy.array_equal(clip, expected)
+    assert_equal(hosts.with_ffmpeg(clip, chain, tmp_path), expected)
+    clip = hosts.random_clip(62, 37, 8)
+    expected = hosts.with_vireo(clip, chain, tmp_path)
+    assert_equal(hosts.with_gstreamer(clip, chain, tmp_path), expected)
+    assert_equal(hosts.with_melt(clip, chain, tmp_path), expected)
 
 
-def test_frei0r_renders_as_vireo_does(picture, chain, tmp_path):
-    ours = hosts.with_ffmpeg(picture, ",".join(effect.for_ffmpeg() for effect in chain), tmp_path)
-    assert numpy.array_equal(ours[0][..., [2, 1, 0]], with_vireo(picture, chain, tmp_path))
+def test_programs_on_the_engine_render_as_vireo_does(chain, tmp_path):
+    clip = hosts.random_clip(48, 37, 1, opaque=True)
+    expected = hosts.with_vireo(clip, chain, tmp_path)[0][..., [2, 1, 0]]
+    assert numpy.array_equal(with_c(clip, chain, tmp_path), expected)
+    if PAGE_ENGINE.exists() and shutil.which("node"):
+        assert numpy.array_equal(with_page(clip, chain, tmp_path), expected)
 
 
-@pytest.mark.skipif(not PAGE_ENGINE.exists() or shutil.which("node") is None, reason="the page is not built")
-def test_the_page_renders_as_vireo_does(picture, chain, tmp_path):
-    assert numpy.array_equal(with_page(picture, chain, tmp_path), with_vireo(picture, chain, tmp_path))
+def test_ffmpeg_loads_every_plugin(tmp_path):
+    filters = json.loads(hosts.run(BUILD / "bin/vireo", "list", "--json"))
+    assert len(list((BUILD / "frei0r-1").glob("*.so"))) == len(filters)
+    hosts.with_ffmpeg(hosts.random_clip(16, 11, 2), [Effect(entry["name"]) for entry in filters], tmp_path)
 
 
-@pytest.mark.parametrize("text", [
-    "Gama", "color", "Solarize:treshold=2", "Solarize:threshold=300", "Solarize:threshold", "Black & White:x=2",
-    "Solarize:threshold=1,thresh=2", "Solarize:threshold=0@5s..9@1s", "Solarize:mix=101%", "Solarize:from=soon",
-    "Color Pass:color=reddish", "Extract:invert=perhaps", "Levels:(g)=3",
-])
-def test_sentences_are_the_same(picture, text, tmp_path):
-    Image.fromarray(picture[0][..., :3]).save(tmp_path / "in.ppm")
+@pytest.mark.parametrize("text", ["Gama", "Solarize:treshold=2", "Solarize:threshold=300", "Solarize:threshold"])
+def test_sentences_are_the_same(text, tmp_path):
+    Image.new("RGB", (4, 3)).save(tmp_path / "in.ppm")
     said = [subprocess.run([BUILD / "bin" / words[0], *words[1:]], cwd=tmp_path, capture_output=True, text=True)
             for words in (["vireo", "render", "in.ppm", "out.png", "-f", text], ["example_chain", "in.ppm", "out.ppm", text])]
     assert [completed.returncode for completed in said] == [2, 1]

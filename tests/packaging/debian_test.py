@@ -6,7 +6,7 @@ import numpy
 import pytest
 from PIL import Image
 
-from conftest import BARE, ROOT, packed, run
+from conftest import BARE, packed, run
 
 
 @pytest.fixture(scope="module")
@@ -78,18 +78,6 @@ def test_program_and_plugins_run_from_there(root, picture):
         environment={**BARE, "FREI0R_PATH": str(root / "usr/lib/frei0r-1")})
     with Image.open(flipped) as after, Image.open(result) as ours:
         assert numpy.array_equal(numpy.asarray(after.convert("RGB")), numpy.asarray(ours.convert("RGB")))
-
-
-def test_a_program_in_c_builds_and_runs_against_the_package(root, tmp_path):
-    environment = {**BARE, "PKG_CONFIG_PATH": str(root / "usr/lib/pkgconfig")}
-    flags = run("pkg-config", "--cflags", "--libs", "vireo", environment=environment).split()
-    run("gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c", *flags, "-o", "chain", cwd=tmp_path)
-    picture = tmp_path / "in.ppm"
-    picture.write_bytes(b"P6\n2 1\n255\nabcdef")
-    # The library finds the module and the presets from its own place.
-    run(tmp_path / "chain", picture, tmp_path / "out.ppm", "Horizontal Flip",
-        environment={**BARE, "LD_LIBRARY_PATH": str(root / "usr/lib")})
-    assert (tmp_path / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
 
 
 def test_the_version_is_the_programs(package, root):

@@ -1,35 +1,107 @@
 # SPDX-License-Identifier: MIT
-"""Programs in C that know an installation by pkg-config alone."""
+"""An installation works wherever it is moved to: the program, the plug-ins with Kdenlive's descriptions of them, and
+programs in C that know it by pkg-config alone."""
+import json
+import os
+import pathlib
 import shutil
+import sys
+from xml.etree import ElementTree
+
+import numpy
+import pytest
 
 from conftest import BARE, BUILD, ROOT, run
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "bridges/frei0r"))
+import hosts
+from hosts import Effect
 
-def test_programs_in_c_build_against_the_installation(tmp_path):
-    run("cmake", "--install", BUILD, "--prefix", tmp_path / "first")
-    installed = tmp_path / "moved"
-    shutil.move(tmp_path / "first", installed)
-    (pkgconfig,) = installed.glob("**/pkgconfig")
-    environment = {**BARE, "PKG_CONFIG_PATH": str(pkgconfig)}
 
-    def query(*words, package="vireo-host"):
-        return run("pkg-config", *words, package, environment=environment).split()
+@pytest.fixture(scope="module")
+def installation(tmp_path_factory):
+    """Installed into one folder, moved into another."""
+    folder = tmp_path_factory.mktemp("installation")
+    run("cmake", "--install", BUILD, "--prefix", folder / "first")
+    shutil.move(folder / "first", folder / "second place")
+    return folder / "second place"
+
+
+def only(folder, pattern):
+    (found,) = folder.glob(pattern)
+    return found
+
+
+def test_everything_lies_where_it_is_looked_for(installation, tmp_path):
+    libraries = only(installation, "**/frei0r-1").parent
+    assert sorted(path.name for path in installation.iterdir()) == ["bin", "include", "lib", "share"]
+    assert [path.name for path in (libraries / "vireo").iterdir()] == ["VireoFiltersMetaPlugin.vrmp"]
+    for binary in [installation / "bin/vireo", libraries / "vireo/VireoFiltersMetaPlugin.vrmp",
+                   libraries / "frei0r-1/vireo_levels.so"]:
+        found = run("ldd", binary).split("libVireoHost.so.1 => ")[1].split(" (")[0]
+        assert os.path.normpath(found) == str(libraries / "libVireoHost.so.1")
+    for place in ("man/man1/vireo.1", "bash-completion/completions/vireo", "zsh/*/_vireo",
+                  "fish/vendor_completions.d/vireo.fish"):
+        assert b"vireo" in only(installation / "share", place).read_bytes()
+    listed = json.loads(run(installation / "bin/vireo", "presets", "--json", environment={**BARE, "HOME": str(tmp_path)}))
+    assert len(listed) > 8
+    assert {os.path.dirname(preset["file"]) for preset in listed} == {str(installation / "share/vireo/presets")}
+
+
+def test_program_and_plugins_run_from_there(installation, tmp_path):
+    chain = [Effect("Camera View", Longitude=20, Roll=5)]
+    clip = hosts.random_clip(48, 47, 3)
+    expected = hosts.with_vireo(clip, chain, tmp_path)
+    assert numpy.array_equal(hosts.with_vireo(clip, chain, tmp_path, program=installation / "bin/vireo"), expected)
+    # The build's own folder cannot help out: FFmpeg looks nowhere else.
+    environment = hosts.plugin_environment(only(installation, "**/frei0r-1"))
+    assert numpy.array_equal(hosts.with_ffmpeg(clip, chain, tmp_path, environment), expected)
+
+
+def test_kdenlive_gets_a_description_of_every_plugin(installation):
+    folder = installation / "share/kdenlive/effects"
+    plugins = {path.stem for path in only(installation, "**/frei0r-1").glob("vireo_*.so")}
+    assert {path.stem for path in folder.iterdir()} == plugins
+    for plugin in plugins:
+        effect = ElementTree.parse(folder / f"{plugin}.xml").getroot()
+        assert effect.get("tag") == effect.get("id") == f"frei0r.{plugin}"
+        parameters = Effect(effect.find("name").text.removeprefix("Vireo ")).info["parameters"]
+        entries = list(effect.iter("parameter"))
+        assert [entry.get("name") for entry in entries][:len(parameters)] == [parameter["name"] for parameter in parameters]
+        for parameter, entry in zip(parameters, entries):
+            span = parameter["maximum"] - parameter["minimum"]
+            if entry.get("type") == "animated":
+                # What Kdenlive hands over at the ends and at the start.
+                assert [float(entry.get(end)) / float(entry.get("factor")) for end in ("min", "max")] == [0, 1]
+                assert round(float(entry.get("default")) * span) == parameter["default"] - parameter["minimum"]
+            elif entry.get("type") == "list":
+                values = entry.get("paramlist").split(";")
+                assert len(values) == len(entry.find("paramlistdisplay").text.split(","))
+                assert [round(float(value) * span) for value in values] == list(range(span + 1))
+                assert entry.get("default") in values
+            else:
+                assert (entry.get("type"), parameter["kind"]) in {("bool", "boolean"), ("color", "colour")}
+
+
+def test_programs_in_c_build_against_it(installation, tmp_path):
+    environment = {**BARE, "PKG_CONFIG_PATH": str(only(installation, "**/pkgconfig"))}
+
+    def query(*words):
+        return run("pkg-config", *words, environment=environment).strip().replace("\\ ", " ")
 
     # Away from the sources, whose headers would serve as well.
     for name, package in (("host", "vireo-host"), ("chain", "vireo")):
         source = shutil.copy(ROOT / f"examples/{name}.c", tmp_path)
-        run("gcc", "-std=c11", "-Wall", "-Werror", source, *query("--cflags", "--libs", package=package), "-o", name,
-            cwd=tmp_path, environment=environment)
-    loaded = {**BARE, "LD_LIBRARY_PATH": query("--variable=libdir")[0]}
-    names = run(tmp_path / "host", *query("--variable=module"), environment=loaded).splitlines()
+        flags = run("pkg-config", "--cflags", "--libs", package, environment=environment).strip()
+        run("sh", "-c", f"gcc -std=c11 -Wall -Werror {source} {flags} -o {name}", cwd=tmp_path, environment=environment)
+    loaded = {**BARE, "LD_LIBRARY_PATH": query("--variable=libdir", "vireo-host")}
+    names = run(tmp_path / "host", query("--variable=module", "vireo-host"), environment=loaded).splitlines()
     assert len(names) == 22 and "10035  Levels" in names
     (tmp_path / "in.ppm").write_bytes(b"P6\n2 1\n255\nabcdef")
     run("./chain", "in.ppm", "out.ppm", "Horizontal Flip", cwd=tmp_path, environment=loaded)
     assert (tmp_path / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
     # Every header also stands alone.
-    headers = installed / "include/vireo"
+    headers = installation / "include/vireo"
     for header in headers.rglob("*.h"):
         run("gcc", "-std=c11", "-Wall", "-Werror", "-fsyntax-only", "-x", "c", "-I", headers, header)
-
-    assert query("--modversion")[0] in run(installed / "bin/vireo", "--version", environment=BARE)
-    assert "libVireoHost.so.1" in run("readelf", "-d", installed / "bin/vireo")
+    assert query("--modversion", "vireo-host") in run(installation / "bin/vireo", "--version", environment=BARE)

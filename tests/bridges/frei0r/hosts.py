@@ -101,22 +101,26 @@ class Effect:
         return arguments + ([f"frame-rate={RATE}"] if self.timed else [])
 
 
+def words(chain, each):
+    return [word for effect in chain for word in each(effect)]
+
+
 def plugin_environment(folder=None):
     path = str(folder or BUILD / "frei0r-1")
     # GStreamer keeps what it learnt of plug-ins; a test starts without.
     return {"FREI0R_PATH": path, "MLT_FREI0R_PLUGIN_PATH": path, "GST_REGISTRY_FORK": "no"}
 
 
-def with_ffmpeg(clip, filters, folder, environment=None):
+def with_ffmpeg(clip, chain, folder, environment=None):
     frames, height, width, _ = clip.shape
     (folder / "in.raw").write_bytes(clip.tobytes())
     raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", str(RATE)]
-    out = run("ffmpeg", "-v", "error", *raw, "-i", folder / "in.raw", "-vf", filters, *raw[:4], "-",
-              environment=environment or plugin_environment())
+    out = run("ffmpeg", "-v", "error", *raw, "-i", folder / "in.raw", "-vf",
+              ",".join(map(Effect.for_ffmpeg, chain)), *raw[:4], "-", environment=environment or plugin_environment())
     return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
 
 
-def with_melt(clip, effect, folder):
+def with_melt(clip, chain, folder):
     frames, height, width, _ = clip.shape
     (folder / "in.raw").write_bytes(clip.tobytes())
     raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", RATE]
@@ -126,27 +130,27 @@ def with_melt(clip, effect, folder):
         f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
         "progressive=1\nsample_aspect_num=1\nsample_aspect_den=1\n"
         f"display_aspect_num={width}\ndisplay_aspect_den={height}\ncolorspace=709\n")
-    run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *effect.for_melt(), "-consumer",
+    run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *words(chain, Effect.for_melt), "-consumer",
         f"avformat:{folder / 'out.mkv'}", "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1",
         "real_time=-1", environment=plugin_environment())
     out = run("ffmpeg", "-v", "error", "-i", folder / "out.mkv", "-f", "rawvideo", "-pix_fmt", "bgra", "-")
     return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
 
 
-def with_gstreamer(clip, effect, folder):
+def with_gstreamer(clip, chain, folder):
     frames, height, width, _ = clip.shape
     (folder / "in.raw").write_bytes(clip.tobytes())
     run("gst-launch-1.0", "-q", "filesrc", f"location={folder / 'in.raw'}", "!", "rawvideoparse", "format=bgra",
-        f"width={width}", f"height={height}", f"framerate={RATE}/1", "!", *effect.for_gstreamer(), "!", "filesink",
-        f"location={folder / 'out.raw'}",
+        f"width={width}", f"height={height}", f"framerate={RATE}/1",
+        *words(chain, lambda effect: ["!", *effect.for_gstreamer()]), "!", "filesink", f"location={folder / 'out.raw'}",
         environment={**plugin_environment(), "GST_REGISTRY": str(folder / "registry")})
     return numpy.frombuffer((folder / "out.raw").read_bytes(), numpy.uint8).reshape(clip.shape)
 
 
-def with_vireo(clip, effect, folder, program=BUILD / "bin/vireo"):
+def with_vireo(clip, chain, folder, program=BUILD / "bin/vireo"):
     for number, frame in enumerate(clip):
         Image.fromarray(frame[..., [2, 1, 0, 3]]).save(folder / f"in{number:03}.png")
-    run(program, "render", "in%03d.png", "out%03d.png", "--clip-length", len(clip), "-f", effect.for_vireo(),
-        "--overwrite", "--quiet", cwd=folder)
+    run(program, "render", "in%03d.png", "out%03d.png", "--clip-length", len(clip),
+        *words(chain, lambda effect: ["-f", effect.for_vireo()]), "--overwrite", "--quiet", cwd=folder)
     pictures = [Image.open(path).convert("RGBA") for path in sorted(folder.glob("out*.png"))]
     return numpy.stack([numpy.asarray(picture)[..., [2, 1, 0, 3]] for picture in pictures])

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Orders of calls that hosts really make, and some that none should. The sanitizers watch.
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
-#include "tests/bridges/frei0r/support/reference_render.h"
+#include "tests/bridges/frei0r/support/reference.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -14,28 +14,12 @@ bool moduleIsLoaded() {
     return handle != nullptr;
 }
 
-/// A plug-in where no module is near.
-class StrayPlugin {
-public:
-    explicit StrayPlugin(const char* name)
-        : folder_(std::filesystem::path(testing::TempDir()) / "stray-plugin") {
-        std::filesystem::create_directories(folder_);
-        std::filesystem::copy_file(pluginFile(name), file(),
-                                   std::filesystem::copy_options::overwrite_existing);
-    }
-    StrayPlugin(const StrayPlugin&) = delete;
-    StrayPlugin& operator=(const StrayPlugin&) = delete;
-    ~StrayPlugin() { std::filesystem::remove_all(folder_); }
-
-    std::filesystem::path file() const { return folder_ / "plugin.so"; }
-
-private:
-    std::filesystem::path folder_;
-};
-
 TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
-    const StrayPlugin stray("vireo_levels");
-    const LoadedPlugin plugin(stray.file());
+    const auto folder = std::filesystem::path(testing::TempDir()) / "stray-plugin";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    std::filesystem::copy_file(pluginFile("vireo_levels"), folder / "plugin.so");
+    const LoadedPlugin plugin(folder / "plugin.so");
     testing::internal::CaptureStderr();
     EXPECT_EQ(plugin.init(), 0);
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
@@ -50,17 +34,10 @@ TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
     plugin.getParameter(nullptr, &value, 0);
     plugin.destruct(nullptr);
     plugin.deinit();
-}
-
-TEST(Lifetime, InformationBeforeTheStartIsThatOfAFilter) {
-    const LoadedPlugin plugin(pluginFile("vireo_bend"));
-    EXPECT_EQ(plugin.info().plugin_type, F0R_PLUGIN_TYPE_FILTER);
-    EXPECT_STREQ(plugin.info().name, "vireo_bend");
-    EXPECT_EQ(plugin.construct(8, 8), nullptr);
+    std::filesystem::remove_all(folder);
 }
 
 TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
-    const auto module = testedModule();
     constexpr PictureSize size{16, 9};
     const std::vector<Picture> clip = randomClip(size, 1);
     const LoadedPlugin plugin(pluginFile("vireo_vertical_flip"));
@@ -71,14 +48,16 @@ TEST(Lifetime, InstancesOutliveTheLastEndOfTheirPlugin) {
     EXPECT_EQ(plugin.construct(8, 8), nullptr);
     Picture result(clip[0].size());
     plugin.update(instance, 0, clip[0].data(), result.data());
-    const hosting::FilterInstance reference(filterOf(*module, "Vireo Vertical Flip").entry);
-    EXPECT_EQ(result, referenceFrame(reference, clip, size, 0, 0));
+    const Reference reference("Vireo Vertical Flip");
+    EXPECT_EQ(result, reference.frame(clip, size, 0));
     plugin.destruct(other);
     plugin.destruct(instance);
 }
 
 TEST(Lifetime, StartsAreCounted) {
     const LoadedPlugin plugin(pluginFile("vireo_solarize"));
+    EXPECT_STREQ(plugin.info().name, "vireo_solarize");
+    EXPECT_EQ(plugin.construct(8, 8), nullptr);
     plugin.deinit();
     ASSERT_EQ(plugin.init(), 1);
     ASSERT_EQ(plugin.init(), 1);

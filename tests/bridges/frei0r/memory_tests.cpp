@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Plug-ins without memory, in a program of its own: operator new is replaced.
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
-#include "tests/bridges/frei0r/support/reference_render.h"
+#include "tests/bridges/frei0r/support/reference.h"
 #include "tests/host/short_memory.h"
 
 #include <gmock/gmock.h>
@@ -21,15 +21,12 @@ Picture updateWithoutMemory(const LoadedPlugin& plugin, f0r_instance_t instance,
 }
 
 TEST(WithoutMemory, UpdatesNeedNone) {
-    const auto module = testedModule();
     const std::vector<Picture> clip = randomClip(size, 1);
     for (const char* name : {"vireo_solarize", "vireo_vertical_flip", "vireo_levels", "vireo_color_pass"}) {
         const InitialisedPlugin plugin(pluginFile(name));
-        const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
-        const f0r_instance_t instance = plugin.construct(size.width, size.height);
-        EXPECT_EQ(updateWithoutMemory(plugin, instance, clip[0]), referenceFrame(reference, clip, size, 0, 0))
-            << name;
-        plugin.destruct(instance);
+        const Reference reference(plugin.info().name);
+        const PluginInstance instance(plugin, size.width, size.height);
+        EXPECT_EQ(updateWithoutMemory(plugin, instance, clip[0]), reference.frame(clip, size, 0)) << name;
     }
 }
 
@@ -37,11 +34,10 @@ TEST(WithoutMemory, FiltersThatNeedSomeStillGiveAPicture) {
     const Picture source = randomClip(size, 1)[0];
     for (const auto& file : pluginFiles()) {
         const InitialisedPlugin plugin(file);
-        const f0r_instance_t instance = plugin.construct(size.width, size.height);
+        const PluginInstance instance(plugin, size.width, size.height);
         Picture given = source;
         EXPECT_EQ(std::ranges::count(updateWithoutMemory(plugin, instance, given), unwritten), 0) << file;
         EXPECT_EQ(given, source) << file;
-        plugin.destruct(instance);
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Hosts call plug-ins from any thread. The thread sanitizer watches.
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
-#include "tests/bridges/frei0r/support/reference_render.h"
+#include "tests/bridges/frei0r/support/reference.h"
 
 #include <gmock/gmock.h>
 
@@ -21,24 +21,22 @@ void onThreads(const std::function<void(int)>& work) {
 }
 
 TEST(Threads, RenderInstancesOfTheirOwnAtOnce) {
-    const auto module = testedModule();
     const std::vector<Picture> clip = randomClip(size, 8);
     for (const char* name : {"vireo_bend", "vireo_ghosting", "vireo_levels", "vireo_alpha_glow"}) {
         const InitialisedPlugin plugin(pluginFile(name));
-        const hosting::FilterInstance reference(filterOf(*module, plugin.info().name).entry);
+        const Reference reference(plugin.info().name);
         std::vector<Picture> expected;
         for (std::size_t i = 0; i < clip.size(); ++i) {
-            expected.push_back(referenceFrame(reference, clip, size, i, 0));
+            expected.push_back(reference.frame(clip, size, i));
         }
         std::atomic<int> wrong{0};
         onThreads([&](int) {
-            const f0r_instance_t instance = plugin.construct(size.width, size.height);
+            const PluginInstance instance(plugin, size.width, size.height);
             Picture result(clip[0].size());
             for (std::size_t i = 0; i < clip.size(); ++i) {
                 plugin.update(instance, 0, clip[i].data(), result.data());
                 if (result != expected[i]) ++wrong;
             }
-            plugin.destruct(instance);
         });
         EXPECT_EQ(wrong, 0) << name;
     }
@@ -47,7 +45,7 @@ TEST(Threads, RenderInstancesOfTheirOwnAtOnce) {
 TEST(Threads, ShareOneInstance) {
     const std::vector<Picture> clip = randomClip(size, 8);
     const InitialisedPlugin plugin(pluginFile("vireo_ghosting"));
-    const f0r_instance_t instance = plugin.construct(size.width, size.height);
+    const PluginInstance instance(plugin, size.width, size.height);
     onThreads([&](int thread) {
         Picture result(clip[0].size());
         for (const Picture& source : clip) {
@@ -55,7 +53,6 @@ TEST(Threads, ShareOneInstance) {
             plugin.update(instance, 0, source.data(), result.data());
         }
     });
-    plugin.destruct(instance);
 }
 
 TEST(Threads, StartAndEndPluginsOfOneModule) {
@@ -69,9 +66,8 @@ TEST(Threads, StartAndEndPluginsOfOneModule) {
             const LoadedPlugin& plugin =
                 plugins[(i + static_cast<std::size_t>(thread / 2) * 5) % plugins.size()];
             if (plugin.init() != 1) ++wrong;
-            const f0r_instance_t instance = plugin.construct(size.width, size.height);
+            const PluginInstance instance(plugin, size.width, size.height);
             if (instance == nullptr || plugin.info().num_params < 0) ++wrong;
-            plugin.destruct(instance);
             plugin.deinit();
         }
     });

@@ -154,6 +154,35 @@ std::vector<std::uint8_t> rowsOf(const VireoFrame& frame) {
     return rows;
 }
 
+std::int32_t parameterOf(const ChainHandle& chain, const std::string& name, std::uint32_t position) {
+    std::int32_t parameter = INT32_MIN;
+    EXPECT_EQ(vireoChainFindParameter(chain.get(), position, name.c_str(), &parameter), VireoDone)
+        << sentence();
+    return parameter;
+}
+
+std::int64_t valueAt(const ChainHandle& chain, std::int32_t parameter, std::int64_t frame) {
+    std::int64_t value = INT64_MIN;
+    const VireoTime time = moment(frame);
+    EXPECT_EQ(vireoChainValue(chain.get(), 0, parameter, &time, &value), VireoDone) << sentence();
+    return value;
+}
+
+std::string settingsOf(const ChainHandle& chain) {
+    return textFrom([&](char** text) { return vireoChainSettings(chain.get(), text); });
+}
+
+std::vector<std::uint8_t> bytesOf(const ChainHandle& chain, std::uint32_t position, std::int64_t frame) {
+    void* bytes = nullptr;
+    std::size_t length = 0;
+    const VireoTime time = moment(frame);
+    EXPECT_EQ(vireoChainBytes(chain.get(), position, &time, &bytes, &length), VireoDone) << sentence();
+    const auto* first = static_cast<const std::uint8_t*>(bytes);
+    std::vector<std::uint8_t> copy(first, first + length);
+    vireoFree(bytes);
+    return copy;
+}
+
 void setAllAtRandom(const ChainHandle& chain, std::uint32_t position, std::uint32_t seed) {
     std::mt19937 random(seed);
     std::uint32_t filter = 0;
@@ -163,7 +192,9 @@ void setAllAtRandom(const ChainHandle& chain, std::uint32_t position, std::uint3
     for (std::uint32_t i = 0; i < about.parameterCount; ++i) {
         VireoParameter parameter{.structSize = sizeof parameter};
         EXPECT_EQ(vireoDescribeParameter(engine(), filter, i, &parameter), VireoDone);
-        const double highest = parameter.kind == VireoColor ? 0xFFFFFF : parameter.maximum;
+        const double highest = parameter.kind == VireoColor     ? 0xFFFFFF
+                               : parameter.kind == VireoBoolean ? 1
+                                                                : parameter.maximum;
         std::uniform_int_distribution<std::int64_t> values(static_cast<std::int64_t>(parameter.minimum),
                                                            static_cast<std::int64_t>(highest));
         EXPECT_EQ(vireoChainSetValue(chain.get(), position, static_cast<std::int32_t>(i), values(random)),

@@ -39,6 +39,14 @@ std::string textFrom(Call&& call) {
 }
 std::string textOf(const ChainHandle& chain, VireoSpelling spelling = VireoSpellingFull);
 
+std::string settingsOf(const ChainHandle& chain);
+
+/// A parameter by its name, its value at a frame of a clip of 25 a second, and the settings handle then.
+std::int32_t parameterOf(const ChainHandle& chain, const std::string& name, std::uint32_t position = 0);
+std::int64_t valueAt(const ChainHandle& chain, std::int32_t parameter, std::int64_t frame);
+std::vector<std::uint8_t> bytesOf(const ChainHandle& chain, std::uint32_t position = 0,
+                                  std::int64_t frame = 0);
+
 /// The same chain in C++.
 FilterChain engineChain(const std::string& text);
 

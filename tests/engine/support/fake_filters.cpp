@@ -9,8 +9,6 @@
 namespace vireo::test {
 namespace {
 
-constexpr std::size_t addValueBytes = 12;  // longer than its parameters, as some filters' records are
-
 std::uint8_t* pixels(FrameBuffer& buffer) { return static_cast<std::uint8_t*>(buffer.pixels.get()); }
 
 template <class Change>
@@ -28,9 +26,9 @@ void forEachPixel(const FilterInvocation& invocation, Change change) {
 std::int32_t addValue(void*, std::int16_t selector, FilterInvocation** handle) {
     FilterInvocation& invocation = **handle;
     if (selector == FilterSelectorInitSettings) {
-        invocation.settingsHandle = invocation.hostCallbacks->memory->newHandle.get()(addValueBytes);
-        const std::uint8_t initial[addValueBytes] = {5, 0, 255, 0, 0, 0, 1, 0x40, 0x9C, 7, 7, 7};
-        std::memcpy(*invocation.settingsHandle, initial, sizeof initial);
+        invocation.settingsHandle = invocation.hostCallbacks->memory->newHandle.get()(2);
+        const std::int16_t initial = 5;
+        std::memcpy(*invocation.settingsHandle, &initial, sizeof initial);
         return 1;
     }
     if (selector == FilterSelectorExecute) {
@@ -80,16 +78,13 @@ std::int32_t deepCopy(void*, std::int16_t selector, FilterInvocation** handle) {
     return 0;
 }
 
-hosting::Parameter parameter(const char* name, hosting::ParameterKind kind, double minimum, double maximum,
-                             double displayMaximum, int size, std::size_t offset) {
+hosting::Parameter amount() {
     hosting::Parameter made;
-    made.key = made.name = name;
-    made.kind = kind;
-    made.minimum = minimum;
-    made.maximum = maximum;
-    made.displayMaximum = displayMaximum;
-    made.size = size;
-    made.offset = offset;
+    made.key = made.name = "Amount";
+    made.kind = hosting::ParameterKind::Number;
+    made.minimum = -100;
+    made.maximum = made.displayMaximum = 100;
+    made.size = 2;
     return made;
 }
 
@@ -106,12 +101,8 @@ hosting::Filter filter(std::uint32_t id, FilterEntryProc entry, const char* name
 }  // namespace
 
 const std::vector<hosting::Filter>& fakeFilters() {
-    using Kind = hosting::ParameterKind;
     static const std::vector<hosting::Filter> filters = {
-        filter(1, addValue, "Add Value", "AddValue",
-               {parameter("Amount", Kind::Number, -100, 100, 200, 2, 0),
-                parameter("Tint", Kind::Color, 0, 0, 0, 4, 2), parameter("On", Kind::Boolean, 0, 0, 0, 1, 6),
-                parameter("Level", Kind::Number, 0, 40000, 4, 2, 7)}),
+        filter(1, addValue, "Add Value", "AddValue", {amount()}),
         filter(2, addStamp, "Add Stamp", "Stamper"),
         filter(3, echo, "Echo", "Echo"),
         filter(4, deepCopy, "Deep Copy (16)", "DeepCopy", {}, "QULN Horizontal Flip"),

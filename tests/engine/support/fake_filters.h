@@ -6,14 +6,11 @@
 #include "engine/chain/clip.h"
 #include "host/hosting/meta_plugin.h"
 
-#include <map>
 #include <vector>
 
 namespace vireo::test {
 
-/// 1 "Add Value": adds its Amount (-100 to 100, 2 bytes, display 0 to 200, 5 at first) to blue. Further
-///   parameters: Tint (colour, #ff0000 at first), On (check box), Level (0 to 40000, 2 bytes, display 0 to
-///   4).
+/// 1 "Add Value": adds its Amount (-100 to 100, 2 bytes, 5 at first) to blue.
 /// 2 "Add Stamp": writes its time into blue, field flags / 256 into green and the duration into red.
 /// 3 "Echo": blue becomes 10 times its own less the blue of the picture four fields earlier, in fields eight;
 ///   before the clip's begin that of its first frame.

@@ -54,4 +54,20 @@ public:
     ~InitialisedPlugin();
 };
 
+/// An instance of a plug-in.
+class PluginInstance {
+public:
+    PluginInstance(const LoadedPlugin& plugin, unsigned width, unsigned height)
+        : plugin_(plugin), instance_(plugin.construct(width, height)) {}
+    PluginInstance(const PluginInstance&) = delete;
+    PluginInstance& operator=(const PluginInstance&) = delete;
+    ~PluginInstance() { plugin_.destruct(instance_); }
+
+    operator f0r_instance_t() const { return instance_; }
+
+private:
+    const LoadedPlugin& plugin_;
+    f0r_instance_t instance_;
+};
+
 #endif

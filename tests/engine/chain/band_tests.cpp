@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Frames that several threads render: in bands where the filter allows it, else with threads lent to the
-// services that it calls.
+// Frames that several threads render in bands, where the filter allows it.
 #include "engine/chain/filter_chain.h"
-#include "engine/error.h"
-#include "host/fxkit/fxkit.h"
 #include "tests/engine/support/fake_filters.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstring>
 #include <random>
 
@@ -40,22 +36,6 @@ std::int32_t subtractRows(void*, std::int16_t selector, FilterInvocation** handl
     return 0;
 }
 
-std::int32_t blurAll(void*, std::int16_t selector, FilterInvocation** handle) {
-    if (selector != FilterSelectorExecute) return 0;
-    const FrameBuffer& source = *(*handle)->sourceFrame;
-    const FrameBuffer& destination = *(*handle)->destFrame;
-    FX_GaussianBlur(rowOf(source, 0), source.rowBytes, source.bounds.right, source.bounds.bottom, 4,
-                    rowOf(destination, 0), destination.rowBytes, source.bounds.right, source.bounds.bottom, 4,
-                    9, 30, 1, 0, 3, 2);
-    return 0;
-}
-
-std::atomic<int> callsUntilFailure = 0;
-
-std::int32_t failSometimes(void*, std::int16_t selector, FilterInvocation**) {
-    return selector == FilterSelectorExecute && --callsUntilFailure == 0 ? 7 : 0;
-}
-
 hosting::Filter filter(FilterEntryProc entry, const char* name, const char* matchName) {
     hosting::PropertyList list;
     list.nameKey = std::string("$$$/Test/Filters/") + name + "/Name=" + name;
@@ -71,8 +51,6 @@ const std::vector<hosting::Filter>& filters() {
         filter(subtractRows<1>, "One", "QULN Convolution Kernel"),
         filter(subtractRows<100>, "Hundred", "QULN Alpha Glow"),
         filter(subtractRows<3>, "Whole", "of no known filter"),
-        filter(blurAll, "Blur", "of no known filter either"),
-        filter(failSometimes, "Failing", "QULN Antialias"),
     };
     return made;
 }
@@ -109,7 +87,7 @@ bool areEqual(const Picture& a, const Picture& b) {
 
 TEST(Bands, GiveTheBytesOfTheWholeFrame) {
     for (const std::vector<std::string>& names : std::vector<std::vector<std::string>>{
-             {"None"}, {"One"}, {"Hundred"}, {"Whole"}, {"Blur"}, {"One", "Hundred", "Blur", "None"}}) {
+             {"None"}, {"One"}, {"Hundred"}, {"Whole"}, {"One", "Hundred", "None"}}) {
         const FilterChain chain = chainOf(names);
         for (const int height : {1, 15, 16, 31, 32, 33, 47, 48, 64, 301, 799, 800, 1601, 2500, 4000}) {
             for (const std::int64_t rowBytes : {64, 36, -40}) {
@@ -126,42 +104,6 @@ TEST(Bands, GiveTheBytesOfTheWholeFrame) {
                 }
             }
         }
-    }
-}
-
-TEST(Bands, MayBeRenderedForManyFramesAtOnce) {
-    const FilterChain chain = chainOf({"One", "Blur", "None", "Hundred"});
-    const PicturePtr source = noise(120, 900, 480);
-    const PicturePtr expected = render(chain, source, {});
-    WorkerPool workers(3);
-    std::atomic<int> wrong = 0;
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 3; ++caller) {
-        callers.emplace_back([&] {
-            for (int i = 0; i < 4; ++i) {
-                if (!areEqual(*render(chain, source, {&workers, {}}), *expected)) ++wrong;
-            }
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
-    EXPECT_EQ(wrong, 0);
-}
-
-TEST(Bands, LetTheirFailuresThroughAndEndWhenCancelled) {
-    WorkerPool workers(3);
-    const PicturePtr source = noise(9, 900, 64);
-    const FilterChain failing = chainOf({"Failing"});
-    for (const int call : {1, 7, 20}) {
-        callsUntilFailure = call;
-        EXPECT_THROW(render(failing, source, {&workers, {}}), std::runtime_error) << call;
-    }
-    callsUntilFailure = 0;
-    EXPECT_NO_THROW(render(failing, source, {&workers, {}}));
-
-    for (const int asked : {0, 1, 5, 12}) {
-        std::atomic<int> left = asked;
-        const StageWork work{&workers, [&left] { return left-- <= 0; }};
-        EXPECT_THROW(render(chainOf({"One", "None"}), source, work), Error) << asked;
     }
 }
 

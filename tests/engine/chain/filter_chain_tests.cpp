@@ -6,9 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstring>
-#include <random>
-#include <thread>
 
 namespace vireo {
 namespace {
@@ -137,53 +136,29 @@ TEST(FilterChain, GivesEarlierFieldsOfTheSameParity) {
     EXPECT_EQ(render(chain, clip, 3)->row(1)[0], (10 * (101 + 3) - 101) & 0xFF);
 }
 
-TEST(FilterChain, GivesTheSameBytesFromManyThreadsInAnyOrder) {
-    constexpr int frameCount = 60;
-    const std::vector<std::string> texts = {"addv:amount=0@0f..100@50f", "echo",
-                                            "addv:amount=3,mix=0@0f..100@40f", "echo"};
-    for (const Interlacing interlacing : {Interlacing::Progressive, Interlacing::BottomFieldFirst}) {
-        const Clip clip = numberedClip(frameCount, interlacing);
-        std::vector<PicturePtr> expected;
-        auto ordered = chainOf(texts);
-        for (int i = 0; i < frameCount; ++i) expected.push_back(render(ordered, clip, i));
-
-        std::vector<int> order(frameCount);
-        std::iota(order.begin(), order.end(), 0);
-        std::shuffle(order.begin(), order.end(), std::mt19937(7));
-        std::vector<PicturePtr> results(frameCount);
-        auto shared = chainOf(texts);
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 6; ++t) {
-            threads.emplace_back([&, t] {
-                for (std::size_t i = static_cast<std::size_t>(t); i < order.size(); i += 6) {
-                    results[static_cast<std::size_t>(order[i])] = render(shared, clip, order[i]);
-                }
-            });
-        }
-        for (std::thread& thread : threads) thread.join();
-        for (std::size_t i = 0; i < frameCount; ++i) {
-            for (int y = 0; y < expected[i]->height(); ++y) {
-                ASSERT_EQ(std::memcmp(results[i]->row(y), expected[i]->row(y), 20), 0) << i << ' ' << y;
-            }
-        }
-    }
-}
-
-TEST(FilterChain, LetsFailuresOfEarlierFramesThrough) {
-    class Broken : public Clip {
-    public:
-        using Clip::Clip;
-        PicturePtr frame(std::int64_t number) const override {
-            if (number == 5) throw Error("frame 5 is gone");
-            return Clip::frame(number);
-        }
+TEST(FilterChain, LetsFailuresOfBandsThroughAndEndsWhenCancelled) {
+    static std::atomic<int> callsUntilFailure;
+    hosting::Filter failing = test::fakeFilters()[1];
+    failing.properties.matchName = "QULN Antialias";  // one that is rendered in bands
+    failing.entry = [](void*, std::int16_t selector, FilterInvocation**) -> std::int32_t {
+        return selector == FilterSelectorExecute && --callsUntilFailure == 0 ? 7 : 0;
     };
-    std::vector<PicturePtr> frames(12, plainPicture(4, 4, 1));
-    const Broken clip(std::move(frames));
-    for (auto& texts : {std::vector<std::string>{"echo"}, {"addv", "echo"}}) {
-        auto chain = chainOf(texts);
-        EXPECT_THROW(render(chain, clip, 7), Error);
-        EXPECT_EQ(blueOf(chain, clip, 8) > 0, true);
+    const std::vector<hosting::Filter> filters = {failing};
+    const Catalogue catalogue(filters);
+    const FilterChain chain({parseFilterText(catalogue, "add stamp")});
+    const Clip clip({plainPicture(9, 900, 1)});
+    const auto memory = chain.newMemory(1);
+    WorkerPool workers(3);
+    for (const int call : {1, 7, 20}) {
+        callsUntilFailure = call;
+        EXPECT_THROW(render(chain, clip, 0, *memory, {&workers, {}}), std::runtime_error) << call;
+    }
+    callsUntilFailure = 0;
+    EXPECT_NO_THROW(render(chain, clip, 0, *memory, {&workers, {}}));
+    for (const int asked : {0, 1, 5, 12}) {
+        std::atomic<int> left = asked;
+        const StageWork work{&workers, [&left] { return left-- <= 0; }};
+        EXPECT_THROW(render(chain, clip, 0, *memory, work), Error) << asked;
     }
 }
 

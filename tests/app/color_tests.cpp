@@ -82,15 +82,15 @@ std::uint64_t packed(const PackKernels<Channel, Sample>& pack, int depth) {
     return sum.sum();
 }
 
-class ColourKernelTest : public testing::TestWithParam<mtkcore::InstructionSet> {
+class ColorKernelTest : public testing::TestWithParam<simd::InstructionSet> {
 protected:
     void SetUp() override {
-        if (GetParam() > mtkcore::processorInstructionSet()) GTEST_SKIP() << "not on this processor";
+        if (GetParam() > simd::processorInstructionSet()) GTEST_SKIP() << "not on this processor";
     }
     const ColorKernels& kernels() const { return colorKernelsTables.at(GetParam()); }
 };
 
-TEST_P(ColourKernelTest, UnpackRows) {
+TEST_P(ColorKernelTest, UnpackRows) {
     EXPECT_EQ((unpacked<std::uint8_t, std::uint8_t>(8, kernels().unpack8)), 0xC66F8A2B2FB5361C);
     const std::uint64_t deep[] = {0x7B5D26962165AFAA, 0x9D246B382128B778, 0x430C8FD2EEA6F786},
                         shallow[] = {0x8CE75B30C8B2C10D, 0xE4082FDF8F40E4D6, 0xA0FB22FAF9FA5902};
@@ -107,7 +107,7 @@ TEST_P(ColourKernelTest, UnpackRows) {
     }
 }
 
-TEST_P(ColourKernelTest, PackRows) {
+TEST_P(ColorKernelTest, PackRows) {
     EXPECT_EQ(packed(kernels().pack8, 8), 0x73327D9151DF5595);
     EXPECT_EQ(packed(kernels().pack16, 8), 0xDB451D0117E07766);
     EXPECT_EQ(packed(kernels().pack8Deep, 10), 0x38F76BE9ADE06C70);
@@ -116,7 +116,7 @@ TEST_P(ColourKernelTest, PackRows) {
     EXPECT_EQ(packed(kernels().pack16Deep, 16), 0x3D70D6912F94A2C1);
 }
 
-TEST_P(ColourKernelTest, RepeatsSamples) {
+TEST_P(ColorKernelTest, RepeatsSamples) {
     std::mt19937 random(13);
     for (const std::int64_t width : widths) {
         const auto half = noise<std::uint16_t>(width / 2 + 1, 16, random);
@@ -128,7 +128,7 @@ TEST_P(ColourKernelTest, RepeatsSamples) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, ColourKernelTest, testing::ValuesIn(mtkcore::allInstructionSets));
+INSTANTIATE_TEST_SUITE_P(Sets, ColorKernelTest, testing::ValuesIn(simd::allInstructionSets));
 
 TEST(ColorCoding, KnownColoursHaveTheirStandardValues) {
     struct Known {

@@ -113,7 +113,7 @@ TEST(CameraViewDialog, ResetLeavesThePreviewUntilTheNextChange) {
     EXPECT_EQ(stored(fixture).fillColor, 0x00FFFFFFU);
 }
 
-TEST(CameraViewDialog, TheEyedropperTakesTheColourUnderThePointer) {
+TEST(CameraViewDialog, TheEyedropperTakesTheColorUnderThePointer) {
     DialogFixture fixture(cameraViewId, 64, 48);
     for (int y = 0; y < 48; ++y) {
         for (int x = 0; x < 64; ++x) fixture.setPixel(x, y, y < 24 ? 0xFF102030 : 0xFF405060);

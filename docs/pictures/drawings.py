@@ -66,7 +66,7 @@ def house():
     drawing.text(28, 116, "include", "note left")
 
     drawing.box("host", 20, 140, 860, 140, "VireoHost: host/", "libVireoHost.so, VireoHost.dll. C interface in "
-                "host/vireo_host.h; includes nothing of ours outside itself")
+                "host/vireo_host.h; includes simd/ alone")
     libraries = [("vrm", "protocol, lists"), ("pixkit", "pixel buffers"), ("fxkit", "blur, tables"),
                  ("utilkit", "fixed point, alpha"), ("heapkit", "memory handles"), ("qrb", "language, locale"),
                  ("mtkcore", "texts, sets")]

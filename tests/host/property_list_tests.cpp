@@ -215,7 +215,6 @@ TEST(PropertyListReader, LaysParametersOutOneBehindTheOther) {
     EXPECT_EQ(similarity.kind, hosting::ParameterKind::Number);
     EXPECT_EQ(similarity.maximum, 127);
     EXPECT_EQ(similarity.displayMaximum, 100);
-    EXPECT_EQ(similarity.flags, 8u);
 
     const hosting::Parameter& reverse = list.parameters[1];
     EXPECT_EQ(reverse.kind, hosting::ParameterKind::Boolean);

@@ -130,10 +130,15 @@ def with_melt(clip, chain, folder):
         f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
         "progressive=1\nsample_aspect_num=1\nsample_aspect_den=1\n"
         f"display_aspect_num={width}\ndisplay_aspect_den={height}\ncolorspace=709\n")
-    run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *words(chain, Effect.for_melt), "-consumer",
-        f"avformat:{folder / 'out.mkv'}", "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1",
-        "real_time=-1", environment=plugin_environment())
-    out = run("ffmpeg", "-v", "error", "-i", folder / "out.mkv", "-f", "rawvideo", "-pix_fmt", "bgra", "-")
+    result = folder / "out.mkv"
+    # On a busy machine melt may end before its consumer has begun, and leaves an empty file.
+    for _ in range(5):
+        run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *words(chain, Effect.for_melt),
+            "-consumer", f"avformat:{result}", "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1",
+            "real_time=-1", environment=plugin_environment())
+        if result.exists() and result.stat().st_size:
+            break
+    out = run("ffmpeg", "-v", "error", "-i", result, "-f", "rawvideo", "-pix_fmt", "bgra", "-")
     return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
 
 

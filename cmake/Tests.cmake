@@ -19,3 +19,15 @@ function(vireo_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
 endfunction()
+
+# vireo_threaded(TEST...): tests of what runs on several threads, which are all that the thread sanitizer's build makes and
+# runs.
+add_custom_target(threaded_tests)
+function(vireo_threaded)
+  foreach(test IN LISTS ARGV)
+    set_property(TEST ${test} APPEND PROPERTY LABELS threaded)
+    if(TARGET ${test})
+      add_dependencies(threaded_tests ${test})
+    endif()
+  endforeach()
+endfunction()

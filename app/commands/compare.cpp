@@ -10,7 +10,7 @@
 namespace vireo {
 namespace {
 
-constexpr char examples[] = R"help(Examples:
+constexpr char compareExamples[] = R"help(Examples:
   vireo compare photo.jpg -f "Solarize:threshold=60%"    in photo-compared.jpg
   vireo compare clip.mov before-after.mp4 --preset vhs   with the sound of the clip
   vireo compare clip.mp4 still.png -f Levels --frames 120-120
@@ -68,7 +68,7 @@ void addCompareCommand(CommandSet& commands) {
     addInputOptions(command, *options);
     addOutputOptions(command, *options);
     addWorkOptions(command, *options);
-    command.footer(examples);
+    command.footer(compareExamples);
 }
 
 }  // namespace vireo

@@ -14,7 +14,7 @@
 namespace vireo {
 namespace {
 
-constexpr char examples[] = R"help(Examples:
+constexpr char previewExamples[] = R"help(Examples:
   vireo preview clip.mov -f "Camera Blur:percent blur=0@0s..40@4s"
   vireo preview photo.jpg --preset film --layout split
   vireo preview clip.mov --preset vhs --start 1:20 --duration 10s
@@ -89,7 +89,7 @@ void addPreviewCommand(CommandSet& commands) {
     command.option_defaults()->group("Output");
     command.add_flag("--no-audio", options->job.noAudio, "Leave the sound out");
     addWorkOptions(command, *options);
-    command.footer(examples);
+    command.footer(previewExamples);
 }
 
 }  // namespace vireo

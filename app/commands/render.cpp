@@ -12,7 +12,7 @@
 namespace vireo {
 namespace {
 
-constexpr char examples[] = R"help(Filters and parameters:
+constexpr char renderExamples[] = R"help(Filters and parameters:
   -f Solarize                                     with the filter's own defaults
   -f "sol:thr=100"                                any unambiguous beginning, without case and blanks
   -f "Solarize:threshold=40%"                     per cent, where it displays 0 to 100 or 0 to 200
@@ -118,7 +118,7 @@ void addRenderCommand(CommandSet& commands) {
     CLI::App& command = commands.add("render", "Render pictures, sequences or video through filters",
                                      [options](Session& session) { return renderFiles(session, *options); });
     addRenderOptions(command, *options);
-    command.footer(examples);
+    command.footer(renderExamples);
 }
 
 }  // namespace vireo

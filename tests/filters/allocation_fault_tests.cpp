@@ -4,8 +4,8 @@
 #include "host/heapkit/memory_handles.h"
 #include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
-#include "tests/filters/support/filter_under_test.h"
 #include "tests/host/short_memory.h"
+#include "tests/support/filter_under_test.h"
 
 #include <dlfcn.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/antialias_kernels.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 #include <string_view>
 

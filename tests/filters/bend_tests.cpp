@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/bend.h"
 #include "host/pixkit/pixkit.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 #include <cmath>
 

@@ -3,8 +3,8 @@
 #include "filters/lens/camera_view.h"
 #include "filters/lens/camera_view_kernels.h"
 #include "host/utilkit/utilkit.h"
-#include "tests/filters/support/filter_under_test.h"
 #include "tests/filters/support/lens_reference.h"
+#include "tests/support/filter_under_test.h"
 
 #include <numbers>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every filter renders, as checksums that lie beside this file: whatever changes a byte has to change
 // that file as well. VIREO_RENEW_CHECKSUMS=1 writes it anew.
-#include "tests/filters/support/test_frame.h"
+#include "tests/support/test_frame.h"
 
 #include "host/heapkit/memory_handles.h"
 #include "host/hosting/filter_instance.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "filters/color/color_pass_kernels.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 #include <algorithm>
 #include <cstdlib>

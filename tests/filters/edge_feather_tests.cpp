@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "filters/basic/edge_feather_kernels.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 namespace {
 

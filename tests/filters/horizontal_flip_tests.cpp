@@ -3,7 +3,7 @@
 #include "framework/vpix_suites.h"
 #include "host/pixkit/pixel_formats.h"
 #include "host/vireo_host.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 namespace {
 

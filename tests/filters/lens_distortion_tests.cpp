@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/lens_mapping.h"
 #include "host/utilkit/utilkit.h"
-#include "tests/filters/support/filter_under_test.h"
 #include "tests/filters/support/lens_reference.h"
+#include "tests/support/filter_under_test.h"
 
 #include <array>
 

@@ -2,8 +2,8 @@
 #include "filters/lens/fixed_point.h"
 #include "filters/lens/sampler.h"
 #include "host/utilkit/utilkit.h"
-#include "tests/filters/support/filter_under_test.h"
 #include "tests/filters/support/lens_reference.h"
+#include "tests/support/filter_under_test.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "filters/color/levels.h"
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 #include <cmath>
 #include <functional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every filter promises of its settings and of the selectors: one row a filter.
-#include "tests/filters/support/filter_under_test.h"
-#include "tests/filters/support/recording_host.h"
+#include "tests/support/filter_under_test.h"
+#include "tests/support/recording_host.h"
 
 #include "host/heapkit/memory_handles.h"
 #include "host/pixkit/pixel_formats.h"

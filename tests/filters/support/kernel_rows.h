@@ -3,7 +3,7 @@
 #ifndef VIREO_TESTS_FILTERS_SUPPORT_KERNEL_ROWS_H
 #define VIREO_TESTS_FILTERS_SUPPORT_KERNEL_ROWS_H
 
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 /// Holds `kernel(set, source, destination, width)` against `plain(pixel)`, for every instruction set, all
 /// widths up to a few vectors and any alignment, in another row and in place.

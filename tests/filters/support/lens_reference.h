@@ -3,7 +3,7 @@
 #ifndef VIREO_TESTS_FILTERS_SUPPORT_LENS_REFERENCE_H
 #define VIREO_TESTS_FILTERS_SUPPORT_LENS_REFERENCE_H
 
-#include "tests/filters/support/test_frame.h"
+#include "tests/support/test_frame.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/filters/support/recording_host.h"
+#include "tests/support/recording_host.h"
 
 #include "host/heapkit/memory_handles.h"
 #include "host/vireo_host.h"

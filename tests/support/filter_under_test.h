@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A filter as a host calls it.
-#ifndef VIREO_TESTS_FILTERS_SUPPORT_FILTER_UNDER_TEST_H
-#define VIREO_TESTS_FILTERS_SUPPORT_FILTER_UNDER_TEST_H
+#ifndef VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
+#define VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
 
 #include "host/vrm/filter_invocation.h"
 #include "simd/instruction_set.h"
-#include "tests/filters/support/test_frame.h"
+#include "tests/support/test_frame.h"
 
 #include <concepts>
 #include <cstring>

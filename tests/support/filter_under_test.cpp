@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/filters/support/filter_under_test.h"
+#include "tests/support/filter_under_test.h"
 
 #include "host/heapkit/memory_handles.h"
 #include "host/hosting/meta_plugin.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Frames as awkward as a host may hand them out, and plain pictures for the slow versions of the filters.
-#ifndef VIREO_TESTS_FILTERS_SUPPORT_TEST_FRAME_H
-#define VIREO_TESTS_FILTERS_SUPPORT_TEST_FRAME_H
+#ifndef VIREO_TESTS_SUPPORT_TEST_FRAME_H
+#define VIREO_TESTS_SUPPORT_TEST_FRAME_H
 
 #include "host/pixkit/frame_buffer.h"
 

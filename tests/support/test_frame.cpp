@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/filters/support/test_frame.h"
+#include "tests/support/test_frame.h"
 
 #include <cstring>
 #include <iomanip>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every filter renders, as checksums that lie beside this file: whatever changes a byte has to change
 // that file as well. VIREO_RENEW_CHECKSUMS=1 writes it anew.
+#include "tests/support/golden_file.h"
 #include "tests/support/test_frame.h"
 
 #include "host/heapkit/memory_handles.h"
@@ -10,29 +11,10 @@
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iomanip>
 #include <map>
-#include <sstream>
 
 namespace {
-
-/// CRC-32 as in PNG and zip.
-class Checksum {
-public:
-    void add(const std::uint8_t* bytes, std::size_t size) {
-        for (std::size_t i = 0; i < size; ++i) {
-            rest_ ^= bytes[i];
-            for (int bit = 0; bit < 8; ++bit) rest_ = rest_ >> 1 ^ (rest_ & 1 ? 0xEDB88320u : 0u);
-        }
-    }
-    std::uint32_t value() const { return ~rest_; }
-
-private:
-    std::uint32_t rest_ = 0xFFFFFFFF;
-};
 
 /// How a frame is handed over: one column of the file each.
 struct Handing {
@@ -126,7 +108,7 @@ public:
         return formats;
     }
 
-    std::uint32_t checksum(const Handing& handing, std::uint32_t format) const {
+    std::string checksum(const Handing& handing, std::uint32_t format) const {
         Checksum checksum;
         for (Geometry geometry : geometries) {
             geometry.pixelBytes = PixKit::bytesPerPixel(format);
@@ -142,13 +124,13 @@ public:
                     .getFrame = otherFrame,
                     .getFrameData = &geometry});
             for (int y = 0; y < geometry.height; ++y) {
-                checksum.add(destination.row(y), static_cast<std::size_t>(geometry.width) *
-                                                     static_cast<std::size_t>(geometry.pixelBytes));
+                checksum.add({destination.row(y), static_cast<std::size_t>(geometry.width) *
+                                                      static_cast<std::size_t>(geometry.pixelBytes)});
             }
             vireoHostSetPixelFormat(source.handle(), PixKit::formatBgra);
             vireoHostSetPixelFormat(destination.handle(), PixKit::formatBgra);
         }
-        return checksum.value();
+        return checksum.text();
     }
 
 private:
@@ -180,11 +162,8 @@ private:
     bool withoutSettings_;
 };
 
-/// Lines of "name: checksum checksum checksum", by name.
-using Checksums = std::map<std::string, std::string>;
-
-Checksums renderedChecksums() {
-    Checksums checksums;
+TEST(Checksums, FiltersRenderTheBytesThatTheyAlwaysDid) {
+    GoldenLines lines;
     const hosting::MetaPlugin plugin(VIREO_TESTED_MODULE);
     for (const hosting::Filter& filter : plugin.filters()) {
         for (const auto& [settings, values] : settingsOf(filter)) {
@@ -193,55 +172,21 @@ Checksums renderedChecksums() {
                 std::string name = filter.properties.name + ", " + settings;
                 if (format != PixKit::formatBgra)
                     name += ", " + std::string(reinterpret_cast<const char*>(&format), 4);
-                std::ostringstream line;
-                line << std::hex << std::setfill('0');
+                std::string& line = lines[name];
                 for (const Handing& handing : handings)
-                    line << ' ' << std::setw(8) << rendering.checksum(handing, format);
-                checksums[name] = line.str();
+                    line += (line.empty() ? "" : " ") + rendering.checksum(handing, format);
             }
         }
     }
-    return checksums;
-}
-
-Checksums storedChecksums() {
-    Checksums checksums;
-    std::ifstream file(VIREO_CHECKSUMS);
-    for (std::string line; std::getline(file, line);) {
-        const std::size_t colon = line.find(':');
-        if (!line.starts_with('#') && colon != std::string::npos)
-            checksums[line.substr(0, colon)] = line.substr(colon + 1);
-    }
-    return checksums;
-}
-
-void store(const Checksums& checksums) {
-    std::ofstream file(VIREO_CHECKSUMS, std::ios::binary);
-    file
-        << "# SPDX-License-Identifier: MIT\n"
-           "# CRC-32 of what each filter renders of a whole frame, an upper and a lower field: the same with "
-           "every\n"
-           "# instruction set and on every system, since no value here hangs on the last bit of pow, sin or "
-           "cos.\n"
-           "# VIREO_RENEW_CHECKSUMS=1 build/linux/bin/checksum_tests writes this file.\n";
-    for (const auto& [name, line] : checksums) file << name << ':' << line << '\n';
-    ASSERT_TRUE(file.flush()) << VIREO_CHECKSUMS << " cannot be written";
-}
-
-TEST(Checksums, FiltersRenderTheBytesThatTheyAlwaysDid) {
-    const Checksums rendered = renderedChecksums();
-    if (std::getenv("VIREO_RENEW_CHECKSUMS") != nullptr) store(rendered);
-    Checksums stored = storedChecksums();
-    for (const auto& [name, line] : rendered) {
-        const auto found = stored.find(name);
-        if (found == stored.end()) {
-            ADD_FAILURE() << name << " is not in " << VIREO_CHECKSUMS;
-            continue;
-        }
-        EXPECT_EQ(line, found->second) << name;
-        stored.erase(found);
-    }
-    for (const auto& [name, line] : stored) ADD_FAILURE() << name << " is rendered no more";
+    expectGolden(
+        VIREO_CHECKSUMS,
+        "# SPDX-License-Identifier: MIT\n"
+        "# CRC-32 of what each filter renders of a whole frame, an upper and a lower field: the same with "
+        "every\n"
+        "# instruction set and on every system, since no value here hangs on the last bit of pow, sin or "
+        "cos.\n"
+        "# VIREO_RENEW_CHECKSUMS=1 build/linux/bin/checksum_tests writes this file.\n",
+        lines);
 }
 
 }  // namespace

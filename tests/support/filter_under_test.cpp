@@ -25,14 +25,24 @@ std::filesystem::path programFolder() {
 #endif
 }
 
+const hosting::MetaPlugin& module() {
+    static const hosting::MetaPlugin loaded(programFolder() / "VireoFiltersMetaPlugin.vrmp");
+    return loaded;
+}
+
 }  // namespace
 
 FilterEntryProc filterEntry(std::uint32_t id) {
-    static const hosting::MetaPlugin module(programFolder() / "VireoFiltersMetaPlugin.vrmp");
-    for (const hosting::Filter& filter : module.filters()) {
+    for (const hosting::Filter& filter : module().filters()) {
         if (filter.id == id) return filter.entry;
     }
     throw std::out_of_range("no filter " + std::to_string(id));
+}
+
+std::vector<std::uint32_t> filterIds() {
+    std::vector<std::uint32_t> ids;
+    for (const hosting::Filter& filter : module().filters()) ids.push_back(filter.id);
+    return ids;
 }
 
 FilterUnderTest::FilterUnderTest(std::uint32_t id) : entry_(filterEntry(id)) {
@@ -68,7 +78,9 @@ std::int32_t FilterUnderTest::call(std::int16_t selector) {
 void FilterUnderTest::render(TestFrame& source, TestFrame& destination) {
     invocation.sourceFrame = source.handle();
     invocation.destFrame = destination.handle();
+    vireoHostSetPixelFormat(source.handle(), pixelFormat);
     EXPECT_EQ(call(FilterSelectorExecute), 0);
+    vireoHostSetPixelFormat(source.handle(), PixKit::formatBgra);
 }
 
 Picture FilterUnderTest::rendered(TestFrame& source) {
@@ -77,12 +89,4 @@ Picture FilterUnderTest::rendered(TestFrame& source) {
     render(source, destination);
     EXPECT_TRUE(destination.guardsHold());
     return destination.picture();
-}
-
-std::vector<simd::InstructionSet> runnableInstructionSets() {
-    std::vector<simd::InstructionSet> sets;
-    for (const auto set : simd::allInstructionSets) {
-        if (set <= simd::processorInstructionSet()) sets.push_back(set);
-    }
-    return sets;
 }

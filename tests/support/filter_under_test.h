@@ -3,8 +3,8 @@
 #ifndef VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
 #define VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
 
+#include "host/pixkit/pixel_formats.h"
 #include "host/vrm/filter_invocation.h"
-#include "simd/instruction_set.h"
 #include "tests/support/test_frame.h"
 
 #include <concepts>
@@ -15,6 +15,8 @@
 
 /// The entry function that the filter of this id announces. Throws std::out_of_range for an unknown id.
 FilterEntryProc filterEntry(std::uint32_t id);
+/// All filters of the module.
+std::vector<std::uint32_t> filterIds();
 
 /// Values as they lie in settings records.
 template <std::integral Value>
@@ -34,12 +36,19 @@ public:
     ~FilterUnderTest();
 
     FilterInvocation invocation{};
+    /// What the host tells of the source's pixels while the filter renders.
+    std::uint32_t pixelFormat = PixKit::formatBgra;
 
     /// Replaces the settings handle by one of exactly these bytes.
     void setSettings(std::span<const std::uint8_t> bytes);
     template <std::integral Value>
     void setSettings(std::initializer_list<Value> values) {
         setSettings(littleEndian(values));
+    }
+    template <class Record>
+    requires std::is_class_v<Record>
+    void setRecord(const Record& record) {
+        setSettings({reinterpret_cast<const std::uint8_t*>(&record), sizeof record});
     }
     void dropSettings();
     /// The bytes that the handle holds; empty without one.
@@ -54,8 +63,5 @@ public:
 private:
     FilterEntryProc entry_;
 };
-
-/// The instruction sets that this processor runs.
-std::vector<simd::InstructionSet> runnableInstructionSets();
 
 #endif

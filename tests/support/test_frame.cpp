@@ -9,7 +9,10 @@ namespace {
 /// Bytes before the first and behind the last row. No multiple of a vector, so that rows are unaligned.
 constexpr std::size_t margin = 4099;
 
-constexpr std::uint8_t guardByte(std::size_t index) { return static_cast<std::uint8_t>(index * 37 + 11); }
+std::uint8_t nextSalt() {
+    static std::uint8_t salt = 0;
+    return salt += 11;
+}
 
 }  // namespace
 
@@ -40,10 +43,17 @@ const std::vector<Geometry>& awkwardGeometries() {
     return geometries;
 }
 
+Picture noise(int width, int height, Random& random) {
+    Picture picture{width, height};
+    for (std::uint32_t& pixel : picture.pixels) pixel = static_cast<std::uint32_t>(random());
+    return picture;
+}
+
 TestFrame::TestFrame(const Geometry& geometry)
     : geometry_(geometry),
       stride_(static_cast<std::size_t>(geometry.width * geometry.pixelBytes + geometry.padding)),
-      memory_(2 * margin + stride_ * static_cast<std::size_t>(geometry.height)) {
+      memory_(2 * margin + stride_ * static_cast<std::size_t>(geometry.height)),
+      salt_(nextSalt()) {
     for (std::size_t i = 0; i < memory_.size(); ++i) memory_[i] = isPixelByte(i) ? 0 : guardByte(i);
     const auto rowBytes = static_cast<std::int32_t>(stride_);
     descriptor_ = {
@@ -87,6 +97,10 @@ Picture TestFrame::picture() const {
         }
     }
     return picture;
+}
+
+std::uint8_t TestFrame::guardByte(std::size_t index) const {
+    return static_cast<std::uint8_t>(index * 37 + salt_);
 }
 
 bool TestFrame::isPixelByte(std::size_t index) const {

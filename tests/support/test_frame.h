@@ -38,7 +38,11 @@ struct Picture {
                       static_cast<std::size_t>(x)];
     }
     std::uint32_t at(int x, int row) const { return const_cast<Picture&>(*this).at(x, row); }
+    std::uint32_t* row(int row) { return pixels.data() + std::ptrdiff_t{row} * width; }
+    bool operator==(const Picture&) const = default;
 };
+
+Picture noise(int width, int height, Random& random);
 
 struct Geometry {
     int width = 1;
@@ -78,11 +82,13 @@ public:
 private:
     testing::AssertionResult guardsHold(const std::function<bool(std::size_t)>& isGuard) const;
     bool isPixelByte(std::size_t index) const;
+    std::uint8_t guardByte(std::size_t index) const;
 
     Geometry geometry_;
     std::size_t stride_;
     std::vector<std::uint8_t> memory_;
     FrameBuffer descriptor_;
+    std::uint8_t salt_;  ///< Of the pattern, which no other frame has at the same place.
 };
 
 /// Equal pictures, or a failure that names the first pixel that differs.

@@ -43,16 +43,16 @@ protected:
     const LoadedModule module;
 };
 
-TEST_F(EntryPoint, RegistersTheFiltersInTheFixedOrder) { EXPECT_EQ(module.ids(), fixedOrder); }
-
-TEST_F(EntryPoint, GivesThreeFiltersToFullApplicationsOnly) {
-    for (const std::int32_t type : {std::numeric_limits<std::int32_t>::min(), -5, 0, 1, 2, 3, 4, 5, 6, 7, 8,
-                                    9, 13, std::numeric_limits<std::int32_t>::max()}) {
-        module.terminate();
-        ASSERT_EQ(module.initialise(type), MetaPluginDone);
-        const bool full = type == 5 || type == 8;
-        const Ids expected(fixedOrder.begin(), fixedOrder.end() - (full ? 0 : forFullApplications));
-        EXPECT_EQ(module.ids(), expected) << "type " << type;
+TEST_F(EntryPoint, RegistersTheFiltersInTheFixedOrderAndThreeForFullApplicationsOnly) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    for (const std::int32_t type : {Limits::min(), -5, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 13, Limits::max()}) {
+        for (const std::uint16_t language : {0x0000, 0x0411, 0xFFFF}) {
+            module.terminate();
+            ASSERT_EQ(module.initialise(type, language), MetaPluginDone);
+            const bool full = type == 5 || type == 8;
+            const Ids expected(fixedOrder.begin(), fixedOrder.end() - (full ? 0 : forFullApplications));
+            EXPECT_EQ(module.ids(), expected) << "type " << type;
+        }
     }
 }
 
@@ -153,7 +153,6 @@ TEST_F(EntryPoint, HandsOutPropertyListsIntoBuffersThatAreLargeEnough) {
         MetaPluginPropertyListRecord record{};
         record.index = index;
         record.buffer = exact.data();
-
         for (const std::int32_t tooSmall : {size - 1, 1, 0, -1, std::numeric_limits<std::int32_t>::min()}) {
             record.size = tooSmall;
             EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginBadArgument);
@@ -172,15 +171,6 @@ TEST_F(EntryPoint, HandsOutPropertyListsIntoBuffersThatAreLargeEnough) {
         EXPECT_EQ(record.size, size);
         EXPECT_TRUE(std::equal(exact.begin(), exact.end(), roomy.begin()));
         EXPECT_TRUE(std::all_of(roomy.end() - 8, roomy.end(), [](std::uint8_t b) { return b == untouched; }));
-    }
-}
-
-TEST_F(EntryPoint, TellsTheSizeWhateverTheRecordHeldBefore) {
-    for (const std::int32_t before : {0, -1, 1000000}) {
-        MetaPluginPropertyListRecord record{};
-        record.size = before;
-        EXPECT_EQ(module.call(MetaPluginPropertyList, &record), MetaPluginDone);
-        EXPECT_EQ(record.size, listSize(0));
     }
 }
 
@@ -206,15 +196,6 @@ TEST_F(EntryPoint, AnswersAfterTerminateAndStartsAfresh) {
     }
 }
 
-TEST_F(EntryPoint, DoesNotLookAtTheLanguage) {
-    const Ids english = module.ids();
-    for (const std::uint16_t language : {0x0000, 0x0411, 0xFFFF}) {
-        module.terminate();
-        EXPECT_EQ(module.initialise(5, language), MetaPluginDone);
-        EXPECT_EQ(module.ids(), english);
-    }
-}
-
 TEST(ModuleLibrary, LoadsAndUnloadsAnyNumberOfTimes) {
     for (int i = 0; i < 30; ++i) {
         {
@@ -233,18 +214,9 @@ TEST(Registry, GrowsByHalf) {
     const struct {
         std::size_t capacity, required, grown;
     } cases[] = {
-        {0, 1, 1},
-        {1, 2, 2},
-        {2, 3, 3},
-        {3, 4, 4},
-        {4, 5, 6},
-        {6, 7, 9},
-        {9, 10, 13},
-        {13, 14, 19},
-        {19, 20, 28},
-        {4, 100, 100},
         {0, limit, limit},
         {limit, limit, limit},
+        {4, 100, 100},
         {limit / 2, limit / 2 + 1, limit / 2 + limit / 4},
         {limit / 3 * 2, limit / 3 * 2 + 1, limit},
         {limit / 3 * 2 + 3, limit / 3 * 2 + 4, limit / 3 * 2 + 4},
@@ -253,16 +225,9 @@ TEST(Registry, GrowsByHalf) {
         EXPECT_EQ(grownCapacity(capacity, required), grown) << capacity << " for " << required;
     }
     for (const std::size_t tooMany : {limit + 1, std::numeric_limits<std::size_t>::max()}) {
-        try {
-            grownCapacity(0, tooMany);
-            ADD_FAILURE() << tooMany << " entries were granted";
-        } catch (const std::length_error& error) {
-            EXPECT_STREQ(error.what(), "vector<T> too long");
-        }
+        EXPECT_THAT([&] { grownCapacity(0, tooMany); },
+                    testing::ThrowsMessage<std::length_error>("vector<T> too long"));
     }
-}
-
-TEST(Registry, KeepsEntriesInOrderWhileItGrows) {
     std::vector<FilterEntryRecord> entries;
     std::set<std::size_t> capacities;
     for (std::uint32_t id = 0; id < 22; ++id) {

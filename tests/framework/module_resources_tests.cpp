@@ -3,13 +3,9 @@
 // platform's, through the built library.
 #include "framework/module_resources.h"
 #include "tests/framework/loaded_module.h"
+#include "tests/support/golden_file.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <cstring>
-#include <numeric>
-#include <string>
+#include <gtest/gtest.h>
 
 #if defined(_WIN32)
 #include "host/win32.h"
@@ -17,82 +13,29 @@
 
 namespace {
 
-/// A resource's bytes; empty when it is missing.
-std::string resource(const char16_t* type, std::uint16_t id) {
+/// CRC-32 and size of a resource; empty when it is missing.
+std::string resource(const char16_t* type, int id) {
     std::size_t size = 0;
-    const void* bytes = LoadModuleResource(type, id, &size);
+    const void* bytes = LoadModuleResource(type, static_cast<std::uint16_t>(id), &size);
     if (bytes == nullptr) return {};
-    std::string copy(static_cast<const char*>(bytes), size);
+    Checksum checksum;
+    checksum.add({static_cast<const std::uint8_t*>(bytes), size});
     ReleaseModuleResource(bytes);
-    return copy;
+    return checksum.text() + " of " + std::to_string(size) + " bytes";
 }
 
-std::vector<int> wave(std::uint16_t id) {
-    const std::string bytes = resource(u"LOOKUP", id);
-    std::vector<std::int16_t> table(bytes.size() / 2);
-    std::memcpy(table.data(), bytes.data(), 2 * table.size());
-    return {table.begin(), table.end()};
-}
-
-/// Checks entries of a wave given as index and value.
-void expectEntries(const std::vector<int>& table,
-                   std::initializer_list<std::pair<std::size_t, int>> entries) {
-    ASSERT_EQ(table.size(), 4000u);
-    for (const auto& [index, value] : entries) EXPECT_EQ(table[index], value) << "entry " << index;
-}
-
-TEST(WaveTables, SineUsesTheShortPi) {
-    const std::vector<int> sine = wave(4000);
-    expectEntries(sine,
-                  {{0, 0}, {1, 50}, {500, 22627}, {1000, 31999}, {2000, 0}, {3000, -31999}, {3999, -50}});
-    EXPECT_EQ(*std::max_element(sine.begin(), sine.end()), 31999);
-    EXPECT_EQ(*std::min_element(sine.begin(), sine.end()), -31999);
-}
-
-TEST(WaveTables, CircleHasItsNegativeHalfOneStepAhead) {
-    const std::vector<int> circle = wave(4001);
-    expectEntries(circle, {{0, 0},
-                           {1, 1430},
-                           {1000, 32000},
-                           {1999, 1430},
-                           {2000, -1430},
-                           {2999, -32000},
-                           {3998, -1430},
-                           {3999, 0}});
-    for (std::size_t i = 1; i < 2000; ++i) ASSERT_EQ(circle[i], -circle[1999 + i]) << i;
-}
-
-TEST(WaveTables, TriangleAndSquareAreExact) {
-    expectEntries(wave(4002), {{0, 0},
-                               {1, 32},
-                               {1000, 32000},
-                               {1001, 31968},
-                               {2000, 0},
-                               {3000, -32000},
-                               {3001, -31968},
-                               {3999, -32}});
-    const std::vector<int> triangle = wave(4002);
-    EXPECT_EQ(std::accumulate(triangle.begin(), triangle.end(), 0), 0);
-    expectEntries(wave(4003), {{0, 32000}, {1999, 32000}, {2000, -32000}, {3999, -32000}});
-    const std::vector<int> square = wave(4003);
-    EXPECT_EQ(std::count(square.begin(), square.end(), 32000), 2000);
-    EXPECT_EQ(std::count(square.begin(), square.end(), -32000), 2000);
-}
-
-TEST(TextLists, AreRunsOfKeysThatEndInAnEmptyOne) {
-    const std::string key = "$$$/Strata/VireoFilters/Bend/";
-    const auto list = [&](std::initializer_list<const char*> words) {
-        std::string text;
-        for (const char* word : words) text += key + word + '\0';
-        return text + '\0';
-    };
-    EXPECT_EQ(resource(u"TEXT", 2000),
-              list({"HDirLeft=Left", "HDirRight=Right", "HDirIn=In", "HDirOut=Out"}));
-    EXPECT_EQ(resource(u"TEXT", 2001),
-              list({"HWaveSine=Sine", "HWaveCircle=Circle", "HWaveTriangle=Triangle", "HWaveSquare=Square"}));
-    EXPECT_EQ(resource(u"TEXT", 2002), list({"VDirUp=Up", "VDirDown=Down", "VDirIn=In", "VDirOut=Out"}));
-    EXPECT_EQ(resource(u"TEXT", 2003),
-              list({"VWaveSine=Sine", "VWaveCircle=Circle", "VWaveTriangle=Triangle", "VWaveSquare=Square"}));
+TEST(ModuleResources, HoldTheWavesAndTheLists) {
+    GoldenLines lines;
+    for (int i = 0; i < 4; ++i) {
+        lines["wave " + std::to_string(i)] = resource(u"LOOKUP", 4000 + i);
+        lines["list " + std::to_string(i)] = resource(u"TEXT", 2000 + i);
+    }
+    expectGolden(
+        VIREO_RESOURCES,
+        "# SPDX-License-Identifier: MIT\n"
+        "# CRC-32 of Bend's waves and of its lists' texts; tests/framework/module_resources_tests.cpp "
+        "writes this file.\n",
+        lines);
 }
 
 TEST(ModuleResources, AreFoundByTypeAndIdTogether) {
@@ -101,11 +44,10 @@ TEST(ModuleResources, AreFoundByTypeAndIdTogether) {
                                    {u"LOOKUP", 10049},
                                    {u"LOOKUP", 4004},
                                    {u"TEXT", 0},
-                                   {u"TEXT", 1999},
                                    {u"PiP", 10049},
                                    {u"PiPLX", 10049},
                                    {u"", 10049}}) {
-        EXPECT_EQ(resource(type, static_cast<std::uint16_t>(id)), "") << id;
+        EXPECT_EQ(resource(type, id), "") << id;
     }
     EXPECT_EQ(LoadDialogTemplate(1), nullptr);
 }

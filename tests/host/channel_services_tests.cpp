@@ -1,97 +1,49 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/channel_services.h"
 #include "tests/host/short_memory.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/instruction_sets.h"
+#include "tests/support/test_frame.h"
 
 #include <algorithm>
 #include <limits>
-#include <random>
-#include <vector>
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint8_t guard = 0xA5;
-
-std::vector<simd::InstructionSet> runnableSets() {
-    std::vector<simd::InstructionSet> sets;
-    for (simd::InstructionSet set : simd::allInstructionSets) {
-        if (set <= simd::processorInstructionSet()) sets.push_back(set);
-    }
-    return sets;
-}
-
-/// Rows of 4-byte pixels in memory with some bytes around, in either direction.
-struct Frame {
-    Frame(int theWidth, int theHeight, int padding, bool upward, std::mt19937& random)
-        : width(theWidth),
-          height(theHeight),
-          memory(100 + (4 * theWidth + padding) * theHeight + 100, guard) {
-        rowBytes = 4 * width + padding;
-        first = 97;
-        if (upward) {
-            first += (height - 1) * rowBytes;
-            rowBytes = -rowBytes;
-        }
-        for (int y = 0; y < height; ++y) {
-            for (int i = 0; i < 4 * width; ++i) at(y, i) = static_cast<std::uint8_t>(random());
-        }
-    }
-
-    std::uint8_t* pixels() { return memory.data() + first; }
-    std::uint8_t& at(int y, int i) { return memory[first + y * rowBytes + i]; }
-    int clampedAt(int y, int x, int channel) {
-        return at(std::clamp(y, 0, height - 1), 4 * std::clamp(x, 0, width - 1) + channel);
-    }
-
-    int width, height;
-    std::ptrdiff_t rowBytes;
-    std::ptrdiff_t first;
-    Bytes memory;
-};
-
-/// Holds a service in every set, from frame to frame and in place, against a plain version.
-template <class Plain, class Service>
-void expectSame(Frame source, const Plain& plain, const Service& service) {
-    Frame expected = source;
-    for (int y = 0; y < source.height; ++y) {
-        for (int i = 0; i < 4 * source.width; ++i) {
-            expected.at(y, i) = static_cast<std::uint8_t>(plain(source, y, i / 4, i % 4));
-        }
-    }
-    for (simd::InstructionSet set : runnableSets()) {
-        Frame original = source;
-        Frame result = source;
-        std::replace_if(
-            result.memory.begin(), result.memory.end(), [](std::uint8_t) { return true; }, guard);
-        service(channelKernelsTables.at(set), original.pixels(), result);
-        EXPECT_TRUE(original.memory == source.memory);
-        EXPECT_TRUE(result.memory == expected.memory)
-            << instructionSetName(set) << " " << source.width << " x " << source.height;
-        service(channelKernelsTables.at(set), original.pixels(), original);
-        EXPECT_TRUE(original.memory == expected.memory)
-            << instructionSetName(set) << " in place " << source.width << " x " << source.height;
+/// Holds a service in every set, from frame to frame and in place, against what it has to make.
+void expectSame(TestFrame& source, const Picture& expected,
+                const std::function<void(const ChannelKernels&, TestFrame& from, TestFrame& to)>& service) {
+    const Picture before = source.picture();
+    for (const auto set : runnableInstructionSets()) {
+        TestFrame original(source.geometry(), before), result(source.geometry());
+        service(channelKernelsTables.at(set), original, result);
+        EXPECT_TRUE(samePicture(before, original.picture()));
+        EXPECT_TRUE(samePicture(expected, result.picture())) << instructionSetName(set);
+        EXPECT_TRUE(result.guardsHold());
+        service(channelKernelsTables.at(set), original, original);
+        EXPECT_TRUE(samePicture(expected, original.picture())) << instructionSetName(set) << " in place";
+        EXPECT_TRUE(original.guardsHold());
     }
 }
 
 TEST(ApplyChannelTables, MapsEachChannelThroughItsTable) {
-    std::mt19937 random(1);
+    Random random(1);
     Bytes tables(3 * 256);
     for (std::uint8_t& value : tables) value = static_cast<std::uint8_t>(random());
     const std::uint8_t* const blueGreenRed[3] = {tables.data(), tables.data() + 256, tables.data() + 512};
     for (int width = 1; width <= 70; ++width) {
-        expectSame(
-            Frame(width, 5, width % 3 * 4, width % 2 == 0, random),
-            [&](Frame& frame, int y, int x, int channel) {
-                const int value = frame.at(y, 4 * x + channel);
-                return channel == 3 ? value : blueGreenRed[channel][value];
-            },
-            [&](const ChannelKernels& kernels, const std::uint8_t* source, Frame& result) {
-                kernels.applyTables(source, result.pixels(), result.rowBytes, result.width, result.height,
-                                    blueGreenRed);
-            });
+        TestFrame source(
+            {.width = width, .height = 5, .padding = width % 3 * 4, .negativeRowBytes = width % 2 == 0},
+            random);
+        Picture expected = source.picture();
+        for (std::uint32_t& pixel : expected.pixels) {
+            const auto mapped = [&](int channel) { return blueGreenRed[channel][channelOf(pixel, channel)]; };
+            pixel = pixelOf(mapped(0), mapped(1), mapped(2), channelOf(pixel, 3));
+        }
+        expectSame(source, expected, [&](const ChannelKernels& kernels, TestFrame& from, TestFrame& to) {
+            kernels.applyTables(from.row(0), to.row(0), to.handle()->rowBytes, width, 5, blueGreenRed);
+        });
     }
 }
 
@@ -120,32 +72,40 @@ TEST(ApplyChannelTables, LeavesInvertedRectanglesAlone) {
     EXPECT_EQ(result, Bytes(64, 2));
 }
 
-int plainlyConvolved(Frame& frame, const std::int16_t record[11], int y, int x, int channel) {
-    std::int64_t sum = 0;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            sum += record[3 * row + column] * frame.clampedAt(y + 1 - row, x + column - 1, channel);
+Picture plainlyConvolved(const Picture& source, const std::int16_t record[11]) {
+    Picture result{source.width, source.height};
+    const std::int64_t scale = record[10] == 0 ? 1 : record[10];
+    for (int y = 0; y < source.height; ++y) {
+        for (int x = 0; x < source.width; ++x) {
+            int channels[4];
+            for (int channel = 0; channel < 4; ++channel) {
+                std::int64_t sum = 0;
+                for (int i = 0; i < 9; ++i) {
+                    sum += record[i] * channelOf(source.at(std::clamp(x + i % 3 - 1, 0, source.width - 1),
+                                                           std::clamp(y + 1 - i / 3, 0, source.height - 1)),
+                                                 channel);
+                }
+                channels[channel] =
+                    static_cast<int>(std::clamp<std::int64_t>(sum / scale + record[9], 0, 255));
+            }
+            result.at(x, y) = pixelOf(channels[0], channels[1], channels[2], channels[3]);
         }
     }
-    const std::int64_t scale = record[10] == 0 ? 1 : record[10];
-    return static_cast<int>(std::clamp<std::int64_t>(sum / scale + record[9], 0, 255));
+    return result;
 }
 
-void expectConvolved(const Frame& frame, const std::int16_t record[11]) {
+void expectConvolved(TestFrame source, const std::int16_t record[11]) {
     SCOPED_TRACE(testing::PrintToString(std::vector<int>(record, record + 11)));
-    expectSame(
-        frame,
-        [&](Frame& source, int y, int x, int channel) {
-            return plainlyConvolved(source, record, y, x, channel);
-        },
-        [&](const ChannelKernels& kernels, const std::uint8_t* source, Frame& result) {
-            FxKit::convolve3x3(kernels, source, result.pixels(), record, result.rowBytes, result.width,
-                               result.height);
-        });
+    const Geometry& geometry = source.geometry();
+    expectSame(source, plainlyConvolved(source.picture(), record),
+               [&](const ChannelKernels& kernels, TestFrame& from, TestFrame& to) {
+                   FxKit::convolve3x3(kernels, from.row(0), to.row(0), record, to.handle()->rowBytes,
+                                      geometry.width, geometry.height);
+               });
 }
 
 TEST(Convolve3x3, EqualsThePlainVersionForRandomKernels) {
-    std::mt19937 random(2);
+    Random random(2);
     const auto within = [&](int limit) {
         return static_cast<std::int16_t>(std::uniform_int_distribution(-limit, limit)(random));
     };
@@ -158,7 +118,12 @@ TEST(Convolve3x3, EqualsThePlainVersionForRandomKernels) {
                 record[10] = within(scale);
                 const int width = 1 + static_cast<int>(random() % 70);
                 const int height = 1 + static_cast<int>(random() % 5);
-                expectConvolved(Frame(width, height, 8 * (scale % 2), offset == 0, random), record);
+                expectConvolved(TestFrame({.width = width,
+                                           .height = height,
+                                           .padding = 8 * (scale % 2),
+                                           .negativeRowBytes = offset == 0},
+                                          random),
+                                record);
             }
         }
     }
@@ -181,26 +146,27 @@ TEST(Convolve3x3, KeepsExtremesExact) {
         {most, most, most, most, most, most, most, most, most, least, 1},
         {most, least, most, least, most, least, most, least, most, 128, -3},
     };
-    std::mt19937 random(3);
+    Random random(3);
     for (const auto& record : records) {
         for (const int width : {1, 2, 3, 16, 17, 33}) {
             for (const int height : {1, 2, 7})
-                expectConvolved(Frame(width, height, 4, false, random), record);
+                expectConvolved(TestFrame({.width = width, .height = height, .padding = 4}, random), record);
         }
     }
 }
 
 TEST(Convolve3x3, CopiesWithoutMemory) {
     const std::int16_t record[11] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 9};
-    std::mt19937 random(4);
-    Frame source(30, 5, 8, true, random);
-    Frame result(30, 5, 8, true, random);
+    Random random(4);
+    const Geometry geometry{.width = 30, .height = 5, .padding = 8, .negativeRowBytes = true};
+    TestFrame source(geometry, random), result(geometry);
     {
         const ShortMemory shortage;
-        FxKit::convolve3x3(channelKernelsTables.chosen(), source.pixels(), result.pixels(), record,
-                           source.rowBytes, 30, 5);
+        FxKit::convolve3x3(channelKernelsTables.chosen(), source.row(0), result.row(0), record,
+                           source.handle()->rowBytes, 30, 5);
     }
-    EXPECT_TRUE(result.memory == source.memory);
+    EXPECT_TRUE(samePicture(source.picture(), result.picture()));
+    EXPECT_TRUE(result.guardsHold());
 }
 
 // Quotients come from a product with a reciprocal, which must never cross a whole number.
@@ -236,7 +202,7 @@ TEST(Convolve3x3, DividesEverySumExactly) {
             }
             ASSERT_TRUE(fitsSmall(convolution));
             const std::uint8_t* const pointers[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
-            for (simd::InstructionSet set : runnableSets()) {
+            for (const auto set : runnableInstructionSets()) {
                 Bytes result(count);
                 channelKernelsTables.at(set).convolveSmall(pointers, result.data(), count, convolution);
                 ASSERT_EQ(result, expected) << "scale " << scale << " from " << begin;

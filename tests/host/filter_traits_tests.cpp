@@ -7,16 +7,14 @@
 #include "host/hosting/meta_plugin.h"
 #include "host/hosting/parameter_value.h"
 #include "host/pixkit/pixkit.h"
+#include "tests/support/test_frame.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <random>
 #include <set>
 
 namespace {
-
-using Random = std::mt19937;
 
 int upTo(int largest, Random& random) { return std::uniform_int_distribution(0, largest)(random); }
 
@@ -25,35 +23,17 @@ struct Size {
     int height;
 };
 
-/// Pixels row by row from the bottom.
-struct Picture {
-    Size size;
-    std::vector<std::uint32_t> pixels;
+Picture noise(Size size, Random& random) { return ::noise(size.width, size.height, random); }
 
-    explicit Picture(Size size_)
-        : size(size_), pixels(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)) {}
-
-    std::uint32_t* row(int y) { return pixels.data() + std::ptrdiff_t{y} * size.width; }
-    const std::uint32_t* row(int y) const { return pixels.data() + std::ptrdiff_t{y} * size.width; }
-
-    Picture rows(int begin, int end) const {
-        Picture part({size.width, end - begin});
-        std::copy(row(begin), row(end), part.pixels.begin());
-        return part;
-    }
-
-    bool operator==(const Picture& other) const { return pixels == other.pixels; }
-};
-
-Picture noise(Size size, Random& random) {
-    Picture picture(size);
-    std::ranges::generate(picture.pixels, [&] { return random(); });
-    return picture;
+Picture rowsOf(Picture picture, int begin, int end) {
+    Picture part{picture.width, end - begin};
+    std::copy(picture.row(begin), picture.row(end), part.row(0));
+    return part;
 }
 
 /// Transparent but for one row.
 Picture lonelyRow(Size size, int row, Random& random) {
-    Picture picture(size);
+    Picture picture{size.width, size.height};
     std::generate_n(picture.row(row), size.width, [&] { return random() | 0xFF000000; });
     return picture;
 }
@@ -62,57 +42,14 @@ Picture lonelyRow(Size size, int row, Random& random) {
 struct Layout {
     bool fromTheTop = false;
     int padding = 0;  ///< Pixels behind each row.
-};
 
-/// A frame in a host's memory.
-class Frame {
-public:
-    Frame(const Picture& picture, const Layout& layout)
-        : size_(picture.size), fromTheTop_(layout.fromTheTop), stride_(size_.width + layout.padding) {
-        memory_.resize(static_cast<std::size_t>(stride_) * static_cast<std::size_t>(size_.height), gap_);
-        for (int y = 0; y < size_.height; ++y) std::copy_n(picture.row(y), size_.width, row(y));
-        buffer_ = {
-            {0, 0, size_.width, size_.height}, (fromTheTop_ ? -4 : 4) * stride_, 0, memory_.data() + first()};
+    TestFrame frame(const Picture& picture) const {
+        return TestFrame({.width = picture.width,
+                          .height = picture.height,
+                          .padding = 4 * padding,
+                          .negativeRowBytes = fromTheTop},
+                         picture);
     }
-    Frame(const Frame&) = delete;
-    Frame& operator=(const Frame&) = delete;
-
-    FrameBuffer* handle() { return &buffer_; }
-
-    bool gapsHold() {
-        for (int y = 0; y < size_.height; ++y) {
-            const bool isLast = y == (fromTheTop_ ? 0 : size_.height - 1);
-            const std::uint32_t* const gap = row(y) + size_.width;
-            if (!std::all_of(gap, isLast ? gap : row(y) + stride_,
-                             [this](std::uint32_t word) { return word == gap_; }))
-                return false;
-        }
-        return true;
-    }
-
-    Picture picture() {
-        Picture picture(size_);
-        for (int y = 0; y < size_.height; ++y) std::copy_n(row(y), size_.width, picture.row(y));
-        return picture;
-    }
-
-private:
-    static std::uint32_t nextGap() {
-        static std::uint32_t gap = 0;
-        return ++gap * 0x01010101;
-    }
-
-    std::ptrdiff_t first() const { return fromTheTop_ ? std::ptrdiff_t{size_.height - 1} * stride_ : 0; }
-    std::uint32_t* row(int y) {
-        return memory_.data() + first() + (fromTheTop_ ? -1 : 1) * std::ptrdiff_t{y} * stride_;
-    }
-
-    Size size_;
-    bool fromTheTop_;
-    int stride_;
-    std::uint32_t gap_ = nextGap();  ///< What lies between the rows, other than in another frame.
-    std::vector<std::uint32_t> memory_;
-    FrameBuffer buffer_{};
 };
 
 /// A moment of a clip whose frames all differ.
@@ -146,7 +83,7 @@ struct Clip {
         clip.latest = std::max(clip.latest, frame);
         Picture other = clip.now;
         for (std::uint32_t& pixel : other.pixels) pixel ^= (clip.frame - frame) * 0x9E3779B1;
-        Frame source(other, clip.layout);
+        TestFrame source = clip.layout.frame(other);
         vpixCopy(source.handle(), target, &source.handle()->bounds, bounds, VPixCopyReplace);
         return 0;
     }
@@ -162,7 +99,8 @@ struct Rendered {
 /// `unfilled`: what the destination holds where the host does not fill it.
 Rendered render(const hosting::FilterInstance& instance, const Picture& source, const Moment& moment = {},
                 const Layout& layout = {}, const Picture* unfilled = nullptr) {
-    Frame from(source, layout), to(unfilled != nullptr ? *unfilled : Picture(source.size), layout);
+    TestFrame from = layout.frame(source);
+    TestFrame to = layout.frame(unfilled != nullptr ? *unfilled : Picture{source.width, source.height});
     Clip clip{source, layout, moment.frame};
     EXPECT_EQ(instance.render({.source = from.handle(),
                                .destination = to.handle(),
@@ -173,7 +111,7 @@ Rendered render(const hosting::FilterInstance& instance, const Picture& source, 
                                .getFrameData = &clip,
                                .isFilled = unfilled == nullptr}),
               0);
-    return {to.picture(), moment.frame - clip.earliest, clip.latest > moment.frame, to.gapsHold()};
+    return {to.picture(), moment.frame - clip.earliest, clip.latest > moment.frame, bool{to.guardsHold()}};
 }
 
 std::int64_t valueAtRandom(const hosting::Parameter& parameter, Random& random) {
@@ -193,10 +131,17 @@ void setAll(const hosting::Filter& filter, const hosting::FilterInstance& instan
     }
 }
 
-/// The start values at first, then numbers from the whole range and from its ends.
-void setForRound(int round, const hosting::Filter& filter, const hosting::FilterInstance& instance,
-                 Random& random) {
-    if (round > 0) setAll(filter, instance, random, round % 2 == 0 ? anyEnd : valueAtRandom);
+/// Calls `round(instance, number)` with the start values at first, then with numbers from the whole range and
+/// from its ends, and counts how often it answers true.
+template <class Round>
+int countRounds(int rounds, const hosting::Filter& filter, Random& random, Round&& round) {
+    const hosting::FilterInstance instance = hosting::newInstance(filter);
+    int count = 0;
+    for (int number = 0; number < rounds; ++number) {
+        if (number > 0) setAll(filter, instance, random, number % 2 == 0 ? anyEnd : valueAtRandom);
+        if (round(instance, number)) ++count;
+    }
+    return count;
 }
 
 /// Every filter of the module with its traits.
@@ -242,16 +187,13 @@ TEST_F(Traits, OfUnknownFiltersAreSafeForAll) {
 TEST_F(Traits, SayWhetherThePictureChangesWithTime) {
     constexpr Moment moments[] = {{0, 0}, {1, 0}, {7, 0}, {0, 40}, {1, 40}, {7, 40}, {7, 41}, {39, 40}};
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
-        int changed = 0;
-        for (int round = 0; round < 30; ++round) {
-            setForRound(round, filter, instance, random);
+        const int changed = countRounds(30, filter, random, [&](const auto& instance, int) {
             const Picture source = noise({37, 23}, random);
             const Picture first = render(instance, source, moments[0]).picture;
-            changed += static_cast<int>(std::ranges::count_if(moments, [&](const Moment& moment) {
+            return std::ranges::any_of(moments, [&](const Moment& moment) {
                 return render(instance, source, moment).picture != first;
-            }));
-        }
+            });
+        });
         EXPECT_EQ(changed > 0, traits.readsTime) << changed;
     });
 }
@@ -259,70 +201,62 @@ TEST_F(Traits, SayWhetherThePictureChangesWithTime) {
 TEST_F(Traits, SayHowFarBackTheFilterLooks) {
     constexpr std::uint32_t farInside = 1 << 20;
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
         std::uint32_t furthest = 0;
-        for (int round = 0; round < 30; ++round) {
-            setForRound(round, filter, instance, random);
+        const int ahead = countRounds(30, filter, random, [&](const auto& instance, int) {
             const Picture source = noise({16, 16}, random);
+            bool lookedAhead = false;
             for (const std::uint32_t frame : {farInside, 0U, 1U, 5U}) {
                 for (const std::uint16_t fields : {0, int{FieldFlagUpper}, int{FieldFlagLower}}) {
                     const Rendered rendered = render(instance, source, {frame, 2 * farInside, fields});
                     furthest = std::max(furthest, rendered.lookedBack);
-                    EXPECT_FALSE(rendered.lookedAhead) << frame;
+                    lookedAhead |= rendered.lookedAhead;
                 }
             }
-        }
+            return lookedAhead;
+        });
+        EXPECT_EQ(ahead, 0);
         EXPECT_EQ(furthest, static_cast<std::uint32_t>(traits.earlierFrames));
     });
 }
 
+constexpr Size oddSizes[] = {{37, 23}, {64, 32}, {1, 1}, {2, 9}, {130, 7}, {5, 231}};
+
 TEST_F(Traits, SayWhetherRowsMayLieFromTheTop) {
-    constexpr Size sizes[] = {{37, 23}, {64, 32}, {1, 1}, {2, 9}, {130, 7}};
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
-        int different = 0;
-        for (int round = 0; round < 100; ++round) {
-            setForRound(round, filter, instance, random);
-            const Picture source = noise(sizes[round % std::size(sizes)], random);
+        const int different = countRounds(100, filter, random, [&](const auto& instance, int round) {
+            const Picture source = noise(oddSizes[round % std::size(oddSizes)], random);
             const Moment moment = momentAtRandom(random);
             const int padding = upTo(1, random) * upTo(20, random);
             const Picture expected = render(instance, source, moment).picture;
-            if (render(instance, source, moment, {true, padding}).picture != expected) ++different;
             EXPECT_EQ(render(instance, source, moment, {false, padding}).picture, expected) << padding;
-        }
+            return render(instance, source, moment, {true, padding}).picture != expected;
+        });
         EXPECT_EQ(different == 0, traits.takesRowsFromTheTop) << different;
     });
 }
 
 // That no memory is needed for it, the tests of allocation faults prove.
 TEST_F(Traits, SayWhetherEveryPixelIsWritten) {
-    constexpr Size sizes[] = {{37, 23}, {64, 32}, {1, 1}, {2, 9}, {130, 7}, {5, 231}};
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (!traits.writesAll) return;
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
-        int left = 0;
-        for (int round = 0; round < 200; ++round) {
-            setForRound(round, filter, instance, random);
-            const Picture source = noise(sizes[round % std::size(sizes)], random);
-            const Picture before = noise(source.size, random);
+        const int left = countRounds(200, filter, random, [&](const auto& instance, int round) {
+            const Picture source = noise(oddSizes[round % std::size(oddSizes)], random);
+            const Picture before = noise({source.width, source.height}, random);
             const Moment moment = momentAtRandom(random);
             const Layout layout{traits.takesRowsFromTheTop && upTo(1, random) == 0, upTo(20, random)};
             const Picture expected = render(instance, source, moment, layout).picture;
-            if (render(instance, source, moment, layout, &before).picture != expected) ++left;
-        }
+            return render(instance, source, moment, layout, &before).picture != expected;
+        });
         EXPECT_EQ(left, 0);
     });
 }
 
 TEST_F(Traits, SayWhetherBytesBetweenRowsAreTouched) {
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
-        int touched = 0;
-        for (int round = 0; round < 60; ++round) {
-            setForRound(round, filter, instance, random);
+        const int touched = countRounds(60, filter, random, [&](const auto& instance, int round) {
             const Picture source = noise({37, 23}, random);
-            if (!render(instance, source, momentAtRandom(random), {round % 2 == 1, 5}).gapsHold) ++touched;
-        }
+            return !render(instance, source, momentAtRandom(random), {round % 2 == 1, 5}).gapsHold;
+        });
         EXPECT_EQ(touched > 0, traits.touchesGaps) << touched;
     });
 }
@@ -330,39 +264,36 @@ TEST_F(Traits, SayWhetherBytesBetweenRowsAreTouched) {
 /// What comes out where each band is rendered with `margin` rows of the source above and below.
 Picture renderInBands(const hosting::FilterInstance& instance, const Picture& source, const Moment& moment,
                       int bands, int margin) {
-    const int height = source.size.height;
-    Picture result(source.size);
+    const int height = source.height;
+    Picture result{source.width, height};
     for (int band = 0; band < bands; ++band) {
         const int begin = height * band / bands, end = height * (band + 1) / bands;
         if (begin == end) continue;
         const int first = std::max(begin - margin, 0), last = std::min(end + margin, height);
-        const Picture part = render(instance, source.rows(first, last), moment).picture;
+        Picture part = render(instance, rowsOf(source, first, last), moment).picture;
         std::copy(part.row(begin - first), part.row(end - first), result.row(begin));
     }
     return result;
 }
 
-/// Counts the renderings in bands that are not as the whole one.
+/// Counts the rounds in which renderings in bands are not as the whole one.
 int wrongInBands(const hosting::Filter& filter, int margin, Random& random) {
     constexpr Size sizes[] = {{1, 7}, {3, 23}, {17, 61}, {64, 1}, {130, 35}};
     constexpr Size high{5, 231};
-    const hosting::FilterInstance instance = hosting::newInstance(filter);
-    int wrong = 0;
-    const auto compare = [&](const Picture& source, int bands) {
-        const Moment moment = momentAtRandom(random);
-        const Picture whole = render(instance, source, moment).picture;
-        if (renderInBands(instance, source, moment, bands, margin) != whole) ++wrong;
-    };
-    for (int round = 0; round < 100; ++round) {
-        setForRound(round, filter, instance, random);
+    return countRounds(100, filter, random, [&](const auto& instance, int) {
+        bool wrong = false;
+        const auto compare = [&](const Picture& source, int bands) {
+            const Moment moment = momentAtRandom(random);
+            const Picture whole = render(instance, source, moment).picture;
+            wrong |= renderInBands(instance, source, moment, bands, margin) != whole;
+        };
         for (const Size size : sizes) compare(noise(size, random), 1 + upTo(6, random));
         // What comes from the furthest row that a cut may leave out.
         const int cut = high.height / 2;
-        for (const int row : {cut - margin - 1, cut - margin, cut + margin - 1, cut + margin}) {
+        for (const int row : {cut - margin - 1, cut - margin, cut + margin - 1, cut + margin})
             compare(lonelyRow(high, row, random), 2);
-        }
-    }
-    return wrong;
+        return wrong;
+    });
 }
 
 TEST_F(Traits, SayHowManyRowsBandsNeedOfTheirNeighbours) {
@@ -410,14 +341,13 @@ TEST_F(Traits, SayWhichSettingsLeaveThePicture) {
     constexpr Size sizes[] = {{61, 47}, {1, 1}, {3, 40}, {200, 5}};
     forEachFilter([&](const hosting::Filter& filter, const hosting::FilterTraits& traits, Random& random) {
         if (traits.identity.empty()) return;
-        const hosting::FilterInstance instance = hosting::newInstance(filter);
-        for (int round = 0; round < 100; ++round) {
-            setForRound(round, filter, instance, random);
+        const int changed = countRounds(100, filter, random, [&](const auto& instance, int round) {
             setIdentity(filter, traits, instance);
             const Picture source =
                 noiseWithSetColors(sizes[round % std::size(sizes)], filter, instance, random);
-            EXPECT_EQ(render(instance, source, momentAtRandom(random)).picture, source);
-        }
+            return render(instance, source, momentAtRandom(random)).picture != source;
+        });
+        EXPECT_EQ(changed, 0);
     });
 }
 

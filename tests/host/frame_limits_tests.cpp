@@ -4,14 +4,14 @@
 #include "host/hosting/filter_instance.h"
 #include "host/hosting/filter_traits.h"
 #include "host/hosting/meta_plugin.h"
+#include "tests/support/test_frame.h"
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <map>
-#include <random>
 #include <utility>
 
 namespace {
@@ -23,35 +23,50 @@ class Frame {
 public:
     Frame(Direction direction, int length, int breadth, int padding = 0)
         : direction_(direction),
-          rowPixels_((direction == Direction::Wide ? length : breadth) + padding),
-          pixels_(static_cast<std::size_t>(rowPixels_) *
-                  static_cast<std::size_t>(direction == Direction::Wide ? breadth : length)) {
-        buffer_.bounds = direction == Direction::Wide ? FrameRect{0, 0, length, breadth}
-                                                      : FrameRect{0, 0, breadth, length};
-        buffer_.rowBytes = 4 * rowPixels_;
-        buffer_.pixels = pixels_.data();
-    }
-    Frame(const Frame&) = delete;
-    Frame& operator=(const Frame&) = delete;
+          frame_({.width = direction == Direction::Wide ? length : breadth,
+                  .height = direction == Direction::Wide ? breadth : length,
+                  .padding = 4 * padding}) {}
 
-    FrameBuffer* handle() { return &buffer_; }
+    FrameBuffer* handle() { return frame_.handle(); }
     int length() const {
-        return direction_ == Direction::Wide ? buffer_.bounds.right : buffer_.bounds.bottom;
+        return direction_ == Direction::Wide ? frame_.geometry().width : frame_.geometry().height;
+    }
+    int breadth() const {
+        return direction_ == Direction::Wide ? frame_.geometry().height : frame_.geometry().width;
     }
 
     /// `along` the direction and `across`, rows counted in memory.
-    std::uint32_t& at(int along, int across) {
-        const int x = direction_ == Direction::Wide ? along : across;
-        const int row = direction_ == Direction::Wide ? across : along;
-        return pixels_[static_cast<std::size_t>(row) * static_cast<std::size_t>(rowPixels_) +
-                       static_cast<std::size_t>(x)];
+    std::uint32_t at(int along, int across) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, address(along, across), 4);
+        return pixel;
+    }
+    void paint(const std::function<std::uint32_t(int along, int across)>& pixelAt) {
+        for (int across = 0; across < breadth(); ++across) {
+            for (int along = 0; along < length(); ++along) {
+                const std::uint32_t pixel = pixelAt(along, across);
+                std::memcpy(address(along, across), &pixel, 4);
+            }
+        }
+    }
+    /// Whether every pixel is the one of this place in another frame.
+    bool equals(const std::function<std::uint32_t(int along, int across)>& pixelAt) {
+        for (int across = 0; across < breadth(); ++across) {
+            for (int along = 0; along < length(); ++along) {
+                if (at(along, across) != pixelAt(along, across)) return false;
+            }
+        }
+        return true;
     }
 
 private:
+    std::uint8_t* address(int along, int across) {
+        return direction_ == Direction::Wide ? frame_.row(across) + 4 * along
+                                             : frame_.row(along) + 4 * across;
+    }
+
     Direction direction_;
-    int rowPixels_;
-    std::vector<std::uint32_t> pixels_;
-    FrameBuffer buffer_{};
+    TestFrame frame_;
 };
 
 /// How a filter is set and rendered in this test.
@@ -77,8 +92,6 @@ void render(const hosting::Filter& filter, const Setup& setup, Frame& source, Fr
               0);
 }
 
-int channel(std::uint32_t pixel, int index) { return static_cast<int>(pixel >> 8 * index & 0xFF); }
-
 /// Whether the filter renders a frame of this length right. A rule knows how without rendering one.
 using Rule = bool (*)(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                       int padding);
@@ -90,29 +103,21 @@ bool rightWhenStretched(const hosting::Filter& filter, const Setup& setup, Direc
     constexpr int shortLength = 400, breadth = 5, edge = 60;
     Frame source(direction, shortLength, breadth), expected(direction, shortLength, breadth);
     Frame longSource(direction, length, breadth, padding), result(direction, length, breadth, padding);
-    std::mt19937 random(1);
+    Random random(1);
     const auto shortPlace = [length](int along) {
         return along < shortLength / 2             ? along
                : along >= length - shortLength / 2 ? along - (length - shortLength)
                                                    : shortLength / 2;
     };
-    for (int across = 0; across < breadth; ++across) {
-        for (int along = 0; along < shortLength; ++along) {
-            const bool plain = along >= edge && along < shortLength - edge;
-            source.at(along, across) =
-                plain ? source.at(edge - 1, direction == Direction::Wide ? across : 0) : random();
-        }
-        for (int along = 0; along < length; ++along)
-            longSource.at(along, across) = source.at(shortPlace(along), across);
-    }
+    source.paint([&](int along, int across) {
+        const bool plain = along >= edge && along < shortLength - edge;
+        return plain ? source.at(edge - 1, direction == Direction::Wide ? across : 0)
+                     : static_cast<std::uint32_t>(random());
+    });
+    longSource.paint([&](int along, int across) { return source.at(shortPlace(along), across); });
     render(filter, setup, source, expected);
     render(filter, setup, longSource, result);
-    for (int across = 0; across < breadth; ++across) {
-        for (int along = 0; along < length; ++along) {
-            if (result.at(along, across) != expected.at(shortPlace(along), across)) return false;
-        }
-    }
-    return true;
+    return result.equals([&](int along, int across) { return expected.at(shortPlace(along), across); });
 }
 
 /// For filters whose geometry goes with the frame's size: a gradient of twice the size gives twice the
@@ -120,20 +125,16 @@ bool rightWhenStretched(const hosting::Filter& filter, const Setup& setup, Direc
 bool rightWhenScaled(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                      int) {
     constexpr int breadth = 96, tolerance = 8;
-    const auto rendered = [&](Frame& source, Frame& result, int across) {
-        for (int i = 0; i < across; ++i) {
-            const auto green = static_cast<std::uint32_t>(i * 255 / across);
-            for (int k = 0; k < source.length(); ++k) {
-                const auto red = static_cast<std::uint32_t>(std::int64_t{k} * 255 / source.length());
-                source.at(k, i) = 0xFF000000 | red << 16 | green << 8;
-            }
-        }
-        render(filter, setup, source, result);
-    };
     Frame halfSource(direction, length / 2, breadth / 2), half(direction, length / 2, breadth / 2);
-    Frame source(direction, length, breadth), whole(direction, length, breadth);
-    rendered(halfSource, half, breadth / 2);
-    rendered(source, whole, breadth);
+    Frame wholeSource(direction, length, breadth), whole(direction, length, breadth);
+    for (const auto& [source, result] : {std::pair{&halfSource, &half}, {&wholeSource, &whole}}) {
+        source->paint([&, frame = source](int along, int across) {
+            const auto red = static_cast<std::uint32_t>(std::int64_t{along} * 255 / frame->length());
+            const auto green = static_cast<std::uint32_t>(across * 255 / frame->breadth());
+            return 0xFF000000 | red << 16 | green << 8;
+        });
+        render(filter, setup, *source, *result);
+    }
 
     // Where an edge or a seam is, neighbours of both sizes may lie on its two sides.
     constexpr int samples = 1000;
@@ -143,7 +144,7 @@ bool rightWhenScaled(const hosting::Filter& filter, const Setup& setup, Directio
         for (const int across : {breadth / 8, breadth / 4 + 2}) {
             for (int i = 0; i < 4; ++i) {
                 const int apart =
-                    channel(whole.at(2 * along, 2 * across), i) - channel(half.at(along, across), i);
+                    channelOf(whole.at(2 * along, 2 * across), i) - channelOf(half.at(along, across), i);
                 if (std::abs(apart) > tolerance) ++different;
             }
         }
@@ -155,42 +156,29 @@ bool rightWhenScaled(const hosting::Filter& filter, const Setup& setup, Directio
 bool rightWhenRotated(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                       int) {
     constexpr int step = 16;
-    const int breadth = direction == Direction::Wide ? length / step + 8 : 64;
-    const int width = direction == Direction::Wide ? length : breadth;
-    const int height = direction == Direction::Wide ? breadth : length;
+    const bool wide = direction == Direction::Wide;
+    const int width = wide ? length : 64, height = wide ? length / step + 8 : length;
     Frame source(Direction::Wide, width, height), result(Direction::Wide, width, height);
-    std::mt19937 random(2);
-    for (int row = 0; row < height; ++row) {
-        for (int x = 0; x < width; ++x) source.at(x, row) = random();
-    }
+    Random random(2);
+    source.paint([&](int, int) { return static_cast<std::uint32_t>(random()); });
     render(filter, setup, source, result);
-    int shift = 0;
-    for (int row = 0; row < height; ++row) {
-        for (int x = 0; x < width; ++x) {
-            if (result.at(x, row) != source.at((x + shift) % width, row)) return false;
-        }
-        shift += step;
-        if (shift > width) shift -= width;
+    std::vector<int> shifts(1);
+    for (int row = 1; row < height; ++row) {
+        const int shift = shifts.back() + step;
+        shifts.push_back(shift > width ? shift - width : shift);
     }
-    return true;
+    return result.equals(
+        [&](int x, int row) { return source.at((x + shifts[static_cast<std::size_t>(row)]) % width, row); });
 }
 
 /// At the end of its cycle the roll has come round.
 bool rightWhenRolledRound(const hosting::Filter& filter, const Setup& setup, Direction direction, int length,
                           int) {
-    constexpr int breadth = 3;
-    Frame source(direction, length, breadth), result(direction, length, breadth);
-    std::mt19937 random(3);
-    for (int across = 0; across < breadth; ++across) {
-        for (int along = 0; along < length; ++along) source.at(along, across) = random();
-    }
+    Frame source(direction, length, 3), result(direction, length, 3);
+    Random random(3);
+    source.paint([&](int, int) { return static_cast<std::uint32_t>(random()); });
     render(filter, setup, source, result);
-    for (int across = 0; across < breadth; ++across) {
-        for (int along = 0; along < length; ++along) {
-            if (result.at(along, across) != source.at(along, across)) return false;
-        }
-    }
-    return true;
+    return result.equals([&](int along, int across) { return source.at(along, across); });
 }
 
 /// A lens that bends nothing moves pixels by less than one, but for those at the border.
@@ -198,14 +186,11 @@ bool rightWhenNeutral(const hosting::Filter& filter, const Setup& setup, Directi
                       int) {
     constexpr int breadth = 5, tolerance = 8;
     Frame source(direction, length, breadth), result(direction, length, breadth);
-    for (int across = 0; across < breadth; ++across) {
-        for (int along = 0; along < length; ++along)
-            source.at(along, across) = along % 2 == 0 ? 0xFFFFFFFF : 0xFF000000;
-    }
+    source.paint([](int along, int) { return along % 2 == 0 ? 0xFFFFFFFF : 0xFF000000; });
     render(filter, setup, source, result);
     for (int along = 1; along < length - 1; ++along) {
         const int apart =
-            channel(result.at(along, breadth / 2), 0) - channel(source.at(along, breadth / 2), 0);
+            channelOf(result.at(along, breadth / 2), 0) - channelOf(source.at(along, breadth / 2), 0);
         if (std::abs(apart) > tolerance) return false;
     }
     return true;

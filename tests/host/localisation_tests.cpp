@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/mtkcore/localizer.h"
 #include "host/mtkcore/utility.h"
-#include "host/qrb/file.h"
 #include "host/qrb/language.h"
 #include "host/qrb/locale.h"
 #include "host/vireo_host.h"
@@ -9,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 
 namespace {
 
@@ -86,36 +83,6 @@ TEST(Utf, SurrogatesAndDamageConvert) {
     EXPECT_EQ(mtkcore::utility::WcharToUTF16(L"aé€𝄞"), u"aé€𝄞");
     EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("a\xFF\xE2\x82"), u"a\uFFFD\uFFFD");
     EXPECT_EQ(mtkcore::utility::UTF16ToUtf8(std::u16string{u'a', 0xD800, u'b'}), "a\uFFFDb");
-}
-
-TEST(File, ReadsWhatWasWrittenAndTellsWhatIsMissing) {
-    const auto path = std::filesystem::temp_directory_path() / u"vireo_fileé.bin";
-    std::uint32_t done = 0;
-    {
-        QRB::File file;
-        ASSERT_EQ(file.Create(path.u16string(), QRB::kFileAccess_Write, QRB::kFileShare_None,
-                              QRB::kFileDisposition_CreateAlways, QRB::kFileAttributes_Normal, false),
-                  0);
-        EXPECT_EQ(file.Write("abcdef", 6, &done), 0);
-        EXPECT_EQ(done, 6U);
-    }
-    {
-        QRB::File file;
-        ASSERT_EQ(file.Create(path.u16string(), QRB::kFileAccess_Read, QRB::kFileShare_Read,
-                              QRB::kFileDisposition_OpenExisting, QRB::kFileAttributes_Normal, false),
-                  0);
-        char bytes[8] = {};
-        EXPECT_EQ(file.Read(bytes, 4, &done), 0);
-        EXPECT_EQ(file.Read(bytes, 4, &done), 0);
-        EXPECT_EQ(done, 2U);
-        EXPECT_EQ(bytes[1], 'f');
-    }
-    std::filesystem::remove(path);
-
-    QRB::File missing;
-    EXPECT_LT(missing.Create(path.u16string(), QRB::kFileAccess_Read, QRB::kFileShare_Read,
-                             QRB::kFileDisposition_OpenExisting, QRB::kFileAttributes_Normal, false),
-              0);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/windows/dialog_driver.h"
 
-#include <commctrl.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -9,53 +8,31 @@ namespace {
 constexpr std::uint32_t cameraBlurId = 10010;
 constexpr int slider = 10;
 constexpr int readOut = 12;
-using Settings = std::uint16_t;
-
-std::uint16_t storedAmount(const DialogFixture& fixture) {
-    std::uint16_t amount = 0xFFFF;
-    const auto bytes = fixture.settings();
-    if (bytes.size() == sizeof amount) std::memcpy(&amount, bytes.data(), sizeof amount);
-    return amount;
-}
+using Amount = std::uint16_t;
 
 TEST(CameraBlurDialog, OpensWithTheStoredAmountAndStoresTheSlidersOnOk) {
     DialogFixture fixture(cameraBlurId, 320, 240);
-    fixture.store(Settings{60});
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
+    fixture.store(Amount{60});
+    fixture.work(IDOK, [](const Dialog& dialog) {
         EXPECT_EQ(dialog.title(), L"Camera Blur Settings");
         EXPECT_EQ(dialog.slider(slider), 60);
         EXPECT_EQ(dialog.text(readOut), L"60%");
         dialog.slide(slider, 80);
         EXPECT_EQ(dialog.text(readOut), L"80%");
-        dialog.press(IDOK);
-    }),
-              0);
-    EXPECT_EQ(storedAmount(fixture), 80);
-    EXPECT_EQ(fixture.liveHandles(), 0);
+    });
+    EXPECT_EQ(fixture.settingsAs<Amount>(), 80);
 }
 
 TEST(CameraBlurDialog, MakesSettingsOnOkAlone) {
     DialogFixture fixture(cameraBlurId, 64, 48);
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
-        EXPECT_EQ(dialog.slider(slider), 25);
-        dialog.slide(slider, 3);
-        dialog.press(IDCANCEL);
-    }),
-              1);
-    EXPECT_TRUE(fixture.settings().empty());
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
-        dialog.slide(slider, 3);
-        dialog.close();
-    }),
-              0);
-    EXPECT_TRUE(fixture.settings().empty());
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
-        dialog.slide(slider, 3);
-        dialog.press(IDOK);
-    }),
-              0);
-    EXPECT_EQ(storedAmount(fixture), 3);
-    EXPECT_EQ(fixture.liveHandles(), 0);
+    for (const int button : {IDCANCEL, 0, IDOK}) {
+        EXPECT_TRUE(fixture.settings().empty());
+        fixture.work(button, [](const Dialog& dialog) {
+            EXPECT_EQ(dialog.slider(slider), 25);
+            dialog.slide(slider, 3);
+        });
+    }
+    EXPECT_EQ(fixture.settingsAs<Amount>(), 3);
 }
 
 TEST(CameraBlurDialog, ThePreviewFollowsTheSlider) {
@@ -64,8 +41,8 @@ TEST(CameraBlurDialog, ThePreviewFollowsTheSlider) {
     for (int y = 0; y < 180; ++y) {
         for (int x = 0; x < 240; ++x) fixture.setPixel(x, y, x == 120 ? 0xFFFFFFFF : 0xFF000000);
     }
-    fixture.store(Settings{0});
-    fixture.setup([](const Dialog& dialog) {
+    fixture.store(Amount{0});
+    fixture.work(IDCANCEL, [](const Dialog& dialog) {
         RECT client;
         GetClientRect(dialog.window(), &client);
         const int middle = (client.right - 240) / 2 + 120;
@@ -75,7 +52,6 @@ TEST(CameraBlurDialog, ThePreviewFollowsTheSlider) {
         dialog.slide(slider, 100);
         EXPECT_LT(GetRValue(dialog.pixel(middle, y)), 60);
         EXPECT_GT(GetRValue(dialog.pixel(middle + 6, y)), 5);
-        dialog.press(IDCANCEL);
     });
 }
 

@@ -149,8 +149,6 @@ void Dialog::drag(POINT from, POINT to) const {
     SendMessageW(window_, WM_LBUTTONUP, 0, MAKELPARAM(to.x, to.y));
 }
 
-void Dialog::close() const { SendMessageW(window_, WM_CLOSE, 0, 0); }
-
 DialogFixture::DialogFixture(std::uint32_t filterId, int width, int height) {
     const auto& filters = module().filters();
     const auto filter = std::ranges::find(filters, filterId, &hosting::Filter::id);
@@ -179,14 +177,16 @@ DialogFixture::~DialogFixture() {
     vpixDispose(destination());
 }
 
-std::int32_t DialogFixture::call(std::int16_t selector) {
+void DialogFixture::work(int button, const std::function<void(const Dialog&)>& hand) {
     FilterInvocation* pointer = &invocation;
-    return entry_(nullptr, selector, &pointer);
-}
-
-std::int32_t DialogFixture::setup(const std::function<void(const Dialog&)>& hand) {
-    std::jthread worker(workDialog, GetCurrentThreadId(), hand);
-    return call(FilterSelectorSetup);
+    std::jthread worker(workDialog, GetCurrentThreadId(), [&](const Dialog& dialog) {
+        hand(dialog);
+        if (button == 0) SendMessageW(dialog.window(), WM_CLOSE, 0, 0);
+        if (button != 0) dialog.press(button);
+    });
+    EXPECT_EQ(entry_(nullptr, FilterSelectorSetup, &pointer), button == IDCANCEL ? 1 : 0);
+    EXPECT_EQ(liveHandles.size(), invocation.settingsHandle != nullptr ? 1U : 0U)
+        << "handles that nobody released";
 }
 
 void DialogFixture::storeBytes(const void* bytes, std::size_t size) {
@@ -214,10 +214,6 @@ std::vector<std::uint32_t> DialogFixture::pixels(FrameBuffer* frame) const {
 void DialogFixture::setPixel(int x, int y, std::uint32_t pixel) {
     const FrameRect one{x, y, x + 1, y + 1};
     vpixFillRect(source(), &one, pixel);
-}
-
-int DialogFixture::liveHandles() const {
-    return static_cast<int>(::liveHandles.size()) - (invocation.settingsHandle != nullptr ? 1 : 0);
 }
 
 void saveScreenshot(HWND window, const std::wstring& path) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,6 @@ public:
     /// Types over a field's text and leaves the field.
     void type(int id, const std::wstring& text) const;
     void drag(POINT from, POINT to) const;
-    /// The window's close command.
-    void close() const;
 
 private:
     HWND window_;
@@ -54,11 +53,10 @@ public:
 
     FilterInvocation invocation{};
 
-    /// Runs Setup and `hand` over its dialog and returns Setup's result. Fails the test when no dialog
-    /// appears or the hand leaves it open.
-    std::int32_t setup(const std::function<void(const Dialog&)>& hand);
-
-    std::int32_t call(std::int16_t selector);
+    /// Runs Setup and `hand` over its dialog, presses the button and expects Setup's answer to it; 0 closes
+    /// the window. Fails the test when no dialog appears, it stays open or a handle is left.
+    void work(
+        int button, const std::function<void(const Dialog&)>& hand = [](const Dialog&) {});
 
     template <class Settings>
     void store(const Settings& settings) {
@@ -66,9 +64,14 @@ public:
     }
     void storeBytes(const void* bytes, std::size_t size);
     std::vector<std::uint8_t> settings() const;
-
-    /// Handles that were made and not released, the settings' own not counted.
-    int liveHandles() const;
+    template <class Settings>
+    Settings settingsAs() const {
+        Settings record{};
+        const auto bytes = settings();
+        if (bytes.size() < sizeof record) throw std::runtime_error("no settings are stored");
+        std::memcpy(&record, bytes.data(), sizeof record);
+        return record;
+    }
 
     std::vector<std::uint32_t> pixels(FrameBuffer* frame) const;
     /// Of the source, in picture coordinates.

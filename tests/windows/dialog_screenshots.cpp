@@ -42,14 +42,13 @@ void saveDialogs(HBITMAP picture, const std::filesystem::path& folder) {
             const BITMAP shape = shapeOf(picture);
             DialogFixture fixture(filter.id, shape.bmWidth, shape.bmHeight);
             showPicture(fixture.source(), picture);
-            fixture.setup([&](const Dialog& dialog) {
+            fixture.work(IDCANCEL, [&](const Dialog& dialog) {
                 // The first window of a display has no focus; it looks like the others.
                 SendMessageW(dialog.window(), WM_NCACTIVATE, TRUE, 0);
                 // Time to paint.
                 std::this_thread::sleep_for(std::chrono::milliseconds(400));
                 const std::string name = std::string(filter.name) + '-' + language.name + ".bmp";
                 saveScreenshot(dialog.window(), (folder / name).wstring());
-                dialog.press(IDCANCEL);
             });
         }
     }

@@ -11,13 +11,6 @@ constexpr std::uint32_t horizontalHoldId = 10031;
 constexpr int slider = 1098;
 using Settings = std::array<std::int32_t, 2>;
 
-Settings stored(const DialogFixture& fixture) {
-    Settings settings{-1, -1};
-    const auto bytes = fixture.settings();
-    if (bytes.size() == sizeof settings) std::memcpy(&settings, bytes.data(), sizeof settings);
-    return settings;
-}
-
 TEST(HorizontalHoldDialog, ShowsTheOffsetAndStoresOneValueForBothEnds) {
     const struct {
         Settings before;
@@ -33,28 +26,20 @@ TEST(HorizontalHoldDialog, ShowsTheOffsetAndStoresOneValueForBothEnds) {
     for (const auto& example : cases) {
         DialogFixture fixture(horizontalHoldId, 64, 48);
         fixture.store(example.before);
-        EXPECT_EQ(fixture.setup([&](const Dialog& dialog) {
+        fixture.work(IDOK, [&](const Dialog& dialog) {
             EXPECT_EQ(dialog.title(), L"Horizontal Hold Settings");
             EXPECT_EQ(dialog.slider(slider), example.position);
             dialog.slide(slider, example.moved);
-            dialog.press(IDOK);
-        }),
-                  0);
-        EXPECT_EQ(stored(fixture), example.after);
-        EXPECT_EQ(fixture.liveHandles(), 0);
+        });
+        EXPECT_EQ(fixture.settingsAs<Settings>(), example.after);
     }
 }
 
 TEST(HorizontalHoldDialog, CancelKeepsTheEndStep) {
     DialogFixture fixture(horizontalHoldId, 64, 48);
     fixture.store(Settings{5, 7});
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
-        dialog.slide(slider, 200);
-        dialog.press(IDCANCEL);
-    }),
-              1);
-    EXPECT_EQ(stored(fixture), (Settings{5, 7}));
-    EXPECT_EQ(fixture.liveHandles(), 0);
+    fixture.work(IDCANCEL, [](const Dialog& dialog) { dialog.slide(slider, 200); });
+    EXPECT_EQ(fixture.settingsAs<Settings>(), (Settings{5, 7}));
 }
 
 }  // namespace

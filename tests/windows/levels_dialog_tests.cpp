@@ -25,14 +25,6 @@ constexpr int gamma = 1112;
 constexpr int inputWhite = 1113;
 constexpr int outputWhite = 1116;
 
-Settings stored(const DialogFixture& fixture) {
-    Settings settings;
-    const auto bytes = fixture.settings();
-    EXPECT_EQ(bytes.size(), sizeof settings);
-    if (bytes.size() == sizeof settings) std::memcpy(&settings, bytes.data(), sizeof settings);
-    return settings;
-}
-
 HWND waitForWindow(const wchar_t* title) {
     for (int i = 0; i < 500; ++i) {
         if (const HWND window = FindWindowW(nullptr, title); window != nullptr && IsWindowVisible(window)) {
@@ -70,7 +62,7 @@ bool chooseFile(const Dialog& dialog, int button, const wchar_t* title, const st
 
 TEST(LevelsDialog, FieldsOfEveryChannelAreStoredOnOk) {
     DialogFixture fixture(levelsId, 64, 48);
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
+    fixture.work(accept, [](const Dialog& dialog) {
         EXPECT_EQ(dialog.title(), L"Levels Settings");
         EXPECT_EQ(dialog.text(gamma), L"1.00");
         dialog.type(inputBlack, L"20");
@@ -81,21 +73,18 @@ TEST(LevelsDialog, FieldsOfEveryChannelAreStoredOnOk) {
         dialog.type(outputWhite, L"99");
         dialog.choose(channel, 0);
         EXPECT_EQ(dialog.text(inputBlack), L"20");
-        dialog.press(accept);
-    }),
-              0);
-    const Settings settings = stored(fixture);
+    });
+    const Settings settings = fixture.settingsAs<Settings>();
     EXPECT_EQ(settings.master.inputBlack, 20);
     EXPECT_EQ(settings.master.gamma, 114);
     EXPECT_EQ(settings.blue.outputWhite, 99);
     EXPECT_EQ(settings.red, Levels::Channel{});
-    EXPECT_EQ(fixture.liveHandles(), 0);
 }
 
 TEST(LevelsDialog, RefusesWhatIsOutOfRange) {
     DialogFixture fixture(levelsId, 64, 48);
     fixture.store(Settings{});
-    EXPECT_EQ(fixture.setup([](const Dialog& dialog) {
+    fixture.work(IDCANCEL, [](const Dialog& dialog) {
         dialog.type(inputWhite, L"300");
         EXPECT_EQ(dialog.text(inputWhite), L"255");
         dialog.type(gamma, L"0.05");
@@ -103,29 +92,25 @@ TEST(LevelsDialog, RefusesWhatIsOutOfRange) {
         dialog.type(gamma, L"ten");
         EXPECT_EQ(dialog.text(gamma), L"1.00");
         dialog.type(inputBlack, L"9");
-        dialog.press(IDCANCEL);
-    }),
-              1);
-    EXPECT_EQ(stored(fixture).master, Levels::Channel{});
-    EXPECT_EQ(fixture.liveHandles(), 0);
+    });
+    EXPECT_EQ(fixture.settingsAs<Settings>().master, Levels::Channel{});
 }
 
 TEST(LevelsDialog, GammaIsWrittenInTheHostsLanguage) {
     vireoHostSetLanguage(0x0407);
     DialogFixture fixture(levelsId, 64, 48);
-    fixture.setup([](const Dialog& dialog) {
+    fixture.work(accept, [](const Dialog& dialog) {
         EXPECT_EQ(dialog.text(gamma), L"1,00");
         dialog.type(gamma, L"2,5");
         EXPECT_EQ(dialog.text(gamma), L"2,50");
-        dialog.press(accept);
     });
     vireoHostSetLanguage(0x0409);
-    EXPECT_EQ(stored(fixture).master.gamma, 250);
+    EXPECT_EQ(fixture.settingsAs<Settings>().master.gamma, 250);
 }
 
 TEST(LevelsDialog, ThePreviewFollowsADrag) {
     DialogFixture fixture(levelsId, 64, 48);
-    fixture.setup([](const Dialog& dialog) {
+    fixture.work(IDCANCEL, [](const Dialog& dialog) {
         const RECT histogram = dialog.box(1080);
         const RECT line = dialog.box(1087);
         const RECT group = dialog.box(1117);
@@ -138,7 +123,6 @@ TEST(LevelsDialog, ThePreviewFollowsADrag) {
                     {(histogram.left + histogram.right) / 2, line.bottom + 4});
         EXPECT_GT(_wtoi(dialog.text(inputBlack).c_str()), 100);
         EXPECT_LT(GetGValue(dialog.pixel(middle, y)) + 60, GetGValue(before));
-        dialog.press(IDCANCEL);
     });
 }
 
@@ -158,7 +142,7 @@ TEST(LevelsDialog, SavesAndLoadsParameterFiles) {
     constexpr wchar_t loadTitle[] = L"Load Levels Parameters";
 
     DialogFixture fixture(levelsId, 64, 48);
-    EXPECT_EQ(fixture.setup([&](const Dialog& dialog) {
+    fixture.work(accept, [&](const Dialog& dialog) {
         dialog.type(inputBlack, L"77");
         EXPECT_FALSE(chooseFile(dialog, saveButton, L"Save Levels Parameters", saved));
         EXPECT_TRUE(chooseFile(dialog, loadButton, loadTitle, shortFile));
@@ -168,12 +152,10 @@ TEST(LevelsDialog, SavesAndLoadsParameterFiles) {
         EXPECT_EQ(dialog.text(inputBlack), L"257");
         EXPECT_FALSE(chooseFile(dialog, loadButton, loadTitle, saved));
         EXPECT_EQ(dialog.text(inputBlack), L"77");
-        dialog.press(accept);
-    }),
-              0);
+    });
     EXPECT_EQ(std::filesystem::file_size(saved), 44U);
-    EXPECT_EQ(stored(fixture).master.inputBlack, 77);
-    EXPECT_EQ(stored(fixture).red, Levels::Channel{});
+    EXPECT_EQ(fixture.settingsAs<Settings>().master.inputBlack, 77);
+    EXPECT_EQ(fixture.settingsAs<Settings>().red, Levels::Channel{});
     // The file dialog has made the folder the current one.
     std::filesystem::current_path(folder.parent_path());
     std::filesystem::remove_all(folder);

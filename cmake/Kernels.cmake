@@ -15,8 +15,9 @@ if(EMSCRIPTEN)
   # For WebAssembly clang leaves loops over the lanes of a vector as loops through memory.
   set(VIREO_KERNEL_FLAGS_baseline "SHELL:-mllvm -unroll-threshold=1000")
 endif()
-if(MINGW)
-  # The Windows stack is aligned to 16 bytes, and this compiler spills wider registers as if it were more.
+if(MINGW OR (VIREO_SANITIZERS AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))
+  # The Windows stack is aligned to 16 bytes, and what the address sanitizer lends for it to 32; this compiler
+  # spills wider registers as if it were more.
   list(APPEND VIREO_KERNEL_FLAGS_avx2 -Wa,-muse-unaligned-vector-move)
   list(APPEND VIREO_KERNEL_FLAGS_avx512 -Wa,-muse-unaligned-vector-move)
 endif()

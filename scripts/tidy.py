@@ -14,7 +14,7 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-FOLDERS = ("app", "bridges", "engine", "filters", "framework", "host")
+FOLDERS = ("app", "bridges", "engine", "filters", "framework", "host", "simd")
 
 
 def sources(build):

@@ -83,7 +83,8 @@ std::int64_t openDialog(FilterInvocation** handle) {
     FilterInvocation& invocation = **handle;
     WorkRecord workRecord = newWorkRecord<filter>(invocation);
     if (!workRecord) return noDialog;
-    const DialogStart start{handle, settingsOr(invocation, filter.initialSettings)};
+    const auto settings = settingsOr(invocation, filter.initialSettings);
+    const DialogStart<std::remove_const_t<decltype(settings)>> start{handle, settings};
     static_assert(sizeof start <= filter.workRecord.bytes);
     if (filter.dialog.makesSettingsHandle) ensureSettingsHandle(invocation, filter.settingsBytes);
     std::memcpy(*workRecord.get(), &start, sizeof start);
@@ -115,9 +116,10 @@ void storeSettings(FilterInvocation& invocation) {
 /// have always seen allocated first; without memory for it the settings stay as they were.
 template <const auto& filter>
 std::int32_t initSettings(FilterInvocation& invocation) {
-    if constexpr (filter.workRecord.bytes == 0) {
-        storeSettings<filter>(invocation);
-    } else if (const WorkRecord workRecord = newWorkRecord<filter>(invocation)) {
+    if constexpr (filter.workRecord.bytes != 0) {
+        const WorkRecord workRecord = newWorkRecord<filter>(invocation);
+        if (workRecord) storeSettings<filter>(invocation);
+    } else {
         storeSettings<filter>(invocation);
     }
     return 1;

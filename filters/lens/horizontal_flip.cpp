@@ -62,7 +62,8 @@ std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     ScopedVPix frame(invocation.sourceFrame);
     const std::uint32_t code = QueryPixelFormat(frame);
     frame.release();
-    const auto* format = std::ranges::find(formats, code, &Format::code);
+    const auto* format = std::find_if(formats.begin(), formats.end(),
+                                      [code](const Format& offered) { return offered.code == code; });
     if (format != formats.end()) {
         mirror(frameThroughPixKit(invocation.sourceFrame), frameThroughPixKit(invocation.destFrame), *format);
     }

@@ -56,38 +56,42 @@ class Drawing:
 
 
 def house():
-    drawing = Drawing(900, 530, "Who includes and who loads whom")
-    callers = [("app/", "vireo, the command line"), ("bridges/frei0r/", "vireo_*.so, one a filter"),
-               ("bridges/web/", "the browser page"), ("examples/", "and your own program")]
+    drawing = Drawing(900, 610, "Who includes and who loads whom")
+    callers = [("app/", "vireo, the command line"), ("bridges/web/", "the browser page"),
+               ("examples/", "and your own program"), ("bridges/frei0r/", "vireo_*.so, one a filter")]
     for index, (title, note) in enumerate(callers):
         left = 20 + 220 * index
         drawing.box("caller", left, 20, 200, 60, title, note)
-        drawing.arrow(f"M{left + 100} 80V138")
+        drawing.arrow(f"M{left + 100} 80V{218 if index == 3 else 138}")
     drawing.text(28, 116, "include", "note left")
 
-    drawing.box("host", 20, 140, 860, 140, "VireoHost: host/", "libVireoHost.so, VireoHost.dll. C interface in "
+    drawing.box("host", 20, 140, 640, 56, "The engine: engine/",
+                "libVireo.so, Vireo.dll. C interface in vireo/vireo.h: chains over frames")
+    drawing.arrow("M340 196V218")
+
+    drawing.box("host", 20, 220, 860, 140, "VireoHost: host/", "libVireoHost.so, VireoHost.dll. C interface in "
                 "host/vireo_host.h; includes simd/ alone")
     libraries = [("vrm", "protocol, lists"), ("pixkit", "pixel buffers"), ("fxkit", "blur, tables"),
                  ("utilkit", "fixed point, alpha"), ("heapkit", "memory handles"), ("qrb", "language, locale"),
-                 ("mtkcore", "texts, sets")]
+                 ("mtkcore", "texts")]
     for index, (name, note) in enumerate(libraries):
-        drawing.box("inner", 36 + 119 * index, 206, 114, 56, name, note)
+        drawing.box("inner", 36 + 119 * index, 286, 114, 56, name, note)
 
-    drawing.arrow("M250 280V358", dashed=True)
-    drawing.text(262, 324, "loads, and calls VRMetaPlugin()", "note left")
-    drawing.arrow("M650 360V282")
-    drawing.text(662, 324, "includes public headers, links", "note left")
+    drawing.arrow("M250 360V438", dashed=True)
+    drawing.text(262, 404, "loads, and calls VRMetaPlugin()", "note left")
+    drawing.arrow("M650 440V362")
+    drawing.text(662, 404, "includes public headers, links", "note left")
 
-    drawing.box("module", 20, 360, 860, 150, "The module: VireoFiltersMetaPlugin.vrmp",
+    drawing.box("module", 20, 440, 860, 150, "The module: VireoFiltersMetaPlugin.vrmp",
                 "standard library only; would run in another host that has the same seven libraries")
     for index, name in enumerate(("filters/basic/", "filters/color/", "filters/warp/", "filters/lens/")):
         left = 36 + 125 * index
-        drawing.box("inner", left, 420, 115, 36, name)
-    drawing.arrow("M526 438H565")
-    drawing.box("inner", 567, 420, 140, 36, "framework/")
-    drawing.arrow("M707 438H741")
-    drawing.box("inner", 743, 420, 121, 36, "resources/")
-    drawing.text(450, 488, "a filter: record, render, entry, registration; its kernels and its dialog beside it; "
+        drawing.box("inner", left, 500, 115, 36, name)
+    drawing.arrow("M526 518H565")
+    drawing.box("inner", 567, 500, 140, 36, "framework/")
+    drawing.arrow("M707 518H741")
+    drawing.box("inner", 743, 500, 121, 36, "resources/")
+    drawing.text(450, 568, "a filter: record, render, declaration, registration; its kernels and its dialog beside it; "
                  "never another folder of filters", "note")
     drawing.save("house.svg")
 

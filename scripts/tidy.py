@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs clang-tidy over the sources of a build folder that changed since they were last found clean.
+"""Runs clang-tidy over the built sources that changed, or whose headers did, since they were last found clean.
 
 tidy.py BUILD_FOLDER   prints what clang-tidy finds; the result is 1 when there is anything
+
+What was found clean is remembered for every checkout of a user, in ~/.cache/vireo-tidy.
 """
 
 import hashlib
@@ -10,6 +12,7 @@ import json
 import os
 import subprocess
 import sys
+from collections import defaultdict
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
@@ -29,23 +32,31 @@ def is_checked(file):
     return inside and not file.name.endswith("_kernels.cpp")
 
 
-def headers_hash():
-    """Any header may matter to any source."""
-    digest = hashlib.sha256((ROOT / ".clang-tidy").read_bytes())
-    for folder in (*FOLDERS, "resources"):
-        for header in sorted((ROOT / folder).rglob("*.h")):
-            digest.update(str(header).encode() + header.read_bytes())
-    return digest.digest()
+def included_files(build):
+    """What of ours each source was compiled from, itself among it. Ninja also remembers objects that are gone."""
+    listed = subprocess.run(["ninja", "-C", build, "-t", "deps"], capture_output=True, text=True, check=True).stdout
+    included = defaultdict(set)
+    for entry in listed.split("\n\n"):
+        files = [Path(os.path.normpath(build / line.strip())) for line in entry.splitlines()[1:]]
+        if files:
+            included[files[0]].update(file for file in files if file.is_relative_to(ROOT) and file.exists())
+    return included
 
 
 def main():
     build = Path(sys.argv[1]).resolve()
-    stamps = build / "tidy"
-    stamps.mkdir(exist_ok=True)
-    headers = headers_hash()
+    stamps = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vireo-tidy"
+    stamps.mkdir(parents=True, exist_ok=True)
+    included = included_files(build)
+
+    def stamp_of(source):
+        digest = hashlib.sha256((ROOT / ".clang-tidy").read_bytes())
+        for file in sorted(included[source] | {source}):
+            digest.update(b"%s\0%s\0" % (str(file.relative_to(ROOT)).encode(), file.read_bytes()))
+        return stamps / digest.hexdigest()
 
     def check(source):
-        stamp = stamps / hashlib.sha256(str(source).encode() + source.read_bytes() + headers).hexdigest()
+        stamp = stamp_of(source)
         if stamp.exists():
             return True
         command = ["clang-tidy-14", "--quiet", "-p", build, source]

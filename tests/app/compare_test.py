@@ -5,7 +5,7 @@ import pytest
 from PIL import Image
 
 from conftest import read_picture
-from media_support import clip, frames, packets_seconds, probe
+from media_support import clip, ffmpeg, frames, packets_seconds, probe
 
 FLIP = ("-f", "Horizontal Flip")
 LINE = 4
@@ -51,17 +51,30 @@ def test_layouts(vireo, pixels, size, layout, after):
         assert (both[:, right:] == flipped[:, right:]).all()
 
 
-def test_transparency_shows_unless_it_is_kept(vireo, pixels):
-    clear = numpy.dstack([pixels, numpy.full(pixels.shape[:2], 255, numpy.uint8)])
-    clear[:, 32:, 3] = 0
-    Image.fromarray(clear).save(vireo.folder / "in.png")
-    compare(vireo, "in.png", "out.png", *FLIP)
-    both = read_picture(vireo.folder / "out.png")
-    assert both.shape[2] == 3 and set(both[:, 32:64].flatten()) == {153, 204}
-    assert (both[:, :32] == pixels[:, :32]).all()
-    compare(vireo, "in.png", "out.png", *FLIP, "--alpha")
-    kept = read_picture(vireo.folder / "out.png")
-    assert (kept[:, :64, 3] == clear[..., 3]).all() and (kept[:, 68:, 3] == clear[:, ::-1, 3]).all()
+@pytest.mark.parametrize("name, pixel_format, channel", [
+    ("png", "rgba", "u1"), ("png", "rgba64le", "<u2"), ("exr", "gbrapf32le", "<f4")])
+def test_transparency_shows_unless_it_is_kept_at_every_depth(vireo, name, pixel_format, channel):
+    ramp = "format=gbrapf32le,geq=r='r(X,Y)':g='g(X,Y)':b='b(X,Y)':a='min(1,X/32)'"
+    clip(vireo.folder, "in." + name, "-frames:v", "1", "-pix_fmt", pixel_format, source=f"testsrc2=s=64x48,{ramp}")
+    one = numpy.iinfo(channel).max if channel != "<f4" else 1
+
+    def read(file):
+        """From 0 to 1, alpha last; planes become pixels."""
+        values = numpy.frombuffer(ffmpeg("-i", file, "-f", "rawvideo", "-pix_fmt", pixel_format, "-", cwd=vireo.folder), channel)
+        pixels = values.reshape(4, 48, -1).transpose(1, 2, 0) if name == "exr" else values.reshape(48, -1, 4)
+        return pixels.astype(float) / one
+
+    source = read("in." + name)
+    compare(vireo, "in." + name, "kept." + name, *FLIP, "--alpha")
+    kept = read("kept." + name)
+    assert (kept[:, :64] == source).all() and (kept[:, 64 + LINE:] == source[:, ::-1]).all()
+    compare(vireo, "in." + name, "shown." + name, *FLIP)
+    assert probe(vireo.folder, "shown." + name)["pix_fmt"] in ("rgb24", "rgb48be", "gbrpf32le")
+    y, x = numpy.indices((48, 2 * 64 + LINE)) // 4
+    behind = numpy.where((x + y) % 2 == 0, 0.8, 0.6)[..., None]
+    laid = behind + (kept[..., :3] - behind) * kept[..., 3:]
+    shown = read("shown." + name)
+    assert numpy.abs(shown[..., :3] - laid).max() < 1 / min(one, 1e6) and (shown[..., 3] == 1).all()
 
 
 def test_clips_keep_their_sound_and_times(vireo):

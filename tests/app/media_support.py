@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Clips made with the machine's FFmpeg, and what it reads back."""
 import json
+import pathlib
 import subprocess
 
 import numpy
@@ -10,41 +11,50 @@ IDENTITY = ("-f", "Solarize:threshold=0")
 # Colours inside the gamut and without edges, so that no rounding or limit hides a wrong conversion.
 SMOOTH = "testsrc2=s=160x120:r=25:d={seconds},scale=40:30,gblur=2,scale=160:120:flags=bicubic,eq=saturation=0.5:contrast=0.7"
 
+# Frames at uneven distances, most of them a little beside the times that a fixed rate has.
+VARIABLE = ("-vf", "select='not(mod(n\\,3))+eq(n\\,7)+eq(n\\,20)',setpts=PTS+0.004/TB*mod(N\\,3)", "-fps_mode", "vfr")
+
 
 def ffmpeg(*arguments, cwd, stdin=None):
     return subprocess.run(["ffmpeg", "-v", "error", "-nostdin" if stdin is None else "-hide_banner", "-y", *map(str, arguments)],
                           cwd=cwd, input=stdin, check=True, capture_output=True).stdout
 
 
+# Clips of one file without other inputs, by how they are made.
+made = {}
+
+
 def clip(cwd, name, *encoding, seconds=1, source=SMOOTH, sound=False, inputs=()):
     """A small clip, with a tone beside it where `sound` says so."""
-    arguments = ["-f", "lavfi", "-i", source.format(seconds=seconds)]
-    if sound:
-        arguments += ["-f", "lavfi", "-i", f"sine=r=48000:d={seconds}"]
-    ffmpeg(*arguments, *inputs, *encoding, name, cwd=cwd)
+    how = pathlib.Path(name).suffix, encoding, seconds, source, sound
+    made_alone = not inputs and "%" not in name
+    if made_alone and how in made:
+        (cwd / name).write_bytes(made[how])
+        return name
+    tone = ("-f", "lavfi", "-i", f"sine=r=48000:d={seconds}") if sound else ()
+    ffmpeg("-f", "lavfi", "-i", source.format(seconds=seconds), *tone, *inputs, *encoding, name, cwd=cwd)
+    if made_alone:
+        made[how] = (cwd / name).read_bytes()
     return name
+
+
+def ffprobe(cwd, name, *entries):
+    output = subprocess.run(["ffprobe", "-v", "error", *entries, "-of", "json", name], cwd=cwd, check=True, capture_output=True)
+    return json.loads(output.stdout)
 
 
 def probe(cwd, name, stream="v:0"):
     """The entries of one stream."""
-    output = subprocess.run(
-        ["ffprobe", "-v", "error", "-select_streams", stream, "-show_streams", "-of", "json", name],
-        cwd=cwd, check=True, capture_output=True).stdout
-    streams = json.loads(output)["streams"]
+    streams = ffprobe(cwd, name, "-select_streams", stream, "-show_streams")["streams"]
     return streams[0] if streams else None
 
 
 def container(cwd, name):
-    output = subprocess.run(["ffprobe", "-v", "error", "-show_format", "-show_chapters", "-of", "json", name],
-                            cwd=cwd, check=True, capture_output=True).stdout
-    return json.loads(output)
+    return ffprobe(cwd, name, "-show_format", "-show_chapters")
 
 
 def frames(cwd, name, entries="pts_time,interlaced_frame,top_field_first"):
-    output = subprocess.run(
-        ["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_frames", "-show_entries", f"frame={entries}",
-         "-of", "json", name], cwd=cwd, check=True, capture_output=True).stdout
-    return json.loads(output)["frames"]
+    return ffprobe(cwd, name, "-select_streams", "v:0", "-show_frames", "-show_entries", f"frame={entries}")["frames"]
 
 
 def times(cwd, name):
@@ -53,10 +63,8 @@ def times(cwd, name):
 
 def packets_seconds(cwd, name, stream):
     """Where a stream begins and ends."""
-    output = subprocess.run(
-        ["ffprobe", "-v", "error", "-select_streams", stream, "-show_packets", "-show_entries",
-         "packet=pts_time,duration_time", "-of", "json", name], cwd=cwd, check=True, capture_output=True).stdout
-    packets = json.loads(output)["packets"]
+    packets = ffprobe(cwd, name, "-select_streams", stream, "-show_packets", "-show_entries",
+                      "packet=pts_time,duration_time")["packets"]
     return (min(float(p["pts_time"]) for p in packets),
             max(float(p["pts_time"]) + float(p["duration_time"]) for p in packets))
 

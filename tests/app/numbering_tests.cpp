@@ -6,52 +6,38 @@
 namespace vireo {
 namespace {
 
-TEST(FrameNumbering, CountsFramesInTheOrderOfTheirTimes) {
-    FrameNumbering numbering;
-    for (std::int64_t time : {0, 30, 10, 20}) numbering.sent(time);
-    for (std::int64_t time : {0, 10, 20, 30}) {
-        const auto numbered = numbering.next(time);
-        EXPECT_EQ(numbered.number, time / 10);
-        EXPECT_TRUE(numbered.lost.empty());
+constexpr std::int64_t failure = -1;
+using Times = std::vector<std::int64_t>;
+
+/// The numbers of frames that were received, and of lost ones with their times, up to the clip's end.
+std::string numbered(FrameNumbering numbering, const Times& sent, const Times& received) {
+    for (const std::int64_t time : sent) numbering.sent(time);
+    std::string all;
+    const auto add = [&all](const std::vector<FrameNumbering::Lost>& lost) {
+        for (const auto& frame : lost)
+            all += '(' + std::to_string(frame.number) + " at " + std::to_string(frame.time) + ") ";
+    };
+    for (const std::int64_t time : received) {
+        if (time == failure) {
+            numbering.failed();
+            continue;
+        }
+        const auto frame = numbering.next(time);
+        add(frame.lost);
+        all += std::to_string(frame.number) + ' ';
     }
-    EXPECT_TRUE(numbering.rest().empty());
+    add(numbering.rest());
+    return all;
 }
 
-TEST(FrameNumbering, LostFramesKeepTheirNumbers) {
-    FrameNumbering numbering;
-    for (std::int64_t time : {0, 10, 20, 30, 40}) numbering.sent(time);
-    EXPECT_EQ(numbering.next(0).number, 0);
-    numbering.failed();
-    const auto after = numbering.next(20);
-    ASSERT_EQ(after.lost.size(), 1U);
-    EXPECT_EQ(after.lost[0].number, 1);
-    EXPECT_EQ(after.lost[0].time, 10);
-    EXPECT_EQ(after.number, 2);
-    numbering.failed();
-    const auto rest = numbering.rest();
-    ASSERT_EQ(rest.size(), 2U);
-    EXPECT_EQ(rest[1].number, 4);
-}
-
-TEST(FrameNumbering, PacketsThatNobodyComplainedOfHeldNoFrame) {
-    FrameNumbering numbering;
-    for (std::int64_t time : {0, 5, 10, 15}) numbering.sent(time);
-    EXPECT_EQ(numbering.next(0).number, 0);
-    const auto second = numbering.next(10);
-    EXPECT_EQ(second.number, 1);
-    EXPECT_TRUE(second.lost.empty());
-    EXPECT_TRUE(numbering.rest().empty());
-}
-
-TEST(FrameNumbering, KnownTimesNumberFramesAfterASeek) {
-    FrameNumbering numbering({0, 40, 80, 120, 160});
-    for (std::int64_t time : {80, 160, 120}) numbering.sent(time);
-    EXPECT_EQ(numbering.next(80).number, 2);
-    numbering.failed();
-    const auto last = numbering.next(160);
-    EXPECT_EQ(last.number, 4);
-    ASSERT_EQ(last.lost.size(), 1U);
-    EXPECT_EQ(last.lost[0].number, 3);
+TEST(FrameNumbering, CountsFramesAndWhatWasLostBetweenThem) {
+    EXPECT_EQ(numbered(FrameNumbering(), {0, 30, 10, 20}, {0, 10, 20, 30}), "0 1 2 3 ");
+    EXPECT_EQ(numbered(FrameNumbering(), {0, 10, 20, 30, 40}, {0, failure, 20, failure}),
+              "0 (1 at 10) 2 (3 at 30) (4 at 40) ");
+    EXPECT_EQ(numbered(FrameNumbering(), {0, 5, 10, 15}, {0, 10}), "0 1 ")
+        << "nobody complained: they held no frame";
+    EXPECT_EQ(numbered(FrameNumbering({0, 40, 80, 120, 160}), {80, 160, 120}, {80, failure, 160}),
+              "2 (3 at 120) 4 ");
 }
 
 }  // namespace

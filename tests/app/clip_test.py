@@ -52,6 +52,12 @@ def test_ghosting_sees_earlier_frames_and_fields(vireo, sequence, scan, step):
     assert part == {number: expected[number] for number in (9, 10, 11)}
 
 
+@pytest.fixture
+def clip(vireo, sequence):
+    subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-r", "25", "-i", "in%02d.png", "-c:v", "ffv1", "clip.mkv"],
+                   cwd=vireo.folder, check=True)
+
+
 def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
     chain = ("-f", "Solarize", "-f", "Ghosting")
     vireo("render", "in%02d.png", "up.mkv", "-f", "Solarize:mix=0", "--frames", "0-7")
@@ -62,9 +68,7 @@ def test_clips_rendered_after_one_another_share_no_frames(vireo, sequence):
         assert (vireo.folder / "together" / clip).read_bytes() == (vireo.folder / "alone.mkv").read_bytes()
 
 
-def test_parts_by_time_lie_beside_each_other(vireo, sequence):
-    subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-r", "25", "-i", "in%02d.png", "-c:v", "ffv1", "clip.mkv"],
-                   cwd=vireo.folder, check=True)
+def test_parts_by_time_lie_beside_each_other(vireo, clip):
     for source in ("in%02d.png", "clip.mkv"):
         def part(*options, **status):
             return vireo("render", source, "part%02d.png", "-f", "Solarize", *options, **status)
@@ -75,17 +79,14 @@ def test_parts_by_time_lie_beside_each_other(vireo, sequence):
         assert len(list(vireo.folder.glob("part*"))) == FRAMES - 1
         assert not (vireo.folder / "part11.png").exists()
         assert b"part12.png exists" in part("--start", "11f", "--duration", f"{2**63 - 1}f", status=1).stderr
-        nothing = part("--start", "9" * 30, status=1).stderr.decode()
-        assert nothing.count("\n") == 1 and "its frames are 0 to 19" in nothing
+        assert b"its frames are 0 to 19" in part("--start", "9" * 30, status=1).stderr
         for path in vireo.folder.glob("part*"):
             path.unlink()
     assert "its frames are 0 to 19" in vireo.error(
         "render", "in%02d.png", "part%02d.png", "-f", "Solarize", "--frames", "20-30", status=1)
 
 
-def test_a_length_that_can_be_found_is_not_asked_for(vireo, sequence):
-    subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-r", "25", "-i", "in%02d.png", "-c:v", "ffv1", "clip.mkv"],
-                   cwd=vireo.folder, check=True)
+def test_a_length_that_can_be_found_is_not_asked_for(vireo, clip):
     for source, given in (("in%02d.png", 3), ("clip.mkv", 3), ("-", FRAMES)):
         result = vireo("render", source, "out%02d.png", "--overwrite", "-f", "Solarize", "--frames", "15-30", "--clip-length", given,
                        input=(vireo.folder / "clip.mkv").read_bytes())

@@ -7,7 +7,7 @@ import numpy
 import pytest
 from PIL import Image
 
-from conftest import PROGRAM
+from conftest import PROGRAM, read_picture
 from media_support import IDENTITY, clip, frames, packets_seconds, samples
 
 MOVING = "testsrc2=s=96x64:r=25:d={seconds}"
@@ -55,21 +55,24 @@ def broken(data, how, chance):
     return bytes(data)
 
 
+def place(vireo, name, data):
+    """Where a file of these bytes is read from and what is made of it."""
+    source = "in." + name.split(".")[1]
+    (vireo.folder / source).write_bytes(data)
+    return source, vireo.folder / ("out.png" if name in PICTURES else "out.mkv")
+
+
 @pytest.mark.parametrize("name", [*CLIPS, *PICTURES])
 def test_no_damage_stops_the_program_or_passes_unnamed_by_strict(vireo, whole, name):
-    source = "in." + name.split(".")[1]
-    output = "out.png" if name in PICTURES else "out.mkv"
     for seed, how in enumerate(("flipped", "cut", "overwritten", "missing")):
-        (vireo.folder / source).write_bytes(broken(whole[name], how, random.Random(f"{name} {seed}")))
+        source, output = place(vireo, name, broken(whole[name], how, random.Random(f"{name} {seed}")))
         said = []
         for strict in ([], ["--strict"]):
             result = subprocess.run([PROGRAM, "render", source, output, *IDENTITY, *strict], cwd=vireo.folder,
                                     capture_output=True, timeout=60)
             assert result.returncode in (0, 1), (how, result)
-            left = [source] if result.returncode else [source, output]
-            assert sorted(path.name for path in vireo.folder.iterdir()) == sorted(left), (how, result)
-            if result.returncode == 0:
-                (vireo.folder / output).unlink()
+            assert {path.name for path in vireo.folder.iterdir()} == {source} | ({output.name} if result.returncode == 0 else set())
+            output.unlink(missing_ok=True)
             said.append(result)
         damaged = said[0].returncode == 1 or b"warning" in said[0].stderr
         assert said[1].returncode == damaged, (how, said)
@@ -77,26 +80,22 @@ def test_no_damage_stops_the_program_or_passes_unnamed_by_strict(vireo, whole, n
 
 @pytest.mark.parametrize("name", ["h264.mp4", "h264.mkv", "vp9.webm", "ffv1.mkv", "mpeg4.avi", "plain.jpg"])
 def test_a_file_that_breaks_off_is_named(vireo, whole, name):
-    source = "in." + name.split(".")[1]
-    output = "out.png" if name in PICTURES else "out.mkv"
-    (vireo.folder / source).write_bytes(whole[name][:len(whole[name]) * 6 // 10])
+    source, output = place(vireo, name, whole[name][:len(whole[name]) * 6 // 10])
     result = vireo("render", source, output, *IDENTITY)
     assert b"warning: " + source.encode() in result.stderr and b"frame" in result.stderr
     if name not in PICTURES:
-        assert 3 <= len(frames(vireo.folder, output)) < 25
-    (vireo.folder / output).unlink()
+        assert 3 <= len(frames(vireo.folder, output.name)) < 25
+    output.unlink()
     assert source in vireo("render", source, output, *IDENTITY, "--strict", status=1).stderr.decode()
-    assert not (vireo.folder / output).exists()
+    assert not output.exists()
 
 
 def test_a_size_or_format_that_changes_within_a_clip_is_brought_to_the_first(vireo):
-    encodings = {"a": ("96x64", "yuv422p10le"), "b": ("160x120", "yuv420p"), "c": ("96x64", "yuv444p")}
-    joined = b""
-    for name, (size, pixel_format) in encodings.items():
-        clip(vireo.folder, name + ".ts", "-c:v", "libx264", "-pix_fmt", pixel_format, "-bf", "2", sound=True,
-             source=MOVING.replace("96x64", size))
-        joined += (vireo.folder / (name + ".ts")).read_bytes()
-    (vireo.folder / "in.ts").write_bytes(joined)
+    with open(vireo.folder / "in.ts", "wb") as joined:
+        for size, pixel_format in (("96x64", "yuv422p10le"), ("160x120", "yuv420p"), ("96x64", "yuv444p")):
+            clip(vireo.folder, "part.ts", "-c:v", "libx264", "-pix_fmt", pixel_format, "-bf", "2", sound=True,
+                 source=MOVING.replace("96x64", size))
+            joined.write((vireo.folder / "part.ts").read_bytes())
     # Alone the flip takes 16 bits, and in a chain all is brought to 8.
     for chain in (["-f", "Horizontal Flip"], ["-f", "Horizontal Flip", "-f", "Ghosting"]):
         result = vireo("render", "in.ts", "out.mkv", *chain, "--overwrite", "--encoder", "ffv1")
@@ -108,23 +107,19 @@ def test_a_size_or_format_that_changes_within_a_clip_is_brought_to_the_first(vir
     begin, end = packets_seconds(vireo.folder, "out.mkv", "a:0")
     assert begin < 0.1 and abs(end - 3) < 0.2
     # Parts have the frames that the whole has.
-    vireo("render", "in.ts", "part.mkv", "-f", "Horizontal Flip", "--frames", "40-59", "--encoder", "ffv1")
-    vireo("render", "in.ts", "out.mkv", "-f", "Horizontal Flip", "--overwrite", "--encoder", "ffv1")
+    vireo("render", "in.ts", "part.mkv", *chain, "--frames", "40-59", "--encoder", "ffv1")
     whole, part = (samples(vireo.folder, name, "yuv420p").reshape(-1, 96 * 64 * 3 // 2) for name in ("out.mkv", "part.mkv"))
     assert numpy.array_equal(whole[40:60], part)
 
 
 def test_pictures_of_another_size_or_depth_are_brought_to_the_first(vireo, pixels):
-    Image.fromarray(pixels).save(vireo.folder / "in1.png")
-    Image.fromarray(pixels[::2, ::2]).save(vireo.folder / "in2.png")
-    Image.fromarray(pixels[..., 0].astype(numpy.uint16) * 257).save(vireo.folder / "in3.png")
-    Image.fromarray(pixels[:1, :1]).save(vireo.folder / "in4.png")
+    for number, each in enumerate((pixels, pixels[::2, ::2], pixels[..., 0].astype(numpy.uint16) * 257, pixels[:1, :1]), 1):
+        Image.fromarray(each).save(vireo.folder / f"in{number}.png")
     Image.fromarray(pixels).convert("P").save(vireo.folder / "in5.png")
     for chain in (["-f", "Horizontal Flip"], ["-f", "Ghosting"]):
         vireo("render", "in%d.png", "out%d.png", *chain, "--overwrite")
         for number in range(1, 6):
-            with Image.open(vireo.folder / f"out{number}.png") as picture:
-                assert picture.size == (64, 48)
+            assert read_picture(vireo.folder / f"out{number}.png").shape[:2] == (48, 64)
 
 
 def test_clips_of_no_frame_and_of_one(vireo):

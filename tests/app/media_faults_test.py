@@ -20,17 +20,9 @@ def names(folder):
     return sorted(path.name for path in folder.iterdir())
 
 
-@pytest.fixture(scope="module")
-def made_once(tmp_path_factory):
-    folder = tmp_path_factory.mktemp("long")
-    return folder / clip(folder, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20,
-                         source="testsrc2=s=640x480:r=25:d={seconds}")
-
-
 @pytest.fixture
-def long_clip(tmp_path, made_once):
-    os.link(made_once, tmp_path / "in.mkv")
-    return "in.mkv"
+def long_clip(tmp_path):
+    return clip(tmp_path, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20, source="testsrc2=s=640x480:r=25:d={seconds}")
 
 
 def begun(folder, *arguments, **options):
@@ -112,10 +104,8 @@ def test_a_killed_render_leaves_the_earlier_result_and_is_in_no_ones_way(tmp_pat
     assert first.read_bytes() == b"precious"
     # The next program may have the same number and so take the same names.
     left = next(tmp_path.glob(".vireo*"))
-    take_names = f"mv {left.name} .vireo-$$-1.part; exec \"$@\""
-    subprocess.run(["bash", "-c", take_names, "next", PROGRAM, "render", long_clip, output, *IDENTITY,
-                    "--overwrite", "--frames", "0-2"], cwd=tmp_path, check=True,
-                   capture_output=True)
+    subprocess.run(["bash", "-c", f"mv {left.name} .vireo-$$-1.part; exec \"$@\"", "next", PROGRAM, "render", long_clip, output,
+                    *IDENTITY, "--overwrite", "--frames", "0-2"], cwd=tmp_path, check=True, capture_output=True)
     assert first.read_bytes() != b"precious"
     assert len([name for name in names(tmp_path) if name.startswith(".vireo")]) == 1
 

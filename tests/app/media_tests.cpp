@@ -67,40 +67,27 @@ TEST_F(SequenceFolderTest, FindsOnlyTheNamesThatThePatternMakes) {
 using OutputFileTest = FolderTest;
 
 TEST_F(OutputFileTest, AppearsWholeOrNotAtAll) {
-    {
-        const OutputFile file(folder_ / "a", false);
-        std::ofstream(file.path()) << "half";
-        EXPECT_FALSE(fs::exists(folder_ / "a"));
-    }
-    EXPECT_TRUE(names().empty());
-    OutputFile file(folder_ / "a", false);
-    std::ofstream(file.path()) << "whole";
-    file.commit();
-    EXPECT_EQ(read("a"), "whole");
-    EXPECT_THROW(OutputFile(folder_ / "a", false), Error);
-    EXPECT_THROW(OutputFile(folder_ / "nowhere" / "a", false), Error);
+    write("old", "old");
+    const auto writeBoth = [this](bool overwrite, bool commit) {
+        OutputFileSet files(folder_);
+        std::ofstream(files.add("new")) << "whole";
+        std::ofstream(files.add("old")) << "whole";
+        if (commit) files.commit(overwrite);
+    };
+    writeBoth(true, false);
+    EXPECT_THROW(writeBoth(false, true), Error);
+    EXPECT_THROW(OutputFile(folder_ / "old", false), Error);
     EXPECT_THROW(OutputFile(folder_, true), Error);
-    EXPECT_THAT(names(), ElementsAre("a"));
-}
-
-TEST_F(OutputFileTest, SetsAppearTogether) {
-    write("2", "old");
-    {
-        OutputFileSet files(folder_);
-        std::ofstream(files.add("1")) << "new";
-        std::ofstream(files.add("2")) << "new";
-        EXPECT_THROW(files.commit(false), Error);
-    }
-    EXPECT_THAT(names(), ElementsAre("2"));
-    EXPECT_EQ(read("2"), "old");
-    {
-        OutputFileSet files(folder_);
-        std::ofstream(files.add("1")) << "new";
-        std::ofstream(files.add("2")) << "new";
-        files.commit(true);
-    }
-    EXPECT_THAT(names(), ElementsAre("1", "2"));
-    EXPECT_EQ(read("2"), "new");
+    std::ofstream(OutputFile(folder_ / "old", true).path()) << "half";
+    EXPECT_THAT(names(), ElementsAre("old"));
+    EXPECT_EQ(read("old"), "old");
+    OutputFile file(folder_ / "old", true);
+    std::ofstream(file.path()) << "replaced";
+    file.commit();
+    EXPECT_EQ(read("old"), "replaced");
+    writeBoth(true, true);
+    EXPECT_THAT(names(), ElementsAre("new", "old"));
+    EXPECT_EQ(read("old"), "whole");
 }
 
 /// Pixels as letters, a row a string.

@@ -51,39 +51,35 @@ def assert_equal(ours, expected):
         assert numpy.array_equal(one, other), f"frame {number}: {numpy.argwhere(one != other)[0]}"
 
 
-def with_c(clip, chain, folder):
-    """The first frame, without alpha."""
+def rendered(clip, chain, folder):
+    """What C programs and, where it has been built, the page make of the first frame, without alpha."""
+    text = "; ".join(map(Effect.for_vireo, chain))
     Image.fromarray(clip[0][..., [2, 1, 0]]).save(folder / "in.ppm")
-    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", "; ".join(map(Effect.for_vireo, chain)))
-    return numpy.asarray(Image.open(folder / "out.ppm"))
-
-
-def with_page(clip, chain, folder):
-    _, height, width, _ = clip.shape
-    (folder / "in.rgba").write_bytes(clip[0][..., [2, 1, 0, 3]].tobytes())
-    hosts.run("node", "--input-type=module", "-e", RENDER_ON_THE_PAGE, PAGE_ENGINE,
-              "; ".join(map(Effect.for_vireo, chain)), width, height, folder / "in.rgba", folder / "out.rgba")
-    return numpy.frombuffer((folder / "out.rgba").read_bytes(), numpy.uint8).reshape(height, width, 4)[..., :3]
+    hosts.run(BUILD / "bin/example_chain", folder / "in.ppm", folder / "out.ppm", text)
+    yield numpy.asarray(Image.open(folder / "out.ppm"))
+    if PAGE_ENGINE.exists() and shutil.which("node"):
+        _, height, width, _ = clip.shape
+        (folder / "in.rgba").write_bytes(clip[0][..., [2, 1, 0, 3]].tobytes())
+        hosts.run("node", "--input-type=module", "-e", RENDER_ON_THE_PAGE, PAGE_ENGINE, text, width, height,
+                  folder / "in.rgba", folder / "out.rgba")
+        yield numpy.frombuffer((folder / "out.rgba").read_bytes(), numpy.uint8).reshape(height, width, 4)[..., :3]
 
 
 def test_frei0r_hosts_render_as_vireo_does(chain, tmp_path):
     # Widths that are no multiples of 16 FFmpeg hands over with gaps between rows, which frei0r does not know.
-    clip = hosts.random_clip(48, 37, 8)
-    expected = hosts.with_vireo(clip, chain, tmp_path)
-    assert not numpy.array_equal(clip, expected)
-    assert_equal(hosts.with_ffmpeg(clip, chain, tmp_path), expected)
-    clip = hosts.random_clip(62, 37, 8)
-    expected = hosts.with_vireo(clip, chain, tmp_path)
-    assert_equal(hosts.with_gstreamer(clip, chain, tmp_path), expected)
-    assert_equal(hosts.with_melt(clip, chain, tmp_path), expected)
+    for width, doors in ((48, [hosts.with_ffmpeg]), (62, [hosts.with_gstreamer, hosts.with_melt])):
+        clip = hosts.random_clip(width, 37, 8)
+        expected = hosts.with_vireo(clip, chain, tmp_path)
+        assert not numpy.array_equal(clip, expected)
+        for door in doors:
+            assert_equal(door(clip, chain, tmp_path), expected)
 
 
 def test_programs_on_the_engine_render_as_vireo_does(chain, tmp_path):
     clip = hosts.random_clip(48, 37, 1, opaque=True)
     expected = hosts.with_vireo(clip, chain, tmp_path)[0][..., [2, 1, 0]]
-    assert numpy.array_equal(with_c(clip, chain, tmp_path), expected)
-    if PAGE_ENGINE.exists() and shutil.which("node"):
-        assert numpy.array_equal(with_page(clip, chain, tmp_path), expected)
+    for result in rendered(clip, chain, tmp_path):
+        assert numpy.array_equal(result, expected)
 
 
 def test_ffmpeg_loads_every_plugin(tmp_path):

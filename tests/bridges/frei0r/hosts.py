@@ -31,74 +31,57 @@ def random_clip(width, height, frames, opaque=False):
     return clip
 
 
+def dashed(name):
+    """As GStreamer spells names."""
+    return "".join(c if c.isalnum() else "-" for c in name.lower())
+
+
 class Effect:
     """A filter with values: whole numbers as stored, truths, and colours as three bytes."""
 
     def __init__(self, filter_name, **values):
         self.info = json.loads(run(BUILD / "bin/vireo", "info", "--json", filter_name))
-        self.filter_name = self.info["name"]
+        self.name = self.info["name"]
         self.values = {name.replace("_", " "): value for name, value in values.items()}
-        words = self.filter_name.replace("&", "and").replace("(RGB)", "").split()
-        self.plugin = "vireo_" + "_".join(words).lower()
-        self.timed = self.filter_name in ("Bend", "Ghosting", "Horizontal Hold", "Vertical Hold")
+        self.plugin = "vireo_" + "_".join(self.name.replace("&", "and").replace("(RGB)", "").split()).lower()
+        self.timed = self.name in ("Bend", "Ghosting", "Horizontal Hold", "Vertical Hold")
+        self.given = [parameter for parameter in self.info["parameters"] if parameter["name"] in self.values]
 
-    def unit(self, parameter, value):
-        """0 to 1, as frei0r takes numbers."""
+    def value(self, parameter, colour, truth):
+        """As frei0r takes it: numbers from 0 to 1."""
+        value = self.values.get(parameter["name"], parameter["default"])
+        if parameter["kind"] == "colour":
+            return colour(value if isinstance(value, tuple) else bytes.fromhex(value.removeprefix("#")))
+        if parameter["kind"] == "boolean":
+            return truth[value]
         return repr((value - parameter["minimum"]) / (parameter["maximum"] - parameter["minimum"]))
-
-    def given(self):
-        """(parameter, its value) for each one that is set."""
-        parameters = {parameter["name"]: parameter for parameter in self.info["parameters"]}
-        return [(parameters[name], value) for name, value in self.values.items()]
 
     def for_vireo(self):
         def text(value):
             return f"rgb({value[0]},{value[1]},{value[2]})" if isinstance(value, tuple) else str(value).lower()
 
-        settings = ",".join(f"{name}={text(value)}" for name, value in self.values.items())
-        return f"{self.filter_name}:{settings}" if settings else self.filter_name
+        return self.name + ":" * bool(self.values) + ",".join(f"{name}={text(value)}" for name, value in self.values.items())
 
     def for_ffmpeg(self):
         """FFmpeg takes parameters by their place alone, and hands out milliseconds."""
-        texts = []
-        for parameter in self.info["parameters"]:
-            value = self.values.get(parameter["name"], parameter["default"])
-            if parameter["kind"] == "boolean":
-                texts.append("y" if value else "n")
-            elif parameter["kind"] == "colour":
-                red, green, blue = (
-                    value if isinstance(value, tuple) else bytes.fromhex(value.removeprefix("#")))
-                texts.append("/".join(f"{channel / 255:.9f}" for channel in (red, green, blue)))
-            else:
-                texts.append(self.unit(parameter, value))
-        if self.timed:
-            texts += [str(RATE), "ms"]
-        return f"frei0r=filter_name={self.plugin}:filter_params={'|'.join(texts)}"
+        texts = [self.value(parameter, lambda rgb: "/".join(f"{channel / 255:.9f}" for channel in rgb), "ny")
+                 for parameter in self.info["parameters"]]
+        return f"frei0r=filter_name={self.plugin}:filter_params={'|'.join(texts + [str(RATE), 'ms'] * self.timed)}"
 
     def for_melt(self):
-        arguments = ["-filter", f"frei0r.{self.plugin}"]
-        for parameter, value in self.given():
-            if parameter["kind"] == "colour":
-                text = "#" + bytes(value).hex()
-            else:
-                text = str(int(value)) if parameter["kind"] == "boolean" else self.unit(parameter, value)
-            arguments.append(f"{parameter['name']}={text}")
-        return arguments + ([f"Frame Rate={RATE}"] if self.timed else [])
+        arguments = [f"{parameter['name']}={self.value(parameter, lambda rgb: '#' + bytes(rgb).hex(), '01')}"
+                     for parameter in self.given]
+        return ["-filter", f"frei0r.{self.plugin}", *arguments, *[f"Frame Rate={RATE}"] * self.timed]
 
     def for_gstreamer(self):
-        element = "frei0r-filter-vireo-" + "".join(
-            c if c.isalnum() else "-" for c in self.filter_name.lower())
-        arguments = [element]
-        for parameter, value in self.given():
-            name = "".join(c if c.isalnum() else "-" for c in parameter["name"].lower())
+        arguments = ["!", "frei0r-filter-vireo-" + dashed(self.name), *[f"frame-rate={RATE}"] * self.timed]
+        for parameter in self.given:
+            name = dashed(parameter["name"])
             name = name if name[0].isalpha() else "param-" + name
-            if parameter["kind"] == "colour":
-                arguments += [f"{name}-{c}={value[i] / 255:.9f}" for i, c in enumerate("rgb")]
-            else:
-                arguments.append(
-                    f"{name}={str(value).lower()}" if parameter["kind"] == "boolean"
-                    else f"{name}={self.unit(parameter, value)}")
-        return arguments + ([f"frame-rate={RATE}"] if self.timed else [])
+            value = self.value(parameter, lambda rgb: [f"{channel / 255:.9f}" for channel in rgb], ("false", "true"))
+            parts = zip(("-r", "-g", "-b"), value) if isinstance(value, list) else [("", value)]
+            arguments += [f"{name}{end}={part}" for end, part in parts]
+        return arguments
 
 
 def words(chain, each):
@@ -111,21 +94,24 @@ def plugin_environment(folder=None):
     return {"FREI0R_PATH": path, "MLT_FREI0R_PLUGIN_PATH": path, "GST_REGISTRY_FORK": "no"}
 
 
-def with_ffmpeg(clip, chain, folder, environment=None):
-    frames, height, width, _ = clip.shape
+def stored(clip, folder):
+    """Writes the frames, and what FFmpeg has to know of them."""
     (folder / "in.raw").write_bytes(clip.tobytes())
-    raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", str(RATE)]
-    out = run("ffmpeg", "-v", "error", *raw, "-i", folder / "in.raw", "-vf",
-              ",".join(map(Effect.for_ffmpeg, chain)), *raw[:4], "-", environment=environment or plugin_environment())
+    return ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{clip.shape[2]}x{clip.shape[1]}", "-r", RATE, "-i", folder / "in.raw"]
+
+
+RAW = "-f", "rawvideo", "-pix_fmt", "bgra"
+
+
+def with_ffmpeg(clip, chain, folder, environment=None):
+    out = run("ffmpeg", "-v", "error", *stored(clip, folder), "-vf", ",".join(map(Effect.for_ffmpeg, chain)), *RAW, "-",
+              environment=environment or plugin_environment())
     return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
 
 
 def with_melt(clip, chain, folder):
-    frames, height, width, _ = clip.shape
-    (folder / "in.raw").write_bytes(clip.tobytes())
-    raw = ["-f", "rawvideo", "-pix_fmt", "bgra", "-s", f"{width}x{height}", "-r", RATE]
-    ffv1 = ["-c:v", "ffv1", "-pix_fmt", "bgra"]
-    run("ffmpeg", "-v", "error", "-y", *raw, "-i", folder / "in.raw", *ffv1, folder / "in.mkv")
+    _, height, width, _ = clip.shape
+    run("ffmpeg", "-v", "error", "-y", *stored(clip, folder), "-c:v", "ffv1", "-pix_fmt", "bgra", folder / "in.mkv")
     (folder / "profile").write_text(
         f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
         "progressive=1\nsample_aspect_num=1\nsample_aspect_den=1\n"
@@ -138,16 +124,14 @@ def with_melt(clip, chain, folder):
             "real_time=-1", environment=plugin_environment())
         if result.exists() and result.stat().st_size:
             break
-    out = run("ffmpeg", "-v", "error", "-i", result, "-f", "rawvideo", "-pix_fmt", "bgra", "-")
-    return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
+    return numpy.frombuffer(run("ffmpeg", "-v", "error", "-i", result, *RAW, "-"), numpy.uint8).reshape(clip.shape)
 
 
 def with_gstreamer(clip, chain, folder):
-    frames, height, width, _ = clip.shape
-    (folder / "in.raw").write_bytes(clip.tobytes())
+    stored(clip, folder)
     run("gst-launch-1.0", "-q", "filesrc", f"location={folder / 'in.raw'}", "!", "rawvideoparse", "format=bgra",
-        f"width={width}", f"height={height}", f"framerate={RATE}/1",
-        *words(chain, lambda effect: ["!", *effect.for_gstreamer()]), "!", "filesink", f"location={folder / 'out.raw'}",
+        f"width={clip.shape[2]}", f"height={clip.shape[1]}", f"framerate={RATE}/1", *words(chain, Effect.for_gstreamer),
+        "!", "filesink", f"location={folder / 'out.raw'}",
         environment={**plugin_environment(), "GST_REGISTRY": str(folder / "registry")})
     return numpy.frombuffer((folder / "out.raw").read_bytes(), numpy.uint8).reshape(clip.shape)
 

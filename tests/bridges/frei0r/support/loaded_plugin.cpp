@@ -19,23 +19,15 @@ std::filesystem::path pluginFile(const std::string& name) {
     return std::filesystem::path(VIREO_TESTED_PLUGINS) / (name + ".so");
 }
 
-LoadedPlugin::LoadedPlugin(const std::filesystem::path& file) {
-    void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) throw std::runtime_error(dlerror());
-    library_ = std::shared_ptr<void>(handle, dlclose);
-    const auto find = [&]<class Function>(Function*& function, const char* name) {
-        function = reinterpret_cast<Function*>(dlsym(handle, name));
-        if (function == nullptr) throw std::runtime_error(file.string() + " has no " + name);
-    };
-    find(init, "f0r_init");
-    find(deinit, "f0r_deinit");
-    find(getInfo, "f0r_get_plugin_info");
-    find(getParameterInfo, "f0r_get_param_info");
-    find(construct, "f0r_construct");
-    find(destruct, "f0r_destruct");
-    find(setParameter, "f0r_set_param_value");
-    find(getParameter, "f0r_get_param_value");
-    find(update, "f0r_update");
+LoadedPlugin::LoadedPlugin(const std::filesystem::path& file)
+    : library_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL), [](void* handle) {
+          if (handle != nullptr) dlclose(handle);
+      }) {}
+
+LoadedPlugin::Symbol LoadedPlugin::find(const char* name) const {
+    void* const address = library_ == nullptr ? nullptr : dlsym(library_.get(), name);
+    if (address == nullptr) throw std::runtime_error(dlerror());
+    return {address};
 }
 
 f0r_plugin_info_t LoadedPlugin::info() const {

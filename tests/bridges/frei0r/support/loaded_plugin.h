@@ -19,19 +19,30 @@ std::filesystem::path pluginFile(const std::string& name);
 
 /// A plug-in's functions. Nothing is called here, not even f0r_init; the library goes with the object.
 class LoadedPlugin {
+    std::shared_ptr<void> library_;
+
+    struct Symbol {
+        void* address;
+        template <class Function>
+        operator Function*() const {
+            return reinterpret_cast<Function*>(address);
+        }
+    };
+    Symbol find(const char* name) const;
+
 public:
     /// Throws std::runtime_error.
     explicit LoadedPlugin(const std::filesystem::path& file);
 
-    int (*init)() = nullptr;
-    void (*deinit)() = nullptr;
-    void (*getInfo)(f0r_plugin_info_t*) = nullptr;
-    void (*getParameterInfo)(f0r_param_info_t*, int) = nullptr;
-    f0r_instance_t (*construct)(unsigned, unsigned) = nullptr;
-    void (*destruct)(f0r_instance_t) = nullptr;
-    void (*setParameter)(f0r_instance_t, f0r_param_t, int) = nullptr;
-    void (*getParameter)(f0r_instance_t, f0r_param_t, int) = nullptr;
-    void (*update)(f0r_instance_t, double, const std::uint32_t*, std::uint32_t*) = nullptr;
+    decltype(f0r_init)* init = find("f0r_init");
+    decltype(f0r_deinit)* deinit = find("f0r_deinit");
+    decltype(f0r_get_plugin_info)* getInfo = find("f0r_get_plugin_info");
+    decltype(f0r_get_param_info)* getParameterInfo = find("f0r_get_param_info");
+    decltype(f0r_construct)* construct = find("f0r_construct");
+    decltype(f0r_destruct)* destruct = find("f0r_destruct");
+    decltype(f0r_set_param_value)* setParameter = find("f0r_set_param_value");
+    decltype(f0r_get_param_value)* getParameter = find("f0r_get_param_value");
+    decltype(f0r_update)* update = find("f0r_update");
 
     f0r_plugin_info_t info() const;
     /// The index of a parameter by its name. Throws std::out_of_range.
@@ -40,9 +51,6 @@ public:
     double number(f0r_instance_t instance, int index) const;
     void setText(f0r_instance_t instance, const std::string& name, std::string text) const;
     std::string text(f0r_instance_t instance, const std::string& name) const;
-
-private:
-    std::shared_ptr<void> library_;
 };
 
 /// A plug-in between f0r_init and f0r_deinit.

@@ -2,6 +2,7 @@
 #include "tests/bridges/frei0r/support/reference.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <random>
 #include <stdexcept>
@@ -24,11 +25,9 @@ VireoFrame frameOver(Picture& pixels, PictureSize size) {
 std::int32_t copyFrame(void* clip, std::int64_t number, const VireoFrame* target, VireoTime*) {
     const Picture& picture =
         static_cast<const std::vector<Picture>*>(clip)->at(static_cast<std::size_t>(number));
-    for (int y = 0; y < target->height; ++y) {
-        std::copy_n(picture.begin() + std::ptrdiff_t{y} * target->width, target->width,
-                    reinterpret_cast<std::uint32_t*>(static_cast<std::uint8_t*>(target->pixels) +
-                                                     y * target->stride));
-    }
+    for (int y = 0; y < target->height; ++y)
+        std::memcpy(static_cast<std::uint8_t*>(target->pixels) + y * target->stride,
+                    &picture[std::size_t(y) * target->width], std::size_t{4} * target->width);
     return 0;
 }
 

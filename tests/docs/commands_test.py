@@ -17,14 +17,6 @@ ALREADY_DONE = ("cmake", "sudo")
 PHOTOS = ("citrus-fruits", "european-honey-bee")
 
 
-def blocks(page):
-    """The line that a block begins at, and its commands."""
-    text = (ROOT / page).read_text(encoding="utf-8")
-    for match in BLOCK.finditer(text):
-        if match[1] is None:
-            yield text.count("\n", 0, match.start(2)) + 1, match[2]
-
-
 @pytest.fixture(scope="module")
 def samples(tmp_path_factory):
     folder = tmp_path_factory.mktemp("demo")
@@ -59,9 +51,10 @@ def clone(tmp_path_factory, samples):
 
 @pytest.mark.parametrize("page", PAGES)
 def test_commands_work(page, clone):
-    found = list(blocks(page))
-    assert found, "a page without commands"
-    script = "".join(f"echo '{page}, line {line}'\n{commands}" for line, commands in found)
+    text = (ROOT / page).read_text(encoding="utf-8")
+    script = "".join(f"echo '{page}, line {text.count(chr(10), 0, block.start(2)) + 1}'\n{block[2]}"
+                     for block in BLOCK.finditer(text) if block[1] is None)
+    assert script, "a page without commands"
     environment = {**os.environ, "HOME": str(clone), "PATH": f"{clone / 'done'}:{os.environ['PATH']}"}
     completed = subprocess.run(["bash", "-euo", "pipefail", "-c", script], cwd=clone, env=environment, timeout=600,
                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True)

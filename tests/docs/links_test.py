@@ -12,27 +12,28 @@ PAGES = sorted(page for page in ROOT.rglob("*.md") if not SKIPPED & set(page.rel
 LINK = re.compile(r"\[(?:[^\[\]]|\[[^\]]*\])*\]\(([^()\s]+)\)|(?:href|src)=\"([^\"]+)\"")
 
 
-def prose(page):
-    """The text without blocks and spans of code."""
-    text = re.sub(r"^```.*?^```", "", page.read_text(encoding="utf-8"), flags=re.MULTILINE | re.DOTALL)
-    return re.sub(r"`[^`\n]*`", "", text)
+def without_blocks(page):
+    return re.sub(r"^```.*?^```", "", page.read_text(encoding="utf-8"), flags=re.MULTILINE | re.DOTALL)
+
+
+def links(page):
+    """What the page leads to, but for the web: each link, its target and its anchor."""
+    for match in LINK.finditer(re.sub(r"`[^`\n]*`", "", without_blocks(page))):
+        link = match[1] or match[2]
+        path, _, anchor = link.partition("#")
+        if not re.match(r"[a-z]+:", link):
+            yield link, (page.parent / path).resolve() if path else page, anchor
 
 
 def anchors(page):
     """What forges call the headings."""
-    text = re.sub(r"^```.*?^```", "", page.read_text(encoding="utf-8"), flags=re.MULTILINE | re.DOTALL)
-    for heading in re.findall(r"^#+ (.+)$", text, flags=re.MULTILINE):
+    for heading in re.findall(r"^#+ (.+)$", without_blocks(page), flags=re.MULTILINE):
         yield re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
 def broken(page):
-    for match in LINK.finditer(prose(page)):
-        link = match[1] or match[2]
-        if re.match(r"[a-z]+:", link):
-            continue
-        path, _, anchor = link.partition("#")
-        target = (page.parent / path).resolve() if path else page
-        if path.startswith("/") or not target.is_relative_to(ROOT) or not target.exists():
+    for link, target, anchor in links(page):
+        if not target.is_relative_to(ROOT) or not target.exists():
             yield f"{link}: no such file"
         elif target.is_dir() and not (target / "README.md").exists():
             yield f"{link}: a folder without a page"
@@ -58,16 +59,9 @@ def test_files_that_are_named_exist(page):
 
 
 def test_every_page_of_the_documentation_is_reached_from_its_index():
-    index, reached = ROOT / "docs/README.md", set()
-    pages = [index]
+    reached, pages = set(), {ROOT / "docs/README.md"}
     while pages:
-        page = pages.pop()
-        if page in reached:
-            continue
-        reached.add(page)
-        for match in LINK.finditer(prose(page)):
-            target = (page.parent / (match[1] or match[2]).partition("#")[0]).resolve()
-            target = target / "README.md" if target.is_dir() else target
-            if target.suffix == ".md" and target.exists():
-                pages.append(target)
-    assert {page for page in PAGES if page.is_relative_to(ROOT / "docs")} - reached == set()
+        reached |= pages
+        found = {target / "README.md" if target.is_dir() else target for page in pages for _, target, _ in links(page)}
+        pages = {page for page in found if page.suffix == ".md" and page.exists()} - reached
+    assert {page for page in PAGES if page.is_relative_to(ROOT / "docs")} <= reached

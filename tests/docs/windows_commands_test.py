@@ -14,27 +14,17 @@ PROGRAM = shlex.split(os.environ["VIREO_PROGRAM"])
 PAGES = ["README.md", "docs/guide.md"]
 
 
-def commands(page):
-    for block in re.findall(r"^```bat\n(.*?)^```$", (ROOT / page).read_text(), re.MULTILINE | re.DOTALL):
-        yield from block.splitlines()
-
-
-def vireo(folder, *words):
-    completed = subprocess.run([*PROGRAM, *words], cwd=folder, capture_output=True, text=True, timeout=120)
-    assert completed.returncode == 0, (words, completed.stderr)
-
-
 @pytest.mark.parametrize("page", PAGES)
 def test_commands_work(page, tmp_path):
-    found = list(commands(page))
-    assert found
+    blocks = re.findall(r"^```bat\n(.*?)^```$", (ROOT / page).read_text(), re.MULTILINE | re.DOTALL)
+    assert blocks
     subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=64x48", "-frames:v", "1",
                     tmp_path / "photo.png"], check=True)
-    for command in found:
+    for command in "".join(blocks).splitlines():
         program, *words = shlex.split(command)
         assert program == "vireo.exe"
         if words[0] == "settings":
-            name, picture, saved = words[1], words[words.index("--image") + 1], words[words.index("--save-settings") + 1]
-            vireo(tmp_path, "render", picture, "stand-in.png", "--overwrite", "-f", name, "--save-settings", saved)
-        else:
-            vireo(tmp_path, *words)
+            picture, saved = words[words.index("--image") + 1], words[words.index("--save-settings") + 1]
+            words = ["render", picture, "stand-in.png", "--overwrite", "-f", words[1], "--save-settings", saved]
+        completed = subprocess.run([*PROGRAM, *words], cwd=tmp_path, capture_output=True, text=True, timeout=120)
+        assert completed.returncode == 0, (words, completed.stderr)

@@ -39,30 +39,25 @@ def test_the_chain_renders(picture, result):
     assert result.read_bytes() == ppm([[b"\0" + pixel[1:] for pixel in reversed(row)] for row in PIXELS])
 
 
-def test_the_chain_says_what_is_wrong(picture, result):
-    said = run(*CHAIN, picture, result, "Solarize:threshold=10; Gama", status=1).stderr.splitlines()
-    assert said[0].startswith('there is no filter "Gama"')
-    assert said[1:] == ["Solarize:threshold=10; Gama", " " * 23 + "^"]
-    missing = picture.with_name("missing.ppm")
-    assert run(*CHAIN, missing, result, "Solarize", status=1).stderr == f"cannot read {missing}\n"
-    picture.write_bytes(picture.read_bytes()[:-1])
-    assert run(*CHAIN, picture, result, "Solarize", status=1).stderr == f"cut off: {picture}\n"
-    assert not result.exists()
-
-
 def test_the_host_lists_and_renders(picture, result):
     lines = run(*HOST).stdout.splitlines()
-    assert len(lines) == 22
-    assert "10006  Black & White" in lines and "10035  Levels" in lines
+    assert len(lines) == 22 and {"10006  Black & White", "10035  Levels"} < set(lines)
     run(*HOST, 10030, picture, result)
     assert result.read_bytes() == ppm([row[::-1] for row in PIXELS]), "Horizontal Flip"
     run(*HOST, 10049, picture, result)
-    values = result.read_bytes()
-    assert values[-3 * WIDTH * HEIGHT:][:3] == bytes((128, 128, 128)), "Solarize starts with a threshold of 128"
+    values = result.read_bytes()[-3 * WIDTH * HEIGHT:]
+    assert values[:3] == bytes((128, 128, 128)), "Solarize starts with a threshold of 128"
     assert values[-3:] == PIXELS[-1][-1]
 
 
-def test_the_host_says_what_is_wrong(tmp_path):
-    picture = tmp_path / "missing.ppm"
-    assert run(*HOST, 10030, picture, picture, status=1).stderr == f"cannot read {picture}\n"
-    assert run(*HOST, 1, picture, picture, status=1).stderr == "there is no filter 1\n"
+def test_what_is_wrong_is_said(picture, result):
+    chain = "Solarize:threshold=10; Gama"
+    said = run(*CHAIN, picture, result, chain, status=1).stderr.splitlines()
+    assert said[0].startswith('there is no filter "Gama"') and said[1:] == [chain, " " * 23 + "^"]
+    missing = picture.with_name("missing.ppm")
+    for command in ([*CHAIN, missing, result, "Solarize"], [*HOST, 10030, missing, result]):
+        assert run(*command, status=1).stderr == f"cannot read {missing}\n"
+    assert run(*HOST, 1, picture, result, status=1).stderr == "there is no filter 1\n"
+    picture.write_bytes(picture.read_bytes()[:-1])
+    assert run(*CHAIN, picture, result, "Solarize", status=1).stderr == f"cut off: {picture}\n"
+    assert not result.exists()

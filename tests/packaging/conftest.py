@@ -28,6 +28,11 @@ def packed(folder, pattern):
     return package
 
 
+def pixels(path):
+    with Image.open(path) as image:
+        return numpy.asarray(image.convert("RGB"))
+
+
 @pytest.fixture
 def picture(tmp_path):
     """A small picture that is not its own mirror."""

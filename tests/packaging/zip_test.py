@@ -3,13 +3,11 @@
 import os
 import shlex
 import shutil
-import subprocess
 import zipfile
 
 import numpy
-from PIL import Image
 
-from conftest import ROOT, packed
+from conftest import ROOT, packed, pixels, run
 
 EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
 
@@ -30,21 +28,16 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     assert b"\r\n" in (unpacked / "README.txt").read_bytes()
 
     # A program of somebody's own, beside the libraries.
-    subprocess.run(["x86_64-w64-mingw32-gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c",
-                    "-I", unpacked / "include", "-L", unpacked / "lib", "-lVireo", "-o", unpacked / "chain.exe"], check=True)
+    run("x86_64-w64-mingw32-gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c",
+        "-I", unpacked / "include", "-L", unpacked / "lib", "-lVireo", "-o", unpacked / "chain.exe")
 
     # From another folder and without a hint: module and libraries are found beside the program.
     work = tmp_path / "work"
     work.mkdir()
     shutil.copy(picture, work)
     environment = {name: value for name, value in os.environ.items() if name not in ("VIREO_MODULE", "WINEPATH")}
-    completed = subprocess.run([*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip"],
-                               cwd=work, env=environment, capture_output=True, timeout=200)
-    assert completed.returncode == 0, completed.stderr.decode()
+    run(*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip", cwd=work, environment=environment)
     (work / "in.ppm").write_bytes(b"P6\n2 1\n255\nabcdef")
-    completed = subprocess.run([*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip"], cwd=work,
-                               env=environment, capture_output=True, timeout=200)
-    assert completed.returncode == 0, completed.stderr.decode()
+    run(*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip", cwd=work, environment=environment)
     assert (work / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
-    with Image.open(picture) as before, Image.open(work / "out.png") as after:
-        assert numpy.array_equal(numpy.asarray(after)[..., :3], numpy.asarray(before)[:, ::-1])
+    assert numpy.array_equal(pixels(work / "out.png"), pixels(picture)[:, ::-1])

@@ -2,6 +2,8 @@
 // Colour conversion: every instruction set gives the same bytes, and known colours are what they should be.
 #include "app/media/color_coding.h"
 
+#include "tests/support/instruction_sets.h"
+
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -9,12 +11,8 @@
 namespace vireo {
 namespace {
 
-const std::vector<std::int64_t> widths = [] {
-    std::vector<std::int64_t> all;
-    for (std::int64_t width = 0; width <= 70; ++width) all.push_back(width);
-    all.push_back(333);
-    return all;
-}();
+using U8 = std::uint8_t;
+using U16 = std::uint16_t;
 
 template <class Value>
 std::vector<Value> noise(std::int64_t count, int depth, std::mt19937& random) {
@@ -23,135 +21,114 @@ std::vector<Value> noise(std::int64_t count, int depth, std::mt19937& random) {
     return values;
 }
 
-/// A row of 77 with room behind it, which nothing may be written to.
+/// With room behind it, which nothing may be written to.
 template <class Value>
-struct Row {
-    explicit Row(std::int64_t count) : values(static_cast<std::size_t>(count) + 3, 77) {}
-    Value* data() { return values.data(); }
-    std::vector<Value> values;
-};
+std::vector<Value> emptyRow(std::int64_t count) {
+    return std::vector<Value>(static_cast<std::size_t>(count) + 3, 77);
+}
 
-/// All rows that were made, and what lies behind them, by FNV-1a.
-class Checksum {
-public:
-    template <class Value>
-    void add(const Row<Value>& row) {
-        for (std::size_t i = row.values.size() - 3; i < row.values.size(); ++i)
-            EXPECT_EQ(row.values[i], 77) << "written past the row";
-        for (const Value value : row.values) sum_ = (sum_ ^ value) * 0x100000001B3;
-    }
-    std::uint64_t sum() const { return sum_; }
-
-private:
-    std::uint64_t sum_ = 0xCBF29CE484222325;
-};
+/// What `write(width, sum)` hands to `sum` at every width up to some vectors', by FNV-1a.
+template <class Write>
+std::uint64_t checksum(Write&& write) {
+    std::uint64_t sum = 0xCBF29CE484222325;
+    const auto add = [&sum](const auto& row) {
+        for (std::size_t i = row.size() - 3; i < row.size(); ++i)
+            EXPECT_EQ(row[i], 77) << "written past the row";
+        for (const auto value : row) sum = (sum ^ value) * 0x100000001B3;
+    };
+    for (std::int64_t width = 0; width <= 70; ++width) write(width, add);
+    write(std::int64_t{333}, add);
+    return sum;
+}
 
 template <class Sample, class Channel, class Unpack>
 std::uint64_t unpacked(int depth, Unpack&& unpack) {
-    Checksum sum;
     std::mt19937 random(11);
     const YuvToRgb by = yuvToRgb({AVCOL_SPC_BT709, false}, depth, 0, 8 * sizeof(Channel));
-    for (const std::int64_t width : widths) {
+    return checksum([&](std::int64_t width, auto& add) {
         const auto y = noise<Sample>(width, depth, random), u = noise<Sample>(width, depth, random),
                    v = noise<Sample>(width, depth, random), a = noise<Sample>(width, depth, random);
         for (const Sample* alpha : {a.data(), static_cast<const Sample*>(nullptr)}) {
-            Row<Channel> bgra(4 * width);
+            auto bgra = emptyRow<Channel>(4 * width);
             unpack(YuvRow<Sample>{y.data(), u.data(), v.data(), alpha}, bgra.data(), width, by);
-            sum.add(bgra);
+            add(bgra);
         }
-    }
-    return sum.sum();
+    });
 }
 
 template <class Channel, class Sample>
 std::uint64_t packed(const PackKernels<Channel, Sample>& pack, int depth) {
-    Checksum sum;
     std::mt19937 random(12);
     const RgbToYuv by = rgbToYuv({AVCOL_SPC_SMPTE170M, true}, 8 * sizeof(Channel), depth);
-    for (const std::int64_t width : widths) {
+    return checksum([&](std::int64_t width, auto& add) {
         const auto above = noise<Channel>(4 * width, 8 * sizeof(Channel), random),
                    below = noise<Channel>(4 * width, 8 * sizeof(Channel), random);
-        const std::int64_t half = (width + 1) / 2;
-        Row<Sample> y(width), a(width), u(width), v(width), halfU(half), halfV(half);
+        auto y = emptyRow<Sample>(width), a = y, u = y, v = y;
+        auto halfU = emptyRow<Sample>((width + 1) / 2), halfV = halfU;
         pack.luma(above.data(), y.data(), width, by);
         pack.alpha(above.data(), a.data(), width, by);
         pack.chroma(above.data(), below.data(), u.data(), v.data(), width, by);
         pack.halfChroma(above.data(), below.data(), halfU.data(), halfV.data(), width, by);
-        for (const Row<Sample>& row : {y, a, u, v, halfU, halfV}) sum.add(row);
-    }
-    return sum.sum();
+        for (const auto& row : {y, a, u, v, halfU, halfV}) add(row);
+    });
 }
 
-class ColorKernelTest : public testing::TestWithParam<simd::InstructionSet> {
-protected:
-    void SetUp() override {
-        if (GetParam() > simd::processorInstructionSet()) GTEST_SKIP() << "not on this processor";
-    }
-    const ColorKernels& kernels() const { return colorKernelsTables.at(GetParam()); }
-};
-
-TEST_P(ColorKernelTest, UnpackRows) {
-    EXPECT_EQ((unpacked<std::uint8_t, std::uint8_t>(8, kernels().unpack8)), 0xC66F8A2B2FB5361C);
-    const std::uint64_t deep[] = {0x7B5D26962165AFAA, 0x9D246B382128B778, 0x430C8FD2EEA6F786},
-                        shallow[] = {0x8CE75B30C8B2C10D, 0xE4082FDF8F40E4D6, 0xA0FB22FAF9FA5902};
-    for (const int depth : {10, 12, 16}) {
-        const int i = depth == 16 ? 2 : depth == 12 ? 1 : 0;
-        EXPECT_EQ((unpacked<std::uint16_t, std::uint16_t>(depth, kernels().unpackDeep)), deep[i]);
-        EXPECT_EQ((unpacked<std::uint16_t, std::uint8_t>(
-                      depth,
-                      [&](const auto& row, auto* bgra, auto width, const auto& by) {
-                          const std::vector<float> dither(static_cast<std::size_t>(width), 0.5F);
-                          kernels().unpack16(row, bgra, width, by, dither.data());
-                      })),
-                  shallow[i]);
-    }
-}
-
-TEST_P(ColorKernelTest, PackRows) {
-    EXPECT_EQ(packed(kernels().pack8, 8), 0x73327D9151DF5595);
-    EXPECT_EQ(packed(kernels().pack16, 8), 0xDB451D0117E07766);
-    EXPECT_EQ(packed(kernels().pack8Deep, 10), 0x38F76BE9ADE06C70);
-    EXPECT_EQ(packed(kernels().pack16Deep, 10), 0xA918D2ECE3EC48ED);
-    EXPECT_EQ(packed(kernels().pack8Deep, 16), 0x3E3C7F16593BA707);
-    EXPECT_EQ(packed(kernels().pack16Deep, 16), 0x3D70D6912F94A2C1);
-}
-
-TEST_P(ColorKernelTest, RepeatsSamples) {
+template <class Sample>
+std::uint64_t repeated(void (*repeat)(const Sample*, Sample*, std::int64_t)) {
     std::mt19937 random(13);
-    for (const std::int64_t width : widths) {
-        const auto half = noise<std::uint16_t>(width / 2 + 1, 16, random);
-        Row<std::uint16_t> full(width);
-        kernels().repeat16(half.data(), full.data(), width);
-        for (std::int64_t i = 0; i < width; ++i)
-            ASSERT_EQ(full.data()[i], half[static_cast<std::size_t>(i / 2)]);
-        ASSERT_EQ(full.data()[width], 77);
-    }
+    return checksum([&](std::int64_t width, auto& add) {
+        auto full = emptyRow<Sample>(width);
+        repeat(noise<Sample>(width / 2 + 1, 8 * sizeof(Sample), random).data(), full.data(), width);
+        add(full);
+    });
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, ColorKernelTest, testing::ValuesIn(simd::allInstructionSets));
+TEST(ColorKernels, EverySetGivesTheSameBytes) {
+    for (const auto set : runnableInstructionSets()) {
+        SCOPED_TRACE(static_cast<int>(set));
+        const ColorKernels& kernels = colorKernelsTables.at(set);
+        const auto unpack16 = [&](const auto& row, U8* bgra, std::int64_t width, const YuvToRgb& by) {
+            const std::vector<float> dither(static_cast<std::size_t>(width), 0.5F);
+            kernels.unpack16(row, bgra, width, by, dither.data());
+        };
+        EXPECT_EQ((unpacked<U8, U8>(8, kernels.unpack8)), 0xC66F8A2B2FB5361C);
+        EXPECT_EQ((unpacked<U16, U16>(10, kernels.unpackDeep)), 0x7B5D26962165AFAA);
+        EXPECT_EQ((unpacked<U16, U16>(12, kernels.unpackDeep)), 0x9D246B382128B778);
+        EXPECT_EQ((unpacked<U16, U16>(16, kernels.unpackDeep)), 0x430C8FD2EEA6F786);
+        EXPECT_EQ((unpacked<U16, U8>(10, unpack16)), 0x8CE75B30C8B2C10D);
+        EXPECT_EQ((unpacked<U16, U8>(12, unpack16)), 0xE4082FDF8F40E4D6);
+        EXPECT_EQ((unpacked<U16, U8>(16, unpack16)), 0xA0FB22FAF9FA5902);
+        EXPECT_EQ(packed(kernels.pack8, 8), 0x73327D9151DF5595);
+        EXPECT_EQ(packed(kernels.pack16, 8), 0xDB451D0117E07766);
+        EXPECT_EQ(packed(kernels.pack8Deep, 10), 0x38F76BE9ADE06C70);
+        EXPECT_EQ(packed(kernels.pack16Deep, 10), 0xA918D2ECE3EC48ED);
+        EXPECT_EQ(packed(kernels.pack8Deep, 16), 0x3E3C7F16593BA707);
+        EXPECT_EQ(packed(kernels.pack16Deep, 16), 0x3D70D6912F94A2C1);
+        EXPECT_EQ(repeated(kernels.repeat8), 0x9AE60B4F926819AF);
+        EXPECT_EQ(repeated(kernels.repeat16), 0x1E8F7B01DD06F701);
+    }
+}
 
 TEST(ColorCoding, KnownColoursHaveTheirStandardValues) {
     struct Known {
         ColorCoding coding;
-        std::uint8_t bgra[4];
-        int y, u, v;
+        U8 bgra[4];
+        U8 yuv[3];
     };
     const Known cases[] = {
-        {{AVCOL_SPC_SMPTE170M, false}, {0, 0, 255, 255}, 81, 90, 240},  // red in BT.601
-        {{AVCOL_SPC_BT709, false}, {0, 0, 255, 255}, 63, 102, 240},     // red in BT.709
-        {{AVCOL_SPC_BT709, false}, {255, 255, 255, 255}, 235, 128, 128},
-        {{AVCOL_SPC_SMPTE170M, true}, {255, 0, 0, 255}, 29, 255, 107},   // blue in JPEG
-        {{AVCOL_SPC_BT2020_NCL, false}, {0, 255, 0, 255}, 164, 48, 25},  // green in BT.2020
+        {{AVCOL_SPC_SMPTE170M, false}, {0, 0, 255, 255}, {81, 90, 240}},  // red in BT.601
+        {{AVCOL_SPC_BT709, false}, {0, 0, 255, 255}, {63, 102, 240}},     // red in BT.709
+        {{AVCOL_SPC_BT709, false}, {255, 255, 255, 255}, {235, 128, 128}},
+        {{AVCOL_SPC_SMPTE170M, true}, {255, 0, 0, 255}, {29, 255, 107}},   // blue in JPEG
+        {{AVCOL_SPC_BT2020_NCL, false}, {0, 255, 0, 255}, {164, 48, 25}},  // green in BT.2020
     };
-    const auto& kernels = colorKernelsTables.chosen();
+    const auto& pack = colorKernelsTables.chosen().pack8;
     for (const Known& known : cases) {
-        std::uint8_t y = 0, u = 0, v = 0;
+        U8 yuv[3] = {};
         const RgbToYuv by = rgbToYuv(known.coding, 8, 8);
-        kernels.pack8.luma(known.bgra, &y, 1, by);
-        kernels.pack8.chroma(known.bgra, known.bgra, &u, &v, 1, by);
-        EXPECT_NEAR(y, known.y, 1);
-        EXPECT_NEAR(u, known.u, 1);
-        EXPECT_NEAR(v, known.v, 1);
+        pack.luma(known.bgra, &yuv[0], 1, by);
+        pack.chroma(known.bgra, known.bgra, &yuv[1], &yuv[2], 1, by);
+        for (int i = 0; i < 3; ++i) EXPECT_NEAR(yuv[i], known.yuv[i], 1);
     }
 }
 

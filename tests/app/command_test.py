@@ -16,19 +16,18 @@ FILTERS = 22
 
 
 def test_list_names_every_filter(vireo):
-    text = vireo("list").stdout.decode()
+    lines = [" ".join(line.split()) for line in vireo("list").stdout.decode().splitlines()]
     filters = json.loads(vireo("list", "--json").stdout)
     assert len(filters) == FILTERS
     for entry in filters:
         assert list(entry) == ["id", "name", "category", "matchName", "parameters"]
-        assert re.search(rf"^{entry['id']} +{re.escape(entry['name'])} .* {entry['parameters']} +{re.escape(entry['matchName'])}$",
-                         text, re.MULTILINE)
+        assert "{id} {name} {category} {parameters} {matchName}".format(**entry) in lines
     assert {"id": 10035, "name": "Levels", "category": "Adjust", "matchName": "QULN Levels", "parameters": 20} in filters
 
 
 def test_application_type_decides_what_the_module_offers(vireo):
-    for arguments in (["--application-type", "1", "list"], ["list", "--application-type=1"]):
-        assert len(json.loads(vireo(*arguments, "--json").stdout)) == FILTERS - 3
+    for arguments in (["--application-type", "1", "list", "--json"], ["list", "--json", "--application-type=1"]):
+        assert len(json.loads(vireo(*arguments).stdout)) == FILTERS - 3
     assert "no filter \"Levels\"" in vireo.error("info", "Levels", "--application-type", "1")
 
 
@@ -36,24 +35,19 @@ def test_info_tells_ranges_and_defaults(vireo):
     description = json.loads(vireo("info", "color rep", "--json").stdout)
     assert (description["id"], description["name"]) == (10016, "Color Replace")
     parameters = {parameter["name"]: parameter for parameter in description["parameters"]}
-    assert parameters["Similarity"] == {
-        "name": "Similarity", "kind": "number", "minimum": 0, "maximum": 127, "displayMinimum": 0,
-        "displayMaximum": 100, "default": parameters["Similarity"]["default"], "size": 2}
-    assert parameters["Solid Colors"]["kind"] == "boolean" and parameters["Solid Colors"]["default"] is False
-    assert parameters["Target Color"]["kind"] == "colour" and parameters["Target Color"]["default"] == "#ff0000"
-
-    text = vireo("info", "10049").stdout.decode()
-    assert re.search(r"Threshold +number +0 to 254 +0 to 100 +128\n", text)
-    assert "No parameters" in vireo("info", "verticalflip").stdout.decode()
+    assert parameters["Similarity"] == {"name": "Similarity", "kind": "number", "minimum": 0, "maximum": 127, "displayMinimum": 0,
+                                        "displayMaximum": 100, "default": 10, "size": 2}
+    assert [parameters[name]["default"] for name in ("Solid Colors", "Target Color")] == [False, "#ff0000"]
+    assert re.search(rb"Threshold +number +0 to 254 +0 to 100 +128\n", vireo("info", "10049").stdout)
+    assert b"No parameters" in vireo("info", "verticalflip").stdout
 
 
 def test_names_may_be_those_of_a_language(vireo):
     # The words of English scripts go before those of the language.
-    values = "Solarize:threshold=7", "Solarisation:seuil=7"
-    for number, value in enumerate(values):
-        vireo("render", "--language", "fr", "-f", value, "--save-settings", f"{number}.json")
-    assert (vireo.folder / "0.json").read_bytes() == (vireo.folder / "1.json").read_bytes()
-    vireo.error("render", "--save-settings", "2.json", "-f", values[1])
+    for value in ("Solarize:threshold=7", "Solarisation:seuil=7"):
+        vireo("render", "--language", "fr", "-f", value, "--save-settings", f"{value[:8]}.json")
+    assert (vireo.folder / "Solarize.json").read_bytes() == (vireo.folder / "Solarisa.json").read_bytes()
+    vireo.error("render", "--save-settings", "2.json", "-f", value)
 
 
 def test_version_names_what_a_report_needs(vireo):
@@ -108,12 +102,10 @@ def test_colours_are_for_terminals_that_show_them(vireo, arguments):
     ([], "a command is missing"),
     (["lsit"], "lsit"),
     (["list", "more"], "more"),
-    (["list", "info", "Solarize"], "info"),
     (["list", "--jsn"], "--jsn"),
     (["info"], "filter"),
     (["info", "Solarise"], 'there is no filter "Solarise"; the nearest are Solarize'),
     (["list", "--language", "xx"], "--language takes en, fr, de, ja, es, it or ko"),
-    (["list", "--application-type", "five"], "--application-type"),
     (["render", "in.png", "out.png"], "no filter is given"),
     (["render", "in.png", "-f", "Solarize"], "an input and an output"),
     (["render", "a.png", "b.png", "c.png", "-f", "Solarize"], "--to"),
@@ -126,7 +118,6 @@ def test_colours_are_for_terminals_that_show_them(vireo, arguments):
     (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "both"], "--interlaced"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--interlaced", "tff", "--progressive"], "--progressive"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--jobs", "0"], 'whole numbers from 1 to 1024, not "0"'),
-    (["render", "in.png", "out.png", "-f", "Solarize", "--start-number=-1"], 'whole numbers from 0 to 2147483647, not "-1"'),
     (["render", "in.png", "out.png", "-f", "Solarize", "--encoder-option", "x"], "NAME=VALUE"),
     (["render", "in.png", "out.png", "-f", "Solarize", "--filter-format", "vuya"], "offers the format vuya"),
     (["render", "in.png", "out.png", "-f", "Horizontal Flip", "--filter-format", "VUya"], "VUya"),
@@ -142,9 +133,8 @@ def test_wrong_usage_is_one_sentence(vireo, picture, arguments, words):
 def test_one_bad_input_does_not_stop_the_others(vireo, picture, tmp_path):
     (tmp_path / "bad.png").write_text("no picture")
     Image.new("RGB", (16384, 4)).save(tmp_path / "wide.png")
-    completed = vireo("render", "bad.png", "wide.png", "in.png", "--to", "filtered/here", "-f", "Vertical Flip", status=1)
-    assert b"bad.png" in completed.stderr
-    assert completed.stderr.count(b"wide.png: Vertical Flip takes rows of up to 32767 bytes") == 1
+    said = vireo("render", "bad.png", "wide.png", "in.png", "--to", "filtered/here", "-f", "Vertical Flip", status=1).stderr
+    assert b"bad.png" in said and said.count(b"wide.png: Vertical Flip takes rows of up to 32767 bytes") == 1
     assert [path.name for path in (tmp_path / "filtered/here").iterdir()] == ["in.png"]
 
 

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Presets: those that come with the program, and the user's own."""
 import json
-import pathlib
+
+import pytest
 
 from conftest import ROOT, read_picture
 
@@ -28,32 +29,25 @@ def test_every_preset_is_listed_and_renders(vireo, picture, pixels):
     assert len(results) == len(listed)
 
 
-def test_own_presets_go_first_and_names_may_be_cut(vireo, picture, pixels):
-    folder = vireo.folder / "config/vireo/presets"
-    folder.mkdir(parents=True)
-    flip = '{"vireo": 1, "filters": [{"filter": "Horizontal Flip"}]}'
-    (folder / "Upside Down.json").write_text('{"vireo":1,"filters":[{"filter":"Vertical Flip"}]}')
-    (folder / "VHS.json").write_text(flip)
-    (folder / "broken.json").write_text("{")
-    for environment in ({"XDG_CONFIG_HOME": str(vireo.folder / "config")},
-                        {"XDG_CONFIG_HOME": "", "HOME": str(vireo.folder / "home")}):
-        if not environment["XDG_CONFIG_HOME"]:
-            (vireo.folder / "home").mkdir()
-            (vireo.folder / "config").rename(vireo.folder / "home/.config")
-        completed = vireo("presets", "--json", environment=environment)
-        assert b"broken.json" in completed.stderr
-        listed = {entry["name"]: entry for entry in json.loads(completed.stdout)}
-        assert "vhs" not in listed and listed["VHS"]["description"] == ""
-        assert pathlib.Path(listed["VHS"]["file"]).read_text() == flip
-        # A preset stands in its place among the filters.
-        vireo("render", "in.png", "out.png", "--overwrite", "-f", "Solarize", "--preset", "upsided", "--preset", "vhs",
-              "--save-settings", "chain.json", environment=environment)
-        vireo("render", "in.png", "byname.png", "--overwrite", "-f", "Solarize", "-f", "Vertical Flip",
-              "-f", "Horizontal Flip")
-        assert (read_picture(vireo.folder / "out.png") == read_picture(vireo.folder / "byname.png")).all()
-        saved = json.loads((vireo.folder / "chain.json").read_text())
-        assert [entry["filter"] for entry in saved["filters"]] == ["Solarize", "Vertical Flip", "Horizontal Flip"]
-        (vireo.folder / "chain.json").unlink()
+@pytest.mark.parametrize("folder, environment", [
+    ("config", {"XDG_CONFIG_HOME": "{0}/config"}), ("home/.config", {"XDG_CONFIG_HOME": "", "HOME": "{0}/home"})])
+def test_own_presets_go_first_and_names_may_be_cut(vireo, picture, folder, environment):
+    environment = {name: value.format(vireo.folder) for name, value in environment.items()}
+    own = vireo.folder / folder / "vireo/presets"
+    own.mkdir(parents=True)
+    for name, filter_name in (("Upside Down", "Vertical Flip"), ("VHS", "Horizontal Flip")):
+        (own / f"{name}.json").write_text('{"vireo": 1, "filters": [{"filter": "%s"}]}' % filter_name)
+    (own / "broken.json").write_text("{")
+    assert b"broken.json" in vireo("presets", environment=environment).stderr
+    listed = presets(vireo, environment=environment)
+    assert "vhs" not in listed and listed["VHS"]["description"] == "" and listed["VHS"]["file"] == str(own / "VHS.json")
+    # A preset stands in its place among the filters.
+    vireo("render", "in.png", "out.png", "-f", "Solarize", "--preset", "upsided", "--preset", "vhs",
+          "--save-settings", "chain.json", environment=environment)
+    vireo("render", "in.png", "byname.png", "-f", "Solarize", "-f", "Vertical Flip", "-f", "Horizontal Flip")
+    assert (read_picture(vireo.folder / "out.png") == read_picture(vireo.folder / "byname.png")).all()
+    saved = json.loads((vireo.folder / "chain.json").read_text())["filters"]
+    assert [entry["filter"] for entry in saved] == ["Solarize", "Vertical Flip", "Horizontal Flip"]
 
 
 def test_wrong_presets_are_named(vireo, picture):

@@ -33,8 +33,8 @@ def test_vuya_is_a_format_of_the_filter_alone(vireo, picture):
 def test_loaded_settings_are_saved_with_the_same_bytes(vireo, picture):
     look = vireo.folder / "look.json"
     look.write_text(LOOK)
-    assert (render(vireo, "-f", "Color Replace:similarity=20,target=#ff0000,solid=on,mix=50%")
-            == render(vireo, "--settings", "look.json", "--save-settings", "saved.json")).all()
+    by_name = render(vireo, "-f", "Color Replace:similarity=20,target=#ff0000,solid=on,mix=50%")
+    assert (render(vireo, "--settings", "look.json", "--save-settings", "saved.json") == by_name).all()
     vireo("render", "--settings", "saved.json", "--save-settings", "again.json")
     assert (vireo.folder / "saved.json").read_text() == LOOK == (vireo.folder / "again.json").read_text()
 

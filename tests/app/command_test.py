@@ -4,6 +4,7 @@ import io
 import json
 import os
 import re
+import shlex
 import subprocess
 
 import numpy
@@ -74,18 +75,10 @@ def test_help_goes_to_standard_output_and_fits(vireo):
 
 def in_terminal(vireo, *arguments, **environment):
     """What the program writes to a terminal."""
-    ours, theirs = os.openpty()
-    with subprocess.Popen([PROGRAM, *arguments], cwd=vireo.folder, stdin=subprocess.DEVNULL, stdout=theirs, stderr=theirs,
-                          env={**os.environ, "TERM": "xterm", **environment}):
-        os.close(theirs)
-        written = b""
-        try:
-            while part := os.read(ours, 4096):
-                written += part
-        except OSError:  # the other end is closed
-            pass
-    os.close(ours)
-    return written.decode().replace("\r\n", "\n")
+    command = ["script", "--quiet", "--return", "--command", shlex.join([str(PROGRAM), *arguments]), "/dev/null"]
+    shown = subprocess.run(command, cwd=vireo.folder, stdin=subprocess.DEVNULL, capture_output=True,
+                           env={**os.environ, "TERM": "xterm", **environment}).stdout
+    return shown.decode().replace("\r\n", "\n")
 
 
 @pytest.mark.parametrize("arguments", [["--help"], ["list"], ["info", "Levels"], ["presets"], ["nothing"], ["info", "nothing"]])

@@ -58,40 +58,37 @@ def test_waiting_for_a_pipe_can_be_interrupted(tmp_path):
 
 
 def test_a_reader_that_goes_away_is_told_in_a_sentence(tmp_path, long_clip):
-    running = subprocess.Popen([PROGRAM, "render", long_clip, "-", *IDENTITY, "--format", "y4m"], cwd=tmp_path,
-                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    running.stdout.read(1000)
-    running.stdout.close()
-    errors = running.stderr.read().decode()
-    assert running.wait(timeout=120) == 1
-    assert "closed the pipe" in errors.splitlines()[-1]
-    running.stderr.close()
+    with subprocess.Popen([PROGRAM, "render", long_clip, "-", *IDENTITY, "--format", "y4m"], cwd=tmp_path,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE) as running:
+        running.stdout.read(1000)
+        running.stdout.close()
+        assert b"closed the pipe" in running.stderr.read().splitlines()[-1]
+    assert running.returncode == 1
 
 
 def test_a_disk_that_fills_keeps_the_earlier_result(vireo, tmp_path):
     clip(tmp_path, "in.mkv", "-c:v", "ffv1", source="testsrc2=s=320x240:r=25:d={seconds}", seconds=0.4)
-    for name in ("out.mkv", "out3.png", "look.json", "out.bin"):
+    precious = ["look.json", "out.bin", "out.mkv", "out3.png"]
+    for name in precious:
         (tmp_path / name).write_bytes(b"precious")
-    before = names(tmp_path)
     for output, limit, options in (
-            ("out.mkv", 50, ["--encoder", "ffv1"]), ("out%d.png", 5, []), ("out3.png", 5, ["--frames", "0-0"]),
-            (None, 0, ["--save-settings", "look.json"]), (None, 0, ["--save-settings-bytes", "out.bin"])):
+            (["in.mkv", "out.mkv"], 50, ["--encoder", "ffv1"]), (["in.mkv", "out%d.png"], 5, []),
+            (["in.mkv", "out3.png"], 5, ["--frames", "0-0"]),
+            ([], 0, ["--save-settings", "look.json"]), ([], 0, ["--save-settings-bytes", "out.bin"])):
         if limit == 0 and "thread" in os.environ.get("VIREO_SANITIZERS", ""):
             continue  # The thread sanitizer itself writes a file when a program starts.
-        command = [str(PROGRAM), "render", *(["in.mkv", output] if output else []), *IDENTITY, "--overwrite", *options]
+        command = [PROGRAM, "render", *output, *IDENTITY, "--overwrite", *options]
         limited = subprocess.run(["bash", "-c", f"ulimit -f {limit}; exec \"$@\"", "limited", *command], cwd=tmp_path,
                                  capture_output=True, timeout=60)
-        errors = limited.stderr.decode().splitlines()
-        assert limited.returncode == 1, (output, options, errors)
-        assert len(errors) == 1 and errors[0].startswith("vireo: cannot write ") and errors[0].endswith("."), errors
-        assert names(tmp_path) == before
-    assert {(tmp_path / name).read_bytes() for name in before if name != "in.mkv"} == {b"precious"}
+        [error] = limited.stderr.decode().splitlines()
+        assert limited.returncode == 1 and error.startswith("vireo: cannot write ") and error.endswith("."), error
+        assert names(tmp_path) == ["in.mkv", *precious]
+    assert {(tmp_path / name).read_bytes() for name in precious} == {b"precious"}
     with open("/dev/full", "wb") as full:
-        limited = subprocess.run([PROGRAM, "render", "in.mkv", "-", *IDENTITY], cwd=tmp_path, stdout=full, stderr=subprocess.PIPE,
-                                 timeout=60)
+        limited = subprocess.run([PROGRAM, "render", "in.mkv", "-", *IDENTITY], cwd=tmp_path, stdout=full, stderr=subprocess.PIPE)
     assert limited.returncode == 1 and b"No space left" in limited.stderr
-    assert b"/dev/full: No space left on device" in vireo(
-        "render", *IDENTITY, "--save-settings", "/dev/full", "--overwrite", status=1).stderr
+    assert "/dev/full: No space left on device" in vireo.error(
+        "render", *IDENTITY, "--save-settings", "/dev/full", "--overwrite", status=1)
 
 
 @pytest.mark.parametrize("output", ["out.mkv", "out%d.png"])
@@ -137,8 +134,7 @@ def test_unreadable_and_unwritable_files_are_named(vireo, tmp_path):
     assert "nowhere" in vireo.error("render", "in.mkv", "nowhere/out.mkv", *IDENTITY, status=1)
     assert "out.strange" in vireo.error("render", "in.mkv", "out.strange", *IDENTITY)
     assert "nowhere.json" in vireo.error("render", "in.mkv", "out.mkv", "--settings", "nowhere.json", status=1)
-    for arguments in (("list", "--module", "no.vrmp"), ("--module", "no.vrmp", "list")):
-        assert "no.vrmp" in vireo.error(*arguments, status=1)
+    assert "no.vrmp" in vireo.error("list", "--module", "no.vrmp", status=1)
     assert "missing.vrmp" in vireo.error("list", status=1, environment={"VIREO_MODULE": "missing.vrmp"})
     assert names(tmp_path) == before
 
@@ -150,10 +146,9 @@ def test_damaged_pictures_of_a_sequence_are_passed_over(vireo, tmp_path, pixels)
     (tmp_path / "in5.png").unlink()
     result = vireo("render", "in%d.png", "out%d.png", *IDENTITY)
     assert b"frames 2, 4" in result.stderr
-    assert sorted(p.name for p in tmp_path.glob("out*")) == [f"out{n}.png" for n in (1, 2, 4, 6)]
     assert numpy.array_equal(read_picture(tmp_path / "out6.png")[..., :3], pixels)
     assert "frame 2" in vireo.error("render", "in%d.png", "strict%d.png", *IDENTITY, "--strict", status=1)
-    assert not list(tmp_path.glob("strict*"))
+    assert names(tmp_path) == [f"{name}{n}.png" for name, numbers in (("in", "12346"), ("out", "1246")) for n in numbers]
 
 
 def test_damaged_frames_of_a_clip_are_passed_over(vireo, tmp_path):
@@ -163,25 +158,21 @@ def test_damaged_frames_of_a_clip_are_passed_over(vireo, tmp_path):
     assert len(starts) == 10
     data[starts[4]:starts[4] + 60] = bytes(60)
     (tmp_path / "in.mov").write_bytes(data)
-    result = vireo("render", "in.mov", "out.mkv", *IDENTITY)
-    assert b"frame 4" in result.stderr
+    assert b"frame 4" in vireo("render", "in.mov", "out.mkv", *IDENTITY).stderr
     kept = [round(float(f["pts_time"]) * 25) for f in frames(tmp_path, "out.mkv")]
     assert kept == [0, 1, 2, 3, 5, 6, 7, 8, 9]
     vireo("render", "in.mov", "n%d.png", *IDENTITY, "--start-number", "0")
-    assert sorted(p.name for p in tmp_path.glob("n*.png")) == [f"n{n}.png" for n in kept]
     assert "damaged" in vireo.error("render", "in.mov", "strict.mkv", *IDENTITY, "--strict", status=1)
-    assert not (tmp_path / "strict.mkv").exists()
+    assert names(tmp_path) == ["in.mov", *(f"n{n}.png" for n in kept), "out.mkv"]
 
 
 def test_frames_that_are_read_in_part_are_rendered_and_named(vireo, tmp_path):
     clip(tmp_path, "in.mkv", "-c:v", "libx264", "-g", "5", "-bf", "0", source="testsrc2=s=320x240:r=25:d={seconds}", seconds=1)
     data = bytearray((tmp_path / "in.mkv").read_bytes())
-    middle = len(data) // 2
-    for at in range(middle, middle + 1500, 7):
+    for at in range(len(data) // 2, len(data) // 2 + 1500, 7):
         data[at] ^= 0x5A
     (tmp_path / "in.mkv").write_bytes(data)
-    result = vireo("render", "in.mkv", "out.mkv", *IDENTITY)
+    assert b"rendered as far as" in vireo("render", "in.mkv", "out.mkv", *IDENTITY).stderr
     assert len(frames(tmp_path, "out.mkv")) >= 15
-    assert b"rendered as far as" in result.stderr
     vireo.error("render", "in.mkv", "strict.mkv", *IDENTITY, "--strict", status=1)
-    assert not (tmp_path / "strict.mkv").exists()
+    assert names(tmp_path) == ["in.mkv", "out.mkv"]

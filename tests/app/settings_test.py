@@ -52,8 +52,7 @@ def test_loaded_settings_are_saved_with_the_same_bytes(vireo, picture):
 def test_settings_are_saved_when_the_render_is_done(vireo, picture):
     save = ["-f", "Solarize", "--save-settings", "a.json", "--save-settings-bytes", "a.bin"]
     vireo.error("render", "missing.png", "out.png", *save, status=1)
-    assert [path.name for path in vireo.folder.iterdir()] == ["in.png"]
-    (vireo.folder / "a.bin").write_bytes(b"mine")
+    (vireo.folder / "a.bin").touch(exist_ok=False)
     assert "a.bin exists already" in vireo.error("render", "in.png", "out.png", *save, status=1)
     assert sorted(path.name for path in vireo.folder.iterdir()) == ["a.bin", "in.png"]
 
@@ -65,8 +64,7 @@ def test_levels_files_mean_levels(vireo, picture):
     (vireo.folder / "levels.bin").write_bytes(record)
     by_name = render(vireo, "-f", "Levels:rgb black in=10,rgbwhitein=240,rgbgamma=120")
     for arguments in (["--lvl", "warm.lvl"], ["-f", "Levels", "--lvl", "warm.lvl"],
-                      ["-f", "Levels", "--settings-bytes", "levels.bin"],
-                      ["-f", "Levels", "--settings-bytes", "hex:" + record.hex()]):
+                      *(["-f", "Levels", "--settings-bytes", bytes] for bytes in ("levels.bin", "hex:" + record.hex()))):
         assert (render(vireo, *arguments) == by_name).all(), arguments
     vireo("render", "--lvl", "warm.lvl", "--save-settings-bytes", "out.bin", "--save-settings", "out.json")
     assert (vireo.folder / "out.bin").read_bytes() == record

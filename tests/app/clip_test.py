@@ -50,6 +50,8 @@ def test_ghosting_sees_earlier_frames_and_fields(vireo, sequence, scan, step):
     assert render(vireo, "-f", "Ghosting", scan) == expected
     part = render(vireo, "-f", "Ghosting", scan, "--frames", "9-11", "--jobs", "3")
     assert part == {number: expected[number] for number in (9, 10, 11)}
+    vireo("compare", "in%02d.png", "both%02d.png", "-f", "Ghosting", "--layout", "beside", scan)
+    assert list(read_picture(vireo.folder / "both20.png")[:, -1, 0]) == expected[19]
 
 
 @pytest.fixture

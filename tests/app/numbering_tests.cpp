@@ -36,6 +36,7 @@ TEST(FrameNumbering, CountsFramesAndWhatWasLostBetweenThem) {
               "0 (1 at 10) 2 (3 at 30) (4 at 40) ");
     EXPECT_EQ(numbered(FrameNumbering(), {0, 5, 10, 15}, {0, 10}), "0 1 ")
         << "nobody complained: they held no frame";
+    EXPECT_EQ(numbered(FrameNumbering(), {0, 10, 20, 25, 30}, {0, failure, 20, 30}), "0 (1 at 10) 2 3 ");
     EXPECT_EQ(numbered(FrameNumbering({0, 40, 80, 120, 160}), {80, 160, 120}, {80, failure, 160}),
               "2 (3 at 120) 4 ");
 }

@@ -93,12 +93,14 @@ TEST(Pictures, FollowTheClockThatTheTimeParametersDescribe) {
     constexpr PictureSize size{40, 30};
     const std::vector<Picture> clip = randomClip(size, 10);
     const InitialisedPlugin plugin(pluginFile("vireo_horizontal_hold"));
-    const Reference reference(plugin.info().name);
+    Reference reference(plugin.info().name);
+    std::mt19937 random(8);
     for (const Clock& clock : clocks) {
         const PluginInstance instance(plugin, size.width, size.height);
         plugin.setText(instance, "Frame Rate", clock.frameRate);
         plugin.setText(instance, "Time Unit", clock.timeUnit);
         plugin.setText(instance, "Clip Length", "10");
+        setAtRandom(plugin, instance, reference, random);
         Picture result(clip[0].size());
         plugin.update(instance, clock.hostTime, clip[clock.frame].data(), result.data());
         EXPECT_EQ(result, reference.frame(clip, size, clock.frame, 10))
@@ -128,6 +130,7 @@ TEST(Pictures, OfGhostingTakeTheNearestFrameThatTheHostHandedOver) {
     expectAfter(24, {20, 21, 22, 23});
     // After a jump back nothing is nearer than the frame itself, then than what follows the jump.
     expectAfter(10, {10, 10, 10, 10});
+    expectAfter(14, {10, 10, 10, 10});
     expectAfter(11, {10, 10, 10, 10});
 }
 

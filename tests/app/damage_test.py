@@ -123,10 +123,10 @@ def test_pictures_of_another_size_or_depth_are_brought_to_the_first(vireo, pixel
 
 
 def test_clips_of_no_frame_and_of_one(vireo):
-    nothing = clip(vireo.folder, "nothing.mkv", "-t", "0", "-c:v", "ffv1")
-    sound = clip(vireo.folder, "sound.mkv", "-vn", "-c:a", "flac", sound=True)
-    (vireo.folder / "empty.mkv").write_bytes(b"")
-    for name in (nothing, sound, "empty.mkv"):
+    clip(vireo.folder, "nothing.mkv", "-t", "0", "-c:v", "ffv1")
+    clip(vireo.folder, "sound.mkv", "-vn", "-c:a", "flac", sound=True)
+    (vireo.folder / "empty.mkv").touch()
+    for name in ("nothing.mkv", "sound.mkv", "empty.mkv"):
         assert name in vireo.error("render", name, "out.mkv", *IDENTITY, status=1)
         assert not (vireo.folder / "out.mkv").exists()
     clip(vireo.folder, "one.mkv", "-frames:v", "1", "-c:v", "ffv1")

@@ -10,8 +10,7 @@ namespace {
 
 bool moduleIsLoaded() {
     void* const handle = dlopen(VIREO_TESTED_MODULE, RTLD_NOW | RTLD_NOLOAD);
-    if (handle != nullptr) dlclose(handle);
-    return handle != nullptr;
+    return handle != nullptr && dlclose(handle) == 0;
 }
 
 TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {

@@ -22,7 +22,8 @@ def names(folder):
 
 @pytest.fixture
 def long_clip(tmp_path):
-    return clip(tmp_path, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20, source="testsrc2=s=640x480:r=25:d={seconds}")
+    return clip(tmp_path, "in.mkv", "-c:v", "libx264", "-preset", "ultrafast", seconds=20,
+                source="testsrc2=s=640x480:r=25:d={seconds}")
 
 
 def begun(folder, *arguments, **options):

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/framework/loaded_module.h"
 
-#include "host/vireo_host.h"
-
 #include <filesystem>
 #include <stdexcept>
 
@@ -47,30 +45,3 @@ bool LoadedModule::isLoaded() {
 }
 
 #endif
-
-std::int32_t LoadedModule::initialise(std::int32_t applicationType, std::uint16_t language) const {
-    vireoHostSetApplicationType(applicationType);
-    MetaPluginInitialiseRecord record{language};
-    return call(MetaPluginInitialise, &record);
-}
-
-std::int32_t LoadedModule::count() const {
-    MetaPluginCountRecord record{-1};
-    return call(MetaPluginCount, &record) == MetaPluginDone ? record.count : -1;
-}
-
-std::vector<MetaPluginEntryRecord> LoadedModule::entries() const {
-    std::vector<MetaPluginEntryRecord> entries;
-    MetaPluginEntryRecord record{};
-    while (call(MetaPluginEntryInformation, &record) == MetaPluginDone) {
-        entries.push_back(record);
-        ++record.index;
-    }
-    return entries;
-}
-
-std::vector<std::uint32_t> LoadedModule::ids() const {
-    std::vector<std::uint32_t> ids;
-    for (const MetaPluginEntryRecord& entry : entries()) ids.push_back(entry.id);
-    return ids;
-}

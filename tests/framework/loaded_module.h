@@ -3,6 +3,7 @@
 #ifndef VIREO_TESTS_FRAMEWORK_LOADED_MODULE_H
 #define VIREO_TESTS_FRAMEWORK_LOADED_MODULE_H
 
+#include "host/vireo_host.h"
 #include "host/vrm/filter_invocation.h"
 
 #include <array>
@@ -28,19 +29,35 @@ public:
 
     /// Whether any part of the program still holds the library.
     static bool isLoaded();
-
     /// The library's handle of the platform.
     void* native() const { return handle_; }
 
     std::int32_t call(std::int32_t selector, void* record) const { return function_(selector, record); }
 
     /// Selector 1 under an application type.
-    std::int32_t initialise(std::int32_t applicationType = 5, std::uint16_t language = 0x0409) const;
+    std::int32_t initialise(std::int32_t applicationType = 5, std::uint16_t language = 0x0409) const {
+        vireoHostSetApplicationType(applicationType);
+        MetaPluginInitialiseRecord record{language};
+        return call(MetaPluginInitialise, &record);
+    }
     std::int32_t terminate() const { return call(MetaPluginTerminate, nullptr); }
-    std::int32_t count() const;
-    std::vector<MetaPluginEntryRecord> entries() const;
+    std::int32_t count() const {
+        MetaPluginCountRecord record{-1};
+        return call(MetaPluginCount, &record) == MetaPluginDone ? record.count : -1;
+    }
+    std::vector<MetaPluginEntryRecord> entries() const {
+        std::vector<MetaPluginEntryRecord> entries;
+        MetaPluginEntryRecord record{};
+        for (; call(MetaPluginEntryInformation, &record) == MetaPluginDone; ++record.index)
+            entries.push_back(record);
+        return entries;
+    }
     /// The ids of all entries in order.
-    std::vector<std::uint32_t> ids() const;
+    std::vector<std::uint32_t> ids() const {
+        std::vector<std::uint32_t> ids;
+        for (const MetaPluginEntryRecord& entry : entries()) ids.push_back(entry.id);
+        return ids;
+    }
 
 private:
     void* handle_ = nullptr;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -13,17 +14,16 @@ constexpr int maximum = std::numeric_limits<std::int32_t>::max();
 TEST(VpixFillRect, WritesTheWordInsideRectangleAndBoundsOnly) {
     std::mt19937 random(1);
     const FrameRect bounds{-2, 3, 5, 8};
-    const FrameRect rects[] = {{-2, 3, 5, 8},
-                               {0, 4, 3, 6},
-                               {-9, -9, 0, 99},
-                               {minimum, minimum, maximum, maximum},
-                               {3, 5, 3, 9},
-                               {4, 6, 1, 7},
-                               {5, 3, 9, 8},
-                               {-9, 0, 9, 3},
-                               {0, maximum, 3, minimum}};
     for (const std::int32_t rowBytes : {28, 40, -28, -44}) {
-        for (const FrameRect& rect : rects) {
+        for (const FrameRect& rect : {FrameRect{-2, 3, 5, 8},
+                                      {0, 4, 3, 6},
+                                      {-9, -9, 0, 99},
+                                      {minimum, minimum, maximum, maximum},
+                                      {3, 5, 3, 9},
+                                      {4, 6, 1, 7},
+                                      {5, 3, 9, 8},
+                                      {-9, 0, 9, 3},
+                                      {0, maximum, 3, minimum}}) {
             Memory memory = noise(1024, random);
             Memory expected = memory;
             TestBuffer buffer(memory, 512, bounds, rowBytes);
@@ -55,46 +55,38 @@ TEST(VpixGetPixel, CountsRowsFromTheTopOfThePicture) {
     }
 }
 
-void expectZeroedAlignedRows(const FrameRect& bounds) {
-    FrameBuffer* buffer = vpixNew(&bounds);
-    ASSERT_NE(buffer, nullptr);
-    FrameRect told{};
-    vpixGetBounds(buffer, &told);
-    EXPECT_EQ(std::memcmp(&told, &bounds, sizeof told), 0);
-    EXPECT_GE(vpixGetRowbytes(buffer), (bounds.right - bounds.left) * 4);
-    EXPECT_EQ(vpixGetRowbytes(buffer) % 64, 0);
-    void* locked = nullptr;
-    vpixLockPixels(buffer, &locked);
-    EXPECT_EQ(locked, vpixGetPixels(buffer));
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(locked) % 64, 0U);
-    auto* bytes = static_cast<std::uint8_t*>(locked);
-    const std::ptrdiff_t size = std::ptrdiff_t{bounds.bottom - bounds.top} * vpixGetRowbytes(buffer);
-    EXPECT_TRUE(std::all_of(bytes, bytes + size, [](int byte) { return byte == 0; })) << bounds;
-    std::fill_n(bytes, size, std::uint8_t{0xA5});  // Which the next must not show.
-    vpixUnlockPixels(buffer);
-    vpixDispose(buffer);
-    vpixDispose(nullptr);
-}
-
 TEST(VpixNew, MakesZeroedAlignedRows) {
-    for (const FrameRect& bounds : {FrameRect{-3, 2, 14, 7},
-                                    {0, 0, 15, 4},
-                                    {0, 0, 1100, 1000},
-                                    {0, 0, 1000, 1000},
-                                    {-7, 0, 2000, 1500},
-                                    {0, 0, 3, 3}}) {
-        expectZeroedAlignedRows(bounds);
+    for (const FrameRect& bounds :
+         {FrameRect{-3, 2, 14, 7}, {0, 0, 1100, 1000}, {-7, 0, 2000, 1500}, {0, 0, 3, 3}}) {
+        FrameBuffer* buffer = vpixNew(&bounds);
+        ASSERT_NE(buffer, nullptr);
+        FrameRect told{};
+        vpixGetBounds(buffer, &told);
+        EXPECT_EQ(std::memcmp(&told, &bounds, sizeof told), 0);
+        EXPECT_GE(vpixGetRowbytes(buffer), (bounds.right - bounds.left) * 4);
+        EXPECT_EQ(vpixGetRowbytes(buffer) % 64, 0);
+        void* locked = nullptr;
+        vpixLockPixels(buffer, &locked);
+        EXPECT_EQ(locked, vpixGetPixels(buffer));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(locked) % 64, 0U);
+        auto* const bytes = static_cast<std::uint8_t*>(locked);
+        const std::ptrdiff_t size = std::ptrdiff_t{bounds.bottom - bounds.top} * vpixGetRowbytes(buffer);
+        EXPECT_EQ(std::count(bytes, bytes + size, 0), size) << bounds;
+        std::fill_n(bytes, size, std::uint8_t{0xA5});  // Which the next must not show.
+        vpixUnlockPixels(buffer);
+        vpixDispose(buffer);
+        vpixDispose(nullptr);
     }
 }
 
 TEST(VpixNew, RefusesWhatIsEmptyOrTooLarge) {
-    const FrameRect rects[] = {{0, 0, 0, 5},
-                               {0, 0, 5, 0},
-                               {5, 0, 0, 5},
-                               {minimum, 0, maximum, 1},
-                               {0, minimum, 0x1FFFFFFF, maximum},
-                               {maximum, 0, minimum, 1}};
-    for (const FrameRect& rect : rects) EXPECT_EQ(vpixNew(&rect), nullptr) << rect;
+    for (const FrameRect& rect : {FrameRect{0, 0, 0, 5},
+                                  {0, 0, 5, 0},
+                                  {5, 0, 0, 5},
+                                  {minimum, 0, maximum, 1},
+                                  {0, minimum, 0x1FFFFFFF, maximum},
+                                  {maximum, 0, minimum, 1}})
+        EXPECT_EQ(vpixNew(&rect), nullptr) << rect;
 }
 
 TEST(PixelFormats, AreForgottenWithTheBuffer) {

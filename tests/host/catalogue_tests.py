@@ -30,10 +30,6 @@ def used_keys():
     return dict(key.split("=", 1) for key in keys)
 
 
-def accelerators(text):
-    return [letter.upper() for letter in re.findall(r"&(\w)", text)]
-
-
 @pytest.fixture(params=CATALOGUES, ids=lambda path: path.stem)
 def entries(request):
     return generate_catalogues.read_entries(request.param)
@@ -62,5 +58,5 @@ def test_file_types_keep_their_patterns(entries):
 def test_no_accelerator_stands_twice_in_a_dialog(entries):
     letters = {}
     for key, _, translation in entries:
-        letters.setdefault(key.rsplit("/", 1)[0], []).extend(accelerators(translation))
+        letters.setdefault(key.rsplit("/", 1)[0], []).extend(re.findall(r"&(\w)", translation.upper()))
     assert [found for found in letters.values() if len(set(found)) < len(found)] == []

@@ -15,19 +15,18 @@ using Bytes = std::vector<std::uint8_t>;
 
 Bytes resource(std::uint32_t id) {
     std::size_t size = 0;
-    const void* bytes = LoadModuleResource(u"PiPL", static_cast<std::uint16_t>(id), &size);
+    const void* const bytes = LoadModuleResource(u"PiPL", static_cast<std::uint16_t>(id), &size);
     if (bytes == nullptr) throw std::runtime_error("no property list " + std::to_string(id));
-    const auto* first = static_cast<const std::uint8_t*>(bytes);
-    Bytes copy(first, first + size);
+    const auto* const first = static_cast<const std::uint8_t*>(bytes);
+    const Bytes copy(first, first + size);
     ReleaseModuleResource(bytes);
     return copy;
 }
 
 /// What hosts are handed: the resource without its first two bytes.
 Bytes handedOut(std::uint32_t id) {
-    Bytes bytes = resource(id);
-    bytes.erase(bytes.begin(), bytes.begin() + 2);
-    return bytes;
+    const Bytes bytes = resource(id);
+    return {bytes.begin() + 2, bytes.end()};
 }
 
 std::string described(const hosting::PropertyList& list) {
@@ -61,10 +60,7 @@ TEST(PropertyLists, StandAsOldHostsKnowThem) {
 
 TEST(PropertyListReader, FallsBackToTheTextBehindTheKey) {
     EXPECT_EQ(hosting::defaultText("$$$/A/B=Text = text"), "Text = text");
-    EXPECT_EQ(hosting::defaultText("$$$/A/B="), "");
-    EXPECT_EQ(hosting::defaultText("$$$/A/B"), "$$$/A/B");
-    EXPECT_EQ(hosting::defaultText("Obsolete=x"), "Obsolete=x");
-    EXPECT_EQ(hosting::defaultText(""), "");
+    for (const std::string text : {"$$$/A/B", "Obsolete=x", ""}) EXPECT_EQ(hosting::defaultText(text), text);
 }
 
 /// True when the reader took the bytes. An error other than the reader's own fails the test.
@@ -110,43 +106,33 @@ TEST(PropertyListReader, SurvivesEveryDamagedByte) {
     EXPECT_TRUE(taken[0] > 0 && taken[1] > 0);
 }
 
-/// Solarize with one word or number written over, counted from the start of what hosts are handed.
-template <class Value>
-Bytes solarizeWith(std::size_t offset, Value value) {
-    Bytes bytes = handedOut(10049);
-    std::memcpy(bytes.data() + offset, &value, sizeof value);
-    return bytes;
-}
-
 TEST(PropertyListReader, RefusesWhatDoesNotAddUp) {
-    const struct {
-        const char* what;
-        std::size_t offset;
-        std::vector<std::uint32_t> values;
-    } cases[] = {
-        {"version", 0, {1, 0x80000000, 0xFFFFFFFF}},
-        {"count", 4, {0, 8, 10, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF}},
-        {"vendor", 8, {0}},
-        {"length of the kind", 20, {0, 1, 163, 165, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFC, 0xFFFFFFFF}},
-        {"kind", 24, {0x56417564}},
-        {"parameters announced", 288, {0, 2, 0xFFFFFFFF}},
-        {"id of the parameter", 348, {1}},
-        {"length of the parameter", 352, {0, 1, 163, 165, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFC, 0xFFFFFFFF}},
-        {"number of the parameter", 452, {0, 2, 0xFFFFFFFF}},
-        {"a colour or a check box of two bytes", 456, {12, 13}},
-        {"size of the value", 500, {0, 3, 8, 0x80000000, 0xFFFFFFFF}},
+    // Solarize with one thing written over, counted from the start of what hosts are handed.
+    const auto expectRefused = [](const char* what, std::size_t offset, const auto&... values) {
+        const auto refuse = [&](const auto& value) {
+            Bytes bytes = handedOut(10049);
+            std::memcpy(bytes.data() + offset, &value, sizeof value);
+            EXPECT_FALSE(parses(bytes)) << what << ' ' << testing::PrintToString(value);
+        };
+        (refuse(values), ...);
     };
-    for (const auto& example : cases) {
-        for (const std::uint32_t value : example.values)
-            EXPECT_FALSE(parses(solarizeWith(example.offset, value))) << example.what << ' ' << value;
-    }
-    for (const int value : {0, 48, 255})
-        EXPECT_FALSE(parses(solarizeWith(44, static_cast<std::uint8_t>(value)))) << "name of " << value;
-    for (const double value : {255.0, HUGE_VAL, -HUGE_VAL, std::nan("")})
-        EXPECT_FALSE(parses(solarizeWith(464, value))) << "minimum " << value;
+    const double infinite = HUGE_VAL, none = std::nan("");
+    expectRefused("version", 0, 1, 0x80000000, 0xFFFFFFFF);
+    expectRefused("count", 4, 0, 8, 10, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF);
+    expectRefused("vendor", 8, 0);
+    for (const std::size_t property : {20, 352})
+        expectRefused("length", property, 0, 1, 163, 165, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFC, 0xFFFFFFFF);
+    expectRefused("kind", 24, 0x56417564);
+    expectRefused("length of the name", 44, char{0}, char{48}, '\xFF');
+    expectRefused("parameters announced", 288, 0, 2, 0xFFFFFFFF);
+    expectRefused("id of the parameter", 348, 1);
     std::array<char, 96> endless;
     endless.fill('x');
-    EXPECT_FALSE(parses(solarizeWith(356, endless))) << "a text that does not end";
+    expectRefused("a text that does not end", 356, endless);
+    expectRefused("number of the parameter", 452, 0, 2, 0xFFFFFFFF);
+    expectRefused("a colour or a check box of two bytes", 456, 12, 13);
+    expectRefused("minimum", 464, 255.0, infinite, -infinite, none);
+    expectRefused("size of the value", 500, 0, 3, 8, 0x80000000, 0xFFFFFFFF);
 }
 
 }  // namespace

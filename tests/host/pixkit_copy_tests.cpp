@@ -140,7 +140,7 @@ FrameRect randomRect(const FrameRect& bounds, std::mt19937& random) {
 }
 
 std::uint32_t randomMode(std::mt19937& random) {
-    constexpr std::uint32_t modes[] = {0, 0x4000, 0x80BB, 0x8044, 0x8000, 0x80FF, 0x3FFF};
+    constexpr std::uint32_t modes[] = {0, 0x4000, 0x80BB, 0x8045, 0x8000, 0x80FF, 0x3FFF};
     return modes[random() % std::size(modes)];
 }
 

@@ -56,8 +56,11 @@ TEST(VpixGetPixel, CountsRowsFromTheTopOfThePicture) {
 }
 
 TEST(VpixNew, MakesZeroedAlignedRows) {
-    for (const FrameRect& bounds :
-         {FrameRect{-3, 2, 14, 7}, {0, 0, 1100, 1000}, {-7, 0, 2000, 1500}, {0, 0, 3, 3}}) {
+    for (const FrameRect& bounds : {FrameRect{-3, 2, 14, 7},
+                                    {0, 0, 1100, 1000},
+                                    {0, 0, 1000, 1000},
+                                    {-7, 0, 2000, 1500},
+                                    {0, 0, 3, 3}}) {
         FrameBuffer* buffer = vpixNew(&bounds);
         ASSERT_NE(buffer, nullptr);
         FrameRect told{};

@@ -6,6 +6,7 @@
 #include "tests/support/filter_under_test.h"
 #include "tests/support/golden_file.h"
 
+#include <array>
 #include <cmath>
 #include <sstream>
 

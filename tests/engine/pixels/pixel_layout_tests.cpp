@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Every kernel set gives the same bytes, and what they mean.
 #include "engine/pixels/pixel_layout_kernels.h"
+#include "tests/support/golden_file.h"
+#include "tests/support/instruction_sets.h"
 
 #include <gtest/gtest.h>
 
@@ -10,231 +12,126 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace vireo {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using Random = std::mt19937_64;
+using Convert = void (*)(const PixelFormat&, const void*, void*, std::ptrdiff_t);
 
-struct Layout {
-    PixelLayout layout;
-    int samples;
+class PixelLayouts : public testing::TestWithParam<simd::InstructionSet> {
+protected:
+    const PixelLayoutKernels& kernels = pixelLayoutKernelsTables.at(GetParam());
 };
 
-constexpr Layout layouts[] = {
-    {PixelLayout::Bgra, 4}, {PixelLayout::Rgba, 4}, {PixelLayout::Argb, 4}, {PixelLayout::Abgr, 4},
-    {PixelLayout::Bgrx, 4}, {PixelLayout::Rgbx, 4}, {PixelLayout::Xrgb, 4}, {PixelLayout::Xbgr, 4},
-    {PixelLayout::Bgr, 3},  {PixelLayout::Rgb, 3},  {PixelLayout::Grey, 1},
-};
-constexpr SampleDepth depths[] = {SampleDepth::Eight, SampleDepth::Sixteen, SampleDepth::Float};
-constexpr int widest = 70;
-
-/// One way of converting rows, and what it is called.
-struct Converter {
-    simd::InstructionSet set;
-
-    void toBgra(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) const {
-        pixelLayoutKernelsTables.at(set).toBgra(format, from, to, width);
+/// Any samples; 0, full and nearly nothing, which alphas may be, among them. Floats lie a little beyond 0 to
+/// 1, too.
+template <class Sample>
+Bytes noiseOf(std::ptrdiff_t count, Random& random) {
+    constexpr bool isFloat = std::is_floating_point_v<Sample>;
+    constexpr Sample full = isFloat ? Sample{1} : std::numeric_limits<Sample>::max();
+    constexpr Sample rare[] = {0, full, isFloat ? static_cast<Sample>(1e-30) : Sample{1}};
+    std::vector<Sample> samples(static_cast<std::size_t>(count));
+    for (Sample& sample : samples) {
+        sample = static_cast<Sample>(random() % (isFloat ? 1500 : 65536));
+        if (isFloat) sample = sample / Sample(1000) - Sample(0.25);
+        if (random() % 4 == 0) sample = rare[random() % 3];
     }
-    void fromBgra(const PixelFormat& format, const void* from, void* to, std::ptrdiff_t width) const {
-        pixelLayoutKernelsTables.at(set).fromBgra(format, from, to, width);
-    }
-};
-
-template <class Test>
-void forEachSet(Test&& test) {
-    for (const simd::InstructionSet set : simd::allInstructionSets) {
-        if (set > simd::processorInstructionSet()) continue;
-        SCOPED_TRACE(std::string(simd::instructionSetName(set)));
-        test(Converter{set});
-    }
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(samples.data());
+    return {bytes, bytes + samples.size() * sizeof(Sample)};
 }
 
-template <class Test>
-void forEachFormat(Test&& test) {
-    for (const Layout& layout : layouts) {
-        for (const SampleDepth depth : depths) {
-            for (const bool premultiplied : {false, true}) {
-                SCOPED_TRACE(std::to_string(static_cast<int>(layout.layout)) + ", " +
-                             std::to_string(static_cast<int>(depth)) +
-                             (premultiplied ? " bits, premultiplied" : " bits"));
-                test(PixelFormat{layout.layout, depth, premultiplied}, layout.samples);
-            }
-        }
-    }
+Bytes noise(PixelLayout layout, SampleDepth depth, std::ptrdiff_t width, Random& random) {
+    const std::ptrdiff_t samples = samplesOf(layout) * width;
+    return depth == SampleDepth::Eight     ? noiseOf<std::uint8_t>(samples, random)
+           : depth == SampleDepth::Sixteen ? noiseOf<std::uint16_t>(samples, random)
+                                           : noiseOf<float>(samples, random);
 }
 
-constexpr double fullOf(SampleDepth depth) {
-    return depth == SampleDepth::Eight ? 255 : depth == SampleDepth::Sixteen ? 65535 : 1;
-}
-
-std::size_t sampleBytes(SampleDepth depth) { return static_cast<std::size_t>(depth) / 8; }
-
-void setSample(std::uint8_t* bytes, SampleDepth depth, int index, double value) {
-    const auto write = [&]<class Sample>(Sample sample) {
-        std::memcpy(bytes + static_cast<std::size_t>(index) * sizeof sample, &sample, sizeof sample);
-    };
-    switch (depth) {
-        case SampleDepth::Eight: return write(static_cast<std::uint8_t>(value));
-        case SampleDepth::Sixteen: return write(static_cast<std::uint16_t>(value));
-        default: return write(static_cast<float>(value));
-    }
-}
-
-/// Samples of any bits; alphas of 0, of 1 and full among them. Floats lie a little beyond 0 to 1, too.
-Bytes noise(SampleDepth depth, int samples, Random& random) {
-    Bytes bytes(static_cast<std::size_t>(samples) * sampleBytes(depth));
-    for (int i = 0; i < samples; ++i) {
-        const double full = fullOf(depth);
-        const double any = depth == SampleDepth::Float
-                               ? std::uniform_real_distribution(-0.25, 1.25)(random)
-                               : static_cast<double>(random() % static_cast<std::uint64_t>(full + 1));
-        const double rare[] = {0, full, depth == SampleDepth::Float ? 1e-30 : 1};
-        setSample(bytes.data(), depth, i, random() % 4 == 0 ? rare[random() % 3] : any);
-    }
-    return bytes;
-}
-
-/// A row at an odd address, or wherever it was told, with bytes before and behind it that must stay.
+/// A row at any address, with bytes before and behind it that must stay.
 class GuardedRow {
 public:
     GuardedRow(std::size_t bytes, std::size_t offset)
-        : memory_(bytes + 2 * guard + offset, 0xA7), at_(guard + offset), bytes_(bytes) {}
+        : at_(guard + offset), memory_(bytes + at_ + guard, 0xA7) {}
 
     std::uint8_t* data() { return memory_.data() + at_; }
 
-    void expect(const Bytes& expected) {
-        ASSERT_EQ(expected.size(), bytes_);
-        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), data()));
-        expectGuards();
-    }
-
-    void expectGuards() {
+    Bytes bytes() const {
+        const auto begin = memory_.begin() + static_cast<std::ptrdiff_t>(at_), end = memory_.end() - guard;
         const auto isGuard = [](std::uint8_t byte) { return byte == 0xA7; };
-        EXPECT_TRUE(std::all_of(memory_.data(), data(), isGuard)) << "before the row";
-        EXPECT_TRUE(std::all_of(data() + bytes_, memory_.data() + memory_.size(), isGuard))
-            << "behind the row";
+        EXPECT_TRUE(std::all_of(memory_.begin(), begin, isGuard)) << "before the row";
+        EXPECT_TRUE(std::all_of(end, memory_.end(), isGuard)) << "behind the row";
+        return {begin, end};
     }
 
 private:
-    static constexpr std::size_t guard = 128;
-    Bytes memory_;
+    static constexpr std::ptrdiff_t guard = 128;
     std::size_t at_;
-    std::size_t bytes_;
+    Bytes memory_;
 };
 
-/// The bytes of all that was converted, by FNV-1a.
-class Checksum {
-public:
-    void add(const std::uint8_t* bytes, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) sum_ = (sum_ ^ bytes[i]) * 0x100000001B3;
+/// A row that was converted. Where pixels keep their size, it is the same in place.
+Bytes converted(Convert convert, const PixelFormat& format, const Bytes& source, std::size_t madeBytes,
+                std::ptrdiff_t width, std::size_t offset) {
+    // Nothing lies behind the source, so that the address sanitizer sees what reads there.
+    Bytes given(offset);
+    given.insert(given.end(), source.begin(), source.end());
+    GuardedRow made(madeBytes, offset ^ 5);
+    convert(format, given.data() + offset, made.data(), width);
+    if (source.size() == madeBytes) {
+        GuardedRow same(madeBytes, offset);
+        std::copy(source.begin(), source.end(), same.data());
+        convert(format, same.data(), same.data(), width);
+        EXPECT_EQ(same.bytes(), made.bytes()) << "in place";
     }
-    std::uint64_t sum() const { return sum_; }
+    return made.bytes();
+}
 
-private:
-    std::uint64_t sum_ = 0xCBF29CE484222325;
-};
-
-TEST(PixelLayout, GivesTheBytesThatItGave) {
-    struct Expected {
-        SampleDepth depth;
-        bool premultiplied;
-        std::uint64_t toBgra, fromBgra;
-    };
-    constexpr Expected sums[] = {
-        {SampleDepth::Eight, false, 0xB4C69A82D2480466, 0xE39C804F35F61FCB},
-        {SampleDepth::Eight, true, 0xA64D2C365994D8B4, 0x6B21A1815C8AF024},
-        {SampleDepth::Sixteen, false, 0x4F57E3F3DDB08851, 0x2D079F873182C4F3},
-        {SampleDepth::Sixteen, true, 0x1AA2847EE3210DEC, 0x42797918974440C0},
-        {SampleDepth::Float, false, 0x3619B6AC1901B8D8, 0xFC170EB0A29C6EC0},
-        {SampleDepth::Float, true, 0xAC5207F32DB345A1, 0x4B45A16AA435A616},
-    };
-    forEachSet([&](const Converter& convert) {
-        for (const Expected& expected : sums) {
-            Random random(5);
-            Checksum to, from;
-            for (const auto& [layout, samples] : layouts) {
-                const PixelFormat format{layout, expected.depth, expected.premultiplied};
-                ASSERT_EQ(samplesOf(layout), samples);
-                for (int width = 0; width <= widest; ++width) {
-                    // Nothing lies behind the source, so that the address sanitizer sees what reads there.
-                    const Bytes source = noise(format.depth, samples * width, random);
-                    const Bytes straight = noise(format.depth, 4 * width, random);
-                    const std::size_t offset = random() % 64;
-                    GuardedRow bgra(straight.size(), offset), made(source.size(), offset);
-                    convert.toBgra(format, source.data(), bgra.data(), width);
-                    convert.fromBgra(format, straight.data(), made.data(), width);
-                    bgra.expectGuards();
-                    made.expectGuards();
-                    to.add(bgra.data(), straight.size());
-                    from.add(made.data(), source.size());
-                }
+TEST_P(PixelLayouts, GiveTheBytesThatTheyGave) {
+    const std::pair<SampleDepth, const char*> sums[] = {{SampleDepth::Eight, "c6d0a477"},
+                                                        {SampleDepth::Sixteen, "9ccda7d1"},
+                                                        {SampleDepth::Float, "e4fa525b"}};
+    for (const auto& [depth, sum] : sums) {
+        Random random(5);
+        Checksum made;
+        for (int i = 0; i < 22; ++i) {
+            const PixelFormat format{static_cast<PixelLayout>(i / 2), depth, i % 2 == 1};
+            for (std::ptrdiff_t width = 0; width < 1000; width += width < 70 ? 1 : 233) {
+                const Bytes given = noise(format.layout, depth, width, random);
+                const Bytes bgra = noise(PixelLayout::Bgra, depth, width, random);
+                const std::size_t offset = random() % 64;
+                made.add(converted(kernels.toBgra, format, given, bgra.size(), width, offset));
+                made.add(converted(kernels.fromBgra, format, bgra, given.size(), width, offset));
             }
-            EXPECT_EQ(to.sum(), expected.toBgra) << std::hex << "0x" << to.sum();
-            EXPECT_EQ(from.sum(), expected.fromBgra) << std::hex << "0x" << from.sum();
         }
-    });
+        EXPECT_EQ(made.text(), sum) << static_cast<int>(depth) << " bits";
+    }
 }
 
-TEST(PixelLayout, ReadsFromAnyAddressAndConvertsInPlace) {
-    forEachSet([](const Converter& convert) {
-        forEachFormat([&](const PixelFormat& format, int samples) {
-            Random random(6);
-            for (const int width : {1, 5, 63, 64, 65, 300, 1000}) {
-                const Bytes source = noise(format.depth, samples * width, random);
-                const Bytes straight = noise(format.depth, 4 * width, random);
-                Bytes in(straight.size()), out(source.size());
-                convert.toBgra(format, source.data(), in.data(), width);
-                convert.fromBgra(format, straight.data(), out.data(), width);
-                for (const std::size_t offset : {1, 2, 3, 31}) {
-                    const auto expect = [&](auto&& work, const Bytes& from, const Bytes& to) {
-                        GuardedRow read(from.size(), offset), written(to.size(), offset ^ 5);
-                        std::copy(from.begin(), from.end(), read.data());
-                        work(format, read.data(), written.data(), width);
-                        written.expect(to);
-                        if (samples != 4) return;
-                        work(format, read.data(), read.data(), width);
-                        read.expect(to);
-                    };
-                    expect([&](auto... row) { convert.toBgra(row...); }, source, in);
-                    expect([&](auto... row) { convert.fromBgra(row...); }, straight, out);
-                }
-            }
-        });
-    });
-}
-
-// All pairs of 8 bits, which are all that there are.
-TEST(PixelLayout, BringsEveryPremultipliedColorBack) {
+TEST_P(PixelLayouts, MultiplyAndDivideEveryColorByEveryAlpha) {
+    Bytes pixels;
+    for (int pair = 0; pair < 256 * 256; ++pair) {
+        const int color = pair & 0xFF, alpha = pair >> 8;
+        for (const int sample : {color, (color * 7 + 3) & 0xFF, 255 - color, alpha})
+            pixels.push_back(static_cast<std::uint8_t>(sample));
+    }
     const PixelFormat premultiplied{PixelLayout::Bgra, SampleDepth::Eight, true};
-    forEachSet([&](const Converter& convert) {
-        Bytes pixels;
-        for (int alpha = 0; alpha < 256; ++alpha) {
-            for (int color = 0; color < 256; ++color) {
-                for (const int sample : {color, (color * 7 + 3) & 0xFF, 255 - color, alpha}) {
-                    pixels.push_back(static_cast<std::uint8_t>(sample));
-                }
-            }
-        }
-        const auto width = static_cast<std::ptrdiff_t>(pixels.size() / 4);
-        Bytes straight(pixels.size()), back(pixels.size());
-        convert.toBgra(premultiplied, pixels.data(), straight.data(), width);
-        convert.fromBgra(premultiplied, straight.data(), back.data(), width);
-        for (std::size_t i = 0; i < pixels.size(); ++i) {
-            const int alpha = pixels[i | 3];
-            ASSERT_LE(back[i], alpha);
-            ASSERT_TRUE(back[i] == pixels[i] || pixels[i] > alpha) << "alpha " << alpha;
-            ASSERT_TRUE(straight[i] == pixels[i] || alpha != 255);
-            ASSERT_TRUE(straight[i] == 0 || alpha != 0);
-        }
-    });
+    Bytes straight(pixels.size()), multiplied(pixels.size());
+    kernels.toBgra(premultiplied, pixels.data(), straight.data(), 256 * 256);
+    kernels.fromBgra(premultiplied, pixels.data(), multiplied.data(), 256 * 256);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const int color = pixels[i], alpha = pixels[i | 3];
+        const bool isAlpha = i % 4 == 3;
+        const int quotient = alpha == 0 ? 0 : (255 * std::min(color, alpha) + alpha / 2) / alpha;
+        ASSERT_EQ(straight[i], isAlpha ? alpha : quotient) << color << " of " << alpha;
+        ASSERT_EQ(multiplied[i], isAlpha ? alpha : (color * alpha + 127) / 255) << color << " of " << alpha;
+    }
 }
 
 // Floats that no picture should have: what is only moved keeps its bits, nothing is limited, and no alpha
 // makes an infinity out of a number.
-TEST(PixelLayout, TakesFloatsOfAnyKind) {
+TEST_P(PixelLayouts, TakeFloatsOfAnyKind) {
     using Limits = std::numeric_limits<float>;
     const float strange[] = {Limits::quiet_NaN(),
                              Limits::infinity(),
@@ -248,37 +145,32 @@ TEST(PixelLayout, TakesFloatsOfAnyKind) {
                              7.25F};
     std::vector<float> pixels;
     for (const float color : strange) {
-        for (const float alpha : strange) {
-            for (const float sample : {color, 0.5F, 1.5F, alpha}) pixels.push_back(sample);
-        }
+        for (const float alpha : strange) pixels.insert(pixels.end(), {color, 0.5F, 1.5F, alpha});
     }
-    const auto width = static_cast<std::ptrdiff_t>(pixels.size() / 4);
-    const auto bytes = pixels.size() * sizeof(float);
-    forEachSet([&](const Converter& convert) {
-        std::vector<float> moved(pixels.size()), back(pixels.size());
-        for (const PixelLayout layout :
-             {PixelLayout::Bgra, PixelLayout::Rgba, PixelLayout::Argb, PixelLayout::Abgr}) {
-            convert.fromBgra({layout, SampleDepth::Float, false}, pixels.data(), moved.data(), width);
-            convert.toBgra({layout, SampleDepth::Float, false}, moved.data(), back.data(), width);
-            EXPECT_EQ(std::memcmp(back.data(), pixels.data(), bytes), 0);
-        }
-        convert.toBgra({PixelLayout::Bgra, SampleDepth::Float, true}, pixels.data(), moved.data(), width);
-        convert.fromBgra({PixelLayout::Bgra, SampleDepth::Float, true}, pixels.data(), back.data(), width);
-        for (std::size_t i = 0; i < pixels.size(); i += 4) {
-            const float alpha = pixels[i + 3];
-            EXPECT_EQ(std::memcmp(&moved[i + 3], &alpha, sizeof alpha), 0);
-            for (std::size_t c = i; c < i + 3; ++c) {
-                const float quotient = alpha > 0 ? pixels[c] / alpha : 0;
-                const float product = pixels[c] * alpha;
-                EXPECT_TRUE(moved[c] == quotient || (std::isnan(moved[c]) && std::isnan(quotient)));
-                EXPECT_TRUE(back[c] == product || (std::isnan(back[c]) && std::isnan(product)));
-            }
-            if (!(alpha > 0)) {
-                EXPECT_TRUE(moved[i] == 0 && moved[i + 1] == 0 && moved[i + 2] == 0) << alpha;
-            }
-        }
-    });
+    const auto made = [](Convert convert, PixelLayout layout, bool premultiplied,
+                         const std::vector<float>& given) {
+        std::vector<float> row(given.size());
+        convert({layout, SampleDepth::Float, premultiplied}, given.data(), row.data(),
+                static_cast<std::ptrdiff_t>(given.size() / 4));
+        return row;
+    };
+    for (const auto layout : {PixelLayout::Bgra, PixelLayout::Rgba, PixelLayout::Argb, PixelLayout::Abgr}) {
+        const auto back = made(kernels.toBgra, layout, false, made(kernels.fromBgra, layout, false, pixels));
+        EXPECT_EQ(std::memcmp(back.data(), pixels.data(), pixels.size() * sizeof(float)), 0);
+    }
+    const auto straight = made(kernels.toBgra, PixelLayout::Bgra, true, pixels);
+    const auto multiplied = made(kernels.fromBgra, PixelLayout::Bgra, true, pixels);
+    const auto isSame = [](float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const float color = pixels[i], alpha = pixels[i | 3];
+        const bool isAlpha = i % 4 == 3;
+        EXPECT_TRUE(isSame(straight[i], isAlpha ? alpha : alpha > 0 ? color / alpha : 0)) << color << alpha;
+        EXPECT_TRUE(isSame(multiplied[i], isAlpha ? alpha : color * alpha)) << color << " of " << alpha;
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sets, PixelLayouts, testing::ValuesIn(runnableInstructionSets()),
+                         [](const auto& tested) { return std::string(instructionSetName(tested.param)); });
 
 }  // namespace
 }  // namespace vireo

@@ -7,13 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 
-void expectGolden(const std::string& path, const std::string& head, const GoldenLines& lines) {
-    if (std::getenv("VIREO_RENEW_CHECKSUMS") != nullptr) {
-        std::ofstream file(path, std::ios::binary);
-        file << head;
-        for (const auto& [name, line] : lines) file << name << ": " << line << '\n';
-        ASSERT_TRUE(file.flush()) << path << " cannot be written";
-    }
+GoldenLines goldenLines(const std::string& path) {
     GoldenLines stored;
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
@@ -21,6 +15,17 @@ void expectGolden(const std::string& path, const std::string& head, const Golden
         if (!line.starts_with('#') && colon != std::string::npos)
             stored[line.substr(0, colon)] = line.substr(colon + 2);
     }
+    return stored;
+}
+
+void expectGolden(const std::string& path, const std::string& head, const GoldenLines& lines) {
+    if (std::getenv("VIREO_RENEW_CHECKSUMS") != nullptr) {
+        std::ofstream file(path, std::ios::binary);
+        file << head;
+        for (const auto& [name, line] : lines) file << name << ": " << line << '\n';
+        ASSERT_TRUE(file.flush()) << path << " cannot be written";
+    }
+    GoldenLines stored = goldenLines(path);
     for (const auto& [name, line] : lines) {
         const auto found = stored.find(name);
         EXPECT_EQ(line, found == stored.end() ? "missing in " + path : found->second) << name;

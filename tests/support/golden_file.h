@@ -11,6 +11,8 @@
 
 using GoldenLines = std::map<std::string, std::string>;
 
+GoldenLines goldenLines(const std::string& path);
+
 /// Fails for each line that differs, is missing or is due no more. `head`: what a new file begins with.
 void expectGolden(const std::string& path, const std::string& head, const GoldenLines& lines);
 

@@ -3,6 +3,7 @@
 
 #include "engine/locations.h"
 
+#include <algorithm>
 #include <cstring>
 #include <ostream>
 
@@ -11,14 +12,6 @@ namespace {
 
 constexpr std::uint8_t guard = 0xA5;
 constexpr std::size_t guardBytes = 64;
-
-template <class Sample>
-void fillWithFloats(std::vector<std::uint8_t>& memory, Sample&& sample) {
-    for (std::size_t i = 0; i + sizeof(float) <= memory.size(); i += sizeof(float)) {
-        const float value = sample();
-        std::memcpy(memory.data() + i, &value, sizeof value);
-    }
-}
 
 }  // namespace
 
@@ -68,40 +61,28 @@ VireoTime moment(std::int64_t frame, std::int64_t frames, int interlacing) {
     return {sizeof(VireoTime), interlacing, frame, frames, 25, -1};
 }
 
-FramePosition positionOf(const VireoTime& time) {
-    return {time.frame, time.frames, static_cast<double>(time.frame) / time.rate, time.rate,
-            static_cast<Interlacing>(time.interlacing)};
-}
-
 std::ostream& operator<<(std::ostream& out, const Lie& lie) {
     return out << "layout " << lie.layout << ", depth " << lie.depth
                << (lie.premultiplied ? ", premultiplied" : "") << (lie.isBottomUp ? ", bottom-up" : "")
                << ", gap " << lie.gap;
 }
 
-Pixels::Pixels(int width, int height, const Lie& lie, std::uint32_t seed) : frame{} {
-    frame.structSize = sizeof frame;
-    frame.width = width;
-    frame.height = height;
-    frame.layout = lie.layout;
-    frame.depth = lie.depth;
-    frame.premultiplied = lie.premultiplied ? 1 : 0;
+Pixels::Pixels(int width, int height, const Lie& lie, std::uint32_t seed)
+    : frame{sizeof frame, width, height, lie.layout, lie.depth, lie.premultiplied, nullptr, 0, nullptr} {
     const std::size_t step = rowBytes() + static_cast<std::size_t>(lie.gap);
     const auto rows = static_cast<std::size_t>(height);
-    memory_.resize(step * rows + 2 * guardBytes);
-    std::mt19937 random(seed);
-    if (lie.depth == VireoDepthFloat) {
-        fillWithFloats(memory_, [&] { return static_cast<float>(random() % 1200) / 1000; });
-    } else {
-        for (std::uint8_t& byte : memory_) byte = static_cast<std::uint8_t>(random() >> 8);
-    }
-    std::uint8_t* const first = memory_.data() + guardBytes;
-    for (std::size_t i = 0; i < memory_.size(); ++i) {
-        if (i < guardBytes || (i - guardBytes) % step >= rowBytes() || i - guardBytes >= step * rows)
-            memory_[i] = guard;
-    }
-    frame.pixels = lie.isBottomUp ? first + step * (rows - 1) : first;
+    memory_.assign(step * rows + 2 * guardBytes, guard);
+    frame.pixels = memory_.data() + guardBytes + (lie.isBottomUp ? step * (rows - 1) : 0);
     frame.stride = static_cast<std::int64_t>(step) * (lie.isBottomUp ? -1 : 1);
+    std::mt19937 random(seed);
+    for (int y = 0; y < height; ++y) {
+        for (std::size_t i = 0; i < rowBytes(); i += sizeof(float)) {
+            const auto bits = static_cast<std::uint32_t>(random());
+            const float number = static_cast<float>(bits % 1200) / 1000;
+            std::memcpy(row(y) + i, lie.depth == VireoDepthFloat ? static_cast<const void*>(&number) : &bits,
+                        std::min(sizeof number, rowBytes() - i));
+        }
+    }
 }
 
 PixelFormat Pixels::format() const {
@@ -115,13 +96,10 @@ std::size_t Pixels::rowBytes() const {
 }
 
 bool Pixels::guardsHold() const {
-    const auto step = static_cast<std::size_t>(std::abs(frame.stride));
-    for (std::size_t i = 0; i < memory_.size(); ++i) {
-        const bool isGuard = i < guardBytes || (i - guardBytes) % step >= rowBytes() ||
-                             i - guardBytes >= step * static_cast<std::size_t>(frame.height);
-        if (isGuard && memory_[i] != guard) return false;
-    }
-    return true;
+    std::vector<std::uint8_t> guards = memory_;
+    for (int y = 0; y < frame.height; ++y)
+        std::fill_n(guards.begin() + (row(y) - memory_.data()), rowBytes(), guard);
+    return std::count(guards.begin(), guards.end(), guard) == std::ssize(guards);
 }
 
 std::shared_ptr<Picture> Pixels::picture() const {
@@ -151,6 +129,16 @@ std::vector<std::uint8_t> rowsOf(const VireoFrame& frame) {
         const auto* row = static_cast<const std::uint8_t*>(frame.pixels) + y * frame.stride;
         rows.insert(rows.end(), row, row + rowBytes);
     }
+    return rows;
+}
+
+std::vector<std::uint8_t> rendered(const ChainHandle& chain, const VireoFrame& source, const VireoTime* time,
+                                   const VireoRenderOptions* options) {
+    VireoFrame result = source;
+    result.pixels = nullptr;
+    EXPECT_EQ(vireoChainRender(chain.get(), &source, &result, time, options), VireoDone) << sentence();
+    auto rows = rowsOf(result);
+    vireoFrameRelease(&result);
     return rows;
 }
 

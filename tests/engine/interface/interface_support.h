@@ -52,7 +52,6 @@ FilterChain engineChain(const std::string& text);
 
 /// A moment at 25 frames a second.
 VireoTime moment(std::int64_t frame, std::int64_t frames = 0, int interlacing = 0);
-FramePosition positionOf(const VireoTime& time);
 
 /// How a frame lies in memory.
 struct Lie {
@@ -89,6 +88,11 @@ private:
 
 /// The rows of a frame as bytes without gaps.
 std::vector<std::uint8_t> rowsOf(const VireoFrame& frame);
+
+/// The rows that a chain makes of a frame, in its own layout.
+std::vector<std::uint8_t> rendered(const ChainHandle& chain, const VireoFrame& source,
+                                   const VireoTime* time = nullptr,
+                                   const VireoRenderOptions* options = nullptr);
 
 /// Sets every parameter to a number from its range, another for another seed.
 void setAllAtRandom(const ChainHandle& chain, std::uint32_t position, std::uint32_t seed);

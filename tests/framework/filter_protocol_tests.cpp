@@ -65,6 +65,10 @@ TEST_F(FilterProtocol, SuitesThrowUntilTheyAreFoundAndStayFromThenOn) {
     vireoHostOfferSuite(VIREO_VPIX_SUITE, 0);
     EXPECT_EQ(flip.render(request), 0);
     vireoHostOfferSuite(VIREO_VPIX_SUITE, 1);
+
+    const void* older = this;
+    EXPECT_EQ(vrmAcquireSuite(VIREO_VPIX_CREATOR_2_SUITE, 2, &older), -1) << "there is version 3 alone";
+    EXPECT_EQ(older, nullptr);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 /// How a frame lies in memory. Sides may be empty or inverted, rows may overlap.
@@ -17,8 +18,6 @@ struct FrameShape {
     std::int64_t pixelBytes;
     bool againstEnd;  ///< The rows end, rather than begin, where a guard page does.
 
-    bool operator==(const FrameShape& other) const;
-
     std::int64_t width() const { return std::int64_t{bounds.right} - bounds.left; }
     std::int64_t height() const { return std::int64_t{bounds.bottom} - bounds.top; }
     bool empty() const { return width() <= 0 || height() <= 0; }
@@ -27,25 +26,8 @@ struct FrameShape {
     std::int64_t length() const;
 };
 
-/// Pages between two that cannot be accessed.
-class GuardedMemory {
-public:
-    /// At least `size` bytes.
-    explicit GuardedMemory(std::size_t size);
-    GuardedMemory(const GuardedMemory&) = delete;
-    GuardedMemory& operator=(const GuardedMemory&) = delete;
-    ~GuardedMemory();
-
-    std::uint8_t* begin() const { return begin_; }
-    std::uint8_t* end() const { return begin_ + size_; }
-
-private:
-    std::size_t size_;
-    std::uint8_t* begin_;
-};
-
-/// What lies around the rows cannot be accessed, as far as the address sanitizer can tell bytes apart, and a
-/// write to it is found to the byte.
+/// On pages between two that cannot be accessed. Nor can what lies around the rows, as far as the address
+/// sanitizer can tell bytes apart, and a write to it is found to the byte.
 class GuardedFrame {
 public:
     /// `padding` tells whether the bytes between the rows belong to them. The pixels are noise; where
@@ -58,19 +40,18 @@ public:
 
     FrameBuffer* handle() { return descriptor_.get(); }
 
-    /// Lifts the guards, so that the two questions can be asked.
-    void open();
-    bool unchanged() const;
-    bool changedInRowsOnly() const;
+    /// Lifts the guards and tells whether the bytes stayed, but for those of rows that may change.
+    bool kept(bool rowsMayChange);
 
 private:
     std::uint8_t* row(std::int64_t index) const { return first_ + index * shape_.rowBytes; }
-    std::int64_t rows() const { return shape_.empty() ? 0 : shape_.height(); }
-    void guard() const;
+    /// Calls with each part of the memory that belongs to the frame: where it begins, and its length.
+    template <class Visit>
+    void forEachPart(Visit&& visit) const;
 
     FrameShape shape_;
     Padding padding_;
-    GuardedMemory memory_;
+    std::span<std::uint8_t> memory_;           ///< The pages.
     std::uint8_t* lowest_;                     ///< The first byte of all rows.
     std::uint8_t* first_;                      ///< The first of the first row.
     std::unique_ptr<FrameBuffer> descriptor_;  ///< On the heap, where nothing else lies behind it.

@@ -7,68 +7,28 @@
 #include "tests/fuzz/require.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
-#include <optional>
-#include <string>
-#include <string_view>
-
-namespace {
-
-/// A file in memory that can be opened by its name.
-class MemoryFile {
-public:
-    std::u16string path() const { return path_; }
-
-    void write(std::string_view content) const {
-        REQUIRE(ftruncate(descriptor_, 0) == 0);
-        REQUIRE(pwrite(descriptor_, content.data(), content.size(), 0) ==
-                static_cast<ssize_t>(content.size()));
-    }
-
-    std::string content() const {
-        std::string bytes(static_cast<std::size_t>(lseek(descriptor_, 0, SEEK_END)), '\0');
-        REQUIRE(pread(descriptor_, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()));
-        return bytes;
-    }
-
-private:
-    int descriptor_ = memfd_create("levels", 0);
-    std::u16string path_ = [this] {
-        const std::string path = "/proc/self/fd/" + std::to_string(descriptor_);
-        return std::u16string(path.begin(), path.end());
-    }();
-};
-
-std::optional<std::vector<std::uint8_t>> readByTheCommandLine(std::string_view content) {
-    try {
-        return vireo::parseLevelsFile("input", content);
-    } catch (const vireo::Error& error) {
-        REQUIRE(*error.what() != '\0');
-        return std::nullopt;
-    }
-}
-
-}  // namespace
+#include <fstream>
+#include <sstream>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const MemoryFile file;
+    // A file in memory that can be opened by its name.
+    static const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("levels", 0));
+    static const std::u16string dialogPath(path.begin(), path.end());
     const std::string_view content(reinterpret_cast<const char*>(data), size);
-    file.write(content);
+    std::ofstream(path, std::ios::binary) << content;
     Levels::Settings settings;
-    const bool loaded = Levels::loadFile(file.path(), settings);
-    const auto bytes = readByTheCommandLine(content);
+    const bool loaded = Levels::loadFile(dialogPath, settings);
+    const auto bytes = readOrRefused<vireo::Error>([&] { return vireo::parseLevelsFile("input", content); });
     REQUIRE(loaded == bytes.has_value());
     if (!loaded) return 0;
     REQUIRE(bytes->size() == sizeof settings && std::memcmp(bytes->data(), &settings, sizeof settings) == 0);
-
-    for (const Levels::Channel& channel : {settings.red, settings.green, settings.blue}) {
-        const ChannelTable table = Levels::buildTable(channel, settings.master);
-        REQUIRE(table == Levels::buildTable(channel, settings.master));
-    }
-    REQUIRE(Levels::saveFile(file.path(), settings));
-    REQUIRE(file.content() == content.substr(0, 44));
+    for (const Levels::Channel& channel : {settings.red, settings.green, settings.blue})
+        REQUIRE(Levels::buildTable(channel, settings.master) == Levels::buildTable(channel, settings.master));
+    REQUIRE(Levels::saveFile(dialogPath, settings));
+    std::ostringstream saved;
+    saved << std::ifstream(path, std::ios::binary).rdbuf();
+    REQUIRE(saved.str() == content.substr(0, 44));
     return 0;
 }

@@ -4,9 +4,10 @@
 
 #include "host/hosting/meta_plugin.h"
 
-#include <vector>
-
 /// The filters of the module, which is linked into the program.
-const std::vector<hosting::Filter>& linkedFilters();
+inline const std::vector<hosting::Filter>& linkedFilters() {
+    static const hosting::MetaPlugin module("linked");
+    return module.filters();
+}
 
 #endif

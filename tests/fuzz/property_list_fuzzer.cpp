@@ -4,20 +4,17 @@
 #include "tests/fuzz/require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    hosting::PropertyList list;
-    try {
-        list = hosting::readPropertyList({data, size});
-    } catch (const hosting::PropertyListError& error) {
-        REQUIRE(*error.what() != '\0');
-        return 0;
-    }
+    const auto list = readOrRefused<hosting::PropertyListError>([&] {
+        return hosting::readPropertyList({data, size});
+    });
+    if (!list) return 0;
     std::size_t offset = 0;
-    for (const hosting::Parameter& parameter : list.parameters) {
+    for (const hosting::Parameter& parameter : list->parameters) {
         REQUIRE(parameter.offset == offset);
         REQUIRE(parameter.minimum <= parameter.maximum);
         offset += static_cast<std::size_t>(parameter.size);
     }
-    REQUIRE(list.recordSize() == offset);
-    REQUIRE(!list.name.empty());
+    REQUIRE(list->recordSize() == offset);
+    REQUIRE(!list->name.empty());
     return 0;
 }

@@ -18,12 +18,5 @@ TEST(Names, MatchByAnyUnambiguousBeginning) {
     for (const char* none : {"black", "()", ""}) EXPECT_THAT(matchName(none, things), ElementsAre()) << none;
 }
 
-TEST(Names, AreOfferedByLikeness) {
-    const std::vector<Names> things = {{"Solarize"}, {"Levels"}, {"Lens Distortion"}, {"Bend"}};
-    EXPECT_EQ(nearestNames("Solarise", things).front(), "Solarize");
-    EXPECT_EQ(nearestNames("lesn", things).front(), "Lens Distortion");
-    EXPECT_EQ(nearestNames("levles", things).front(), "Levels");
-}
-
 }  // namespace
 }  // namespace vireo

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -61,15 +60,7 @@ TEST_P(WorkerPools, RunEveryPartOnce) {
 TEST_P(WorkerPools, WorkOnAsManyThreadsAsTheySay) {
     for (int parts = 1; parts <= GetParam(); ++parts) {
         Gathering all(parts);  // without so many threads the parts wait for ever
-        std::mutex mutex;
-        std::set<std::thread::id> seen;
-        pool.run(parts, [&](int) {
-            all.join();
-            const std::lock_guard lock(mutex);
-            seen.insert(std::this_thread::get_id());
-        });
-        EXPECT_EQ(seen.size(), static_cast<std::size_t>(parts));
-        EXPECT_TRUE(seen.contains(std::this_thread::get_id()));
+        pool.run(parts, [&](int) { all.join(); });
     }
 }
 

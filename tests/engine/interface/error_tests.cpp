@@ -2,6 +2,7 @@
 // What makes no sense is refused and changes nothing.
 #include "tests/engine/interface/interface_support.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <thread>
@@ -36,7 +37,16 @@ TEST(InterfaceErrors, BelongToTheirThread) {
     EXPECT_EQ(vireoLastError()->status, VireoUsage);
 }
 
-/// What calls are given to work on and to fill in.
+/// A place of any type, which nobody may write to: a struct there tells a size that is large enough.
+struct Anywhere {
+    alignas(std::max_align_t) static inline std::uint8_t bytes[1024];
+
+    template <class Type>
+    operator Type*() const {
+        return reinterpret_cast<Type*>(bytes);
+    }
+};
+
 class InterfaceUsage : public testing::Test {
 protected:
     const ChainHandle chain = newChain("Levels; Solarize");
@@ -44,26 +54,13 @@ protected:
     VireoEngine* const e = engine();
     Pixels pixels{4, 4, {}, 1};
     VireoFrame* const frame = &pixels.frame;
-    VireoEngine* opened = nullptr;
-    VireoChain* made = nullptr;
-    VireoStream* streaming = nullptr;
-    char* text = nullptr;
-    void* bytes = nullptr;
-    std::size_t length = 0;
-    std::uint32_t count = 0;
-    std::int32_t number = 0;
-    std::int64_t value = 0;
-    const char* word = nullptr;
-    VireoFilter filter{.structSize = sizeof filter};
-    VireoParameter parameter{.structSize = sizeof parameter};
-    VireoPreset preset{.structSize = sizeof preset};
-    VireoNeeds needs{.structSize = sizeof needs};
     VireoKey key{0, 0, 1, VireoLinear};
+    const Anywhere any{};
 
+    InterfaceUsage() { std::memset(Anywhere::bytes, 1, sizeof Anywhere::bytes); }
     ~InterfaceUsage() override {
         EXPECT_EQ(textOf(chain), "Levels; Solarize");
-        EXPECT_TRUE(opened == nullptr && made == nullptr && streaming == nullptr);
-        EXPECT_TRUE(text == nullptr && bytes == nullptr && word == nullptr);
+        EXPECT_EQ(std::ranges::count(Anywhere::bytes, 1), std::ssize(Anywhere::bytes));
     }
 };
 
@@ -86,49 +83,49 @@ void expectNullsRefused(const char* name, VireoStatus (*call)(Parameters...), Ar
 #define EXPECT_NULLS_REFUSED(call, ...) expectNullsRefused(#call, call, __VA_ARGS__)
 
 TEST_F(InterfaceUsage, IsToGiveWhatIsNeeded) {
-    EXPECT_NULLS_REFUSED(vireoOpen, nullptr, &opened);
+    EXPECT_NULLS_REFUSED(vireoOpen, nullptr, any);
     EXPECT_NULLS_REFUSED(vireoSetLanguage, e, "en");
-    EXPECT_NULLS_REFUSED(vireoTranslate, e, "a", &text);
-    EXPECT_NULLS_REFUSED(vireoDescribeFilter, e, 0, &filter);
-    EXPECT_NULLS_REFUSED(vireoFindFilter, e, "a", &count);
-    EXPECT_NULLS_REFUSED(vireoDescribeParameter, e, 0, 0, &parameter);
-    EXPECT_NULLS_REFUSED(vireoDescribeChoice, e, 0, 0, 0, &word);
-    EXPECT_NULLS_REFUSED(vireoPresetCount, e, &count);
-    EXPECT_NULLS_REFUSED(vireoDescribePreset, e, 0, &preset);
-    EXPECT_NULLS_REFUSED(vireoChainNew, e, &made);
-    EXPECT_NULLS_REFUSED(vireoChainCopy, c, &made);
+    EXPECT_NULLS_REFUSED(vireoTranslate, e, "a", any);
+    EXPECT_NULLS_REFUSED(vireoDescribeFilter, e, 0, any);
+    EXPECT_NULLS_REFUSED(vireoFindFilter, e, "a", any);
+    EXPECT_NULLS_REFUSED(vireoDescribeParameter, e, 0, 0, any);
+    EXPECT_NULLS_REFUSED(vireoDescribeChoice, e, 0, 0, 0, any);
+    EXPECT_NULLS_REFUSED(vireoPresetCount, e, any);
+    EXPECT_NULLS_REFUSED(vireoDescribePreset, e, 0, any);
+    EXPECT_NULLS_REFUSED(vireoChainNew, e, any);
+    EXPECT_NULLS_REFUSED(vireoChainCopy, c, any);
     EXPECT_NULLS_REFUSED(vireoChainAddText, c, "Levels");
     EXPECT_NULLS_REFUSED(vireoChainAddFilter, c, 0);
     EXPECT_NULLS_REFUSED(vireoChainAddPreset, c, "a");
     EXPECT_NULLS_REFUSED(vireoChainAddSettings, c, "a", 1, nullptr);
     EXPECT_NULLS_REFUSED(vireoChainAddLevels, c, "a", 1, nullptr);
     EXPECT_NULLS_REFUSED(vireoChainAddFile, c, "a");
-    EXPECT_NULLS_REFUSED(vireoChainFilter, c, 0, &count);
+    EXPECT_NULLS_REFUSED(vireoChainFilter, c, 0, any);
     EXPECT_NULLS_REFUSED(vireoChainRemove, c, 0);
     EXPECT_NULLS_REFUSED(vireoChainMove, c, 0, 0);
-    EXPECT_NULLS_REFUSED(vireoChainText, c, VireoSpellingFull, &text);
-    EXPECT_NULLS_REFUSED(vireoChainFilterText, c, 0, VireoSpellingFull, &text);
-    EXPECT_NULLS_REFUSED(vireoChainSettings, c, &text);
-    EXPECT_NULLS_REFUSED(vireoChainFindParameter, c, 0, "(r)", &number);
+    EXPECT_NULLS_REFUSED(vireoChainText, c, VireoSpellingFull, any);
+    EXPECT_NULLS_REFUSED(vireoChainFilterText, c, 0, VireoSpellingFull, any);
+    EXPECT_NULLS_REFUSED(vireoChainSettings, c, any);
+    EXPECT_NULLS_REFUSED(vireoChainFindParameter, c, 0, "(r)", any);
     EXPECT_NULLS_REFUSED(vireoChainSet, c, 0, 0, "1");
-    EXPECT_NULLS_REFUSED(vireoChainGet, c, 0, 0, &text);
+    EXPECT_NULLS_REFUSED(vireoChainGet, c, 0, 0, any);
     EXPECT_NULLS_REFUSED(vireoChainUnset, c, 0, 0);
-    EXPECT_NULLS_REFUSED(vireoChainIsSet, c, 0, 0, &number);
+    EXPECT_NULLS_REFUSED(vireoChainIsSet, c, 0, 0, any);
     EXPECT_NULLS_REFUSED(vireoChainSetValue, c, 0, 0, 1);
-    EXPECT_NULLS_REFUSED(vireoChainValue, c, 0, 0, nullptr, &value);
-    EXPECT_NULLS_REFUSED(vireoChainCovers, c, 0, nullptr, &number);
-    EXPECT_NULLS_REFUSED(vireoChainKeys, c, 0, 0, &key, 1, &count);
+    EXPECT_NULLS_REFUSED(vireoChainValue, c, 0, 0, nullptr, any);
+    EXPECT_NULLS_REFUSED(vireoChainCovers, c, 0, nullptr, any);
+    EXPECT_NULLS_REFUSED(vireoChainKeys, c, 0, 0, &key, 1, any);
     EXPECT_NULLS_REFUSED(vireoChainSetKeys, c, 0, 0, &key, 1);
     EXPECT_EQ(vireoChainSetKeys(c, 0, 0, &key, 0), VireoUsage);
     EXPECT_NULLS_REFUSED(vireoChainSetBytes, c, 0, "", 0);
-    EXPECT_NULLS_REFUSED(vireoChainBytes, c, 0, nullptr, &bytes, &length);
-    EXPECT_NULLS_REFUSED(vireoChainLevels, c, 0, nullptr, &bytes, &length);
-    EXPECT_NULLS_REFUSED(vireoChainNeeds, c, &needs);
+    EXPECT_NULLS_REFUSED(vireoChainBytes, c, 0, nullptr, any, any);
+    EXPECT_NULLS_REFUSED(vireoChainLevels, c, 0, nullptr, any, any);
+    EXPECT_NULLS_REFUSED(vireoChainNeeds, c, any);
     EXPECT_NULLS_REFUSED(vireoChainAccepts, c, frame, 0);
-    EXPECT_NULLS_REFUSED(vireoChainIsIdentity, c, nullptr, &number);
+    EXPECT_NULLS_REFUSED(vireoChainIsIdentity, c, nullptr, any);
     EXPECT_NULLS_REFUSED(vireoChainSetThreads, c, 1);
     EXPECT_NULLS_REFUSED(vireoChainRender, c, frame, frame, nullptr, nullptr);
-    EXPECT_NULLS_REFUSED(vireoStreamNew, c, &streaming);
+    EXPECT_NULLS_REFUSED(vireoStreamNew, c, any);
     EXPECT_NULLS_REFUSED(vireoStreamRender, newStream(chain).get(), frame, frame, nullptr);
     EXPECT_EQ(vireoStreamRestart(nullptr), VireoUsage);
     EXPECT_EQ(vireoFilterCount(nullptr), 0U);
@@ -150,15 +147,15 @@ void put(Struct& into, Member Struct::*member, Number number) {
 TEST_F(InterfaceUsage, IsToGiveIndicesAndNumbersThatThereAre) {
     constexpr std::uint32_t far = UINT32_MAX;
     for (const std::uint32_t index : {22U, far}) {
-        EXPECT_EQ(vireoDescribeFilter(e, index, &filter), VireoUsage);
-        EXPECT_EQ(vireoDescribeParameter(e, index, 0, &parameter), VireoUsage);
-        EXPECT_EQ(vireoDescribeParameter(e, 0, index, &parameter), VireoUsage);
-        EXPECT_EQ(vireoDescribeChoice(e, 0, 0, index, &word), VireoUsage);
+        EXPECT_EQ(vireoDescribeFilter(e, index, any), VireoUsage);
+        EXPECT_EQ(vireoDescribeParameter(e, index, 0, any), VireoUsage);
+        EXPECT_EQ(vireoDescribeParameter(e, 0, index, any), VireoUsage);
+        EXPECT_EQ(vireoDescribeChoice(e, 0, 0, index, any), VireoUsage);
         EXPECT_EQ(vireoChainAddFilter(c, index), VireoUsage);
     }
-    EXPECT_EQ(vireoDescribePreset(e, far, &preset), VireoUsage);
+    EXPECT_EQ(vireoDescribePreset(e, far, any), VireoUsage);
     for (const std::uint32_t position : {2U, far}) {
-        EXPECT_EQ(vireoChainFilter(c, position, &count), VireoUsage);
+        EXPECT_EQ(vireoChainFilter(c, position, any), VireoUsage);
         EXPECT_EQ(vireoChainRemove(c, position), VireoUsage);
         EXPECT_EQ(vireoChainMove(c, 0, position), VireoUsage);
         EXPECT_EQ(vireoChainMove(c, position, 0), VireoUsage);
@@ -166,29 +163,27 @@ TEST_F(InterfaceUsage, IsToGiveIndicesAndNumbersThatThereAre) {
     for (const std::int32_t index : {1, -4, INT32_MAX, INT32_MIN}) {
         SCOPED_TRACE(index);
         EXPECT_EQ(vireoChainSet(c, 1, index, "1"), VireoUsage);
-        EXPECT_EQ(vireoChainGet(c, 1, index, &text), VireoUsage);
+        EXPECT_EQ(vireoChainGet(c, 1, index, any), VireoUsage);
         EXPECT_EQ(vireoChainUnset(c, 1, index), VireoUsage);
-        EXPECT_EQ(vireoChainIsSet(c, 1, index, &number), VireoUsage);
+        EXPECT_EQ(vireoChainIsSet(c, 1, index, any), VireoUsage);
     }
     for (const std::int32_t index : std::initializer_list<std::int32_t>{1, VireoFrom, VireoTo, INT32_MIN}) {
         EXPECT_EQ(vireoChainSetValue(c, 1, index, 1), VireoUsage);
-        EXPECT_EQ(vireoChainValue(c, 1, index, nullptr, &value), VireoUsage);
-        EXPECT_EQ(vireoChainKeys(c, 1, index, nullptr, 0, &count), VireoUsage);
+        EXPECT_EQ(vireoChainValue(c, 1, index, nullptr, any), VireoUsage);
+        EXPECT_EQ(vireoChainKeys(c, 1, index, nullptr, 0, any), VireoUsage);
         EXPECT_EQ(vireoChainSetKeys(c, 1, index, &key, 1), VireoUsage);
     }
     for (const double seconds : {-0.5, 2e9, std::nan("")}) {
         const VireoKey nowhere{-1, seconds, 1, VireoLinear};
         EXPECT_EQ(vireoChainSetKeys(c, 0, 0, &nowhere, 1), VireoUsage);
     }
-    struct {
-        VireoSpelling spelling;
-    } odd{};
+    VireoSpelling spelling;
     put(key, &VireoKey::transition, 77);
-    std::memcpy(&odd.spelling, &key.transition, sizeof odd.spelling);
+    std::memcpy(&spelling, &key.transition, sizeof spelling);
     EXPECT_EQ(vireoChainSetKeys(c, 0, 0, &key, 1), VireoUsage);
-    EXPECT_EQ(vireoChainText(c, odd.spelling, &text), VireoUsage);
-    EXPECT_EQ(vireoChainFilterText(c, 0, odd.spelling, &text), VireoUsage);
-    EXPECT_EQ(vireoChainLevels(c, 1, nullptr, &bytes, &length), VireoUsage);
+    EXPECT_EQ(vireoChainText(c, spelling, any), VireoUsage);
+    EXPECT_EQ(vireoChainFilterText(c, 0, spelling, any), VireoUsage);
+    EXPECT_EQ(vireoChainLevels(c, 1, nullptr, any, any), VireoUsage);
     EXPECT_EQ(vireoChainSetBytes(c, 0, "abc", 3), VireoUsage);
     for (const std::uint32_t threads : {0U, 1025U, far})
         EXPECT_EQ(vireoChainSetThreads(c, threads), VireoUsage);
@@ -259,34 +254,33 @@ TEST(InterfaceErrors, TellFromOneAnotherWhatAChainDoesNotRender) {
 }
 
 TEST(InterfaceStructs, MayBeOlderOrNewerThanTheEngine) {
-    // An older caller's is filled in as far as it goes.
-    VireoFilter filter{};
-    std::memset(&filter, 0x55, sizeof filter);
-    filter.structSize = offsetof(VireoFilter, category);
-    ASSERT_EQ(vireoDescribeFilter(engine(), 0, &filter), VireoDone);
-    EXPECT_STREQ(filter.name, "Alpha Glow");
-    EXPECT_EQ(filter.structSize, offsetof(VireoFilter, category));
-    EXPECT_EQ(filter.parameterCount, 0x55555555U);
-    // A newer caller's keeps what the engine does not know.
-    struct {
-        VireoFilter known;
-        std::uint64_t more;
-    } newer{{.structSize = sizeof newer}, 7};
-    ASSERT_EQ(vireoDescribeFilter(engine(), 0, &newer.known), VireoDone);
-    EXPECT_EQ(newer.known.parameterCount, 6U);
-    EXPECT_EQ(newer.known.maximumRowBytes, INT32_MAX);
-    EXPECT_EQ(newer.more, 7U);
+    // An older caller's is filled in as far as it goes, a newer one's keeps what the engine does not know.
+    for (const std::size_t known : {offsetof(VireoFilter, category), sizeof(VireoFilter)}) {
+        struct {
+            VireoFilter filter;
+            std::uint64_t more;
+        } given, before;
+        std::memset(&given, 0x55, sizeof given);
+        given.filter.structSize = known < sizeof(VireoFilter) ? known : sizeof given;
+        std::memcpy(&before, &given, sizeof given);
+        ASSERT_EQ(vireoDescribeFilter(engine(), 0, &given.filter), VireoDone);
+        EXPECT_STREQ(given.filter.name, "Alpha Glow");
+        EXPECT_EQ(given.filter.structSize, before.filter.structSize);
+        EXPECT_EQ(given.filter.maximumRowBytes == INT32_MAX, known == sizeof(VireoFilter));
+        EXPECT_EQ(std::memcmp(reinterpret_cast<char*>(&given) + known,
+                              reinterpret_cast<char*>(&before) + known, sizeof given - known),
+                  0);
+    }
     // Half a pointer is none.
-    VireoOpenOptions options{offsetof(VireoOpenOptions, module) + 4, "nowhere", "nothing"};
+    const VireoOpenOptions options{offsetof(VireoOpenOptions, module) + 4, "nowhere", "nothing"};
     VireoEngine* opened = nullptr;
     EXPECT_EQ(vireoOpen(&options, &opened), VireoDone) << sentence();
     vireoClose(opened);
-    // A result that does not tell of ownership cannot be given memory.
+    // A result that does not tell of ownership cannot be given memory, nor a preset its texts.
     Pixels source(4, 4, {}, 1);
     VireoFrame result = source.frame;
     result.structSize = offsetof(VireoFrame, pixels);
-    EXPECT_EQ(vireoChainRender(newChain("Solarize").get(), &source.frame, &result, nullptr, nullptr),
-              VireoUsage);
+    EXPECT_EQ(vireoChainRender(newChain().get(), &source.frame, &result, nullptr, nullptr), VireoUsage);
     VireoPreset preset{.structSize = offsetof(VireoPreset, file)};
     EXPECT_EQ(vireoDescribePreset(engine(), 0, &preset), VireoUsage);
     VireoTime time = moment(5);

@@ -16,14 +16,12 @@ constexpr std::size_t guardBytes = 64;
 }  // namespace
 
 VireoEngine* engine() {
-    static const std::unique_ptr<VireoEngine, void (*)(VireoEngine*)> opened(
-        [] {
-            VireoEngine* made = nullptr;
-            EXPECT_EQ(vireoOpen(nullptr, &made), VireoDone) << sentence();
-            return made;
-        }(),
-        vireoClose);
-    return opened.get();
+    static VireoEngine* const opened = [] {
+        VireoEngine* made = nullptr;
+        EXPECT_EQ(vireoOpen(nullptr, &made), VireoDone) << sentence();
+        return made;
+    }();
+    return opened;
 }
 
 ChainHandle newChain(const std::string& text) {

@@ -6,6 +6,7 @@
 #include "engine/chain/clip.h"
 #include "host/hosting/meta_plugin.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace vireo::test {
@@ -18,9 +19,8 @@ namespace vireo::test {
 ///   that is known; the others are not.
 const std::vector<hosting::Filter>& fakeFilters();
 
-/// A picture of one colour, opaque.
-PicturePtr plainPicture(int width, int height, std::uint8_t blue, std::uint8_t green = 0,
-                        std::uint8_t red = 0);
+/// A picture whose bytes are all the same.
+std::shared_ptr<Picture> plainPicture(int width, int height, int value);
 
 /// A clip whose frames are in memory.
 class Clip : public SourceHistory {
@@ -28,8 +28,12 @@ public:
     Clip(std::vector<PicturePtr> frames, Interlacing interlacing = Interlacing::Progressive)
         : frames_(std::move(frames)), interlacing_(interlacing) {}
 
-    PicturePtr frame(std::int64_t number) const override;
-    FramePosition position(std::int64_t number) const override;
+    PicturePtr frame(std::int64_t number) const override {
+        return frames_.at(static_cast<std::size_t>(std::max<std::int64_t>(number, 0)));
+    }
+    FramePosition position(std::int64_t number) const override {
+        return {number, std::ssize(frames_), static_cast<double>(number) / 25, 25, interlacing_};
+    }
 
 private:
     std::vector<PicturePtr> frames_;

@@ -10,7 +10,6 @@
 namespace vireo::test {
 namespace {
 
-constexpr std::uint8_t guard = 0xA5;
 constexpr std::size_t guardBytes = 64;
 
 }  // namespace
@@ -66,10 +65,11 @@ std::ostream& operator<<(std::ostream& out, const Lie& lie) {
 }
 
 Pixels::Pixels(int width, int height, const Lie& lie, std::uint32_t seed)
-    : frame{sizeof frame, width, height, lie.layout, lie.depth, lie.premultiplied, nullptr, 0, nullptr} {
+    : frame{sizeof frame, width, height, lie.layout, lie.depth, lie.premultiplied, nullptr, 0, nullptr},
+      guard_(static_cast<std::uint8_t>(0xA5 + seed)) {
     const std::size_t step = rowBytes() + static_cast<std::size_t>(lie.gap);
     const auto rows = static_cast<std::size_t>(height);
-    memory_.assign(step * rows + 2 * guardBytes, guard);
+    memory_.assign(step * rows + 2 * guardBytes, guard_);
     frame.pixels = memory_.data() + guardBytes + (lie.isBottomUp ? step * (rows - 1) : 0);
     frame.stride = static_cast<std::int64_t>(step) * (lie.isBottomUp ? -1 : 1);
     std::mt19937 random(seed);
@@ -96,8 +96,8 @@ std::size_t Pixels::rowBytes() const {
 bool Pixels::guardsHold() const {
     std::vector<std::uint8_t> guards = memory_;
     for (int y = 0; y < frame.height; ++y)
-        std::fill_n(guards.begin() + (row(y) - memory_.data()), rowBytes(), guard);
-    return std::count(guards.begin(), guards.end(), guard) == std::ssize(guards);
+        std::fill_n(guards.begin() + (row(y) - memory_.data()), rowBytes(), guard_);
+    return std::count(guards.begin(), guards.end(), guard_) == std::ssize(guards);
 }
 
 std::shared_ptr<Picture> Pixels::picture() const {

@@ -83,6 +83,7 @@ private:
     std::size_t rowBytes() const;
     PixelFormat format() const;
 
+    std::uint8_t guard_;  ///< Another for another seed, so that nobody copies it unseen.
     std::vector<std::uint8_t> memory_;
 };
 

@@ -45,10 +45,12 @@ protected:
         filter.invocation.destFrame = destination.handle();
         const FrameRect bounds = source.handle()->bounds;
         const bool isEmpty = bounds.right <= bounds.left || bounds.bottom <= bounds.top;
+        const auto settings = filter.settings();
         // Bend copies the source first, of which there is none.
         EXPECT_EQ(filter.call(FilterSelectorExecute), isEmpty && GetParam() == bendId ? 1 : 0);
         ASSERT_TRUE(destination.outerGuardsHold())
-            << "from " << source.geometry() << ", settings " << testing::PrintToString(filter.settings());
+            << "from " << source.geometry() << ", settings " << testing::PrintToString(settings);
+        ASSERT_EQ(filter.settings(), settings);
     }
 
     FilterUnderTest filter{GetParam()};

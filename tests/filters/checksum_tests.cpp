@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 // What every filter renders, as checksums that lie beside this file: whatever changes a byte has to change
 // that file as well. VIREO_RENEW_CHECKSUMS=1 writes it anew.
+#include "tests/support/filter_under_test.h"
 #include "tests/support/golden_file.h"
-#include "tests/support/test_frame.h"
 
-#include "host/heapkit/memory_handles.h"
 #include "host/hosting/filter_instance.h"
 #include "host/hosting/meta_plugin.h"
-#include "host/pixkit/pixel_formats.h"
 #include "host/pixkit/pixkit.h"
-#include "host/vireo_host.h"
 
-#include <cstring>
 #include <map>
 
 namespace {
+
+using Values = std::vector<std::int64_t>;
 
 /// How a frame is handed over: one column of the file each.
 struct Handing {
@@ -72,8 +70,8 @@ std::int64_t nextValue(const hosting::Parameter& parameter, Random& random) {
 }
 
 /// The values that a filter is rendered with, by what the file calls them.
-std::map<std::string, std::vector<std::int64_t>> settingsOf(const hosting::Filter& filter) {
-    std::map<std::string, std::vector<std::int64_t>> all{{"defaults", {}}};
+std::map<std::string, Values> settingsOf(const hosting::Filter& filter) {
+    std::map<std::string, Values> all{{"defaults", {}}};
     const auto& parameters = filter.properties.parameters;
     if (parameters.empty()) return all;
     all["without settings"] = {};
@@ -92,101 +90,104 @@ std::map<std::string, std::vector<std::int64_t>> settingsOf(const hosting::Filte
 
 class Rendering {
 public:
-    Rendering(const hosting::Filter& filter, const std::string& settings,
-              const std::vector<std::int64_t>& values)
-        : filter_(filter), instance_(filter.entry), withoutSettings_(settings == "without settings") {
+    Rendering(const hosting::Filter& filter, std::uint32_t format) : filter_(filter), tested_(filter.id) {
+        tested_.pixelFormat = format;
+        tested_.invocation.getFrameCallback = otherFrame;
+    }
+
+    /// Those of a fresh instance, but for the first values.
+    void store(const Values& values) {
+        tested_.dropSettings();
+        tested_.call(FilterSelectorInitSettings);
+        std::vector<std::uint8_t> record = tested_.settings();
         for (std::size_t i = 0; i < values.size(); ++i) {
-            const hosting::Parameter& parameter = filter.properties.parameters[i];
-            std::memcpy(instance_.settings().data() + parameter.offset, &values[i],
+            const hosting::Parameter& parameter = filter_.properties.parameters[i];
+            std::memcpy(record.data() + parameter.offset, &values[i],
                         static_cast<std::size_t>(parameter.size));
         }
+        if (!record.empty()) tested_.setSettings(record);
     }
 
-    std::vector<std::uint32_t> pixelFormats() const {
-        std::vector<std::uint32_t> formats = instance_.pixelFormats();
-        if (formats.empty()) formats.push_back(PixKit::formatBgra);
-        return formats;
-    }
+    void dropSettings() { tested_.dropSettings(); }
 
-    std::string checksum(const Handing& handing, std::uint32_t format) const {
+    std::string checksum(const Handing& handing) {
         Checksum checksum;
-        for (Geometry geometry : geometries) {
-            geometry.pixelBytes = PixKit::bytesPerPixel(format);
-            TestFrame source(geometry), destination(geometry);
-            draw(source, handing.time);
-            vireoHostSetPixelFormat(source.handle(), format);
-            vireoHostSetPixelFormat(destination.handle(), format);
-            render({.source = source.handle(),
-                    .destination = destination.handle(),
-                    .time = handing.time,
-                    .duration = clipDuration,
-                    .fieldFlags = handing.fieldFlags,
-                    .getFrame = otherFrame,
-                    .getFrameData = &geometry});
-            for (int y = 0; y < geometry.height; ++y) {
-                checksum.add({destination.row(y), static_cast<std::size_t>(geometry.width) *
-                                                      static_cast<std::size_t>(geometry.pixelBytes)});
+        for (const Geometry& geometry : geometries) add(checksum, geometry, handing, clipDuration);
+        return checksum.text();
+    }
+
+    /// Of frames of every width, each with settings, a time and a field of its own. Some settings are such as
+    /// no host lets anybody choose.
+    std::string checksumOfAnything() {
+        constexpr std::int64_t odd[] = {0, 1, -1, 127, 128, 255, 256, 32767, 32768, INT32_MAX, INT32_MIN};
+        Checksum checksum;
+        Random random(filter_.id);
+        for (const Geometry& geometry : geometriesOfEveryWidth()) {
+            Values values;
+            for (const hosting::Parameter& parameter : filter_.properties.parameters) {
+                const std::int64_t value = nextValue(parameter, random);
+                values.push_back(random() % 16 == 0 ? odd[random() % std::size(odd)] : value);
             }
-            vireoHostSetPixelFormat(source.handle(), PixKit::formatBgra);
-            vireoHostSetPixelFormat(destination.handle(), PixKit::formatBgra);
+            store(values);
+            if (random() % 8 == 0) tested_.dropSettings();
+            const auto time = static_cast<std::uint32_t>(random());
+            const auto fieldFlags = static_cast<std::uint16_t>(random());
+            add(checksum, geometry, {random() % 4 == 0 ? time : time % 100, fieldFlags}, time >> 8 & 127);
         }
         return checksum.text();
     }
 
 private:
-    void render(const hosting::FrameRequest& request) const {
-        if (!withoutSettings_) {
-            EXPECT_EQ(instance_.render(request), 0);
-            return;
+    void add(Checksum& checksum, Geometry geometry, const Handing& handing, std::uint32_t duration) {
+        geometry.pixelBytes = PixKit::bytesPerPixel(tested_.pixelFormat);
+        TestFrame source(geometry), destination(geometry);
+        draw(source, handing.time);
+        draw(destination, handing.time);  // Hosts hand out a copy.
+        tested_.invocation.frameTime = handing.time;
+        tested_.invocation.clipDuration = duration;
+        tested_.invocation.fieldFlags = handing.fieldFlags;
+        tested_.invocation.frameCallbackData = &geometry;
+        tested_.render(source, destination);
+        for (int y = 0; y < geometry.height; ++y) {
+            checksum.add(
+                {destination.row(y), static_cast<std::size_t>(geometry.width * geometry.pixelBytes)});
         }
-        static const TimeBase timeBase{{}, hosting::fieldDuration};
-        vpixCopy(request.source, request.destination, &request.source->bounds, &request.source->bounds,
-                 VPixCopyReplace);
-        FilterInvocation invocation{};
-        invocation.sourceFrame = request.source;
-        invocation.destFrame = request.destination;
-        invocation.frameTime = request.time;
-        invocation.clipDuration = request.duration;
-        invocation.fieldFlags = request.fieldFlags;
-        invocation.getFrameCallback = request.getFrame;
-        invocation.frameCallbackData = request.getFrameData;
-        invocation.hostInstanceData = static_cast<const UtilityServices*>(vireoHostServices());
-        invocation.hostCallbacks = vireoHostCallbacks();
-        invocation.timeBase = &timeBase;
-        FilterInvocation* pointer = &invocation;
-        EXPECT_EQ(filter_.entry(nullptr, FilterSelectorExecute, &pointer), 0);
     }
 
     const hosting::Filter& filter_;
-    hosting::FilterInstance instance_;
-    bool withoutSettings_;
+    FilterUnderTest tested_;
 };
 
 TEST(Checksums, FiltersRenderTheBytesThatTheyAlwaysDid) {
     GoldenLines lines;
-    const hosting::MetaPlugin plugin(VIREO_TESTED_MODULE);
-    for (const hosting::Filter& filter : plugin.filters()) {
-        for (const auto& [settings, values] : settingsOf(filter)) {
-            const Rendering rendering(filter, settings, values);
-            for (const std::uint32_t format : rendering.pixelFormats()) {
-                std::string name = filter.properties.name + ", " + settings;
-                if (format != PixKit::formatBgra)
-                    name += ", " + std::string(reinterpret_cast<const char*>(&format), 4);
-                std::string& line = lines[name];
+    for (const hosting::Filter& filter : testedFilters()) {
+        auto formats = hosting::FilterInstance(filter.entry).pixelFormats();
+        if (formats.empty()) formats.push_back(PixKit::formatBgra);
+        for (const std::uint32_t format : formats) {
+            const std::string suffix =
+                format == PixKit::formatBgra
+                    ? ""
+                    : ", " + std::string(reinterpret_cast<const char*>(&format), sizeof format);
+            Rendering rendering(filter, format);
+            lines[filter.properties.name + ", anything" + suffix] = rendering.checksumOfAnything();
+            for (const auto& [settings, values] : settingsOf(filter)) {
+                rendering.store(values);
+                if (settings == "without settings") rendering.dropSettings();
+                std::string& line = lines[filter.properties.name + ", " + settings + suffix];
                 for (const Handing& handing : handings)
-                    line += (line.empty() ? "" : " ") + rendering.checksum(handing, format);
+                    line += (line.empty() ? "" : " ") + rendering.checksum(handing);
             }
         }
     }
-    expectGolden(
-        VIREO_CHECKSUMS,
-        "# SPDX-License-Identifier: MIT\n"
-        "# CRC-32 of what each filter renders of a whole frame, an upper and a lower field: the same with "
-        "every\n"
-        "# instruction set and on every system, since no value here hangs on the last bit of pow, sin or "
-        "cos.\n"
-        "# VIREO_RENEW_CHECKSUMS=1 build/linux/bin/checksum_tests writes this file.\n",
-        lines);
+    expectGolden(VIREO_CHECKSUMS,
+                 "# SPDX-License-Identifier: MIT\n"
+                 "# CRC-32 of what each filter renders of a whole frame, an upper and a lower field, and of "
+                 "frames of\n"
+                 "# every width with anything: the same with every instruction set and on every system, "
+                 "since no value\n"
+                 "# here hangs on the last bit of pow, sin or cos.\n"
+                 "# VIREO_RENEW_CHECKSUMS=1 build/linux/bin/checksum_tests writes this file.\n",
+                 lines);
 }
 
 }  // namespace

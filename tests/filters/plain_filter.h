@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Filters against plain versions of themselves, which are slow and obvious. The program runs once for each
-// instruction set.
+// Filters that look at one pixel at a time against plain versions of themselves, which are slow and obvious.
+// The program runs once for each instruction set.
 #ifndef VIREO_TESTS_FILTERS_PLAIN_FILTER_H
 #define VIREO_TESTS_FILTERS_PLAIN_FILTER_H
 
@@ -9,18 +9,14 @@
 #include <algorithm>
 #include <functional>
 
-/// What a filter has to make of a frame.
-using PlainFilter = std::function<Picture(TestFrame& source)>;
-using PlainPixel = std::function<std::uint32_t(std::uint32_t pixel)>;
+/// What a filter has to make of a pixel.
+using PlainFilter = std::function<std::uint32_t(std::uint32_t pixel)>;
 
 /// Sets the filter to anything, may paint the source, whose pixels are random at first, and says what is due.
-template <class Plain>
-using Choice = std::function<Plain(FilterUnderTest& filter, Picture& source, Random& random)>;
+using Choice = std::function<PlainFilter(FilterUnderTest& filter, Picture& source, Random& random)>;
 
-/// Over frames of every width up to some vectors, of awkward sizes and of long rows.
-void expectEqualsPlain(std::uint32_t id, const Choice<PlainFilter>& choose);
-/// The same for filters that look at one pixel at a time, which may overwrite their source.
-void expectPixelsEqualPlain(std::uint32_t id, const Choice<PlainPixel>& choose);
+/// Over frames of every width up to some vectors, of awkward sizes and of long rows, and in place.
+void expectEqualsPlain(std::uint32_t id, const Choice& choose);
 
 template <class Value, std::size_t count>
 Value oneOf(const Value (&values)[count], Random& random) {

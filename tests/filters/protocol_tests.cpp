@@ -27,8 +27,6 @@ class Protocol : public testing::TestWithParam<std::uint32_t> {
 protected:
     Protocol() { filter.invocation.hostCallbacks = host.callbacks(); }
 
-    bool keepsSettings() const { return !initial.empty(); }
-
     RecordingHost host;
     FilterUnderTest filter{GetParam()};
     const Bytes initial = [] {
@@ -94,14 +92,6 @@ TEST(Protocols, StandAsOldHostsKnowThem) {
                  lines);
 }
 
-TEST_P(Protocol, StartSurvivesAHostWithoutMemory) {
-    for (int available = 0; available < 2; ++available) {
-        filter.dropSettings();
-        host.limitAllocations(available);
-        EXPECT_EQ(filter.call(FilterSelectorInitSettings), keepsSettings() ? 1 : 0);
-    }
-}
-
 TEST_P(Protocol, UnknownSelectorsChangeNothing) {
     for (const Bytes& settings : {Bytes(), initial}) {
         if (!settings.empty()) filter.setSettings(settings);
@@ -128,16 +118,6 @@ TEST_P(Protocol, SetupWithoutADialogWindowLeavesTheSettings) {
     EXPECT_EQ(host.liveHandles(), live) << "nobody else releases the work record";
 }
 #endif
-
-TEST_P(Protocol, ExecuteLeavesSettingsAlone) {
-    Random random(1);
-    TestFrame source({.width = 20, .height = 12}, random), destination({.width = 20, .height = 12});
-    for (const Bytes& settings : {Bytes(), initial}) {
-        if (!settings.empty()) filter.setSettings(settings);
-        filter.render(source, destination);
-        EXPECT_EQ(filter.settings(), settings);
-    }
-}
 
 INSTANTIATE_TEST_SUITE_P(Filters, Protocol, testing::ValuesIn(filterIds()),
                          testing::PrintToStringParamName());

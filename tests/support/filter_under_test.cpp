@@ -2,7 +2,6 @@
 #include "tests/support/filter_under_test.h"
 
 #include "host/heapkit/memory_handles.h"
-#include "host/hosting/meta_plugin.h"
 #include "host/vireo_host.h"
 #if defined(_WIN32)
 #include "host/win32.h"
@@ -14,38 +13,38 @@ namespace {
 
 const TimeBase timeBase{{}, 1};
 
-/// The module lies beside the program.
-std::filesystem::path programFolder() {
-#if defined(_WIN32)
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    return std::filesystem::path(program).parent_path();
-#else
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-#endif
-}
-
-const hosting::MetaPlugin& module() {
-    static const hosting::MetaPlugin loaded(programFolder() / "VireoFiltersMetaPlugin.vrmp");
-    return loaded;
-}
-
-}  // namespace
-
-FilterEntryProc filterEntry(std::uint32_t id) {
-    for (const hosting::Filter& filter : module().filters()) {
+FilterEntryProc entryOf(std::uint32_t id) {
+    for (const hosting::Filter& filter : testedFilters()) {
         if (filter.id == id) return filter.entry;
     }
     throw std::out_of_range("no filter " + std::to_string(id));
 }
 
+}  // namespace
+
+std::filesystem::path testedModule() {
+#if defined(_WIN32)
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    const std::filesystem::path path = program;
+#else
+    const auto path = std::filesystem::read_symlink("/proc/self/exe");
+#endif
+    return path.parent_path() / "VireoFiltersMetaPlugin.vrmp";
+}
+
+const std::vector<hosting::Filter>& testedFilters() {
+    static const hosting::MetaPlugin loaded(testedModule());
+    return loaded.filters();
+}
+
 std::vector<std::uint32_t> filterIds() {
     std::vector<std::uint32_t> ids;
-    for (const hosting::Filter& filter : module().filters()) ids.push_back(filter.id);
+    for (const hosting::Filter& filter : testedFilters()) ids.push_back(filter.id);
     return ids;
 }
 
-FilterUnderTest::FilterUnderTest(std::uint32_t id) : entry_(filterEntry(id)) {
+FilterUnderTest::FilterUnderTest(std::uint32_t id) : entry_(entryOf(id)) {
     invocation.hostInstanceData = static_cast<const UtilityServices*>(vireoHostServices());
     invocation.hostCallbacks = vireoHostCallbacks();
     invocation.timeBase = &timeBase;

@@ -3,19 +3,21 @@
 #ifndef VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
 #define VIREO_TESTS_SUPPORT_FILTER_UNDER_TEST_H
 
+#include "host/hosting/meta_plugin.h"
 #include "host/pixkit/pixel_formats.h"
 #include "host/vrm/filter_invocation.h"
 #include "tests/support/test_frame.h"
 
 #include <concepts>
 #include <cstring>
+#include <filesystem>
 #include <initializer_list>
 #include <span>
 #include <vector>
 
-/// The entry function that the filter of this id announces. Throws std::out_of_range for an unknown id.
-FilterEntryProc filterEntry(std::uint32_t id);
-/// All filters of the module.
+/// The module lies beside the program.
+std::filesystem::path testedModule();
+const std::vector<hosting::Filter>& testedFilters();
 std::vector<std::uint32_t> filterIds();
 
 /// Values as they lie in settings records.
@@ -30,6 +32,7 @@ std::vector<std::uint8_t> littleEndian(std::initializer_list<Value> values) {
 /// record that have no function here are set directly.
 class FilterUnderTest {
 public:
+    /// Throws std::out_of_range for an unknown id.
     explicit FilterUnderTest(std::uint32_t id);
     FilterUnderTest(const FilterUnderTest&) = delete;
     FilterUnderTest& operator=(const FilterUnderTest&) = delete;

@@ -21,9 +21,6 @@ public:
     std::string allocations() const { return allocations_; }
     /// Handles that were made and not disposed.
     int liveHandles() const { return liveHandles_; }
-    void forget() { allocations_.clear(); }
-    /// From now on this many allocations succeed; the others answer null.
-    void limitAllocations(int count) { allocationsLeft_ = count; }
 
 private:
     static MemoryHandle newHandle(std::size_t size);
@@ -35,7 +32,6 @@ private:
     HostCallbacks callbacks_;
     std::string allocations_;
     int liveHandles_ = 0;
-    int allocationsLeft_ = 1000;
 };
 
 #endif

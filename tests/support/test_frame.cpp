@@ -26,18 +26,25 @@ std::ostream& operator<<(std::ostream& out, const Geometry& geometry) {
 
 const std::vector<Geometry>& awkwardGeometries() {
     static const std::vector<Geometry> geometries = [] {
-        constexpr int widths[] = {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 63, 65, 100, 131, 258};
-        constexpr int heights[] = {1, 2, 3, 4, 5, 8, 13, 40};
         std::vector<Geometry> made;
-        int turn = 0;
-        for (const int width : widths) {
-            for (const int height : heights) {
-                Geometry geometry{.width = width, .height = height, .padding = turn % 4 * 4};
-                if (turn % 3 == 1) geometry.left = -7, geometry.top = 12;
-                made.push_back(geometry);
-                ++turn;
+        for (const int width : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 63, 65, 100, 131, 258}) {
+            for (const int height : {1, 2, 3, 4, 5, 8, 13, 40}) {
+                const auto turn = static_cast<int>(made.size());
+                made.push_back({.width = width, .height = height, .padding = turn % 4 * 4});
+                if (turn % 3 == 1) made.back().left = -7, made.back().top = 12;
             }
         }
+        return made;
+    }();
+    return geometries;
+}
+
+const std::vector<Geometry>& geometriesOfEveryWidth() {
+    static const std::vector<Geometry> geometries = [] {
+        std::vector<Geometry> made = awkwardGeometries();
+        for (int width = 1; width < 200; ++width)
+            made.push_back({.width = width, .height = 1 + width % 7, .padding = width % 3 * 4});
+        for (const int width : {511, 512, 700, 2125}) made.push_back({.width = width, .height = 3});
         return made;
     }();
     return geometries;
@@ -108,24 +115,21 @@ bool TestFrame::isPixelByte(std::size_t index) const {
     return (index - margin) % stride_ < static_cast<std::size_t>(geometry_.width * geometry_.pixelBytes);
 }
 
-testing::AssertionResult TestFrame::guardsHold(const std::function<bool(std::size_t)>& isGuard) const {
-    for (std::size_t i = 0; i < memory_.size(); ++i) {
-        if (isGuard(i) && memory_[i] != guardByte(i)) {
-            return testing::AssertionFailure()
-                   << "byte " << static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(margin)
-                   << " from the rows' begin was written; frame " << geometry_;
-        }
+testing::AssertionResult TestFrame::guardsHold(std::size_t begin, std::size_t end) const {
+    for (std::size_t i = begin; i < end; ++i) {
+        if (isPixelByte(i) || memory_[i] == guardByte(i)) continue;
+        return testing::AssertionFailure()
+               << "byte " << static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(margin)
+               << " from the rows' begin was written; frame " << geometry_;
     }
     return testing::AssertionSuccess();
 }
 
-testing::AssertionResult TestFrame::guardsHold() const {
-    return guardsHold([this](std::size_t index) { return !isPixelByte(index); });
-}
+testing::AssertionResult TestFrame::guardsHold() const { return guardsHold(0, memory_.size()); }
 
 testing::AssertionResult TestFrame::outerGuardsHold() const {
-    return guardsHold(
-        [this](std::size_t index) { return index < margin || index >= memory_.size() - margin; });
+    const auto before = guardsHold(0, margin);
+    return before ? guardsHold(memory_.size() - margin, memory_.size()) : before;
 }
 
 testing::AssertionResult samePicture(const Picture& expected, const Picture& actual) {

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -58,6 +57,8 @@ std::ostream& operator<<(std::ostream& out, const Geometry& geometry);
 
 /// Sizes around vector lengths, padded and shifted, in no order.
 const std::vector<Geometry>& awkwardGeometries();
+/// These, every width up to some vectors, and long rows.
+const std::vector<Geometry>& geometriesOfEveryWidth();
 
 /// A frame whose every byte that is no pixel carries a pattern, before, behind and between the rows.
 class TestFrame {
@@ -80,7 +81,7 @@ public:
     testing::AssertionResult outerGuardsHold() const;
 
 private:
-    testing::AssertionResult guardsHold(const std::function<bool(std::size_t)>& isGuard) const;
+    testing::AssertionResult guardsHold(std::size_t begin, std::size_t end) const;
     bool isPixelByte(std::size_t index) const;
     std::uint8_t guardByte(std::size_t index) const;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/vireo_host.h"
+#include "host/pixkit/pixkit.h"
 #include "tests/support/filter_under_test.h"
 
 namespace {
@@ -16,14 +16,12 @@ struct Clip {
         return TestFrame(geometry, random).picture();
     }
 
-    static std::int32_t getFrame(std::uint32_t time, FrameBuffer* target, const FrameRect*, void* data) {
+    static std::int32_t getFrame(std::uint32_t time, FrameBuffer* target, const FrameRect* bounds,
+                                 void* data) {
         auto& clip = *static_cast<Clip*>(data);
         clip.times.push_back(time);
         TestFrame frame(clip.geometry, clip.at(time));
-        for (int row = 0; row < clip.geometry.height; ++row) {
-            std::memcpy(static_cast<std::uint8_t*>(target->pixels.get()) + row * target->rowBytes,
-                        frame.row(row), static_cast<std::size_t>(4 * clip.geometry.width));
-        }
+        vpixCopy(frame.handle(), target, bounds, bounds, VPixCopyReplace);
         return -1;  // Nobody looks at it.
     }
 };
@@ -93,31 +91,6 @@ TEST_F(GhostingTest, CopiesWhereTheHostHasNoOtherFrames) {
     filter.invocation.getFrameCallback = nullptr;
     filter.invocation.frameTime = 100;
     EXPECT_TRUE(samePicture(source.picture(), filter.rendered(source)));
-}
-
-TEST_F(GhostingTest, LeavesTheOldestOutWithoutMemory) {
-    VPixFunctions vpix = *vireoHostCallbacks()->vpix.get();
-    vpix.newVPix = +[](const FrameRect*) -> FrameBuffer* { return nullptr; };
-    HostCallbacks callbacks = *vireoHostCallbacks();
-    callbacks.vpix = &vpix;
-    filter.invocation.hostCallbacks = &callbacks;
-    filter.invocation.frameTime = 100;
-    EXPECT_TRUE(samePicture(blended(source.picture(), clip.at(96), 187), filter.rendered(source)));
-    EXPECT_EQ(clip.times.size(), 1u);
-}
-
-TEST_F(GhostingTest, GivesItsScratchFrameBack) {
-    static FrameBuffer* made = nullptr;
-    static FrameBuffer* disposed = nullptr;
-    VPixFunctions vpix = *vireoHostCallbacks()->vpix.get();
-    vpix.newVPix = +[](const FrameRect* bounds) { return made = vpixNew(bounds); };
-    vpix.disposeVPix = +[](FrameBuffer* handle) { vpixDispose(disposed = handle); };
-    HostCallbacks callbacks = *vireoHostCallbacks();
-    callbacks.vpix = &vpix;
-    filter.invocation.hostCallbacks = &callbacks;
-    filter.rendered(source);
-    EXPECT_NE(made, nullptr);
-    EXPECT_EQ(made, disposed);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ std::uint32_t solarized(std::uint32_t pixel, int threshold) {
 }
 
 TEST(Solarize, EqualsThePlainVersionOnAnyFrame) {
-    expectPixelsEqualPlain(solarizeId, [](FilterUnderTest& filter, Picture&, Random& random) {
+    expectEqualsPlain(solarizeId, [](FilterUnderTest& filter, Picture&, Random& random) {
         constexpr int thresholds[] = {-32768, -1, 0, 1, 10, 77, 128, 254, 255, 256, 300, 511, 512, 32767};
         const bool isSet = random() % 8 != 0;
         const int threshold = isSet ? oneOf(thresholds, random) : 10;

@@ -8,7 +8,7 @@ namespace {
 constexpr std::uint32_t colorBalanceId = 10013;
 
 TEST(ColorBalance, EqualsThePlainVersionOnAnyFrame) {
-    expectPixelsEqualPlain(colorBalanceId, [](FilterUnderTest& filter, Picture&, Random& random) {
+    expectEqualsPlain(colorBalanceId, [](FilterUnderTest& filter, Picture&, Random& random) {
         constexpr int factors[] = {0, 1, 127, 128, 254, 255, 256, 300, 509, 510, 511, 32768, 65535};
         const auto factor = [&] { return static_cast<std::uint16_t>(oneOf(factors, random)); };
         std::array<std::uint16_t, 3> redGreenBlue{255, 255, 255};

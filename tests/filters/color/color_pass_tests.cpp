@@ -19,7 +19,7 @@ void store(FilterUnderTest& filter, const Selection& s) {
 }
 
 TEST(ColorPass, EqualsThePlainVersionOnAnyFrame) {
-    expectPixelsEqualPlain(colorPassId, [](FilterUnderTest& filter, Picture& source, Random& random) {
+    expectEqualsPlain(colorPassId, [](FilterUnderTest& filter, Picture& source, Random& random) {
         constexpr int similarities[] = {0, 1, 5, 10, 63, 127, 128, 32767, 32768, 65535};
         Selection s;
         if (random() % 8 != 0) {

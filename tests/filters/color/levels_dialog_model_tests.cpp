@@ -32,15 +32,24 @@ TEST(LevelsDialogModel, PreviewStandsBesideTheGroup) {
 TEST(LevelsDialogModel, InputMarkersStopAtEachOtherAndMoveTheGammaMarker) {
     DialogModel model = laidOut();
     pressMarker(model, InputWhite);
-    EXPECT_EQ(model.drag(130), InputWhite | Gamma);
+    EXPECT_EQ(model.drag(180), InputWhite | Gamma);
     const int white = model.shown(InputWhite);
-    EXPECT_NEAR(white, 118, 1);
+    EXPECT_NEAR(white, 177, 1);
     pressMarker(model, InputBlack);
     model.drag(400);
     EXPECT_EQ(model.shown(InputBlack), white);
     model.drag(-50);
     EXPECT_EQ(model.shown(InputBlack), 0);
     EXPECT_EQ(model.drag(-60), 0U);
+
+    model.drag(100);
+    const int black = model.shown(InputBlack);
+    EXPECT_GT(black, 0);
+    pressMarker(model, InputWhite);
+    model.drag(-50);
+    EXPECT_EQ(model.shown(InputWhite), black);
+    model.drag(400);
+    EXPECT_EQ(model.shown(InputWhite), 255);
 }
 
 TEST(LevelsDialogModel, MarkersStackedAtZeroArePulledApart) {

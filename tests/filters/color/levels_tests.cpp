@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "filters/color/levels.h"
-#include "tests/filters/plain_filter.h"
+#include "tests/support/filter_under_test.h"
 
-#include <cmath>
+#include <functional>
 
 namespace {
 
@@ -53,12 +53,10 @@ TEST(LevelsTable, TruncatesTowardZeroWhereTheOutputFalls) {
                 [](int i) { return i >= 199 ? 49 : 99 - static_cast<int>(i * 50 / 199.0); });
 }
 
-TEST(LevelsTable, LetsTheUpperEndWinWherePointsAreCrossed) {
-    expectTable({.inputBlack = 200, .inputWhite = 100}, {}, [](int i) { return i < 99 ? 0 : 254; });
-    expectTable({.inputBlack = 100, .inputWhite = 100}, {}, [](int i) { return i < 99 ? 0 : 254; });
-}
-
-TEST(LevelsTable, HoldsTheLowEndWhereGammaIsZero) {
+TEST(LevelsTable, LetsTheUpperEndWinWherePointsAreCrossedAndTheLowerOneWhereGammaIsZero) {
+    for (const std::int16_t black : {100, 200}) {
+        expectTable({.inputBlack = black, .inputWhite = 100}, {}, [](int i) { return i < 99 ? 0 : 254; });
+    }
     expectTable({.outputBlack = 40, .gamma = 0}, {}, [](int i) { return i >= 254 ? 254 : 39; });
 }
 
@@ -66,28 +64,6 @@ TEST(LevelsTable, ClampsPointsAfterSixteenBits) {
     // 32767 * 255 / 256 = 32638 is above 255; 32767 * 32767 / 256 = 4194047 is -257 in 16 bits.
     expectTable({.inputWhite = 32767}, {}, [](int i) { return i < 255 ? i * 254 / 255 : 254; });
     expectTable({.inputWhite = 32767}, {.inputWhite = 32767}, [](int) { return 254; });
-}
-
-TEST(Levels, SendsEachChannelThroughItsOwnTable) {
-    expectPixelsEqualPlain(levelsId, [](FilterUnderTest& filter, Picture&, Random& random) {
-        const auto level = [&] { return static_cast<std::int16_t>(random() % 256); };
-        const auto channel = [&] {
-            return Channel{level(), level(), level(), level(), static_cast<std::int16_t>(level() + 20)};
-        };
-        Levels::Settings settings;
-        if (random() % 8 != 0) {
-            settings = {channel(), channel(), channel(), channel()};
-            if (random() % 2 == 0) settings.green = settings.red;
-            filter.setRecord(settings);
-        }
-        const auto table = [&](const Channel& of) { return Levels::buildTable(of, settings.master); };
-        return [red = table(settings.red), green = table(settings.green),
-                blue = table(settings.blue)](std::uint32_t pixel) {
-            return pixelOf(blue[static_cast<std::size_t>(channelOf(pixel, 0))],
-                           green[static_cast<std::size_t>(channelOf(pixel, 1))],
-                           red[static_cast<std::size_t>(channelOf(pixel, 2))], channelOf(pixel, 3));
-        };
-    });
 }
 
 #if !defined(_WIN32)

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/fixed_point.h"
 #include "host/utilkit/utilkit.h"
-#include "tests/filters/lens/lens_reference.h"
-#include "tests/support/filter_under_test.h"
+#include "tests/support/test_frame.h"
 
 #include <cmath>
 

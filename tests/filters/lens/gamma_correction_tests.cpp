@@ -1,41 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/filter_under_test.h"
 
-#include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr std::uint32_t gammaCorrectionId = 10026;
 
-/// A whole number without limit, its lowest digit of base 2^32 first.
-using Digits = std::vector<std::uint32_t>;
-
-Digits power(std::uint32_t base, int exponent, Digits factor = {1}) {
-    for (int i = 0; i < exponent; ++i) {
-        std::uint64_t carry = 0;
-        for (std::uint32_t& digit : factor) {
-            carry += std::uint64_t{digit} * base;
-            digit = static_cast<std::uint32_t>(carry);
-            carry >>= 32;
-        }
-        if (carry != 0) factor.push_back(static_cast<std::uint32_t>(carry));
-    }
-    while (!factor.empty() && factor.back() == 0) factor.pop_back();
-    return factor;
-}
-
-bool atMost(const Digits& a, const Digits& b) {
-    if (a.size() != b.size()) return a.size() < b.size();
-    return !std::lexicographical_compare(b.rbegin(), b.rend(), a.rbegin(), a.rend());
-}
-
-/// The largest t with t <= 255 (i / 255)^(gamma / 10), compared as t^10 255^gamma <= i^gamma 255^10.
-std::uint8_t curveEntry(int i, int gamma) {
-    const Digits limit = power(255, 10, power(static_cast<std::uint32_t>(i), gamma));
-    int t = 255;
-    while (!atMost(power(static_cast<std::uint32_t>(t), 10, power(255, gamma)), limit)) --t;
-    return static_cast<std::uint8_t>(t);
-}
+/// Rounded down. Only a value that is whole comes so near to a whole number.
+int curveEntry(int i, int gamma) { return static_cast<int>(255 * std::pow(i / 255.0, gamma / 10.0) + 1e-9); }
 
 /// A row that holds every level in each channel.
 Picture everyLevel() {
@@ -45,11 +18,9 @@ Picture everyLevel() {
 }
 
 Picture corrected(Picture picture, int gamma) {
-    std::uint8_t curve[256];
-    for (int i = 0; i < 256; ++i) curve[i] = curveEntry(i, gamma);
     for (std::uint32_t& pixel : picture.pixels) {
-        pixel = pixelOf(curve[channelOf(pixel, 0)], curve[channelOf(pixel, 1)], curve[channelOf(pixel, 2)],
-                        channelOf(pixel, 3));
+        const auto entry = [&](int channel) { return curveEntry(channelOf(pixel, channel), gamma); };
+        pixel = pixelOf(entry(0), entry(1), entry(2), channelOf(pixel, 3));
     }
     return picture;
 }

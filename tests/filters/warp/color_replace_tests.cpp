@@ -34,7 +34,7 @@ void store(FilterUnderTest& filter, const Settings& settings) {
 }
 
 TEST(ColorReplace, EqualsThePlainVersionOnAnyFrame) {
-    expectPixelsEqualPlain(colorReplaceId, [](FilterUnderTest& filter, Picture& source, Random& random) {
+    expectEqualsPlain(colorReplaceId, [](FilterUnderTest& filter, Picture& source, Random& random) {
         constexpr int similarities[] = {0, 1, 10, 40, 64, 127, 128, 65535};
         Settings settings;
         if (random() % 8 != 0) {

@@ -39,6 +39,22 @@ TEST(ExtractDialogModel, DraggingCoversTheWholeRangeAndStopsAtTheOtherHandle) {
     EXPECT_EQ(model.drag(100), Extract::Nothing);
 }
 
+TEST(ExtractDialogModel, TypedValuesKeepTheirRanges) {
+    Extract::DialogModel model({50, 100, 5, 1});
+    for (const auto& [field, typed] : {std::pair(Field::Low, 101),
+                                       {Field::Low, -1},
+                                       {Field::High, 49},
+                                       {Field::High, 256},
+                                       {Field::Softness, 101}}) {
+        const int before = model.valueOf(field);
+        EXPECT_TRUE(model.commit(field, typed).refused) << typed;
+        EXPECT_EQ(model.valueOf(field), before);
+    }
+    EXPECT_TRUE(model.commit(Field::Low, std::nullopt).refused);
+    EXPECT_EQ(model.commit(Field::Low, 100).redraw, Extract::Low | Extract::Picture);
+    EXPECT_EQ(model.commit(Field::High, 100).redraw, Extract::Nothing);
+}
+
 TEST(ExtractDialogModel, AHandleStaysUnderThePointerThatGrabbedItsEdge) {
     auto model = modelWithLine({100, 200, 0, 0});
     const Box marker = model.strip().marker(100);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/extract.h"
-#include "tests/filters/plain_filter.h"
+#include "tests/support/test_frame.h"
+
+#include <algorithm>
 
 namespace {
-
-constexpr std::uint32_t extractId = 10022;
 
 /// Each entry by itself, for settings in their ranges.
 int curveAt(int entry, const Extract::Settings& settings) {
@@ -29,23 +29,6 @@ Extract::Settings randomSettings(Random& random) {
     const auto below = [&](unsigned limit) { return static_cast<std::uint16_t>(random() % limit); };
     const std::uint16_t high = below(256);
     return {below(high + 1u), high, below(101), static_cast<std::uint8_t>(below(2))};
-}
-
-TEST(Extract, EqualsThePlainVersionOnAnyFrame) {
-    expectPixelsEqualPlain(extractId, [](FilterUnderTest& filter, Picture&, Random& random) {
-        Extract::Settings settings{64, 192, 25, 0};
-        if (random() % 8 != 0) {
-            settings = randomSettings(random);
-            auto bytes = littleEndian({settings.low, settings.high, settings.softness});
-            bytes.push_back(settings.invert);
-            bytes.push_back(0);
-            filter.setSettings(bytes);
-        }
-        return [settings](std::uint32_t pixel) {
-            const int key = curveAt(lumaOf(pixel), settings);
-            return pixelOf(key, key, key, channelOf(pixel, 3));
-        };
-    });
 }
 
 TEST(ExtractCurve, EqualsThePlainVersion) {

@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <set>
 #include <thread>
 
 namespace {
 
+using namespace std::chrono_literals;
 using Bend::Settings;
 
 constexpr std::uint32_t bendId = 10004;
@@ -21,7 +21,7 @@ void expectStored(const DialogFixture& fixture, const Settings& settings) {
 
 TEST(BendDialog, ShowsWhatIsStoredAndStoresWhatItShows) {
     DialogFixture fixture(bendId, 80, 60);
-    fixture.store(Settings{{1, 2, 20, 5, 60}, {3, 1, 7, 16, 3}, 0x00123456});
+    fixture.setRecord(Settings{{1, 2, 20, 5, 60}, {3, 1, 7, 16, 3}, 0x00123456});
     fixture.work(IDOK, [](const Dialog& dialog) {
         EXPECT_EQ(dialog.title(), L"Bend Settings");
         EXPECT_EQ(dialog.text(10), L"Right");
@@ -38,7 +38,7 @@ TEST(BendDialog, ShowsWhatIsStoredAndStoresWhatItShows) {
     expectStored(fixture, {{2, 2, 20, 5, 33}, {3, 3, 30, 16, 3}, 0x00123456});
 
     // What its sliders do not reach is limited.
-    fixture.store(Settings{{1, 3, 500, -3, 0}, {0, 0, -1, 99, 99}, 7});
+    fixture.setRecord(Settings{{1, 3, 500, -3, 0}, {0, 0, -1, 99, 99}, 7});
     fixture.work(IDOK);
     expectStored(fixture, {{1, 3, 30, 2, 3}, {0, 0, 0, 16, 90}, 7});
 }
@@ -56,7 +56,7 @@ TEST(BendDialog, ThePreviewPlays) {
                     dialog.pixel((box.left + box.right) / 2 + 20, (box.top + box.bottom) / 2 + y));
             }
             pictures.insert(picture);
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            std::this_thread::sleep_for(100ms);
         }
         EXPECT_GE(pictures.size(), 3U);
     });

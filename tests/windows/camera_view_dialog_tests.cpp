@@ -4,6 +4,7 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <thread>
 
 namespace {
@@ -22,16 +23,12 @@ int edit(int slider) { return slider + 1; }
 
 #pragma pack(push, 2)
 struct Stored {
-    std::int16_t longitude, latitude, roll, focalLength, distance, zoom;
+    std::array<std::int16_t, 6> values;  // Angles, focal length, distance and zoom.
     std::uint32_t fillColor;
     FrameRect reference;
     std::uint16_t fillAlpha;
 };
 #pragma pack(pop)
-
-void waitMilliseconds(int milliseconds) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
 
 TEST(CameraViewDialog, SlidersAndEditsFollowEachOther) {
     DialogFixture fixture(cameraViewId, 160, 120);
@@ -60,10 +57,7 @@ TEST(CameraViewDialog, SlidersAndEditsFollowEachOther) {
         dialog.press(fillAlpha);
     });
     const auto settings = fixture.settingsAs<Stored>();
-    EXPECT_EQ(settings.longitude, 360);
-    EXPECT_EQ(settings.focalLength, 120);
-    EXPECT_EQ(settings.distance, 70);
-    EXPECT_EQ(settings.zoom, 250);
+    EXPECT_EQ(settings.values, (std::array<std::int16_t, 6>{360, 0, 0, 120, 70, 250}));
     EXPECT_EQ(settings.fillAlpha, 0);
     EXPECT_EQ(settings.reference.right - settings.reference.left, 160);
     EXPECT_EQ(settings.reference.bottom - settings.reference.top, 120);
@@ -74,38 +68,35 @@ TEST(CameraViewDialog, ResetLeavesThePreviewUntilTheNextChange) {
     DialogFixture fixture(cameraViewId, 160, 120);
     fixture.work(IDOK, [&](const Dialog& dialog) {
         dialog.slide(zoom, 40);
-        const auto pixelsBefore = fixture.pixels(fixture.destination());
+        const auto pixelsBefore = fixture.destination.picture();
         dialog.press(resetButton);
         EXPECT_EQ(dialog.slider(zoom), 100);
         EXPECT_EQ(dialog.text(edit(zoom)), L"1.00");
-        EXPECT_EQ(fixture.pixels(fixture.destination()), pixelsBefore);
+        EXPECT_EQ(fixture.destination.picture(), pixelsBefore);
         dialog.slide(zoom, 100);
-        EXPECT_NE(fixture.pixels(fixture.destination()), pixelsBefore);
+        EXPECT_NE(fixture.destination.picture(), pixelsBefore);
     });
-    EXPECT_EQ(fixture.settingsAs<Stored>().zoom, 100);
+    EXPECT_EQ(fixture.settingsAs<Stored>().values.back(), 100);
     EXPECT_EQ(fixture.settingsAs<Stored>().fillColor, 0x00FFFFFFU);
 }
 
 TEST(CameraViewDialog, TheEyedropperTakesTheColorUnderThePointer) {
-    DialogFixture fixture(cameraViewId, 64, 48);
-    for (int y = 0; y < 48; ++y) {
-        for (int x = 0; x < 64; ++x) fixture.setPixel(x, y, y < 24 ? 0xFF102030 : 0xFF405060);
-    }
+    Picture picture{64, 48};
+    std::fill_n(picture.row(0), 24 * 64, 0xFF405060);  // Row 0 is the lowest.
+    std::fill_n(picture.row(24), 24 * 64, 0xFF102030);
+    DialogFixture fixture(cameraViewId, picture);
     fixture.work(IDOK, [](const Dialog& dialog) {
         const RECT area = dialog.box(sample);
         POINT point{(area.left + area.right) / 2, area.top + 5};  // In the picture's upper half.
         ClientToScreen(dialog.window(), &point);
         SetCursorPos(point.x, point.y);
-        waitMilliseconds(200);
-        INPUT down{};
-        down.type = INPUT_MOUSE;
-        down.mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-        SendInput(1, &down, sizeof down);
-        waitMilliseconds(200);
-        INPUT up = down;
-        up.mi.dwFlags = MOUSEEVENTF_LEFTUP;
-        SendInput(1, &up, sizeof up);
-        waitMilliseconds(200);
+        for (const DWORD step : {0, MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) {
+            INPUT input{};
+            input.type = INPUT_MOUSE;
+            input.mi.dwFlags = step;
+            if (step != 0) SendInput(1, &input, sizeof input);
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        }
         const RECT shown = dialog.box(swatch);
         EXPECT_EQ(dialog.pixel((shown.left + shown.right) / 2, (shown.top + shown.bottom) / 2),
                   RGB(0x10, 0x20, 0x30));

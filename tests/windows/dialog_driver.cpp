@@ -2,18 +2,11 @@
 #include "tests/windows/dialog_driver.h"
 
 #include "framework/dialog_window.h"
-#include "host/heapkit/memory_handles.h"
-#include "host/hosting/meta_plugin.h"
-#include "host/vireo_host.h"
 
 #include <commctrl.h>
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <fstream>
-#include <set>
-#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -28,43 +21,6 @@ LONG CALLBACK endAtFault(EXCEPTION_POINTERS* fault) {
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
-
-const hosting::MetaPlugin& module() {
-    static const hosting::MetaPlugin loaded = [] {
-        AddVectoredExceptionHandler(1, endAtFault);
-        wchar_t path[MAX_PATH];
-        GetModuleFileNameW(nullptr, path, MAX_PATH);
-        return hosting::MetaPlugin(std::filesystem::path(path).parent_path() /
-                                   L"VireoFiltersMetaPlugin.vrmp");
-    }();
-    return loaded;
-}
-
-std::set<MemoryHandle> liveHandles;
-
-MemoryHandle countedHandle(std::size_t size) {
-    const MemoryHandle handle = HeapKit::newHandle(size);
-    liveHandles.insert(handle);
-    return handle;
-}
-
-void disposeCountedHandle(MemoryHandle handle) {
-    if (liveHandles.erase(handle) == 0) ADD_FAILURE() << "a handle is released twice";
-    HeapKit::disposeHandle(handle);
-}
-
-const MemoryFunctions countingMemory{{}, countedHandle, {}, disposeCountedHandle, {}, countedHandle};
-
-const HostCallbacks* countingCallbacks() {
-    static const HostCallbacks callbacks = [] {
-        HostCallbacks made = *vireoHostCallbacks();
-        made.memory = &countingMemory;
-        return made;
-    }();
-    return &callbacks;
-}
-
-const TimeBase timeBase{{}, 1};
 
 HWND findDialog(DWORD thread) {
     HWND found = nullptr;
@@ -98,6 +54,17 @@ void workDialog(DWORD thread, const std::function<void(const Dialog&)>& hand) {
     }
 }
 
+Picture gradient(int width, int height) {
+    Picture picture{width, height};
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int grey = x * 255 / width;
+            picture.at(x, y) = pixelOf(grey, grey, (x + y) * 255 / (width + height), 255);
+        }
+    }
+    return picture;
+}
+
 }  // namespace
 
 std::wstring Dialog::title() const {
@@ -113,7 +80,6 @@ std::wstring Dialog::text(int id) const {
 }
 
 int Dialog::slider(int id) const { return static_cast<int>(SendMessageW(control(id), TBM_GETPOS, 0, 0)); }
-int Dialog::choice(int id) const { return static_cast<int>(SendMessageW(control(id), CB_GETCURSEL, 0, 0)); }
 bool Dialog::checked(int id) const { return SendMessageW(control(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
 
 RECT Dialog::box(int id) const { return toRect(controlBox(window_, id)); }
@@ -149,74 +115,55 @@ void Dialog::drag(POINT from, POINT to) const {
     SendMessageW(window_, WM_LBUTTONUP, 0, MAKELPARAM(to.x, to.y));
 }
 
-DialogFixture::DialogFixture(std::uint32_t filterId, int width, int height) {
-    const auto& filters = module().filters();
-    const auto filter = std::ranges::find(filters, filterId, &hosting::Filter::id);
-    if (filter == filters.end()) throw std::out_of_range("no filter " + std::to_string(filterId));
-    entry_ = filter->entry;
-
-    const FrameRect bounds{0, 0, width, height};
-    invocation.sourceFrame = vpixNew(&bounds);
-    invocation.destFrame = vpixNew(&bounds);
-    for (int y = 0; y < height; ++y) {
-        auto* row = static_cast<std::uint8_t*>(vpixGetPixels(source())) + y * vpixGetRowbytes(source());
-        for (int x = 0; x < width; ++x, row += 4) {
-            row[0] = row[1] = static_cast<std::uint8_t>(x * 255 / width);
-            row[2] = static_cast<std::uint8_t>((x + y) * 255 / (width + height));
-            row[3] = 255;
-        }
-    }
-    invocation.hostInstanceData = static_cast<const UtilityServices*>(vireoHostServices());
-    invocation.hostCallbacks = countingCallbacks();
-    invocation.timeBase = &timeBase;
+DialogFixture::DialogFixture(std::uint32_t filterId, const Picture& picture)
+    : FilterUnderTest(filterId),
+      source({.width = picture.width, .height = picture.height}, picture),
+      destination(source.geometry()) {
+    static const PVOID handler = AddVectoredExceptionHandler(1, endAtFault);
+    EXPECT_NE(handler, nullptr);
+    invocation.sourceFrame = source.handle();
+    invocation.destFrame = destination.handle();
+    invocation.hostCallbacks = host_.callbacks();
 }
 
-DialogFixture::~DialogFixture() {
-    if (invocation.settingsHandle != nullptr) disposeCountedHandle(invocation.settingsHandle);
-    vpixDispose(source());
-    vpixDispose(destination());
-}
+DialogFixture::DialogFixture(std::uint32_t filterId, int width, int height)
+    : DialogFixture(filterId, gradient(width, height)) {}
 
 void DialogFixture::work(int button, const std::function<void(const Dialog&)>& hand) {
-    FilterInvocation* pointer = &invocation;
+    const int handlesBefore = host_.liveHandles();
+    const bool hadSettings = invocation.settingsHandle != nullptr;
     std::jthread worker(workDialog, GetCurrentThreadId(), [&](const Dialog& dialog) {
         hand(dialog);
         if (button == 0) SendMessageW(dialog.window(), WM_CLOSE, 0, 0);
         if (button != 0) dialog.press(button);
     });
-    EXPECT_EQ(entry_(nullptr, FilterSelectorSetup, &pointer), button == IDCANCEL ? 1 : 0);
-    EXPECT_EQ(liveHandles.size(), invocation.settingsHandle != nullptr ? 1U : 0U)
-        << "handles that nobody released";
+    EXPECT_EQ(call(FilterSelectorSetup), button == IDCANCEL ? 1 : 0);
+    const bool madeSettings = !hadSettings && invocation.settingsHandle != nullptr;
+    EXPECT_EQ(host_.liveHandles() - handlesBefore, madeSettings ? 1 : 0) << "handles that nobody released";
 }
 
-void DialogFixture::storeBytes(const void* bytes, std::size_t size) {
-    if (invocation.settingsHandle == nullptr) invocation.settingsHandle = countedHandle(size);
-    std::memcpy(*invocation.settingsHandle.get(), bytes, size);
-}
-
-std::vector<std::uint8_t> DialogFixture::settings() const {
-    const MemoryHandle handle = invocation.settingsHandle;
-    if (handle == nullptr) return {};
-    const auto* bytes = static_cast<const std::uint8_t*>(*handle);
-    return {bytes, bytes + HeapKit::handleSize(handle)};
-}
-
-std::vector<std::uint32_t> DialogFixture::pixels(FrameBuffer* frame) const {
-    FrameRect bounds;
-    vpixGetBounds(frame, &bounds);
-    std::vector<std::uint32_t> all;
-    for (int y = 0; y < bounds.bottom; ++y) {
-        for (int x = 0; x < bounds.right; ++x) all.push_back(vpixGetPixel(frame, x, y));
+HWND waitForWindow(const wchar_t* title) {
+    for (int i = 0; i < 1000; ++i) {
+        const HWND window = FindWindowW(nullptr, title);
+        if (window != nullptr && IsWindowVisible(window)) return window;
+        std::this_thread::sleep_for(20ms);
     }
-    return all;
+    ADD_FAILURE() << "a window does not appear";
+    return nullptr;
 }
 
-void DialogFixture::setPixel(int x, int y, std::uint32_t pixel) {
-    const FrameRect one{x, y, x + 1, y + 1};
-    vpixFillRect(source(), &one, pixel);
+void saveBitmap(const std::filesystem::path& path, int width, int height, const std::vector<char>& pixels) {
+    const auto depth = static_cast<WORD>(8 * pixels.size() / static_cast<std::size_t>(width * height));
+    const BITMAPINFOHEADER header{sizeof header, width, height, 1, depth, BI_RGB, 0, 0, 0, 0, 0};
+    const auto offset = static_cast<DWORD>(sizeof(BITMAPFILEHEADER) + sizeof header);
+    const BITMAPFILEHEADER file{0x4D42, static_cast<DWORD>(offset + pixels.size()), 0, 0, offset};
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(&file), sizeof file);
+    out.write(reinterpret_cast<const char*>(&header), sizeof header);
+    out.write(pixels.data(), static_cast<std::streamsize>(pixels.size()));
 }
 
-void saveScreenshot(HWND window, const std::wstring& path) {
+void saveScreenshot(HWND window, const std::filesystem::path& path) {
     RECT rect;
     GetWindowRect(window, &rect);
     const int width = rect.right - rect.left;
@@ -232,13 +179,7 @@ void saveScreenshot(HWND window, const std::wstring& path) {
     SelectObject(memory, previous);
     GetDIBits(memory, bitmap, 0, static_cast<UINT>(height), pixels.data(),
               reinterpret_cast<BITMAPINFO*>(&header), DIB_RGB_COLORS);
-    const auto offset = static_cast<DWORD>(sizeof(BITMAPFILEHEADER) + sizeof header);
-    const BITMAPFILEHEADER file{0x4D42, static_cast<DWORD>(offset + pixels.size()), 0, 0, offset};
-    std::ofstream out(std::filesystem::path(path), std::ios::binary);
-    out.write(reinterpret_cast<const char*>(&file), sizeof file);
-    out.write(reinterpret_cast<const char*>(&header), sizeof header);
-    out.write(pixels.data(), static_cast<std::streamsize>(pixels.size()));
-
+    saveBitmap(path, width, height, pixels);
     DeleteObject(bitmap);
     DeleteDC(memory);
     ReleaseDC(nullptr, screen);

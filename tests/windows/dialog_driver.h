@@ -3,11 +3,10 @@
 #ifndef VIREO_TESTS_WINDOWS_DIALOG_DRIVER_H
 #define VIREO_TESTS_WINDOWS_DIALOG_DRIVER_H
 
-#include "host/vrm/filter_invocation.h"
 #include "host/win32.h"
+#include "tests/support/filter_under_test.h"
+#include "tests/support/recording_host.h"
 
-#include <cstdint>
-#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -24,7 +23,6 @@ public:
     std::wstring title() const;
     std::wstring text(int id) const;
     int slider(int id) const;
-    int choice(int id) const;
     bool checked(int id) const;
     /// Of a control, in client pixels.
     RECT box(int id) const;
@@ -43,27 +41,17 @@ private:
 };
 
 /// A filter on a picture, with a host that counts its handles.
-class DialogFixture {
+class DialogFixture : public FilterUnderTest {
 public:
-    /// The picture is a gradient from black to white across with some colour.
+    DialogFixture(std::uint32_t filterId, const Picture& picture);
+    /// On a gradient from black to white across with some colour.
     DialogFixture(std::uint32_t filterId, int width, int height);
-    DialogFixture(const DialogFixture&) = delete;
-    DialogFixture& operator=(const DialogFixture&) = delete;
-    ~DialogFixture();
-
-    FilterInvocation invocation{};
 
     /// Runs Setup and `hand` over its dialog, presses the button and expects Setup's answer to it; 0 closes
     /// the window. Fails the test when no dialog appears, it stays open or a handle is left.
     void work(
         int button, const std::function<void(const Dialog&)>& hand = [](const Dialog&) {});
 
-    template <class Settings>
-    void store(const Settings& settings) {
-        storeBytes(&settings, sizeof settings);
-    }
-    void storeBytes(const void* bytes, std::size_t size);
-    std::vector<std::uint8_t> settings() const;
     template <class Settings>
     Settings settingsAs() const {
         Settings record{};
@@ -73,18 +61,20 @@ public:
         return record;
     }
 
-    std::vector<std::uint32_t> pixels(FrameBuffer* frame) const;
-    /// Of the source, in picture coordinates.
-    void setPixel(int x, int y, std::uint32_t pixel);
-
-    FrameBuffer* source() const { return invocation.sourceFrame; }
-    FrameBuffer* destination() const { return invocation.destFrame; }
+    TestFrame source;
+    TestFrame destination;
 
 private:
-    FilterEntryProc entry_;
+    RecordingHost host_;
 };
 
-/// What the screen shows of a window, as a bitmap file for people to look at.
-void saveScreenshot(HWND window, const std::wstring& path);
+/// Any program's, once it is there; null and a failure where none appears.
+HWND waitForWindow(const wchar_t* title);
+
+/// Of rows from the bottom.
+void saveBitmap(const std::filesystem::path& path, int width, int height, const std::vector<char>& pixels);
+
+/// What the screen shows of a window, for people to look at.
+void saveScreenshot(HWND window, const std::filesystem::path& path);
 
 #endif

@@ -20,19 +20,17 @@ std::wstring className(HWND window) {
     return name;
 }
 
-std::wstring textOf(HWND window) {
+/// A control's text, or what a combo box offers.
+std::vector<std::wstring> textsOf(HWND control) {
     wchar_t text[256];
-    SendMessageW(window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
-    return text;
-}
-
-std::vector<std::wstring> choicesOf(HWND combo) {
-    std::vector<std::wstring> choices;
-    const auto count = SendMessageW(combo, CB_GETCOUNT, 0, 0);
-    for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i) {
-        wchar_t text[256];
-        SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text));
-        choices.emplace_back(text);
+    if (className(control) != L"ComboBox") {
+        SendMessageW(control, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
+        return {text};
+    }
+    std::vector<std::wstring> choices(static_cast<std::size_t>(SendMessageW(control, CB_GETCOUNT, 0, 0)));
+    for (std::size_t i = 0; i < choices.size(); ++i) {
+        SendMessageW(control, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text));
+        choices[i] = text;
     }
     return choices;
 }
@@ -69,18 +67,10 @@ int textRoom(HWND control) {
     return width;
 }
 
-std::vector<HWND> controlsOf(HWND dialog) {
-    std::vector<HWND> controls;
-    for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr;
-         control = GetWindow(control, GW_HWNDNEXT))
-        controls.push_back(control);
-    return controls;
-}
-
 void expectTextsFit(HWND dialog) {
-    for (const HWND control : controlsOf(dialog)) {
-        const bool combo = className(control) == L"ComboBox";
-        for (const std::wstring& text : combo ? choicesOf(control) : std::vector{textOf(control)}) {
+    for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        for (const std::wstring& text : textsOf(control)) {
             EXPECT_LE(textSize(control, text).cx, textRoom(control))
                 << "control " << GetDlgCtrlID(control) << ' ' << testing::PrintToString(text);
         }

@@ -17,38 +17,31 @@
 
 namespace {
 
-BITMAP shapeOf(HBITMAP bitmap) {
+/// Bitmaps lie in memory as frames do, the bottom row first.
+Picture pictureOf(HBITMAP bitmap) {
     BITMAP shape;
     if (GetObjectW(bitmap, sizeof shape, &shape) == 0) throw std::runtime_error("the picture cannot be read");
-    return shape;
-}
-
-/// Bitmaps lie in memory as frames do, the bottom row first.
-void showPicture(FrameBuffer* frame, HBITMAP bitmap) {
-    const BITMAP shape = shapeOf(bitmap);
+    Picture picture{shape.bmWidth, shape.bmHeight};
     const WindowContext screen(nullptr);
     BITMAPINFO info{};
     info.bmiHeader = {sizeof info.bmiHeader, shape.bmWidth, shape.bmHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    for (int y = 0; y < shape.bmHeight; ++y) {
-        auto* row = static_cast<std::uint8_t*>(vpixGetPixels(frame)) + y * vpixGetRowbytes(frame);
-        GetDIBits(screen.get(), bitmap, static_cast<UINT>(y), 1, row, &info, DIB_RGB_COLORS);
-    }
+    GetDIBits(screen.get(), bitmap, 0, static_cast<UINT>(shape.bmHeight), picture.pixels.data(), &info,
+              DIB_RGB_COLORS);
+    return picture;
 }
 
-void saveDialogs(HBITMAP picture, const std::filesystem::path& folder) {
+void saveDialogs(const Picture& picture, const std::filesystem::path& folder) {
     for (const NamedLanguage& language : dialogLanguages) {
         vireoHostSetLanguage(language.id);
         for (const NamedFilter& filter : dialogFilters) {
-            const BITMAP shape = shapeOf(picture);
-            DialogFixture fixture(filter.id, shape.bmWidth, shape.bmHeight);
-            showPicture(fixture.source(), picture);
+            DialogFixture fixture(filter.id, picture);
             fixture.work(IDCANCEL, [&](const Dialog& dialog) {
                 // The first window of a display has no focus; it looks like the others.
                 SendMessageW(dialog.window(), WM_NCACTIVATE, TRUE, 0);
                 // Time to paint.
                 std::this_thread::sleep_for(std::chrono::milliseconds(400));
                 const std::string name = std::string(filter.name) + '-' + language.name + ".bmp";
-                saveScreenshot(dialog.window(), (folder / name).wstring());
+                saveScreenshot(dialog.window(), folder / name);
             });
         }
     }
@@ -59,9 +52,9 @@ void saveDialogs(HBITMAP picture, const std::filesystem::path& folder) {
 int main(int count, char** arguments) try {
     testing::InitGoogleTest(&count, arguments);
     if (count != 3) throw std::runtime_error("dialog_screenshots PICTURE.bmp FOLDER");
-    const GdiObject picture(static_cast<HBITMAP>(
+    const GdiObject bitmap(static_cast<HBITMAP>(
         LoadImageA(nullptr, arguments[1], IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION)));
-    saveDialogs(picture.get(), arguments[2]);
+    saveDialogs(pictureOf(bitmap.get()), arguments[2]);
     return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

@@ -6,13 +6,13 @@
 #include <dlgs.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <thread>
 
 namespace {
 
+using namespace std::chrono_literals;
 using Levels::Settings;
 
 constexpr std::uint32_t levelsId = 10035;
@@ -25,20 +25,8 @@ constexpr int gamma = 1112;
 constexpr int inputWhite = 1113;
 constexpr int outputWhite = 1116;
 
-HWND waitForWindow(const wchar_t* title) {
-    for (int i = 0; i < 500; ++i) {
-        if (const HWND window = FindWindowW(nullptr, title); window != nullptr && IsWindowVisible(window)) {
-            return window;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    ADD_FAILURE() << "a window does not appear";
-    return nullptr;
-}
-
 void waitUntilGone(HWND window) {
-    for (int i = 0; i < 500 && IsWindow(window); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    for (int i = 0; i < 500 && IsWindow(window); ++i) std::this_thread::sleep_for(20ms);
     EXPECT_FALSE(IsWindow(window));
 }
 
@@ -52,7 +40,7 @@ bool chooseFile(const Dialog& dialog, int button, const wchar_t* title, const st
     SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     SendMessageW(files, WM_COMMAND, IDOK, 0);
     waitUntilGone(files);
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    std::this_thread::sleep_for(150ms);
     const HWND message = FindWindowW(nullptr, title);
     if (message == nullptr) return false;
     SendMessageW(message, WM_COMMAND, IDOK, 0);
@@ -81,14 +69,12 @@ TEST(LevelsDialog, FieldsOfEveryChannelAreStoredOnOk) {
     EXPECT_EQ(settings.red, Levels::Channel{});
 }
 
-TEST(LevelsDialog, RefusesWhatIsOutOfRange) {
+TEST(LevelsDialog, RefusedTextGoesAndCancelStoresNothing) {
     DialogFixture fixture(levelsId, 64, 48);
-    fixture.store(Settings{});
+    fixture.setRecord(Settings{});
     fixture.work(IDCANCEL, [](const Dialog& dialog) {
         dialog.type(inputWhite, L"300");
         EXPECT_EQ(dialog.text(inputWhite), L"255");
-        dialog.type(gamma, L"0.05");
-        EXPECT_EQ(dialog.text(gamma), L"1.00");
         dialog.type(gamma, L"ten");
         EXPECT_EQ(dialog.text(gamma), L"1.00");
         dialog.type(inputBlack, L"9");
@@ -129,33 +115,21 @@ TEST(LevelsDialog, ThePreviewFollowsADrag) {
 TEST(LevelsDialog, SavesAndLoadsParameterFiles) {
     const auto folder = std::filesystem::temp_directory_path() / L"vireo_levels_dialog";
     std::filesystem::create_directories(folder);
-    const auto write = [&](const wchar_t* name, const std::string& bytes) {
-        std::ofstream(folder / name, std::ios::binary)
-            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return folder / name;
-    };
-    const std::string magic("L\0V\0", 4);
-    const auto shortFile = write(L"short.lvl", magic + std::string(39, '\1'));
-    const auto wrongFile = write(L"wrong.lvl", "LVL" + std::string(41, '\1'));
-    const auto longFile = write(L"long.lvl", magic + std::string(60, '\1'));
-    const auto saved = folder / L"saved.lvl";
+    const auto wrong = folder / L"wrong.lvl", saved = folder / L"saved.lvl";
+    std::ofstream(wrong) << "LVL" + std::string(41, '\1');
     constexpr wchar_t loadTitle[] = L"Load Levels Parameters";
 
     DialogFixture fixture(levelsId, 64, 48);
     fixture.work(accept, [&](const Dialog& dialog) {
         dialog.type(inputBlack, L"77");
         EXPECT_FALSE(chooseFile(dialog, saveButton, L"Save Levels Parameters", saved));
-        EXPECT_TRUE(chooseFile(dialog, loadButton, loadTitle, shortFile));
-        EXPECT_TRUE(chooseFile(dialog, loadButton, loadTitle, wrongFile));
-        EXPECT_EQ(dialog.text(inputBlack), L"77");
-        EXPECT_FALSE(chooseFile(dialog, loadButton, loadTitle, longFile));
-        EXPECT_EQ(dialog.text(inputBlack), L"257");
+        dialog.type(inputBlack, L"9");
+        EXPECT_TRUE(chooseFile(dialog, loadButton, loadTitle, wrong));
+        EXPECT_EQ(dialog.text(inputBlack), L"9");
         EXPECT_FALSE(chooseFile(dialog, loadButton, loadTitle, saved));
         EXPECT_EQ(dialog.text(inputBlack), L"77");
     });
-    EXPECT_EQ(std::filesystem::file_size(saved), 44U);
     EXPECT_EQ(fixture.settingsAs<Settings>().master.inputBlack, 77);
-    EXPECT_EQ(fixture.settingsAs<Settings>().red, Levels::Channel{});
     // The file dialog has made the folder the current one.
     std::filesystem::current_path(folder.parent_path());
     std::filesystem::remove_all(folder);

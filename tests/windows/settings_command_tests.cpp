@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
 // vireo.exe settings and render, as a person would use them one after the other.
-#include "host/vireo_host.h"
-#include "host/win32.h"
+#include "tests/windows/dialog_driver.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -26,32 +23,18 @@ protected:
     SettingsCommand() {
         fs::remove_all(folder);
         fs::create_directories(folder);
-        writePicture();
+        // A white square on black.
+        std::vector<char> pixels;
+        for (int i = 0; i < 64 * 48; ++i) {
+            const bool white = i % 64 >= 24 && i % 64 < 40 && i / 64 >= 16 && i / 64 < 32;
+            pixels.insert(pixels.end(), 3, white ? '\xFF' : '\0');
+        }
+        saveBitmap(image, 64, 48, pixels);
     }
     ~SettingsCommand() override { fs::remove_all(folder); }
 
-    /// 64 x 48 pixels, a white square on black.
-    void writePicture() const {
-        constexpr int width = 64;
-        constexpr int height = 48;
-        BITMAPINFOHEADER header{sizeof(BITMAPINFOHEADER), width, height, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
-        const auto offset = static_cast<DWORD>(sizeof(BITMAPFILEHEADER) + sizeof header);
-        const BITMAPFILEHEADER file{0x4D42, offset + 3 * width * height, 0, 0, offset};
-        std::vector<char> pixels;
-        for (int i = 0; i < width * height; ++i) {
-            const bool white = i % width >= 24 && i % width < 40 && i / width >= 16 && i / width < 32;
-            pixels.insert(pixels.end(), 3, white ? '\xFF' : '\0');
-        }
-        std::ofstream out(image, std::ios::binary);
-        out.write(reinterpret_cast<const char*>(&file), sizeof file);
-        out.write(reinterpret_cast<const char*>(&header), sizeof header);
-        out.write(pixels.data(), static_cast<std::streamsize>(pixels.size()));
-    }
-
     static PROCESS_INFORMATION start(const std::wstring& arguments) {
-        wchar_t path[MAX_PATH];
-        GetModuleFileNameW(nullptr, path, MAX_PATH);
-        const fs::path program = fs::path(path).parent_path() / L"vireo.exe";
+        const fs::path program = testedModule().parent_path() / L"vireo.exe";
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
@@ -70,17 +53,7 @@ protected:
         return status;
     }
 
-    static HWND waitForDialog(const wchar_t* title) {
-        for (int i = 0; i < 1000; ++i) {
-            if (const HWND window = FindWindowW(nullptr, title);
-                window != nullptr && IsWindowVisible(window)) {
-                return window;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        ADD_FAILURE() << "no dialog appears";
-        return nullptr;
-    }
+    static DWORD run(const std::wstring& arguments) { return finish(start(arguments)); }
 
     static std::string content(const fs::path& file) {
         std::ifstream in(file, std::ios::binary);
@@ -93,7 +66,7 @@ protected:
 TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
     const auto process =
         start(L"settings \"Camera Blur\" --image" + quoted(image) + L"--save-settings" + quoted(look));
-    const HWND dialog = waitForDialog(L"Camera Blur Settings");
+    const HWND dialog = waitForWindow(L"Camera Blur Settings");
     SendMessageW(GetDlgItem(dialog, 10), TBM_SETPOS, TRUE, 63);
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
     EXPECT_EQ(finish(process), 0U);
@@ -101,10 +74,8 @@ TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
 
     const fs::path byFile = folder / L"file.bmp";
     const fs::path byText = folder / L"text.bmp";
-    EXPECT_EQ(finish(start(L"render" + quoted(image) + quoted(byFile) + L"--settings" + quoted(look))), 0U);
-    EXPECT_EQ(
-        finish(start(L"render" + quoted(image) + quoted(byText) + L"-f \"Camera Blur:percent blur=63\"")),
-        0U);
+    EXPECT_EQ(run(L"render" + quoted(image) + quoted(byFile) + L"--settings" + quoted(look)), 0U);
+    EXPECT_EQ(run(L"render" + quoted(image) + quoted(byText) + L"-f \"Camera Blur:percent blur=63\""), 0U);
     EXPECT_EQ(content(byFile), content(byText));
     EXPECT_NE(content(byFile), content(image));
     EXPECT_GT(content(byFile).size(), 64U * 48 * 3);
@@ -113,11 +84,10 @@ TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
 TEST_F(SettingsCommand, CancelSavesNothingAndFiltersWithoutADialogSaySo) {
     const auto process =
         start(L"settings \"Horizontal Hold\" --image" + quoted(image) + L"--save-settings" + quoted(look));
-    PostMessageW(waitForDialog(L"Horizontal Hold Settings"), WM_COMMAND, IDCANCEL, 0);
+    PostMessageW(waitForWindow(L"Horizontal Hold Settings"), WM_COMMAND, IDCANCEL, 0);
     EXPECT_EQ(finish(process), 1U);
     EXPECT_FALSE(fs::exists(look));
-    EXPECT_EQ(finish(start(L"settings Solarize --image" + quoted(image) + L"--save-settings" + quoted(look))),
-              1U);
+    EXPECT_EQ(run(L"settings Solarize --image" + quoted(image) + L"--save-settings" + quoted(look)), 1U);
     EXPECT_FALSE(fs::exists(look));
 }
 

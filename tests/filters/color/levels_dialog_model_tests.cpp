@@ -53,9 +53,7 @@ TEST(LevelsDialogModel, InputMarkersStopAtEachOtherAndMoveTheGammaMarker) {
 }
 
 TEST(LevelsDialogModel, MarkersStackedAtZeroArePulledApart) {
-    Settings settings;
-    settings.master.inputWhite = 0;
-    DialogModel model = laidOut(settings);
+    DialogModel model = laidOut({.master = {.inputWhite = 0}});
     pressMarker(model, InputBlack);
     model.drag(200);
     EXPECT_EQ(model.shown(InputBlack), 0);
@@ -79,25 +77,17 @@ TEST(LevelsDialogModel, TheGammaMarkerIsALogarithmAndItsEndsNearTenthAndTen) {
     EXPECT_EQ(model.shown(Gamma), 10);
 
     // Between two neighbouring points there is no room for it.
-    Settings narrow;
-    narrow.master.inputBlack = 100;
-    narrow.master.inputWhite = 101;
-    DialogModel tight = laidOut(narrow);
+    DialogModel tight = laidOut({.master = {.inputBlack = 100, .inputWhite = 101}});
     const Box marker = tight.strip(Gamma).marker(tight.markerValue(Gamma));
     tight.press(marker.right - 1, marker.top);
     tight.drag(-20);
     EXPECT_EQ(tight.shown(Gamma), 100);
 
-    Settings silly;
-    silly.master.gamma = 0;
-    EXPECT_NO_FATAL_FAILURE(laidOut(silly).markerValue(Gamma));
+    EXPECT_NO_FATAL_FAILURE(laidOut({.master = {.gamma = 0}}).markerValue(Gamma));
 }
 
 TEST(LevelsDialogModel, TypedValuesKeepTheirRanges) {
-    Settings settings;
-    settings.master.inputBlack = 20;
-    settings.master.inputWhite = 200;
-    DialogModel model(settings);
+    DialogModel model({.master = {.inputBlack = 20, .inputWhite = 200}});
     for (const auto& [value, typed] : {std::pair(InputBlack, 201),
                                        {InputBlack, -1},
                                        {InputWhite, 19},

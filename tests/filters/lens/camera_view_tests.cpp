@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/camera_projection.h"
-#include "filters/lens/camera_view.h"
 #include "tests/support/filter_under_test.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -31,16 +32,25 @@ TEST(CameraView, InvertsMatrices) {
     for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(inverse[i][i], 1 / 1e-20);
 }
 
-TEST(CameraView, CopiesWithoutAReferenceWidth) {
+TEST(CameraView, CopiesWithoutAReferenceWidthAndFillsWhereItDividesByZero) {
     Random random(4);
     TestFrame source({.width = 33, .height = 21}, random);
     FilterUnderTest filter(cameraViewId);
     filter.call(FilterSelectorInitSettings);
-    auto settings = filter.settings();
-    constexpr std::size_t reference = 16;  // After six numbers and a colour.
+    const auto initial = filter.settings();
+
+    auto settings = initial;
+    constexpr std::size_t reference = 16, zoom = 10;
     std::fill_n(settings.begin() + reference, sizeof(FrameRect), std::uint8_t{0});
     filter.setSettings(settings);
     EXPECT_TRUE(samePicture(source.picture(), filter.rendered(source)));
+
+    settings = initial;
+    settings[zoom] = 2;
+    filter.setSettings(settings);
+    Picture filled{33, 21};
+    std::ranges::fill(filled.pixels, 0xFFFFFFFF);
+    EXPECT_TRUE(samePicture(filled, filter.rendered(source)));
 }
 
 }  // namespace

@@ -7,8 +7,13 @@ namespace {
 
 constexpr std::uint32_t gammaCorrectionId = 10026;
 
-/// Rounded down. Only a value that is whole comes so near to a whole number.
-int curveEntry(int i, int gamma) { return static_cast<int>(255 * std::pow(i / 255.0, gamma / 10.0) + 1e-9); }
+/// The largest level that the curve the other way does not lead above i. No two are as near as rounding
+/// errors.
+int curveEntry(int i, int gamma) {
+    int level = 255;
+    while (255 * std::pow(level / 255.0, 10.0 / gamma) > i * (1 + 1e-12)) --level;
+    return level;
+}
 
 /// A row that holds every level in each channel.
 Picture everyLevel() {

@@ -62,6 +62,7 @@ void addCommands(CommandSet& commands) {
     addPreviewCommand(commands);
     addSheetCommand(commands);
     addFarmCommand(commands);
+    addExportCommand(commands);
     addListCommand(commands);
     addInfoCommand(commands);
     addPresetsCommand(commands);

@@ -28,6 +28,9 @@ void addPreviewCommand(CommandSet& commands);
 /// vireo farm: one clip rendered in segments by shell lines.
 void addFarmCommand(CommandSet& commands);
 
+/// vireo export: a chain for FFmpeg, MLT or GStreamer.
+void addExportCommand(CommandSet& commands);
+
 /// vireo sheet: every filter over one picture.
 void addSheetCommand(CommandSet& commands);
 

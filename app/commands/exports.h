@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// A chain in the words of other programs, which render it with the frei0r plug-ins.
+#ifndef VIREO_APP_COMMANDS_EXPORTS_H
+#define VIREO_APP_COMMANDS_EXPORTS_H
+
+#include "app/commands/exported_chain.h"
+
+#include <string>
+#include <vector>
+
+namespace vireo {
+
+struct Export {
+    std::string text;
+    std::string commands;  ///< What the text reads from a file of its own; empty where nothing changes.
+    std::vector<std::string> warnings;  ///< Sentences on what will look different there.
+};
+
+/// A filter graph for -vf. Frames are those of the whole clip. `commandFile` is what the graph will read the
+/// commands from. Throws Error of wrong usage where it is needed and empty.
+Export exportForFfmpeg(const std::vector<ExportedFilter>& filters, const ExportedClip& clip,
+                       const std::string& commandFile);
+
+/// A playlist of the clip with its filters, as XML. Throws Error of wrong usage for what MLT cannot be told.
+Export exportForMlt(const std::vector<ExportedFilter>& filters, const ExportedClip& clip,
+                    const std::string& clipFile);
+
+/// Elements for gst-launch-1.0. Throws Error of wrong usage for what they cannot be told.
+Export exportForGstreamer(const std::vector<ExportedFilter>& filters, const ExportedClip& clip);
+
+}  // namespace vireo
+
+#endif

@@ -15,7 +15,7 @@ check_packages=(
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
     git dpkg-dev python3-pytest python3-numpy python3-pil
     ffmpeg melt
-    parallel slurm-wlm
+    parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     emscripten binaryen node-acorn chromium

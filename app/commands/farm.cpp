@@ -17,7 +17,12 @@ what is missing is done.
 Examples:
   vireo farm plan in.mov out.mov -f Levels --segments 8 | sh
   vireo farm plan in.mov out.mov -f Levels --segments 64 --part segments | parallel
-  vireo farm plan in.mov out.mov -f Levels --segments 64 --part join | sh)help";
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --part join | sh
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --format openjd > job.json
+  vireo farm plan in.mov out.mov -f Levels --segments 64 --format snakemake > Snakefile)help";
+
+constexpr char statusExamples[] = R"help(Example:
+  vireo farm status in.mov out.mov -f Levels --segments 8)help";
 
 constexpr char joinExamples[] = R"help(Example:
   vireo farm join in.mov out.mov -f Levels --segments 8)help";
@@ -44,6 +49,10 @@ std::vector<GivenOption> givenOptions(const CLI::App& command, const std::vector
     return given;
 }
 
+void addKeep(CLI::App& command, FarmOptions& options) {
+    command.add_flag("--keep", options.keep, "Keep the segments when they are joined");
+}
+
 using Work = void (*)(const Catalogue&, const GlobalOptions&, const FarmOptions&);
 
 /// A command of the farm; its options are kept by what runs it.
@@ -60,12 +69,12 @@ CLI::App& addWork(CommandSet& commands, CLI::App& farm, const std::string& name,
                                      });
     *self = &command;
     addRenderOptions(command, options->render);
+    command.remove_option(command.get_option("--format"));  // Nothing goes to standard output.
     command.option_defaults()->group("Segments");
     command.add_option("--segments", options->segments, "How many segments")
         ->required()
         ->check(wholeNumbers(1, largestNumber))
         ->type_name("N");
-    command.add_flag("--keep", options->keep, "Keep the segments when they are joined");
     return command;
 }
 
@@ -81,10 +90,30 @@ void addFarmCommand(CommandSet& commands) {
     plan.add_option("--part", planned->part, "Only the lines of the segments, or of joining")
         ->check(oneOf({"segments", "join"}))
         ->type_name("segments|join");
+    addKeep(plan, *planned);
+    planned->format = "sh";
+    CLI::Option* format = plan.add_option("--format", planned->format,
+                                          "What to print: shell lines (sh), JSON, an Open Job Description "
+                                          "template or a Snakefile")
+                              ->check(oneOf({"sh", "json", "openjd", "snakemake"}))
+                              ->type_name("sh|json|openjd|snakemake");
+    plan.add_flag_callback(
+            "--json", [planned] { planned->format = "json"; }, "The same as --format json")
+        ->excludes(format);
     plan.footer(planExamples);
-    addWork(commands, farm, "join", "Join the segments of a plan of the same options", joinFarm,
-            std::make_shared<FarmOptions>())
-        .footer(joinExamples);
+
+    const auto shown = std::make_shared<FarmOptions>();
+    CLI::App& status =
+        addWork(commands, farm, "status", "Tell which segments of a plan of the same options are there",
+                showFarm, shown);
+    status.add_flag("--json", shown->json, "As JSON");
+    status.footer(statusExamples);
+
+    const auto joined = std::make_shared<FarmOptions>();
+    CLI::App& join =
+        addWork(commands, farm, "join", "Join the segments of a plan of the same options", joinFarm, joined);
+    addKeep(join, *joined);
+    join.footer(joinExamples);
 }
 
 }  // namespace vireo

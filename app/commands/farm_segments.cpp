@@ -3,6 +3,7 @@
 #include "app/commands/farm_segments.h"
 
 #include "app/base/files.h"
+#include "app/commands/farm_plan.h"
 #include "app/commands/render_options.h"
 #include "app/media/encoder_choice.h"
 #include "app/media/picture_files.h"
@@ -93,18 +94,36 @@ public:
         }
     }
 
-    /// Does the segment if it is missing.
-    std::string segmentLine(const Segment& segment) const {
+    FarmPlan plan() const {
+        FarmPlan plan{job_.input, job_.output, folder_, markExtension(), !writesPictures(), {}, {}, {}};
+        for (const Segment& segment : segments_) {
+            plan.segments.push_back({"frames-" + paddedNumbers(segment),
+                                     skip(segment) + renderLine(numbersOf(segment), segment.file),
+                                     inputFiles(),
+                                     {segment.file},
+                                     {},
+                                     segment,
+                                     paddedNumbers(segment)});
+        }
+        plan.join = {"join", joinLine(), inputFiles(), outputFiles(), {}, {}, {}};
+        for (const FarmTask& segment : plan.segments) plan.join.dependencies.push_back(segment.name);
+        plan.anySegment = [this](const std::string& numbers) {
+            return renderLine(numbers, folder_ + "/frames-" + numbers + markExtension());
+        };
+        return plan;
+    }
+
+private:
+    /// Does a segment if it is missing.
+    std::string renderLine(const std::string& numbers, const std::string& file) const {
         const std::string folder = shellWord(folder_);
-        const std::string mark = shellWord(segment.file);
-        std::string line =
-            skip(segment) + "test -e " + mark + " || { mkdir -p " + folder + " && vireo render";
+        const std::string mark = shellWord(file);
+        std::string line = "test -e " + mark + " || { mkdir -p " + folder + " && vireo render";
         for (const GivenOption& option : options_.given) {
             if (!isOneOf(option.name, {"--frames", "--start", "--duration", "--no-audio", "--overwrite"}))
                 line += words(option);
         }
-        line +=
-            " --frames " + std::to_string(segment.first) + '-' + std::to_string(segment.last) + " --no-audio";
+        line += " --frames " + numbers + " --no-audio";
         if (!writesPictures()) return line + ' ' + shellWord(job_.input) + ' ' + mark + "; }";
         // A worker that ended while its pictures appeared has left some of them.
         return line + " --overwrite " + shellWord(job_.input) + ' ' + shellWord(job_.output) + " && : > " +
@@ -122,7 +141,6 @@ public:
                ' ' + shellWord(job_.input) + ' ' + shellWord(job_.output);
     }
 
-private:
     static RenderJob jobOf(const GlobalOptions& global, const FarmOptions& options) {
         const RenderOptions& render = options.render;
         if (!render.folder.empty() || render.files.size() != 2)
@@ -174,23 +192,56 @@ private:
     void cut() {
         const std::int64_t count = part_.frames;
         const std::int64_t parts = std::min(options_.segments, count);
-        const std::size_t digits = std::to_string(lastOf(part_.firstFrame, count)).size();
-        const std::string extension = writesPictures() ? ".done" : utf8Of(pathOf(job_.output).extension());
+        digits_ = std::to_string(lastOf(part_.firstFrame, count)).size();
         for (std::int64_t i = 0; i < parts; ++i) {
             // Evenly, the first ones longer; count · segments could be too large a product.
             const auto begin = [&](std::int64_t part) {
                 return part_.firstFrame + count / parts * part + std::min(part, count % parts);
             };
             Segment segment{begin(i), begin(i + 1) - 1, {}};
-            segment.file = folder_ + "/frames-" + padded(segment.first, digits) + '-' +
-                           padded(segment.last, digits) + extension;
+            segment.file = folder_ + "/frames-" + paddedNumbers(segment) + markExtension();
             segments_.push_back(std::move(segment));
         }
     }
 
-    static std::string padded(std::int64_t number, std::size_t digits) {
+    std::string padded(std::int64_t number) const {
         const std::string text = std::to_string(number);
-        return std::string(digits - text.size(), '0') + text;
+        return std::string(digits_ - text.size(), '0') + text;
+    }
+
+    std::string paddedNumbers(const Segment& segment) const {
+        return padded(segment.first) + '-' + padded(segment.last);
+    }
+
+    static std::string numbersOf(const Segment& segment) {
+        return std::to_string(segment.first) + '-' + std::to_string(segment.last);
+    }
+
+    /// Of the file that tells that a segment is there.
+    std::string markExtension() const {
+        return writesPictures() ? ".done" : utf8Of(pathOf(job_.output).extension());
+    }
+
+    std::vector<std::string> inputFiles() const {
+        const auto pattern = SequencePattern::parse(job_.input);
+        if (!pattern || fs::exists(pathOf(job_.input))) return {job_.input};
+        std::vector<std::string> files;
+        for (std::int64_t number : pattern->existing())
+            files.push_back(fileName(utf8Of(pattern->folder() / pattern->name(number))));
+        return files;
+    }
+
+    std::vector<std::string> outputFiles() const {
+        const auto pattern = SequencePattern::parse(job_.output);
+        if (!writesPictures() || !pattern) return {job_.output};
+        std::vector<std::string> files;
+        for (std::int64_t i = 0; i < part_.frames; ++i)
+            files.push_back(pictureFile(*pattern, part_.firstFrame + i));
+        return files;
+    }
+
+    std::string pictureFile(const SequencePattern& pattern, std::int64_t frame) const {
+        return fileName(utf8Of(pattern.folder() / pattern.name(part_.firstNumber + frame)));
     }
 
     /// Nothing is left to do where the output is there, unless it was to be replaced.
@@ -199,14 +250,12 @@ private:
         if (!writesPictures()) return "test -e " + shellWord(job_.output) + " || ";
         // While there is a folder it alone tells what is done.
         const auto pattern = SequencePattern::parse(job_.output);
-        const std::string last =
-            pattern ? fileName(utf8Of(pattern->folder() / pattern->name(part_.firstNumber + segment.last)))
-                    : job_.output;
+        const std::string last = pattern ? pictureFile(*pattern, segment.last) : job_.output;
         return "{ test ! -e " + shellWord(folder_) + " && test -e " + shellWord(last) + "; } || ";
     }
 
     static std::string words(const GivenOption& option) {
-        if (isOneOf(option.name, {"--part", "--segments", "--keep"})) return {};
+        if (isOneOf(option.name, {"--part", "--segments", "--keep", "--format", "--json"})) return {};
         if (!option.value) return ' ' + option.name;
         if (option.name == "--filter") return " -f " + shellWord(*option.value);
         return ' ' + option.name + '=' + shellWord(*option.value);
@@ -218,6 +267,7 @@ private:
     std::unique_ptr<ChainProcessor> chain_;
     std::string folder_;
     ClipPart part_;
+    std::size_t digits_ = 1;  ///< Of a frame's number in a name.
     std::vector<Segment> segments_;
 };
 
@@ -226,11 +276,29 @@ private:
 void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
     const Farm farm(catalogue, global, options);
     farm.refuseExistingOutput();
-    if (options.part != "join") {
-        for (const Segment& segment : farm.segments()) std::cout << farm.segmentLine(segment) << '\n';
+    const FarmPlan plan = farm.plan();
+    if (options.format == "sh") {
+        if (options.part != "join")
+            for (const FarmTask& segment : plan.segments) std::cout << segment.command << '\n';
+        if (options.part.empty()) std::cout << "# When all of them are done:\n";
+        if (options.part != "segments") std::cout << plan.join.command << '\n';
+        return;
     }
-    if (options.part.empty()) std::cout << "# When all of them are done:\n";
-    if (options.part != "segments") std::cout << farm.joinLine() << '\n';
+    if (!options.part.empty()) throw Error(Fault::Usage, "--part belongs to a plan of shell lines");
+    std::cout << (options.format == "openjd"      ? openJobDescription(plan)
+                  : options.format == "snakemake" ? snakefile(plan)
+                                                  : planJson(plan));
+}
+
+void showFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
+    const Farm farm(catalogue, global, options);
+    const FarmPlan plan = farm.plan();
+    std::error_code error;
+    const auto isThere = [&error](const std::string& file) { return fs::exists(pathOf(file), error); };
+    const bool joined = !isThere(plan.folder) && isThere(plan.join.outputs.back());
+    std::vector<bool> done;
+    for (const FarmTask& segment : plan.segments) done.push_back(joined || isThere(segment.outputs.front()));
+    std::cout << (options.json ? statusJson(plan, done, joined) : statusText(plan, done, joined));
 }
 
 void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {

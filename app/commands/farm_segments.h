@@ -21,13 +21,18 @@ struct GivenOption {
 struct FarmOptions {
     RenderOptions render;
     std::int64_t segments = 1;
-    std::string part;  ///< "segments", "join" or both.
+    std::string part;    ///< "segments", "join" or both.
+    std::string format;  ///< Of the plan: "sh", "json", "openjd" or "snakemake".
+    bool json = false;   ///< Of the status.
     bool keep = false;
     std::vector<GivenOption> given;  ///< Everything but the files, also the options of every command.
 };
 
-/// Prints shell lines that render one input in segments and join them.
+/// Prints what renders one input in segments and joins them: shell lines, or what another program runs.
 void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+
+/// Prints which segments of a plan that was given the same options are there.
+void showFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
 
 /// Joins the segments of a plan that was given the same options.
 void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);

@@ -13,6 +13,8 @@ namespace {
 
 void planFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
 
+void showFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
+
 void joinFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
 
 }  // namespace vireo

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Plans of a render farm, run by a shell and by GNU parallel: the joined clip is what one render gives."""
+import json
 import os
+import re
 import subprocess
 
 import pytest
@@ -182,3 +184,74 @@ def test_damaged_frames_are_left_out_as_in_one_render(farm, vireo, tmp_path):
 def test_what_cannot_be_farmed_is_refused(vireo, tmp_path, words, said):
     make_clip(tmp_path)
     assert said in vireo.error("farm", "plan", *words, "--segments", 2)
+
+
+def run_open_job(template, folder, environment):
+    """What a worker of Open Job Description does: each step's script, once for each value of its parameter."""
+    parameters = {f"Param.{p['name']}": p["default"] for p in template["parameterDefinitions"]}
+    for step in template["steps"]:
+        [file] = step["script"]["embeddedFiles"]
+        action = step["script"]["actions"]["onRun"]
+        definitions = step.get("parameterSpace", {}).get("taskParameterDefinitions", [])
+        for value in definitions[0]["range"] if definitions else [None]:
+            words = {**parameters, f"Task.File.{file['name']}": str(folder / "run"),
+                     **{f"Task.Param.{d['name']}": value for d in definitions}}
+
+            def filled(text):
+                return re.sub(r"\{\{ *([\w.]+) *\}\}", lambda match: words[match[1]], text)
+
+            (folder / "run").write_text(filled(file["data"]))
+            subprocess.run([action["command"], *map(filled, action["args"])], check=True, env=environment, cwd="/")
+
+
+def test_an_open_job_renders_the_clip(farm, vireo, tmp_path):
+    folder = tmp_path / "it's"
+    folder.mkdir()
+    farm.folder = vireo.folder = folder
+    make_clip(folder)
+    plan = ("in.mkv", "out.mkv", *CHAIN, *LOSSLESS, "--segments", 3)
+    template = json.loads(vireo("farm", "plan", *plan, "--format", "openjd").stdout)
+    assert template["specificationVersion"] == "jobtemplate-2023-09"
+    assert template["steps"][1]["dependencies"] == [{"dependsOn": template["steps"][0]["name"]}]
+    run_open_job(template, tmp_path, farm.environment)
+    vireo("render", "in.mkv", "whole.mkv", *CHAIN, *LOSSLESS)
+    assert same(folder, "out.mkv", "whole.mkv")
+    assert "{{" in vireo.error("farm", "plan", "in.mkv", "{{x.mkv", *CHAIN, "--segments", 2, "--format", "openjd")
+
+
+@pytest.mark.parametrize("output", ["out 'x'.mkv", "out%03d.png"])
+def test_snakemake_renders_what_is_missing(farm, vireo, tmp_path, output):
+    make_clip(tmp_path)
+    plan = ("in.mkv", output, *CHAIN, *(LOSSLESS if "mkv" in output else ()), "--segments", 3)
+    vireo("render", *plan[:1], "whole" + output, *plan[2:-2])
+    (tmp_path / "Snakefile").write_bytes(vireo("farm", "plan", *plan, "--format", "snakemake").stdout)
+    farm.run(farm.plan(*plan)[0])
+    done = [segment["done"] for segment in json.loads(vireo("farm", "status", *plan, "--json").stdout)["segments"]]
+    assert done == [True, False, False]
+    assert b"1 of 3 segments are there\n" in vireo("farm", "status", *plan).stdout
+
+    assert "braces" in vireo.error("farm", "plan", "in.mkv", "{1}.mkv", *CHAIN, "--segments", 2, "--format", "snakemake")
+    snakemake = ["snakemake", "--cores", "2", "--quiet", "--rerun-triggers", "mtime"]
+    said = subprocess.run(snakemake, cwd=tmp_path, env=farm.environment, check=True, capture_output=True, text=True)
+    joined = "mkv" in output
+    assert len(farm.folders()) == (0 if joined else 1)
+    for whole in tmp_path.glob("whole*"):
+        assert same(tmp_path, whole.name.removeprefix("whole"), whole.name), said.stderr
+    there = "3 of 3 segments are there" + (" and joined" if joined else "") + "\n"
+    assert there in vireo("farm", "status", *plan).stdout.decode()
+    before = [path.stat().st_mtime_ns for path in sorted(tmp_path.glob("out*"))]
+    subprocess.run(snakemake, cwd=tmp_path, env=farm.environment, check=True, capture_output=True)
+    assert [path.stat().st_mtime_ns for path in sorted(tmp_path.glob("out*"))] == before
+
+
+def test_a_plan_for_programs_names_what_hangs_on_what(farm, vireo, tmp_path):
+    make_clip(tmp_path)
+    plan = ("in.mkv", "out.mkv", *CHAIN, "--segments", 3)
+    told = json.loads(vireo("farm", "plan", *plan, "--json").stdout)
+    lines = farm.plan(*plan)
+    assert [segment["command"] for segment in told["segments"]] == lines[:3] and told["join"]["command"] == lines[-1]
+    assert [segment["frames"] for segment in told["segments"]] == [[0, 13], [14, 26], [27, 39]]
+    assert told["join"]["dependencies"] == [segment["name"] for segment in told["segments"]]
+    assert all(told["folder"] in segment["outputs"][0] for segment in told["segments"])
+    assert told["segments"][0]["inputs"] == ["in.mkv"] and told["join"]["outputs"] == ["out.mkv"]
+    assert "--part" in vireo.error("farm", "plan", *plan, "--json", "--part", "join")

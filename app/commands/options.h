@@ -28,6 +28,7 @@ struct RenderOptions {
     std::string frames, start, duration;
     std::string interlaced;
     bool progressive = false;
+    std::string dither;
     std::vector<std::string> encoderOptions;
     RenderJob job;  ///< The options that need no reading.
 };

@@ -144,6 +144,9 @@ void addInputOptions(CLI::App& command, RenderOptions& options) {
         ->excludes(progressive)
         ->type_name("tff|bff");
     command.add_flag("--premultiplied", job.premultiplied, "Colours of the source are multiplied by alpha");
+    command.add_option("--dither", options.dither, "How deeper channels are brought to 8 bits, else ordered")
+        ->check(oneOf({"ordered", "none"}))
+        ->type_name("ordered|none");
     command.add_flag("--strict", job.strict, "A damaged input is a failure");
 }
 
@@ -194,6 +197,7 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     job.quiet = global.quiet;
     takePart(options, job);
     job.encoderOptions = parseEncoderOptions(options.encoderOptions);
+    job.dithers = options.dither != "none";
     if (options.progressive) job.interlacing = Interlacing::Progressive;
     if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
     if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;

@@ -34,8 +34,8 @@ Interlacing uprightInterlacing(Interlacing stored, const VideoProperties& video)
 
 PicturePtr DecodedFrame::picture(std::uint32_t format) {
     const bool interlaced = frame_->interlaced_frame != 0;
-    std::shared_ptr<Picture> picture =
-        frameToPicture(*frame_, video_.width, video_.height, format, video_.coding, interlaced);
+    std::shared_ptr<Picture> picture = frameToPicture(*frame_, video_.width, video_.height, format,
+                                                      video_.coding, interlaced, video_.dithers);
     // Only the properties are needed from here on.
     FramePtr properties = newFrame();
     check(av_frame_copy_props(properties.get(), frame_.get()), "cannot read a frame");

@@ -27,7 +27,8 @@ struct VideoProperties {
     ColorCoding coding;
     Interlacing interlacing = Interlacing::Progressive;
     bool premultiplied = false;
-    bool alpha = false;  ///< Worth keeping.
+    bool dithers = true;  ///< Frames deeper than the pictures that are made of them.
+    bool alpha = false;   ///< Worth keeping.
 
     int uprightWidth() const { return orientation.transpose ? height : width; }
     int uprightHeight() const { return orientation.transpose ? width : height; }

@@ -70,6 +70,7 @@ public:
         video.width = turned ? first_.height : first_.width;
         video.height = turned ? first_.width : first_.height;
         video.premultiplied = first_.premultiplied && formatHasAlpha(video.format);
+        video.dithers = first_.dithers;
         DecodedFrame decoded(std::move(frame_), video);
         PicturePtr result = decoded.picture(format);
         frame_ = newFrame();
@@ -91,6 +92,7 @@ private:
 SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
     readPicture(file, video_);
     video_.premultiplied = premultiplied_ && formatHasAlpha(video_.format);
+    video_.dithers = dithers_;
     SourceInfo info;
     info.width = video_.uprightWidth();
     info.height = video_.uprightHeight();

@@ -11,7 +11,8 @@ namespace vireo {
 
 class FfmpegPictureSource : public PictureSource {
 public:
-    explicit FfmpegPictureSource(const RenderJob& job) : premultiplied_(job.premultiplied) {}
+    explicit FfmpegPictureSource(const RenderJob& job)
+        : premultiplied_(job.premultiplied), dithers_(job.dithers) {}
 
     SourceInfo probe(const std::filesystem::path& file) override;
     std::unique_ptr<SourceFrame> frame(const std::filesystem::path& file, std::int64_t number) override;
@@ -21,6 +22,7 @@ public:
 
 private:
     bool premultiplied_;
+    bool dithers_;
     VideoProperties video_;
 };
 

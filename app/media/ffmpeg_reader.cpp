@@ -96,6 +96,7 @@ void FfmpegReader::describe(const RenderJob& job) {
     info_.frameCount = clip_.frameCount;
     info_.frameRate = av_q2d(video().frameRate);
     decoder_.setPremultiplied(job.premultiplied && info_.alpha);
+    decoder_.setDithers(job.dithers);
 
     constexpr double endless = std::numeric_limits<double>::infinity();
     constexpr double mostFrames = 1e15;

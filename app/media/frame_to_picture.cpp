@@ -15,10 +15,12 @@ namespace {
 
 const ColorKernels& kernels = colorKernelsTables.chosen();
 
-/// Thresholds of an ordered dither, one row of the picture's width for each of eight rows of the pattern.
+/// Thresholds of an ordered dither, one row of the picture's width for each of eight rows of the pattern; or
+/// of rounding, where `dithers` is not set.
 class DitherRows {
 public:
-    explicit DitherRows(int width) : width_(width), values_(8 * static_cast<std::size_t>(width)) {
+    DitherRows(int width, bool dithers) : width_(width), values_(8 * static_cast<std::size_t>(width), 0.5F) {
+        if (!dithers) return;
         for (int y = 0; y < 8; ++y) {
             for (int x = 0; x < width; ++x) values_[index(y) + static_cast<std::size_t>(x)] = threshold(x, y);
         }
@@ -91,7 +93,7 @@ private:
 
 template <class Sample>
 void yuvToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Picture& picture,
-                  const ColorCoding& coding, bool interlaced) {
+                  const ColorCoding& coding, bool interlaced, bool dithers) {
     const bool deep = picture.format() != PixKit::formatBgra;
     const bool grey = format.nb_components < 3;
     const bool alpha = (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
@@ -105,7 +107,7 @@ void yuvToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
     FullChromaRows<Sample> us(frame, format, grey ? 0 : 1);
     FullChromaRows<Sample> vs(frame, format, grey ? 0 : 2);
     ComponentRows<Sample> as(frame, format, format.nb_components - 1, frame.width);
-    const DitherRows dither(sizeof(Sample) == 2 && !deep ? frame.width : 0);
+    const DitherRows dither(sizeof(Sample) == 2 && !deep ? frame.width : 0, dithers);
     const int rowsOfChroma = AV_CEIL_RSHIFT(frame.height, format.log2_chroma_h);
 
     for (int y = 0; y < frame.height; ++y) {
@@ -125,7 +127,7 @@ void yuvToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
 
 /// Colours as they are, each scaled from its depth to the picture's.
 template <class Sample, class Channel>
-void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Picture& picture) {
+void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Picture& picture, bool dithers) {
     constexpr bool floatSamples = std::is_floating_point_v<Sample>;
     constexpr bool floatChannels = std::is_floating_point_v<Channel>;
     constexpr bool dithered = sizeof(Sample) > 1 && sizeof(Channel) == 1;
@@ -140,7 +142,7 @@ void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
     for (int channel : {2, 1, 0})
         rows.emplace_back(frame, format, components == 1 ? 0 : channel, frame.width);
     if (alpha) rows.emplace_back(frame, format, format.nb_components - 1, frame.width);
-    const DitherRows dither(dithered ? frame.width : 0);
+    const DitherRows dither(dithered ? frame.width : 0, dithers);
 
     for (int y = 0; y < frame.height; ++y) {
         Channel* const to = reinterpret_cast<Channel*>(picture.row(y));
@@ -173,11 +175,11 @@ void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
 }
 
 template <class Sample>
-void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Picture& picture) {
+void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Picture& picture, bool dithers) {
     switch (picture.format()) {
-        case formatBgra16: return rgbToPicture<Sample, std::uint16_t>(frame, format, picture);
-        case formatBgraFloat: return rgbToPicture<Sample, float>(frame, format, picture);
-        default: return rgbToPicture<Sample, std::uint8_t>(frame, format, picture);
+        case formatBgra16: return rgbToPicture<Sample, std::uint16_t>(frame, format, picture, dithers);
+        case formatBgraFloat: return rgbToPicture<Sample, float>(frame, format, picture, dithers);
+        default: return rgbToPicture<Sample, std::uint8_t>(frame, format, picture, dithers);
     }
 }
 
@@ -218,7 +220,7 @@ AVPixelFormat plainFormat(const AVPixFmtDescriptor& format, AVPixelFormat code) 
 
 std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int height,
                                         std::uint32_t pictureFormat, const ColorCoding& coding,
-                                        bool interlaced) {
+                                        bool interlaced, bool dithers) {
     const auto code = static_cast<AVPixelFormat>(frame.format);
     const AVPixFmtDescriptor& format = descriptionOf(code);
     const SampleKind kind = sampleKind(format);
@@ -226,7 +228,7 @@ std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int hei
     if (!sameSize || kind == SampleKind::Other) {
         const AVPixelFormat plain = kind == SampleKind::Other ? plainFormat(format, code) : code;
         return frameToPicture(*scaled(frame, width, height, plain), width, height, pictureFormat, coding,
-                              interlaced);
+                              interlaced, dithers);
     }
 
     const bool isRgb = formatIsRgb(code) || kind == SampleKind::Floats;  // float samples are never YUV
@@ -236,19 +238,19 @@ std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int hei
     if (!isRgb && (isFloat || (kind == SampleKind::Bytes && pictureFormat != PixKit::formatBgra))) {
         const AVPixelFormat deep = isFloat ? AV_PIX_FMT_RGBA64 : deepFormat(format);
         return frameToPicture(*scaled(frame, width, height, deep), width, height, pictureFormat, coding,
-                              interlaced);
+                              interlaced, dithers);
     }
     auto picture = std::make_shared<Picture>(width, height, pictureFormat);
     if (isRgb) {
         switch (kind) {
-            case SampleKind::Bytes: rgbToPicture<std::uint8_t>(frame, format, *picture); break;
-            case SampleKind::Words: rgbToPicture<std::uint16_t>(frame, format, *picture); break;
-            default: rgbToPicture<float>(frame, format, *picture);
+            case SampleKind::Bytes: rgbToPicture<std::uint8_t>(frame, format, *picture, dithers); break;
+            case SampleKind::Words: rgbToPicture<std::uint16_t>(frame, format, *picture, dithers); break;
+            default: rgbToPicture<float>(frame, format, *picture, dithers);
         }
     } else if (kind == SampleKind::Bytes) {
-        yuvToPicture<std::uint8_t>(frame, format, *picture, coding, interlaced);
+        yuvToPicture<std::uint8_t>(frame, format, *picture, coding, interlaced, dithers);
     } else {
-        yuvToPicture<std::uint16_t>(frame, format, *picture, coding, interlaced);
+        yuvToPicture<std::uint16_t>(frame, format, *picture, coding, interlaced, dithers);
     }
     return picture;
 }

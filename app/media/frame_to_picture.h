@@ -11,12 +11,13 @@
 
 namespace vireo {
 
-/// The pixels of a frame, stored as it is, with alpha as it is. A frame deeper than the picture is dithered.
-/// `interlaced`: chroma halved down belongs to the fields. A frame of another size than `width` x `height` is
-/// scaled. Throws Error where the libraries cannot convert the format.
+/// The pixels of a frame, stored as it is, with alpha as it is. A frame deeper than the picture
+/// is dithered in an ordered pattern, or rounded without `dithers`. `interlaced`: chroma halved down belongs
+/// to the fields. A frame of another size than `width` x `height` is scaled. Throws Error where the libraries
+/// cannot convert the format.
 std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int height,
                                         std::uint32_t pictureFormat, const ColorCoding& coding,
-                                        bool interlaced);
+                                        bool interlaced, bool dithers);
 
 }  // namespace vireo
 

@@ -21,7 +21,8 @@ void warnOfDepth(const RenderJob& job, const FfmpegSource& source, Messages& mes
     if (source.depth < sourceDepth) {
         const std::string have = sourceDepth == 32 ? "floating-point" : std::to_string(sourceDepth) + "-bit";
         messages.notice(job.input + " has " + have + " channels; they are brought to " +
-                        std::to_string(source.depth) + " bits with dithering");
+                        std::to_string(source.depth) +
+                        (job.dithers && source.depth == 8 ? " bits with dithering" : " bits"));
     }
 }
 

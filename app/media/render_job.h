@@ -49,6 +49,7 @@ struct RenderJob {
     bool noAudio = false;
     bool alpha = false;
     bool premultiplied = false;
+    bool dithers = true;                     ///< Where a source is deeper than what the filters take.
     std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
     int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
     bool atOnce = false;                     ///< Somebody waits for each frame: all cores work on it.

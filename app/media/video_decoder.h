@@ -35,6 +35,7 @@ public:
     void setLastWanted(std::optional<std::int64_t> frame) { lastWanted_ = frame; }
 
     void setPremultiplied(bool premultiplied) { video_.premultiplied = premultiplied; }
+    void setDithers(bool dithers) { video_.dithers = dithers; }
 
     /// The next frame; null behind the last one and when a stop is requested.
     std::unique_ptr<FfmpegFrame> next();

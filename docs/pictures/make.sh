@@ -51,3 +51,13 @@ done
 /usr/bin/python3 docs/pictures/sheet.py docs/pictures/presets.jpg "$work/bee.png" "$work"/presets/*.png
 build/linux/bin/vireo compare "$work/citrus.png" "$work/compare.png" --preset cyanotype --overwrite --quiet
 make -i "$work/compare.png" -q:v 3 docs/pictures/compare.jpg
+
+# 24 of 1024 dark levels, of which 8 bits have six: rounded, and dithered.
+make -f lavfi -i "color=black:s=720x96:r=25:d=0.04,format=gbrp10le,geq=r='120+24*X/W':g='120+24*X/W':b='120+24*X/W'" \
+    -c:v ffv1 "$work/slope.mkv"
+for dither in none ordered; do
+    build/linux/bin/vireo render "$work/slope.mkv" "$work/dither-$dither.png" -f "Solarize:threshold=0" \
+        --dither "$dither" --overwrite --quiet
+done
+make -i "$work/dither-none.png" -i "$work/dither-ordered.png" \
+    -filter_complex "vstack,lutrgb=r='(val-28)*28':g='(val-28)*28':b='(val-28)*28'" docs/pictures/dither.png

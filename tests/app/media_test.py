@@ -177,6 +177,8 @@ def test_deeper_sources_are_dithered_and_told(vireo, tmp_path):
     assert result.stderr.decode().count("10-bit") == 1
     grey = read_picture(tmp_path / "out1.png")[..., 0]
     assert len(numpy.unique(grey)) == 2 and abs(grey.mean() - (502 - 64) / 876 * 255) < 0.1
+    vireo("render", "in.mkv", "rounded%d.png", *IDENTITY, "--dither", "none")
+    assert (read_picture(tmp_path / "rounded1.png")[..., :3] == round((502 - 64) / 876 * 255)).all()
 
 
 def test_hdr_is_warned_of(vireo, tmp_path):

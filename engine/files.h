@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vireo {
 
@@ -14,6 +15,9 @@ std::string utf8Of(const std::filesystem::path& path);
 
 /// A whole file. Throws Error.
 std::string readFile(const std::string& path);
+
+/// What lies in a folder; nothing where there is none.
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder);
 
 }  // namespace vireo
 

@@ -15,11 +15,10 @@ namespace {
 std::vector<Preset> presetsIn(const std::vector<std::filesystem::path>& folders) {
     std::map<std::string, Preset> byName;
     for (const std::filesystem::path& folder : folders) {
-        std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-            if (lowerCase(utf8Of(entry.path().extension())) != ".json") continue;
-            const std::string name = utf8Of(entry.path().stem());
-            byName.try_emplace(comparableName(name), Preset{name, utf8Of(entry.path())});
+        for (const std::filesystem::path& file : filesIn(folder)) {
+            if (lowerCase(utf8Of(file.extension())) != ".json") continue;
+            const std::string name = utf8Of(file.stem());
+            byName.try_emplace(comparableName(name), Preset{name, utf8Of(file)});
         }
     }
     std::vector<Preset> presets;

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Puts the page together in a folder that holds the built vireo.wasm.
+"""Puts the page and the package together.
 
-assemble.py FOLDER   copies the page beside it, and writes vireo.html, the same as one file
+assemble.py FOLDER VERSION   copies the package beside the built FOLDER/vireo/vireo.wasm and the page around it, and
+                             writes vireo.html, the page as one file
 
 The one file holds plain scripts: pages that are opened from a folder may neither fetch nor start a module as worker.
 """
@@ -15,10 +16,21 @@ import sys
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
+ROOT = HERE.parents[1]
+PROGRAM = "vireo/vireo.wasm"
 SAMPLES = {"fruit.jpg": "image/jpeg", "cutout.png": "image/png", "clip.mp4": "video/mp4"}
 
-IMPORT = re.compile(r"^import (?:\{([^}]*)\}|(\w+)) from '\./([\w.]+)';\n", re.MULTILINE)
+# What vireo.wasm holds of others' sources, and where their terms lie.
+LICENCES = {
+    "musl.txt": "/usr/share/emscripten/system/lib/libc/musl/COPYRIGHT",
+    "emscripten.txt": "/usr/share/doc/emscripten/copyright",
+    "nlohmann-json.txt": "/usr/share/doc/nlohmann-json3-dev/copyright",
+}
+
+IMPORT = re.compile(r"^import (?:\{([^}]*)\}|(\w+)) from '\./([\w./]+)';\n", re.MULTILINE)
+PASSED_ON = re.compile(r"^export \{ ([^}]*) \};\n", re.MULTILINE)
 EXPORT = re.compile(r"^export (?=(?:const|class|function\*?|async function\*?) (\w+))", re.MULTILINE)
+LINK = re.compile(r"(?<!!)\[([^]]+)\]\((?!https?:)[^)]*\)")
 DEFAULT = re.compile(r"^export default (\w+);", re.MULTILINE)
 
 
@@ -31,15 +43,20 @@ def plain_script(folder, file_name, done):
     if file_name in done:
         return ""
     done.add(file_name)
-    text = (folder / file_name).read_text(encoding="utf-8")
-    before = "".join(plain_script(folder, match[3], done) for match in IMPORT.finditer(text))
+    path = folder / file_name
+    text = path.read_text(encoding="utf-8")
+
+    def of(match):
+        return (path.parent / match[3]).relative_to(folder).as_posix()
+
+    before = "".join(plain_script(folder, of(match), done) for match in IMPORT.finditer(text))
 
     def taken(match):
         names = match[1].replace(" as ", ": ") if match[1] else f"default: {match[2]}"
-        return f"const {{{names}}} = {variable(match[3])};\n"
+        return f"const {{{names}}} = {variable(of(match))};\n"
 
-    names = EXPORT.findall(text) + [f"default: {name}" for name in DEFAULT.findall(text)]
-    text = DEFAULT.sub("", EXPORT.sub("", IMPORT.sub(taken, text)))
+    names = [*EXPORT.findall(text), *(f"default: {name}" for name in DEFAULT.findall(text)), *PASSED_ON.findall(text)]
+    text = DEFAULT.sub("", PASSED_ON.sub("", EXPORT.sub("", IMPORT.sub(taken, text))))
     text = text.replace("import.meta.url", '"file:///"')
     left = re.search(r"^(import|export)\b.*", text, re.MULTILINE)
     if left:
@@ -55,7 +72,7 @@ def one_file(folder):
     """The text of the page as one file."""
     worker = "'use strict';\n" + plain_script(folder, "worker.mjs", set())
     files = {
-        "vireo.wasm": inlined((folder / "vireo.wasm").read_bytes(), "application/wasm"),
+        PROGRAM: inlined((folder / PROGRAM).read_bytes(), "application/wasm"),
         "worker.mjs": inlined(worker.encode("utf-8"), "text/javascript"),
     }
     for name, kind in SAMPLES.items():
@@ -75,11 +92,28 @@ def one_file(folder):
     return text
 
 
+def put_package(folder, version):
+    """The package beside its program. Of the documentation it holds this one page, so other links lead nowhere."""
+    for old in folder.glob("*.mjs"):
+        old.unlink()
+    for source in [HERE / "vireo/index.d.ts", *(HERE / "vireo").glob("*.mjs")]:
+        shutil.copyfile(source, folder / source.name)
+    page = (ROOT / "docs/javascript.md").read_text(encoding="utf-8")
+    (folder / "README.md").write_text(LINK.sub(r"\1", page), encoding="utf-8")
+    description = json.loads((HERE / "vireo/package.json").read_text(encoding="utf-8")) | {"version": version}
+    (folder / "package.json").write_text(json.dumps(description, indent=2) + "\n", encoding="utf-8")
+    shutil.copyfile(ROOT / "LICENSES/MIT.txt", folder / "LICENSE")
+    (folder / "licenses").mkdir(exist_ok=True)
+    for name, source in LICENCES.items():
+        shutil.copyfile(source, folder / "licenses" / name)
+
+
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
     folder = Path(sys.argv[1])
-    (folder / "samples").mkdir(parents=True, exist_ok=True)
+    put_package(folder / "vireo", sys.argv[2])
+    (folder / "samples").mkdir(exist_ok=True)
     for path in [HERE / "index.html", HERE / "page.css", *HERE.glob("*.mjs")]:
         shutil.copyfile(path, folder / path.name)
     for name in SAMPLES:

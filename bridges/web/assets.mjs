@@ -2,6 +2,7 @@
 // Where the page's own files are: beside it, or inside it where the page is one file.
 
 const inside = globalThis.vireoFiles ?? {};
+const program = 'vireo/vireo.wasm';
 
 const bytesOf = (base64) => Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
 
@@ -15,7 +16,7 @@ export function assetUrl(name) {
 
 /** What the engine loads the module from: an address, or the bytes where the page is one file. */
 export const engineSource = () =>
-    inside['vireo.wasm'] ? bytesOf(inside['vireo.wasm'].base64) : assetUrl('vireo.wasm');
+    inside[program] ? bytesOf(inside[program].base64) : assetUrl(program);
 
 /** Some browsers let a page from a folder fetch nothing, so a file is handed over as its bytes. */
 export async function assetBytes(name) {

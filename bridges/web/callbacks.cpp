@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The function that the engine calls for earlier frames: scripts have none to give, so the program takes one
-// from its surroundings.
+// The functions that the engine calls back: scripts have none to give, so the program takes them from its
+// surroundings.
 #include "vireo/vireo.h"
 
-extern "C" __attribute__((import_module("vireo"), import_name("earlierFrame"))) VireoEarlierFrame askScript;
+extern "C" __attribute__((import_module("vireo"), import_name("earlierFrame"))) VireoEarlierFrame askForFrame;
+extern "C" __attribute__((import_module("vireo"), import_name("isCancelled"))) int32_t askForEnd(void* user);
 
 extern "C" __attribute__((export_name("vireo_earlier_frame"))) VireoEarlierFrame* earlierFrame() {
-    return askScript;
+    return askForFrame;
+}
+
+extern "C" __attribute__((export_name("vireo_is_cancelled"))) int32_t (*isCancelled())(void* user) {
+    return askForEnd;
 }

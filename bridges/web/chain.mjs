@@ -1,90 +1,83 @@
 // SPDX-License-Identifier: MIT
 // The page's chain: filters of the engine, each of which may be switched off.
 import { PageError } from './texts.mjs';
-import { constants, EngineError } from './vireo.mjs';
-
-const { VireoUnknownFilter, VireoUnknownParameter, VireoBadValue, VireoBadText, VireoBadSettings } = constants;
-const { VireoFrom, VireoTo, VireoMix, VireoSpellingCompact } = constants;
+import { VireoError } from './vireo/index.mjs';
 
 export const fullMix = 100;
 
-/** A filter in a chain. A parameter goes by its index, the mix by VireoMix. */
+/** A filter in a chain. A parameter goes by its index, and by "from", "to" or "mix". */
 export class FilterUse {
     isOn = true;
-    #engine;
-    #index;
-    #settings; // a chain of the engine's that holds this filter alone
+    #settings; // of a chain that holds this filter alone
 
-    /** `text` is what -f takes for one filter. Throws EngineError. */
+    /** `text` is what -f takes for one filter. Throws VireoError. */
     constructor(engine, text) {
-        this.#engine = engine;
-        this.#settings = engine.chain(text);
-        this.#index = this.#settings.filterAt(0);
+        this.#settings = engine.chain(text).at(0);
     }
 
     /** As the engine lists it, in the language that is spoken now. */
     get filter() {
-        return this.#engine.filters()[this.#index];
+        return this.#settings.filter;
     }
 
-    /** Takes a number, or a text as -f takes it. Throws EngineError. */
+    /** Takes a number, or a text as -f takes it. Throws VireoError. */
     set(parameter, value) {
-        this.#settings.set(0, parameter, value);
+        this.#settings.set(parameter, value);
     }
 
     unset(parameter) {
-        this.#settings.unset(0, parameter);
+        this.#settings.unset(parameter);
     }
 
     reset() {
-        for (const parameter of [...this.filter.parameters.keys(), VireoFrom, VireoTo, VireoMix]) this.unset(parameter);
+        for (const parameter of [...this.filter.parameters.keys(), 'from', 'to', 'mix']) this.unset(parameter);
     }
 
     isSet(parameter) {
-        return this.#settings.isSet(0, parameter);
+        return this.#settings.isSet(parameter);
     }
 
     isKeyed(parameter) {
-        return this.#settings.isKeyed(0, parameter);
+        return this.#settings.isKeyed(parameter);
     }
 
     /** The value at a moment { frame, rate }. */
     valueAt(parameter, moment) {
         try {
-            return this.#settings.value(0, parameter, moment);
+            return this.#settings.value(parameter, moment);
         } catch {
             // Key frames in frames and in seconds may be out of order at this clip's rate. Rendering says so.
-            return parameter === VireoMix ? fullMix : this.filter.parameters[parameter].default;
+            return parameter === 'mix' ? fullMix : this.filter.parameters[parameter].default;
         }
     }
 
     /** The value as -f takes it, key frames too. */
     valueText(parameter) {
-        return this.#settings.valueText(0, parameter);
+        return this.#settings.get(parameter);
     }
 
     /** When it begins and ends to work, as -f takes it; empty where that is not given. */
     get from() {
-        return this.valueText(VireoFrom);
+        return this.valueText('from');
     }
     get to() {
-        return this.valueText(VireoTo);
+        return this.valueText('to');
     }
 
     /** Whether what was set of it changes along a clip. */
     isAnimated() {
-        const values = [...this.filter.parameters.keys(), VireoMix];
+        const values = [...this.filter.parameters.keys(), 'mix'];
         return this.from !== '' || this.to !== '' || values.some((parameter) => this.isKeyed(parameter));
     }
 
     /** What -f takes. */
     text() {
-        return this.#settings.text(0);
+        return this.#settings.text();
     }
 
     /** The same without what addresses would escape. */
     compactText() {
-        return this.#settings.text(0, VireoSpellingCompact);
+        return this.#settings.text('compact');
     }
 }
 
@@ -97,7 +90,7 @@ export const wholeText = (uses) =>
 
 /** What the page says of a text that the engine does not take. `file` is the name of what it was read from. */
 function told(engine, error, file) {
-    if (!(error instanceof EngineError)) return error;
+    if (!(error instanceof VireoError)) return error;
     const filter = engine.filters().find(({ englishName }) => englishName === error.filter);
     const parameter = filter?.parameters.find(({ englishName }) => englishName === error.parameter);
     const isKnown = parameter || ['from', 'to', 'mix'].includes(error.parameter);
@@ -107,14 +100,14 @@ function told(engine, error, file) {
         value: error.value,
     };
     const { status } = error;
-    const isFile = status === VireoBadSettings;
+    const isFile = status === 'badSettings';
     if (isFile && error.filter === '') return new PageError('badSettings', { name: file });
-    if (status === VireoUnknownFilter || (isFile && !filter)) return new PageError('noFilter', { name: error.filter });
-    if (status === VireoUnknownParameter || (isFile && !isKnown)) return new PageError('noParameter', values);
-    if (status === VireoBadText) {
+    if (status === 'unknownFilter' || (isFile && !filter)) return new PageError('noFilter', { name: error.filter });
+    if (status === 'unknownParameter' || (isFile && !isKnown)) return new PageError('noParameter', values);
+    if (status === 'badText') {
         return isKnown ? new PageError('givenTwice', values) : new PageError('badPair', { text: error.value });
     }
-    return status === VireoBadValue || isFile ? new PageError('badValue', values) : error;
+    return status === 'badValue' || isFile ? new PageError('badValue', values) : error;
 }
 
 function understood(engine, work, file) {
@@ -136,5 +129,5 @@ export function parseFilterText(engine, text) {
 export function parseSettings(engine, name, text) {
     const chain = engine.chain();
     understood(engine, () => chain.addSettings(text, name), name);
-    return Array.from({ length: chain.length }, (_, position) => new FilterUse(engine, chain.text(position)));
+    return Array.from(chain, (filter) => new FilterUse(engine, filter.text()));
 }

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The chain for other programs: the command line, and FFmpeg.
 import { fullMix } from './chain.mjs';
-import { constants } from './vireo.mjs';
-
-const { VireoMix } = constants;
 
 const isOn = (use) => use.isOn;
 
@@ -34,8 +31,8 @@ export function ffmpegText(chain, clip, moment) {
     return chain
         .filter(isOn)
         .map((use) => {
-            const { parameters, fileName, usesTime } = use.filter;
-            const isTimed = usesTime && clip !== null;
+            const { parameters, fileName, readsTime } = use.filter;
+            const isTimed = readsTime && clip !== null;
             const lastSet = parameters.findLastIndex((_, index) => use.isSet(index));
             const values = parameters
                 .slice(0, isTimed ? parameters.length : lastSet + 1)
@@ -48,4 +45,4 @@ export function ffmpegText(chain, clip, moment) {
 
 /** Whether the chain holds what FFmpeg's frei0r filter cannot be told. */
 export const ffmpegLacks = (chain) =>
-    chain.filter(isOn).some((use) => use.isAnimated() || use.valueAt(VireoMix, { frame: 0 }) !== fullMix);
+    chain.filter(isOn).some((use) => use.isAnimated() || use.valueAt('mix', { frame: 0 }) !== fullMix);

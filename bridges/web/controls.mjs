@@ -4,9 +4,6 @@ import { fullMix } from './chain.mjs';
 import { displayText, fromDisplay } from './display_units.mjs';
 import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
-import { constants } from './vireo.mjs';
-
-const { VireoMix } = constants;
 
 let lastId = 0;
 const newId = () => `control-${++lastId}`;
@@ -141,15 +138,15 @@ const mixParameter = {
 
 /** How much of the result lies over what went in. */
 function mixControl(use, host) {
-    const isKeyed = use.isKeyed(VireoMix);
+    const isKeyed = use.isKeyed('mix');
     const control = numberControl(say('mix'), mixParameter, (value) => {
-        if (value === fullMix) use.unset(VireoMix);
-        else use.set(VireoMix, value);
+        if (value === fullMix) use.unset('mix');
+        else use.set('mix', value);
         host.changed();
     });
-    if (isKeyed) keyFrameNote(control, use, VireoMix, host);
+    if (isKeyed) keyFrameNote(control, use, 'mix', host);
     control.root.classList.add('mix');
-    return { root: control.root, update: (moment) => control.update(use.valueAt(VireoMix, moment), isKeyed) };
+    return { root: control.root, update: (moment) => control.update(use.valueAt('mix', moment), isKeyed) };
 }
 
 /** A matrix stands as one: nine numbers by their places. */

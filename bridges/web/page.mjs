@@ -5,7 +5,6 @@ import { assetBytes, engineSource } from './assets.mjs';
 import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
-import { loadEngine } from './engine.mjs';
 import { FilterPicker } from './filter_picker.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Renderer } from './renderer.mjs';
@@ -13,6 +12,7 @@ import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
 import { TakeAlong } from './take_along.mjs';
 import { PageError } from './texts.mjs';
+import { loadVireo } from './vireo/index.mjs';
 
 const samples = {
     fruit: { text: 'sampleFruit', file: 'fruit.jpg', type: 'image/jpeg' },
@@ -96,7 +96,7 @@ const picker = new FilterPicker(find('.picker'), (filter) =>
 
 /** Makes one chain of the filters that are switched on: what is rendered and handed over. */
 function join() {
-    state.whole?.chain.close();
+    state.whole?.chain.dispose();
     const text = wholeText(state.chain);
     const chain = state.engine.chain(text);
     state.whole = { chain, text, ...chain.needs() };
@@ -255,7 +255,7 @@ async function follow(hash) {
 function speakLanguage(language) {
     const { engine } = state;
     engine.setLanguage(language);
-    speak(allTexts.map((text) => engine.text(text)));
+    speak(allTexts.map((text) => engine.translate(text)));
     state.language = language;
     document.documentElement.lang = language;
     find('.language').value = language;
@@ -375,7 +375,7 @@ function listenToFiles() {
 
 async function start() {
     try {
-        [state.engine] = await Promise.all([loadEngine(engineSource()), renderer.started]);
+        [state.engine] = await Promise.all([loadVireo(engineSource()), renderer.started]);
         listen();
         speakLanguage(rememberedLanguage.get() ?? browserLanguage());
     } catch {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Runs the engine beside the page. Each message { id, action, argument } is answered by { id, result } or { id, error }.
-import { loadEngine } from './engine.mjs';
 import { readPng, writePng } from './png.mjs';
+import { loadVireo } from './vireo/index.mjs';
 
-let engine;
+let vireo;
 const pictures = new Map(); // frame's number -> the picture that goes into the chain
 
 /** The picture of a frame, or the one nearest before it, or else the earliest. */
@@ -13,18 +13,19 @@ function pictureAt(frame) {
 }
 
 /** The result of a job { chain, frame, frames, rate, picture }, over the stored pictures where it brings none. */
-function rendered({ chain, frame, frames, rate, picture }) {
-    return engine.render(chain, picture ?? pictureAt(frame), {
-        frame,
-        frames,
-        rate,
-        fetch: picture ? undefined : pictureAt,
-    });
+function rendered({ chain: text, frame, frames, rate, picture }) {
+    const chain = vireo.chain(text);
+    try {
+        const earlier = picture ? undefined : pictureAt;
+        return chain.render(picture ?? pictureAt(frame), { frame, frames, rate, earlier });
+    } finally {
+        chain.dispose();
+    }
 }
 
 const actions = {
     async start(source) {
-        engine = await loadEngine(source);
+        vireo = await loadVireo(source);
     },
     store({ frame, picture }) {
         pictures.set(frame, picture);

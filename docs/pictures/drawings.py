@@ -57,7 +57,7 @@ class Drawing:
 
 def house():
     drawing = Drawing(900, 610, "Who includes and who loads whom")
-    callers = [("app/", "vireo, the command line"), ("bridges/web/", "the browser page"),
+    callers = [("app/", "vireo, the command line"), ("bridges/web/", "npm package, browser page"),
                ("examples/", "and your own program"), ("bridges/frei0r/", "vireo_*.so, one a filter")]
     for index, (title, note) in enumerate(callers):
         left = 20 + 220 * index

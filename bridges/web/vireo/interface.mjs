@@ -40,6 +40,8 @@ const structs = {
         size: 'uint',
         label: 'text',
     },
+    VireoPreset: { structSize: 'uint', name: 'own text', description: 'own text', file: 'own text' },
+    VireoKey: { frame: 'long', seconds: 'double', value: 'long', transition: 'int' },
     VireoTime: {
         structSize: 'uint',
         interlacing: 'int',
@@ -69,22 +71,32 @@ const structs = {
     VireoRenderOptions: { structSize: 'uint', earlierFrame: 'address', isCancelled: 'address', user: 'address' },
 };
 
-export const constants = {
-    VireoUnknownFilter: 5,
-    VireoUnknownParameter: 6,
-    VireoBadValue: 7,
-    VireoBadText: 8,
-    VireoBadSettings: 9,
-    VireoNumber: 0,
-    VireoBoolean: 1,
-    VireoColor: 2,
-    VireoSpellingFull: 0,
-    VireoSpellingCompact: 1,
-    VireoFrom: -1,
-    VireoTo: -2,
-    VireoMix: -3,
-    VireoRgba: 1,
+/** What scripts call the members of the enumerations, in order from 0. */
+export const enumerations = {
+    status: [
+        'done',
+        'failed',
+        'usage',
+        'noMemory',
+        'noModule',
+        'unknownFilter',
+        'unknownParameter',
+        'badValue',
+        'badText',
+        'badSettings',
+        'unknownPreset',
+        'tooLarge',
+        'unsupported',
+        'noFrame',
+        'cancelled',
+    ],
+    kind: ['number', 'boolean', 'colour'],
+    layout: ['bgra', 'rgba', 'argb', 'abgr', 'bgrx', 'rgbx', 'xrgb', 'xbgr', 'bgr', 'rgb', 'grey'],
+    transition: ['linear', 'hold', 'smooth'],
+    spelling: ['full', 'compact'],
 };
+
+export const constants = { VireoFrom: -1, VireoTo: -2, VireoMix: -3 };
 
 /** Types of members. A number of 64 bits is one of 53 here, and a text an address in memory. */
 const types = {
@@ -109,7 +121,7 @@ const types = {
         write: (view, at, value) => view.setFloat64(at, value, true),
     },
 };
-types.address = types.text = types.uint;
+types.address = types.text = types['own text'] = types.uint;
 
 function layoutOf(struct) {
     let end = 0;
@@ -126,12 +138,20 @@ function layoutOf(struct) {
 /** Struct's name -> { places: [{ name, type, offset, bytes }], size }. */
 export const layouts = Object.fromEntries(Object.entries(structs).map(([name, struct]) => [name, layoutOf(struct)]));
 
-/** What the engine says of a failure: its sentence, its status, and what the sentence is about, else empty texts. */
-export class EngineError extends Error {
-    constructor({ sentence, status, filter, parameter, value }) {
-        super(sentence);
-        Object.assign(this, { status, filter, parameter, value });
+/** Why something failed, in one sentence; the other members are in the declarations. */
+export class VireoError extends Error {
+    constructor(sentence, { status = 'usage', offset = -1, filter = '', parameter = '', value = '', cause } = {}) {
+        super(sentence, cause === undefined ? undefined : { cause });
+        this.name = 'VireoError';
+        Object.assign(this, { status, offset, filter, parameter, value });
     }
+}
+
+/** The number of an enumeration's member. Throws VireoError where there is none. */
+export function numberOf(enumeration, word) {
+    const number = enumerations[enumeration].indexOf(word);
+    if (number >= 0) return number;
+    throw new VireoError(`a ${enumeration} is one of ${enumerations[enumeration].join(', ')}, not "${word}"`);
 }
 
 /** An argument that is a struct; members that are not named are zero. */
@@ -142,27 +162,40 @@ export class Struct {
     }
 }
 
-/** An argument that the function writes to: a struct by its name, or a type; "own text" is a text to be freed. */
+/** An argument that the function writes to: a struct by its name, or a type. An "own text" is freed once read. */
 export class Out {
     constructor(type) {
         this.type = type;
     }
 }
 
-const decoder = new TextDecoder();
+const noMemory = () => new VireoError('there is not enough memory', { status: 'noMemory' });
+
+const decoder = new TextDecoder('utf-8', { ignoreBOM: true });
 const encoder = new TextEncoder();
 
 /** The program, which has the interface's functions as its exports. */
 export class Program {
+    /** { earlierFrame(number, target, time), isCancelled() }: what answers the engine while a chain renders. */
+    asked;
+
+    /** The functions of the program that ask, by the same names. */
+    callbacks;
+
     #functions;
     #view;
 
-    constructor(functions) {
+    constructor(functions, asked) {
         this.#functions = functions;
         this.#view = new DataView(functions.memory.buffer);
+        this.asked = asked;
+        this.callbacks = {
+            earlierFrame: functions.vireo_earlier_frame(),
+            isCancelled: functions.vireo_is_cancelled(),
+        };
     }
 
-    /** Calls a function that answers with a number; Struct and text may be among the arguments. */
+    /** Calls a function that answers with a number; Struct, text and bytes may be among the arguments. */
     number(name, ...values) {
         return this.#call(name, values, (answer) => answer);
     }
@@ -172,10 +205,10 @@ export class Program {
         return this.#textAt(this.#functions[name]());
     }
 
-    /** Calls a function that answers with a status, and gives what it wrote to Out. Throws EngineError. */
+    /** Calls a function that answers with a status, and gives what it wrote to Out. Throws VireoError. */
     call(name, ...values) {
         return this.#call(name, values, (status, written) => {
-            if (status !== 0) throw new EngineError(this.structAt('VireoError', this.#functions.vireoLastError()));
+            if (status !== 0) throw this.#failure(values.find((value) => typeof value === 'string'));
             return written();
         });
     }
@@ -194,28 +227,65 @@ export class Program {
         this.#functions.vireoFree(address);
     }
 
+    /** The bytes that a function hands out: call() takes [new Out('address'), new Out('uint')] for them. */
+    ownBytes([address, length]) {
+        const bytes = this.bytes().slice(address, address + length);
+        this.free(address);
+        return bytes;
+    }
+
+    /** As many structs as `write(address)` fills. */
+    structs(name, count, write) {
+        const { size } = layouts[name];
+        const address = this.allocate(count * size);
+        if (address === 0) throw noMemory();
+        try {
+            write(address);
+            return Array.from({ length: count }, (_, index) => this.structAt(name, address + index * size));
+        } finally {
+            this.free(address);
+        }
+    }
+
     structAt(name, address) {
         const read = ({ name: member, type, offset }) => [member, this.#read(type, address + offset)];
         return Object.fromEntries(layouts[name].places.map(read));
     }
 
+    /** Changes members of a struct that lies in memory. */
+    writeStruct(name, address, members) {
+        for (const { name: member, type, offset } of layouts[name].places) {
+            if (member in members) types[type].write(this.#memory(), address + offset, members[member]);
+        }
+    }
+
+    #failure(text) {
+        const { sentence, status, offset, ...about } = this.structAt('VireoError', this.#functions.vireoLastError());
+        const isInText = offset >= 0 && text !== undefined;
+        const place = isInText ? decoder.decode(encoder.encode(text).subarray(0, offset)).length : -1;
+        return new VireoError(sentence, { ...about, status: enumerations.status[status], offset: place });
+    }
+
     #call(name, values, finish) {
         const blocks = [];
-        let written = () => {};
+        const outs = [];
         const take = (bytes) => {
             const address = this.allocate(bytes);
-            if (address === 0) throw new Error('there is not enough memory');
+            if (address === 0) throw noMemory();
             blocks.push(address);
             return address;
         };
         const passed = (value) => {
             if (typeof value === 'string') return this.#putText(value, take);
-            if (value instanceof Struct) return this.#putStruct(value, take);
+            if (value instanceof Struct) return this.#putStructs([value], take);
+            if (value instanceof Uint8Array) return this.#putBytes(value, take(Math.max(value.length, 1)));
+            if (Array.isArray(value)) return this.#putStructs(value, take);
             if (!(value instanceof Out)) return value;
-            const address = value.type in layouts ? this.#putStruct(new Struct(value.type, {}), take) : take(8);
-            written = () => this.#written(value.type, address);
+            const address = value.type in layouts ? this.#putStructs([new Struct(value.type, {})], take) : take(8);
+            outs.push(() => this.#written(value.type, address));
             return address;
         };
+        const written = () => (outs.length > 1 ? outs.map((out) => out()) : outs[0]?.());
         try {
             return finish(this.#functions[name](...values.map(passed)), written);
         } finally {
@@ -232,15 +302,14 @@ export class Program {
 
     #read(type, address) {
         const value = types[type].read(this.#memory(), address);
-        return type === 'text' ? this.#textAt(value) : value;
+        if (!type.endsWith('text')) return value;
+        const text = this.#textAt(value);
+        if (type === 'own text') this.free(value);
+        return text;
     }
 
     #written(type, address) {
-        if (type in layouts) return this.structAt(type, address);
-        if (type !== 'own text') return this.#read(type, address);
-        const text = this.#read('text', address);
-        this.free(this.#read('address', address));
-        return text;
+        return type in layouts ? this.structAt(type, address) : this.#read(type, address);
     }
 
     #textAt(address) {
@@ -249,22 +318,27 @@ export class Program {
         return decoder.decode(bytes.subarray(begin, bytes.indexOf(0, begin)));
     }
 
-    #putText(text, take) {
-        const bytes = encoder.encode(text);
-        const address = take(bytes.length + 1);
+    #putBytes(bytes, address) {
         this.bytes().set(bytes, address);
-        this.bytes()[address + bytes.length] = 0;
         return address;
     }
 
-    #putStruct({ name, members }, take) {
-        const { size, places } = layouts[name];
-        const address = take(size);
-        this.bytes().fill(0, address, address + size);
-        for (const [member, value] of Object.entries({ structSize: size, ...members })) {
-            const { type, offset } = places.find((place) => place.name === member);
-            const stored = typeof value === 'string' ? this.#putText(value, take) : value;
-            types[type].write(this.#memory(), address + offset, stored);
+    #putText(text, take) {
+        const bytes = encoder.encode(`${text}\0`);
+        return this.#putBytes(bytes, take(bytes.length));
+    }
+
+    /** Structs of one kind, one behind the other. */
+    #putStructs(list, take) {
+        const { size, places } = layouts[list[0].name];
+        const address = take(size * list.length);
+        this.bytes().fill(0, address, address + size * list.length);
+        for (const [index, { name, members }] of list.entries()) {
+            const stored = places[0].name === 'structSize' ? { structSize: size } : {};
+            for (const [member, value] of Object.entries(members)) {
+                stored[member] = typeof value === 'string' ? this.#putText(value, take) : value;
+            }
+            this.writeStruct(name, address + index * size, stored);
         }
         return address;
     }

@@ -216,7 +216,7 @@ test('every filter is listed as the command line lists it, in every language', a
     }
     for (const { id, parameters } of engine.filters()) {
         const info = JSON.parse(await vireo('info', String(id), '--json', '--language', 'ko'));
-        const own = parameters.map(({ englishName, takesPercent, ...rest }) => rest);
+        const own = parameters.map(({ englishName, label, unit, choices, takesPercent, ...rest }) => rest);
         for (const parameter of info.parameters) {
             if (parameter.kind === 'colour') parameter.default = Number.parseInt(parameter.default.slice(1), 16);
             if (parameter.kind === 'boolean') parameter.default = Number(parameter.default);
@@ -241,22 +241,20 @@ test('what cannot be rendered is told in a sentence, and the next picture comes 
     const solarize = defaultUse(filterNamed('Solarize'));
     const ghosting = [defaultUse(filterNamed('Ghosting'))];
     const beforehand = hash(engine.render([solarize], picture).data);
-    /** As large as is asked for, and no memory of its own. */
-    const imagined = (width, height) => ({ width, height, data: { length: 4 * width * height, subarray: () => new Uint8Array(4 * width) } });
+    const empty = (width, height) => ({ width, height, data: new Uint8ClampedArray(4 * width * height) });
     const clock = { frame: 9, frames: 10 };
     for (const [work, sentence] of [
-        [() => engine.render([solarize], imagined(30000, 30000)), /memory/],
-        [() => engine.render([solarize], imagined(20000, 20000)), /memory/],
-        [() => engine.render([defaultUse(filterNamed('Color Replace'))], imagined(9000, 2)), /^Error: Color Replace takes rows of up to 32767 bytes/],
-        [() => engine.render([solarize, defaultUse(filterNamed('Vertical Hold'))], imagined(1, 40000)), /^Error: Vertical Hold takes frames up to 32768 pixels high/],
-        [() => engine.render([{ ...solarize, values: [255] }], picture), /^Error: Threshold of Solarize takes whole numbers from 0 to 254, not "255"$/],
+        [() => engine.render([solarize], empty(20000, 20000)), /memory/],
+        [() => engine.render([defaultUse(filterNamed('Color Replace'))], empty(9000, 2)), /Color Replace takes rows of up to 32767 bytes/],
+        [() => engine.render([solarize, defaultUse(filterNamed('Vertical Hold'))], empty(1, 40000)), /Vertical Hold takes frames up to 32768 pixels high/],
+        [() => engine.render([{ ...solarize, values: [255] }], picture), /Threshold of Solarize takes whole numbers from 0 to 254, not "255"$/],
         [() => engine.render([{ ...solarize, values: [1.5] }], picture), /Threshold/],
         [() => engine.render([{ ...solarize, values: [NaN] }], picture), /Threshold/],
         [() => engine.render([{ ...solarize, values: [] }], picture), /takes 1 values/],
         [() => engine.render([{ ...solarize, mix: 101 }], picture), /mix of Solarize takes whole per cents from 0 to 100/],
         [() => engine.render([{ filter: 1 }], picture), /no filter 1/],
         [() => engine.render([solarize], { width: 0, height: 5, data: new Uint8ClampedArray(0) }), /0 x 5/],
-        [() => engine.render([solarize], { ...picture, width: picture.width + 1 }), /bytes/],
+        [() => engine.render([solarize], { ...picture, width: picture.width + 1 }), /samples/],
         [() => engine.render([solarize], picture, { frame: -1 }), /-1/],
         [() => engine.render(ghosting, picture, { ...clock, fetch: () => clips.wide[0] }), /as large/],
         [() => engine.render(ghosting, picture, { ...clock, fetch: () => { throw new Error('this disk is gone'); } }), /^Error: this disk is gone$/],

@@ -198,8 +198,8 @@ walk('the links in the documentation are understood', '#sample=cutout', async (p
     );
     assert.ok(links.length > 20, `only ${links.length} links`);
     const refused = await page.evaluate(async (addresses) => {
-        const [{ loadEngine }, { parseAddress }] = await Promise.all([import('./engine.mjs'), import('./address.mjs')]);
-        const engine = await loadEngine();
+        const [{ loadVireo }, { parseAddress }] = await Promise.all([import('./vireo/index.mjs'), import('./address.mjs')]);
+        const engine = await loadVireo();
         return addresses.filter((address) => {
             try {
                 return parseAddress(address, engine).chain.length === 0;

@@ -2,7 +2,6 @@
 // Where the page's own files are: beside it, or inside it where the page is one file.
 
 const inside = globalThis.vireoFiles ?? {};
-const program = 'vireo/vireo.wasm';
 
 const bytesOf = (base64) => Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
 
@@ -14,15 +13,16 @@ export function assetUrl(name) {
     return file.url;
 }
 
-/** What the engine loads the module from: an address, or the bytes where the page is one file. */
-export const engineSource = () =>
-    inside[program] ? bytesOf(inside[program].base64) : assetUrl(program);
-
 /** Some browsers let a page from a folder fetch nothing, so a file is handed over as its bytes. */
 export async function assetBytes(name) {
     if (inside[name]) return bytesOf(inside[name].base64);
     return new Uint8Array(await (await fetch(assetUrl(name))).arrayBuffer());
 }
+
+let program;
+
+/** What the engine is loaded from, compiled once for the page and its workers. */
+export const engineProgram = () => (program ??= assetBytes('vireo/vireo.wasm').then(WebAssembly.compile));
 
 /** One file holds the worker as a plain script, since pages from a folder may start no other. */
 export const startWorker = () =>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A worker with the engine, as the page sees it.
-import { engineSource, startWorker } from './assets.mjs';
+import { engineProgram, startWorker } from './assets.mjs';
 
 export class EngineWorker {
     #worker = startWorker();
@@ -19,7 +19,7 @@ export class EngineWorker {
             for (const { reject } of this.#waiting.values()) reject(new Error('the worker does not run'));
             this.#waiting.clear();
         };
-        this.started = this.call('start', engineSource());
+        this.started = engineProgram().then((program) => this.call('start', program));
     }
 
     /** Asks for one of the worker's actions; rejects with its one sentence. */

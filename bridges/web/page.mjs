@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
-import { assetBytes, engineSource } from './assets.mjs';
+import { assetBytes, engineProgram } from './assets.mjs';
 import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
@@ -375,7 +375,7 @@ function listenToFiles() {
 
 async function start() {
     try {
-        [state.engine] = await Promise.all([loadVireo(engineSource()), renderer.started]);
+        [state.engine] = await Promise.all([loadVireo(await engineProgram()), renderer.started]);
         listen();
         speakLanguage(rememberedLanguage.get() ?? browserLanguage());
     } catch {

@@ -18,7 +18,7 @@ check_packages=(
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
-    emscripten binaryen node-acorn chromium
+    emscripten binaryen node-acorn node-typescript chromium
 )
 # Newer ones than the system's may stand on the machine already.
 for command_and_package in node:nodejs npm:npm; do

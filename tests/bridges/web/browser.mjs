@@ -33,12 +33,12 @@ const types = {
     '.wasm': 'application/wasm',
 };
 
-/** Serves the built page as any static server would. */
-export async function serve() {
+/** Serves the built page, or another folder, as any static server would. */
+export async function serve(folder = pageFolder) {
     const server = createServer((request, response) => {
         const name = decodeURIComponent(new URL(request.url, 'http://localhost').pathname).slice(1) || 'index.html';
-        const file = path.join(pageFolder, name);
-        if (!file.startsWith(pageFolder) || !existsSync(file)) {
+        const file = path.join(folder, name);
+        if (!file.startsWith(folder) || !existsSync(file)) {
             response.writeHead(404).end();
             return;
         }

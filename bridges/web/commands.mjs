@@ -26,7 +26,7 @@ function frei0rValue(parameter, value) {
     return parameter.kind === 'colour' ? `0x${value.toString(16).padStart(6, '0')}` : share(parameter, value);
 }
 
-/** FFmpeg's frei0r filters, separated by commas. `clip` is { rate, frames } where a clip is open, else null. */
+/** FFmpeg's frei0r filters, separated by commas. `clip` is { frames } where a clip is open, else null. */
 export function ffmpegText(chain, clip, moment) {
     return chain
         .filter(isOn)
@@ -37,7 +37,8 @@ export function ffmpegText(chain, clip, moment) {
             const values = parameters
                 .slice(0, isTimed ? parameters.length : lastSet + 1)
                 .map((parameter, index) => frei0rValue(parameter, use.valueAt(index, moment)));
-            if (isTimed) values.push(String(clip.rate), 'ms', String(clip.frames));
+            // Frames are counted: for some widths FFmpeg does not hand out their times.
+            if (isTimed) values.push('', 's', String(clip.frames));
             return `frei0r=${[`vireo_${fileName}`, values.join('|')].filter(Boolean).join(':')}`;
         })
         .join(',');

@@ -137,7 +137,7 @@ test('what is switched off is not handed over, and FFmpeg is told a known clip',
     assert.equal(ffmpegText(chain, null, moment), 'frei0r=vireo_horizontal_hold:1,frei0r=vireo_solarize');
     assert.match(
         ffmpegText(chain, { rate: 25, frames: 75 }, moment),
-        /^frei0r=vireo_horizontal_hold:1\|0\.5\d*\|25\|ms\|75,/,
+        /^frei0r=vireo_horizontal_hold:1\|0\.5\d*\|\|s\|75,/,
     );
     const lacking = ['Solarize:thr=1@0s', 'Solarize:mix=99', 'Solarize:from=1s'];
     for (const text of ['Solarize:thr=1', ...lacking]) {

@@ -13,7 +13,7 @@ from pathlib import Path
 MAXIMUM_LINES = 600
 
 CODE = {".c", ".cpp", ".h", ".in", ".rc"}
-LICENSED = CODE | {".cmake", ".css", ".html", ".js", ".map", ".mjs", ".py", ".sh", ".toml", ".yml"}
+LICENSED = CODE | {".cmake", ".css", ".html", ".js", ".map", ".mjs", ".py", ".pyi", ".sh", ".toml", ".yml"}
 LICENSED_NAMES = {"CMakeLists.txt", ".clang-tidy", "check", "demo", "run"}
 
 # The only place of <windows.h>.

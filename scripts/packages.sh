@@ -14,6 +14,8 @@ check_packages=(
     fonts-wine fonts-ipafont-gothic fonts-nanum
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
     git dpkg-dev python3-pytest python3-numpy python3-pil
+    pybind11-dev python3-dev mypy python3-pip python3-venv python3-setuptools python3-wheel
+    python3-av python3-opencv jupyter-nbconvert python3-ipykernel
     ffmpeg melt
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion

@@ -35,6 +35,11 @@ make -loop 1 -i "$photos/european-honey-bee.jpg" -frames:v 40 -r 25 -c:v ffv1 -p
 
 docs/pictures/drawings.py
 docs/filters/generate.py build/linux/bin/vireo --pictures "$work"
+# Small ones, for the table that notebooks show.
+for picture in docs/filters/pictures/*-2.jpg; do
+    make -i "$picture" -vf scale=144:-2:flags=lanczos -q:v 5 -bitexact \
+        "bridges/python/vireo/pictures/$(basename "$picture" -2.jpg).jpg"
+done
 
 # Every ninth frame of a clip in which a value changes.
 build/linux/bin/vireo render "$work/bridge.mkv" "$work/key.mkv" --overwrite --quiet --encoder ffv1 \

@@ -48,6 +48,8 @@ def write(root, path, text):
         ("app/render/a.cpp", '"app/commands/options.h"'),
         ("app/media/a.cpp", '"app/render/pipeline.h"'),
         ("app/base/a.cpp", '"app/media/media.h"'),
+        ("bridges/python/a.cpp", '"host/vireo_host.h"'),
+        ("bridges/python/a.cpp", '"bridges/web/module.h"'),
         ("bridges/web/a.cpp", '"bridges/frei0r/module.h"'),
         ("bridges/web/a.cpp", '"engine/chain/filter_chain.h"'),
         ("bridges/frei0r/a.cpp.in", '"filters/basic/solarize_kernels.h"'),

@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 # Where an installation holds what, all relative to its prefix: it may be moved as a whole.
 
+# Packages are made of components.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME filters)
+
 # Any program may link the host library. The module is loaded by name, so it has a folder of its own. On Windows
 # everything lies beside the program.
 if(WIN32)
@@ -14,6 +17,7 @@ else()
 endif()
 set(VIREO_INSTALL_HEADERDIR ${CMAKE_INSTALL_INCLUDEDIR}/vireo)
 set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
+set(VIREO_INSTALL_PYTHONDIR lib/python3/dist-packages)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 
 # Shells look for the completion of what a package manager installed in a place of its own.

@@ -30,13 +30,18 @@ if(WIN32)
 else()
   set(CPACK_GENERATOR DEB)
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
+  set(CPACK_COMPONENTS_ALL filters)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION video)
-  set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_NAME vireo-filters)
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_SECTION video)
+  set(CPACK_DEBIAN_FILTERS_DESCRIPTION
 "The filters as a module for hosts of meta-plug-ins, as frei0r plug-ins, and the
 command vireo, which renders pictures and video with them. The engine, for chains
 of filters in other programs, and the host library have C interfaces.")
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
   # What other packages depend on when they link one of the libraries.
   set(shlibs "")
@@ -44,8 +49,21 @@ of filters in other programs, and the host library have C interfaces.")
     string(APPEND shlibs "${library} ${PROJECT_VERSION_MAJOR} vireo-filters (>= ${PROJECT_VERSION})\n")
   endforeach()
   file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs "${shlibs}")
-  set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs)
-  set(CPACK_DEBIAN_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs)
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")
+
+  if(VIREO_PYTHON_FOUND)
+    list(APPEND CPACK_COMPONENTS_ALL python)
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-vireo RENAME copyright COMPONENT python)
+    math(EXPR next "${Python_VERSION_MINOR} + 1")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-vireo)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"For Python: chains of the filters over NumPy arrays, with the pixels of the
+command vireo.")
+    # The system's libraries that it needs are also needed by the filters.
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "vireo-filters (= ${PROJECT_VERSION}), python3-numpy, \
+python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${next})")
+  endif()
 endif()
 include(CPack)

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """The Debian package, unpacked into an empty root."""
 import re
+import shutil
 
 import numpy
 import pytest
@@ -14,10 +15,25 @@ def package(tmp_path_factory):
 
 
 @pytest.fixture(scope="module")
+def python_package(package):
+    packages = list(package.parent.glob("python3-vireo_*_amd64.deb"))
+    if not packages:
+        pytest.skip("built without the Python package")
+    return packages[0]
+
+
+@pytest.fixture(scope="module")
 def root(package, tmp_path_factory):
-    root = tmp_path_factory.mktemp("root")
+    return unpacked(package, tmp_path_factory.mktemp("root"))
+
+
+def unpacked(package, root):
     run("dpkg-deb", "-x", package, root)
     return root
+
+
+def files(root):
+    return [path for path in root.rglob("*") if not path.is_dir()]
 
 
 def field(package, name):
@@ -79,3 +95,14 @@ def test_the_version_is_the_programs(package, root):
     assert run(root / "usr/bin/vireo", "--version").startswith(f"vireo {version},")
     assert "vireo.invalid" in field(package, "Maintainer")
     assert f"## [{version}]" in (root / "usr/share/doc/vireo-filters/CHANGELOG.md").read_text()
+
+
+def test_python_finds_the_filters_there(python_package, root, picture):
+    assert field(python_package, "Depends").startswith(f"vireo-filters (= {field(python_package, 'Version')}), python3-numpy")
+    place = unpacked(python_package, shutil.copytree(root, root.with_name("with-python"), symlinks=True))
+    assert len(files(place)) == len(files(root)) + len(files(unpacked(python_package, root.with_name("alone"))))
+    result = picture.with_name("python.png")
+    use = "import sys, vireo; vireo.render(*sys.argv[1:], 'Horizontal Flip'); print(vireo._program.find_program())"
+    packages = {**BARE, "PYTHONPATH": str(place / "usr/lib/python3/dist-packages"), "PYTHONDONTWRITEBYTECODE": "1"}
+    assert run("/usr/bin/python3", "-c", use, picture, result, environment=packages) == f"{place}/usr/bin/vireo\n"
+    assert numpy.array_equal(pixels(result), pixels(picture)[:, ::-1])

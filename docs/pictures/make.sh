@@ -66,3 +66,6 @@ for dither in none ordered; do
 done
 make -i "$work/dither-none.png" -i "$work/dither-ordered.png" \
     -filter_complex "vstack,lutrgb=r='(val-28)*28':g='(val-28)*28':b='(val-28)*28'" docs/pictures/dither.png
+PYTHONPATH=build/linux/python /usr/bin/python3 -m jupyter nbconvert --to html --execute --output-dir "$work" examples/python/chains.ipynb
+chromium --headless --no-sandbox --hide-scrollbars --window-size=1100,1100 --screenshot="$work/notebook.png" "$work/chains.html"
+make -i "$work/notebook.png" -vf crop=635:930:95:130 -frames:v 1 -q:v 4 -bitexact docs/pictures/notebook.jpg

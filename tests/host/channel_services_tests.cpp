@@ -67,9 +67,7 @@ Picture plainlyConvolved(const Picture& source, const std::int16_t record[11]) {
         const int channel = i % 4, x = i / 4 % source.width, y = i / 4 / source.width;
         std::int64_t sum = 0;
         for (int k = 0; k < 9; ++k) {
-            const int column = std::clamp(x + k % 3 - 1, 0, source.width - 1);
-            const int row = std::clamp(y + 1 - k / 3, 0, source.height - 1);
-            sum += record[k] * channelOf(source.at(column, row), channel);
+            sum += record[k] * channelOf(source.nearest(x + k % 3 - 1, y + 1 - k / 3), channel);
         }
         const std::int64_t value = std::clamp<std::int64_t>(sum / scale + record[9], 0, 255);
         result.at(x, y) |= static_cast<std::uint32_t>(value) << 8 * channel;

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -37,6 +38,10 @@ struct Picture {
                       static_cast<std::size_t>(x)];
     }
     std::uint32_t at(int x, int row) const { return const_cast<Picture&>(*this).at(x, row); }
+    /// Beyond its borders a picture goes on as it ends.
+    std::uint32_t nearest(int x, int row) const {
+        return at(std::clamp(x, 0, width - 1), std::clamp(row, 0, height - 1));
+    }
     std::uint32_t* row(int row) { return pixels.data() + std::ptrdiff_t{row} * width; }
     bool operator==(const Picture&) const = default;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Filters that look at one pixel at a time against plain versions of themselves, which are slow and obvious.
-// The program runs once for each instruction set.
+// Filters against plain versions of themselves, which are slow and obvious. The program runs once for each
+// instruction set.
 #ifndef VIREO_TESTS_FILTERS_PLAIN_FILTER_H
 #define VIREO_TESTS_FILTERS_PLAIN_FILTER_H
 
@@ -8,19 +8,38 @@
 
 #include <algorithm>
 #include <functional>
+#include <variant>
 
-/// What a filter has to make of a pixel.
-using PlainFilter = std::function<std::uint32_t(std::uint32_t pixel)>;
+using PlainPixel = std::function<std::uint32_t(std::uint32_t pixel)>;
+using PlainFrame = std::function<Picture(const TestFrame& source)>;
+/// What a filter has to make of a pixel, or of a frame where it looks further.
+using PlainFilter = std::variant<PlainPixel, PlainFrame>;
 
 /// Sets the filter to anything, may paint the source, whose pixels are random at first, and says what is due.
 using Choice = std::function<PlainFilter(FilterUnderTest& filter, Picture& source, Random& random)>;
 
-/// Over frames of every width up to some vectors, of awkward sizes and of long rows, and in place.
+/// Over frames of every width up to some vectors, of awkward sizes and of long rows, in any field. Filters of
+/// single pixels may overwrite their source.
 void expectEqualsPlain(std::uint32_t id, const Choice& choose);
 
 template <class Value, std::size_t count>
 Value oneOf(const Value (&values)[count], Random& random) {
     return values[random() % count];
+}
+
+inline int between(int low, int high, Random& random) {
+    return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+}
+
+/// How far apart neighbours lie in the whole picture.
+struct PlainSteps {
+    int x, y;
+};
+
+/// Frames of half width or of half height, where the flags name one of them alone.
+inline PlainSteps plainSteps(std::uint16_t fieldFlags) {
+    const bool halfWidth = (fieldFlags & 0x0400) != 0, halfHeight = (fieldFlags & 0x0B00) != 0;
+    return {halfWidth && !halfHeight ? 2 : 1, halfHeight && !halfWidth ? 2 : 1};
 }
 
 /// In thousandths, each rounded down by itself.

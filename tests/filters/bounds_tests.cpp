@@ -110,19 +110,6 @@ TEST(BoundsOfBend, HoldWhereCoordinatesEnd) {
     }
 }
 
-TEST(InPlace, FiltersOfSinglePixelsMayOverwriteTheirSource) {
-    for (const std::uint32_t id : {10006u, 10022u, 10026u, 10035u}) {
-        Random random(id);
-        FilterUnderTest filter(id);
-        for (const Geometry& geometry : awkwardGeometries()) {
-            TestFrame source(geometry, random);
-            const Picture expected = filter.rendered(source);
-            filter.render(source, source);
-            EXPECT_TRUE(samePicture(expected, source.picture()) && source.guardsHold()) << id;
-        }
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Filters, Bounds, testing::ValuesIn(filterIds()), testing::PrintToStringParamName());
 
 }  // namespace

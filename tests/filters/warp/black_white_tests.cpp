@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/black_white.h"
 #include "host/vireo_host.h"
-#include "tests/support/filter_under_test.h"
+#include "tests/filters/plain_filter.h"
 
 namespace {
 
@@ -17,6 +17,15 @@ std::uint32_t grey(std::uint32_t pixel) {
     sum = sum + 0.5f;
     const int luma = std::min(static_cast<int>(sum), 255);
     return pixelOf(luma, luma, luma, channelOf(pixel, 3));
+}
+
+std::uint32_t neutral(std::uint32_t pixel) { return (pixel & 0xFFFF0000) | 0x8080; }
+
+TEST(BlackWhite, EqualsThePlainVersionInBothFormats) {
+    expectEqualsPlain(blackWhiteId, [](FilterUnderTest& filter, Picture&, Random& random) {
+        filter.pixelFormat = random() % 2 == 0 ? PixKit::formatBgra : PixKit::formatVuya;
+        return filter.pixelFormat == PixKit::formatVuya ? neutral : grey;
+    });
 }
 
 TEST(BlackWhite, TakesItsSizeFromTheDestinationAndEachFramesOwnRowBytes) {

@@ -1,18 +1,80 @@
 // SPDX-License-Identifier: MIT
 #include "filters/lens/lens_mapping.h"
+#include "host/utilkit/utilkit.h"
+#include "tests/filters/lens/plain_sampler.h"
+#include "tests/filters/plain_filter.h"
 #include "tests/support/instruction_sets.h"
-#include "tests/support/test_frame.h"
+
+#include <array>
+#include <cmath>
 
 namespace {
 
 using LensDistortion::Lens;
 using LensDistortion::LensMapping;
 
-Lens randomLens(Random& random, int range) {
-    const auto any = [&](double unit) {
-        const int value = static_cast<int>(random() % (2u * range + 1)) - range;
-        return Lens::scaled(static_cast<std::int16_t>(value), unit);
+constexpr std::uint32_t lensDistortionId = 10034;
+
+/// Curvature, vertical and horizontal decentering, vertical and horizontal prism.
+using Values = std::array<std::int16_t, 5>;
+
+/// The rule for a pixel so far from the centre, over the host's own fixed point.
+PlainPlace distorted(const Values& values, int halfWidth, int halfHeight, int x, int y) {
+    constexpr int ten = 10 * 65536;
+    const auto scaled = [](int value, double unit) { return static_cast<int>(value * unit * 65536); };
+    const int curvature = scaled(values[0], 0.01);
+    const int vertical = scaled(values[1], 0.005), horizontal = scaled(values[2], 0.005);
+    const auto tenth = [](int pixels) { return FixedDiv(pixels * 65536, ten); };
+    const int radius = static_cast<int>(std::hypot(halfWidth, halfHeight)) * 65536;
+    const int norm = FixedMul(tenth(halfHeight), tenth(halfWidth));
+    const int distance = static_cast<int>(std::sqrt(static_cast<long double>(x * x + y * y)) * 65536);
+    const int product = FixedMul(FixedMul(tenth(x), tenth(y)), 2 * 65536);
+    const int x100 = FixedDiv(tenth(x), ten), y100 = FixedDiv(tenth(y), ten);
+    const int squares = FixedDiv(FixedMul(y100, y100) + FixedMul(FixedMul(x100, x100), 3 * 65536), radius);
+    const auto along = [&](int hundredth, int half, int own, int other, int prism) {
+        const int whole = FixedMul(hundredth, 100 * 65536);
+        return std::int64_t{half * 65536 + whole} + FixedDiv(FixedMul(product, other), norm) +
+               FixedMul(FixedMul(curvature, whole), FixedDiv(distance, radius)) +
+               FixedMul(FixedMul(own, squares), 10000 * 65536) + FixedMul(prism, distance);
     };
+    return {along(x100, halfWidth, vertical, horizontal, scaled(values[3], 0.01)),
+            along(y100, halfHeight, horizontal, vertical, scaled(values[4], 0.01))};
+}
+
+TEST(LensDistortion, EqualsThePlainVersionOnAnyFrame) {
+    expectEqualsPlain(lensDistortionId, [](FilterUnderTest& filter, Picture&, Random& random) {
+        const int range = random() % 4 == 0 ? 0 : 1 << random() % 15;
+        Values values;
+        for (std::int16_t& value : values) value = between(-range, range, random);
+        const bool opaque = random() % 2 == 0;
+        const auto color = static_cast<std::uint32_t>(random());
+        std::array<std::uint8_t, 16> record{};
+        std::memcpy(record.data(), values.data(), 10);
+        record[10] = opaque;
+        std::memcpy(record.data() + 11, &color, 4);
+        filter.setSettings(record);
+        const PlainSteps steps = plainSteps(filter.invocation.fieldFlags);
+        return [=](const TestFrame& source) {
+            const Geometry& frame = source.geometry();
+            const int halfWidth = frame.width * steps.x / 2, halfHeight = frame.height * steps.y / 2;
+            return plainlySampled(source.picture(), opaque, color, [&](int column, int row) {
+                PlainPlace place = distorted(values, halfWidth, halfHeight, column * steps.x - halfWidth,
+                                             row * steps.y - halfHeight);
+                // Where a lens bends nothing, the first row and column stay inside.
+                if (values == Values{} && (row == 0 || column == 0))
+                    place = {std::max(place.x, std::int64_t{}), std::max(place.y, std::int64_t{}), false};
+                place.x /= steps.x;
+                place.y /= steps.y;
+                const bool isSeen =
+                    place.x >> 16 < frame.left + frame.width && place.y >> 16 < frame.top + frame.height;
+                return isSeen ? place : PlainPlace{-1, -1};
+            });
+        };
+    });
+}
+
+Lens randomLens(Random& random, int range) {
+    const auto any = [&](double unit) { return Lens::scaled(between(-range, range, random), unit); };
     return {any(0.01), any(0.005), any(0.005), any(0.01), any(0.01)};
 }
 

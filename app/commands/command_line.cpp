@@ -42,7 +42,7 @@ vireo COMMAND --help tells more, with examples.)help";
 
 void addGlobalOptions(CLI::App& program, GlobalOptions& options, bool& version) {
     program.set_help_flag("--help,-h", "Print this help");
-    program.option_defaults()->group("Options of every command");
+    program.option_defaults()->group(commonGroup);
     program.add_flag("--quiet", options.quiet, "Only errors on standard error");
     program.add_option("--language", options.language, "The language of names, beside English")
         ->type_name("en|fr|de|ja|es|it|ko");

@@ -53,6 +53,24 @@ std::string styledFooter(const std::string& footer) {
     return text;
 }
 
+std::string groupText(const OptionGroup& group) {
+    std::string text = '\n' + heading(group.title + ':') + '\n';
+    for (const CLI::Option* option : group.options)
+        text += entry(optionTerm(*option), option->get_description());
+    return text;
+}
+
+/// What the program's options say of each of its commands.
+std::string commonText(const CLI::App& command) {
+    const CLI::App* program = &command;
+    while (program->get_parent() != nullptr) program = program->get_parent();
+    std::string text;
+    for (const OptionGroup& group : optionGroups(*program)) {
+        if (group.title == commonGroup) text += groupText(group);
+    }
+    return text;
+}
+
 class HelpFormatter : public CLI::FormatterBase {
 public:
     std::string make_help(const CLI::App* command, std::string, CLI::AppFormatMode) const override {
@@ -67,11 +85,8 @@ public:
         const auto commands = shownCommands(*command);
         if (!commands.empty()) text += '\n' + heading("Commands:") + '\n';
         for (const CLI::App* shown : commands) text += entry(shown->get_name(), shown->get_description());
-        for (const OptionGroup& group : optionGroups(*command)) {
-            text += '\n' + heading(group.title + ':') + '\n';
-            for (const CLI::Option* option : group.options)
-                text += entry(optionTerm(*option), option->get_description());
-        }
+        for (const OptionGroup& group : optionGroups(*command)) text += groupText(group);
+        if (command->get_parent() != nullptr) text += commonText(*command);
         if (!command->get_footer().empty()) text += '\n' + styledFooter(command->get_footer());
         return text;
     }

@@ -10,6 +10,9 @@
 
 namespace vireo {
 
+/// The title of the options that every command takes.
+inline constexpr char commonGroup[] = "Options of every command";
+
 /// Options of one kind, in the order of their description.
 struct OptionGroup {
     std::string title;

@@ -76,6 +76,29 @@ function __vireo_complete
 end
 complete -c vireo -f -a '(__vireo_complete)'
 )script"},
+    {"powershell", R"script(# PowerShell completion for vireo
+Register-ArgumentCompleter -Native -CommandName vireo, vireo.exe -ScriptBlock {
+    param($wordToComplete, $commandAst, $cursorPosition)
+    $line = $commandAst.Extent.Text
+    $typed = $cursorPosition - $commandAst.Extent.StartOffset
+    $line = if ($typed -gt $line.Length) { "$line " } else { $line.Substring(0, $typed) }
+    $line = $line.Replace('\', '\\')
+    if ($PSNativeCommandArgumentPassing -notin 'Windows', 'Standard') {
+        $line = $line -replace '(\\*)"', '$1$1\"' -replace '(\\+)$', '$1$1'
+    }
+    $kind, $candidates = & $commandAst.CommandElements[0].Value complete $line 2>$null
+    foreach ($candidate in $candidates) {
+        $word, $description = $candidate -split "`t", 2
+        $text = if ($word -match '[^\w.:=/+%-]') { "'" + $word.Replace("'", "''") + "'" } else { $word }
+        $tip = if ($description) { $description } else { $word }
+        [System.Management.Automation.CompletionResult]::new($text, $word, 'ParameterValue', $tip)
+    }
+    if ($kind -in 'files', 'folders') {
+        [System.Management.Automation.CompletionCompleters]::CompleteFilename($wordToComplete) |
+            Where-Object { $kind -eq 'files' -or $_.ResultType -eq 'ProviderContainer' }
+    }
+}
+)script"},
 };
 
 void printCompletions(const Completions& completions) {
@@ -111,12 +134,14 @@ void addCompletionCommand(CommandSet& commands) {
         });
     command.add_option("shell", *shell, "The shell that the script is for")
         ->required()
-        ->check(oneOf({"bash", "zsh", "fish"}))
-        ->type_name("bash|zsh|fish");
+        ->check(oneOf({"bash", "zsh", "fish", "powershell"}))
+        ->type_name("bash|zsh|fish|powershell");
     command.footer(R"help(Examples:
   source <(vireo completion bash)                 for this session; an installation has it for all
   vireo completion zsh > ~/.zfunc/_vireo          a folder of $fpath
-  vireo completion fish > ~/.config/fish/completions/vireo.fish)help");
+  vireo completion fish > ~/.config/fish/completions/vireo.fish
+  vireo completion powershell | Out-String | Invoke-Expression
+                                                  in $PROFILE)help");
     addQueryCommand(commands);
 }
 

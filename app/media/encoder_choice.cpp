@@ -19,13 +19,6 @@ extern "C" {
 namespace vireo {
 namespace {
 
-struct OutputKind {
-    std::string_view extension;
-    const char* container;     ///< Null: a picture.
-    const char* encoder;       ///< Null: the container's own.
-    const char* alphaEncoder;  ///< Null: the same.
-};
-
 constexpr OutputKind outputKinds[] = {
     {"mp4", "mp4", "libx264", nullptr},
     {"m4v", "mp4", "libx264", nullptr},
@@ -280,6 +273,8 @@ void chooseDefaults(EncoderChoice& choice, const RenderJob& job) {
 }
 
 }  // namespace
+
+std::span<const OutputKind> knownOutputs() { return outputKinds; }
 
 bool writesPictures(const RenderJob& job) {
     const OutputKind* kind = kindOf(outputFormat(job));

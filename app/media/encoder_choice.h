@@ -4,13 +4,26 @@
 
 #include "app/media/ffmpeg_frame.h"
 
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace vireo {
 
 using EncoderOptions = std::vector<std::pair<std::string, std::string>>;
+
+/// What the ending of an output's name means.
+struct OutputKind {
+    std::string_view extension;
+    const char* container;     ///< Null: a picture.
+    const char* encoder;       ///< Null: the container's own.
+    const char* alphaEncoder;  ///< Null: the same.
+};
+
+/// The endings that mean something else here than in the libraries, or that they do not know.
+std::span<const OutputKind> knownOutputs();
 
 /// What an output is written with.
 struct EncoderChoice {

@@ -3,6 +3,7 @@
 
 #include "app/base/files.h"
 #include "app/media/exif.h"
+#include "app/media/format_lists.h"
 #include "app/media/picture_tools.h"
 #include "app/media/wic_objects.h"
 #include "engine/error.h"
@@ -226,6 +227,25 @@ std::vector<std::uint8_t> WicPictureTarget::encode(const Picture& picture, const
     std::vector<std::uint8_t> bytes = contents(*stream);
     need(!bytes.empty());
     return bytes;
+}
+
+std::vector<ListedFormat> listFormats() {
+    std::vector<ListedFormat> formats;
+    for (const Container& container : containers) {
+        const std::string ending(container.extension);
+        if (!formats.empty() && *container.format == *containerOf(formats.back().name)->format) {
+            formats.back().endings.push_back(ending);
+        } else {
+            formats.push_back({ending, {ending}, true, ending, ending, "pictures of the system"});
+        }
+    }
+    return formats;
+}
+
+std::vector<ListedEncoder> listEncoders() { throw Error("the system's picture encoders have no names"); }
+
+std::vector<ListedPixelFormat> listPixelFormats() {
+    throw Error("the system's picture encoders choose the pixel format");
 }
 
 }  // namespace vireo

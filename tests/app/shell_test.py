@@ -34,7 +34,8 @@ def complete(vireo, line):
     (r"vireo render -f Color\ Replace:solid=o", "words", ["Color Replace:solid=on", "Color Replace:solid=off"]),
     ("vireo render --filter Solarize:threshold=", "words", ["Solarize:threshold=128"]),
     ("vireo render --filter Ghosting:", "words", ["Ghosting:from=", "Ghosting:to=", "Ghosting:mix="]),
-    ("vireo completion ", "words", ["bash", "zsh", "fish"]),
+    ("vireo completion ", "words", ["bash", "zsh", "fish", "powershell"]),
+    ("vireo nothing --no", "words", []),
 ])
 def test_what_may_follow(vireo, line, kind, words):
     assert complete(vireo, line) == (kind, words)

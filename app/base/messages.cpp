@@ -1,13 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "app/base/messages.h"
 
+#include "app/base/log.h"
 #include "app/base/terminal.h"
 
+#include <fcntl.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 namespace vireo {
 namespace {
+
+using Json = nlohmann::ordered_json;
+using std::chrono::milliseconds;
+
+constexpr milliseconds terminalPause(200), objectPause(500), linePause(10000);
 
 std::string clockTime(std::int64_t seconds) {
     char text[32];
@@ -21,50 +39,159 @@ std::string clockTime(std::int64_t seconds) {
     return text;
 }
 
+const char* phaseName(Phase phase) {
+    switch (phase) {
+        case Phase::Open: return "open";
+        case Phase::Render: return "render";
+        case Phase::Finish: return "finish";
+        case Phase::Done: return "done";
+        case Phase::Failed: break;
+    }
+    return "failed";
+}
+
+double hundredths(double value) { return std::round(value * 100) / 100; }
+
 }  // namespace
 
-Messages::Messages(bool quiet) : quiet_(quiet), terminal_(Terminal::errors().isCapable()) {}
+bool isWritable(int file) {
+#if defined(_WIN32)
+    return _get_osfhandle(file) != -1;
+#else
+    const int flags = fcntl(file, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+#endif
+}
+
+Messages::Messages(bool quiet, ProgressStyle progress, std::string output)
+    : quiet_(quiet),
+      terminal_(Terminal::errors().isCapable()),
+      style_(progress),
+      output_(std::move(output)) {}
 
 Messages::~Messages() { clearProgress(); }
 
-void Messages::notice(const std::string& sentence) { line("vireo: " + sentence + ".\n"); }
+void Messages::notice(MessageCode code, const std::string& sentence) {
+    say("vireo: ", "vireo: ", sentence, &code);
+}
 
-void Messages::warning(const std::string& sentence) {
-    line("vireo: " + Terminal::errors().styled(Style::Warning, "warning:") + ' ' + sentence + ".\n");
+void Messages::warning(MessageCode code, const std::string& sentence) {
+    say("vireo: " + Terminal::errors().styled(Style::Warning, "warning:") + ' ', "vireo: warning: ", sentence,
+        &code);
+}
+
+void Messages::tell(const std::string& sentence) { say("vireo: ", "vireo: ", sentence, nullptr); }
+
+std::vector<Message> Messages::said() const {
+    const std::lock_guard lock(mutex_);
+    return said_;
+}
+
+void Messages::enter(Phase phase) {
+    const std::lock_guard lock(mutex_);
+    phase_ = phase;
+    if (phase == Phase::Render) start_ = lastShown_ = lastLogged_ = Clock::now();
+    if (style_.json) writeObject();
 }
 
 void Messages::progress(std::int64_t frames, std::int64_t total) {
-    if (quiet_) return;
     const std::lock_guard lock(mutex_);
+    frames_ = frames;
+    total_ = total;
     const Clock::time_point now = Clock::now();
-    if (now - lastProgress_ < (terminal_ ? std::chrono::milliseconds(200) : std::chrono::seconds(10))) return;
-    lastProgress_ = now;
-
-    const double seconds = std::chrono::duration<double>(now - start_).count();
-    const double rate = static_cast<double>(frames) / seconds;
-    char text[128];
-    if (total > 0 && frames > 0) {
-        const auto left = static_cast<std::int64_t>(static_cast<double>(total - frames) / rate + 0.5);
-        std::snprintf(text, sizeof text, "frame %lld of %lld, %lld %%, %.1f fps, %s left",
-                      static_cast<long long>(frames), static_cast<long long>(total),
-                      static_cast<long long>(100 * frames / total), rate, clockTime(left).c_str());
-    } else {
-        std::snprintf(text, sizeof text, "frame %lld, %.1f fps", static_cast<long long>(frames), rate);
+    if (now - lastLogged_ >= linePause) {
+        lastLogged_ = now;
+        logLine(progressText());
     }
-    if (terminal_) {
-        std::fprintf(stderr, "\r\033[K%s", Terminal::errors().styled(Style::Faint, text).c_str());
+    showProgress(now);
+}
+
+void Messages::showProgress(Clock::time_point now) {
+    if (quiet_ && !style_.json) return;
+    if (now - lastShown_ < (style_.json ? objectPause : terminal_ ? terminalPause : linePause)) return;
+    lastShown_ = now;
+    if (style_.json) {
+        writeObject();
+    } else if (terminal_) {
+        std::fprintf(stderr, "\r\033[K%s", Terminal::errors().styled(Style::Faint, progressText()).c_str());
         std::fflush(stderr);
         progressShown_ = true;
     } else {
-        std::fprintf(stderr, "%s\n", text);
+        std::fprintf(stderr, "%s\n", progressText().c_str());
     }
 }
 
-void Messages::line(const std::string& text) {
-    if (quiet_) return;
+void Messages::answer() {
     const std::lock_guard lock(mutex_);
+    if (style_.json) {
+        writeObject();
+    } else {
+        clearProgress();
+        std::fprintf(stderr, "%s\n", progressText().c_str());
+    }
+}
+
+double Messages::framesPerSecond() const {
+    const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+    return seconds > 0 ? static_cast<double>(frames_) / seconds : 0;
+}
+
+/// Negative where nothing tells.
+double Messages::secondsLeft() const {
+    const double rate = framesPerSecond();
+    if (phase_ == Phase::Done) return 0;
+    return total_ > 0 && rate > 0 ? static_cast<double>(std::max<std::int64_t>(0, total_ - frames_)) / rate
+                                  : -1;
+}
+
+std::string Messages::progressText() const {
+    if (phase_ == Phase::Open) return "opening the input of " + output_;
+    if (phase_ == Phase::Finish) return "finishing " + output_;
+    char text[128];
+    if (total_ > 0 && secondsLeft() >= 0) {
+        std::snprintf(text, sizeof text, "frame %lld of %lld, %lld %%, %.1f fps, %s left",
+                      static_cast<long long>(frames_), static_cast<long long>(total_),
+                      static_cast<long long>(100 * frames_ / total_), framesPerSecond(),
+                      clockTime(std::llround(secondsLeft())).c_str());
+    } else {
+        std::snprintf(text, sizeof text, "frame %lld, %.1f fps", static_cast<long long>(frames_),
+                      framesPerSecond());
+    }
+    return text;
+}
+
+std::string Messages::progressJson() const {
+    const bool isTimed = phase_ != Phase::Open && frames_ > 0;
+    const Json object{
+        {"phase", phaseName(phase_)},
+        {"frame", frames_},
+        {"of", total_ > 0 ? Json(total_) : Json()},
+        {"framesPerSecond", isTimed ? Json(hundredths(framesPerSecond())) : Json()},
+        {"secondsLeft", isTimed && secondsLeft() >= 0 ? Json(hundredths(secondsLeft())) : Json()},
+        {"output", output_}};
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// Whoever stops listening does not stop the work.
+void Messages::writeObject() {
+    const std::string text = progressJson() + '\n';
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const auto count =
+            ::write(style_.file, text.data() + done, static_cast<unsigned>(text.size() - done));
+        if (count < 0 && errno != EINTR) return;
+        if (count > 0) done += static_cast<std::size_t>(count);
+    }
+}
+
+void Messages::say(const std::string& shownPrefix, const std::string& prefix, const std::string& sentence,
+                   const MessageCode* code) {
+    logLine(prefix + sentence + '.' + (code != nullptr ? " [" + std::string(codeText(*code)) + ']' : ""));
+    const std::lock_guard lock(mutex_);
+    if (code != nullptr) said_.push_back({*code, sentence});
+    if (quiet_) return;
     clearProgress();
-    std::fputs(text.c_str(), stderr);
+    std::fprintf(stderr, "%s%s.\n", shownPrefix.c_str(), sentence.c_str());
 }
 
 void Messages::clearProgress() {
@@ -73,6 +200,7 @@ void Messages::clearProgress() {
 }
 
 void printError(const std::string& sentence) {
+    logLine("vireo: " + sentence + '.');
     std::cerr << Terminal::errors().styled(Style::Error, "vireo:") << ' ' << sentence << ".\n";
 }
 

@@ -2,40 +2,86 @@
 #ifndef VIREO_APP_BASE_MESSAGES_H
 #define VIREO_APP_BASE_MESSAGES_H
 
+#include "app/base/message_code.h"
+
 #include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace vireo {
+
+/// How progress is told.
+struct ProgressStyle {
+    bool json = false;  ///< One object a line, for programs, also where nothing else is said.
+    int file = 2;       ///< The descriptor that gets the objects.
+};
+
+/// Whether a descriptor is there and may be written to.
+bool isWritable(int file);
+
+struct Message {
+    MessageCode code;
+    std::string sentence;
+};
+
+/// What a render does at a time.
+enum class Phase { Open, Render, Finish, Done, Failed };
 
 /// Notices, warnings and the progress of a render, on standard error. On a terminal the progress is one line
 /// that is written over, elsewhere a line every few seconds. Any thread may call.
 class Messages {
 public:
-    explicit Messages(bool quiet);
+    /// `output` is the name that progress is told of.
+    explicit Messages(bool quiet, ProgressStyle progress = {}, std::string output = {});
     Messages(const Messages&) = delete;
     Messages& operator=(const Messages&) = delete;
     ~Messages();  ///< Removes the progress line.
 
     /// Sentences without a full stop.
-    void notice(const std::string& sentence);
-    void warning(const std::string& sentence);
+    void notice(MessageCode code, const std::string& sentence);
+    void warning(MessageCode code, const std::string& sentence);
+    void tell(const std::string& sentence);  ///< Nothing that a program would want to know.
+
+    /// The notices and warnings so far.
+    std::vector<Message> said() const;
+
+    void enter(Phase phase);
 
     /// `total` is 0 where unknown.
     void progress(std::int64_t frames, std::int64_t total);
 
+    /// Tells the progress now, even where nothing else is said.
+    void answer();
+
 private:
     using Clock = std::chrono::steady_clock;
 
-    void line(const std::string& text);
+    /// `prefix` is what a file shows, without colours.
+    void say(const std::string& shownPrefix, const std::string& prefix, const std::string& sentence,
+             const MessageCode* code);
+    void showProgress(Clock::time_point now);
+    std::string progressText() const;
+    std::string progressJson() const;
+    double framesPerSecond() const;
+    double secondsLeft() const;
+    void writeObject();
     void clearProgress();
 
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     const bool quiet_;
     const bool terminal_;
-    const Clock::time_point start_ = Clock::now();
-    Clock::time_point lastProgress_ = start_;
+    ProgressStyle style_;
+    const std::string output_;
+    std::vector<Message> said_;
+
+    Phase phase_ = Phase::Open;
+    std::int64_t frames_ = 0;
+    std::int64_t total_ = 0;
+    Clock::time_point start_ = Clock::now();  ///< Of rendering.
+    Clock::time_point lastShown_ = start_;
+    Clock::time_point lastLogged_ = start_;
     bool progressShown_ = false;
 };
 

@@ -56,29 +56,56 @@ fs::path makeTemporary(const fs::path& path, const fs::path& shown, Create creat
     }
 }
 
-}  // namespace
+struct Target {
+    fs::path path;
+    fs::file_status status;
 
-OutputFile::OutputFile(const fs::path& path, bool overwrite) : target_(path) {
+    bool exists() const { return fs::exists(status); }
+    bool isSpecial() const { return exists() && !fs::is_regular_file(status); }
+};
+
+/// What an output's name stands for. Throws Error where it may not be written.
+Target targetOf(const fs::path& path, bool overwrite) {
     std::error_code error;
+    Target target{path, {}};
     // What a link points to is replaced, not the link.
     if (fs::is_symlink(path, error)) {
         const fs::path resolved = fs::weakly_canonical(path, error);
-        if (!error) target_ = resolved;
+        if (!error) target.path = resolved;
     }
-    const fs::file_status status = fs::status(target_, error);
-    if (fs::is_directory(status)) throw Error(utf8Of(path) + " is a folder");
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        special_ = true;
-        temporary_ = target_;
-        return;
-    }
-    if (fs::exists(status) && !overwrite) throw Error(utf8Of(path) + " exists; --overwrite replaces it");
+    target.status = fs::status(target.path, error);
+    if (fs::is_directory(target.status)) throw Error(utf8Of(path) + " is a folder");
+    if (target.isSpecial()) return target;
+    if (target.exists() && !overwrite) throw Error(utf8Of(path) + " exists; --overwrite replaces it");
 #ifndef _WIN32
-    if (fs::exists(status) && access(target_.c_str(), W_OK) != 0)
+    if (target.exists() && access(target.path.c_str(), W_OK) != 0)
         throw cannotWrite(path, {errno, std::generic_category()});
 #endif
-    temporary_ = makeTemporary(target_, path, createFile);
-    if (fs::exists(status)) fs::permissions(temporary_, status.permissions(), error);
+    return target;
+}
+
+/// Throws Error where no file can be made in the folder.
+void checkFolder(const fs::path& folder, const fs::path& shown, bool isMade) {
+    std::error_code error;
+    fs::path place = folder.empty() ? "." : folder;
+    while (isMade && !fs::exists(place, error)) place = place.has_parent_path() ? place.parent_path() : ".";
+    const fs::file_status status = fs::status(place, error);
+    if (!fs::exists(status)) throw cannotWrite(shown, make_error_code(std::errc::no_such_file_or_directory));
+    if (!fs::is_directory(status)) throw cannotWrite(shown, make_error_code(std::errc::not_a_directory));
+#ifndef _WIN32
+    if (access(place.c_str(), W_OK | X_OK) != 0) throw cannotWrite(shown, {errno, std::generic_category()});
+#endif
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const fs::path& path, bool overwrite) {
+    const Target target = targetOf(path, overwrite);
+    target_ = target.path;
+    special_ = target.isSpecial();
+    temporary_ = special_ ? target_ : makeTemporary(target_, path, createFile);
+    std::error_code error;
+    if (target.exists() && !special_) fs::permissions(temporary_, target.status.permissions(), error);
 }
 
 OutputFile::~OutputFile() {
@@ -93,6 +120,15 @@ void OutputFile::commit() {
     fs::rename(temporary_, target_, error);
     if (error) throw cannotWrite(target_, error);
     temporary_.clear();
+}
+
+void checkOutputFile(const fs::path& path, bool overwrite, bool folderIsMade) {
+    const Target target = targetOf(path, overwrite);
+    if (!target.isSpecial()) checkFolder(target.path.parent_path(), path, folderIsMade);
+}
+
+void checkOutputFolder(const fs::path& folder, bool folderIsMade) {
+    checkFolder(folder, folder.empty() ? "." : folder, folderIsMade);
 }
 
 OutputFileSet::OutputFileSet(const fs::path& folder)

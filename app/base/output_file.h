@@ -34,6 +34,11 @@ private:
     bool special_ = false;
 };
 
+/// Throw Error where OutputFile or OutputFileSet would, and make nothing. A folder that is missing is as good
+/// as there where it is to be made first.
+void checkOutputFile(const std::filesystem::path& path, bool overwrite, bool folderIsMade);
+void checkOutputFolder(const std::filesystem::path& folder, bool folderIsMade);
+
 /// Many files of one folder, which appear together.
 class OutputFileSet {
 public:

@@ -2,17 +2,23 @@
 #include "app/commands/command_line.h"
 
 #include "app/base/files.h"
+#include "app/base/log.h"
 #include "app/base/messages.h"
+#include "app/base/progress_signal.h"
 #include "app/commands/commands.h"
 #include "app/commands/help.h"
+#include "app/media/format_lists.h"
 #include "engine/catalogue/host_identity.h"
 #include "engine/commit.h"
 #include "engine/error.h"
 #include "engine/locations.h"
 #include "simd/instruction_set.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <iostream>
+#include <sstream>
 
 namespace vireo {
 namespace {
@@ -44,6 +50,8 @@ void addGlobalOptions(CLI::App& program, GlobalOptions& options, bool& version) 
     program.set_help_flag("--help,-h", "Print this help");
     program.option_defaults()->group(commonGroup);
     program.add_flag("--quiet", options.quiet, "Only errors on standard error");
+    program.add_option("--log", options.log, "Keep everything that is said, behind what the file holds")
+        ->type_name("FILE");
     program.add_option("--language", options.language, "The language of names, beside English")
         ->type_name("en|fr|de|ja|es|it|ko");
     program.add_option("--module", options.module, "The module to load instead of the one found")
@@ -63,6 +71,7 @@ void addCommands(CommandSet& commands) {
     addSheetCommand(commands);
     addFarmCommand(commands);
     addExportCommand(commands);
+    addProbeCommand(commands);
     addListCommand(commands);
     addInfoCommand(commands);
     addPresetsCommand(commands);
@@ -85,13 +94,13 @@ int run(const CommandSet& commands, const GlobalOptions& global) {
     return status;
 }
 
-void printVersion(const GlobalOptions& global) {
-    std::cout << "vireo " VIREO_VERSION ", commit " << builtFrom() << ", instruction set "
-              << simd::instructionSetName(simd::chosenInstructionSet()) << '\n';
+std::string versionText(const GlobalOptions& global) {
+    std::string text = std::string("vireo " VIREO_VERSION ", commit ") + builtFrom() + ", instruction set " +
+                       std::string(simd::instructionSetName(simd::chosenInstructionSet())) + '\n';
     try {
-        std::cout << "module " << utf8Of(findModule(global.module)) << '\n';
+        return text + "module " + utf8Of(findModule(global.module)) + '\n';
     } catch (const Error&) {
-        std::cout << "no module\n";
+        return text + "no module\n";
     }
 }
 
@@ -102,27 +111,33 @@ std::string sentence(std::string text) {
     return text;
 }
 
-}  // namespace
+/// What a log needs to be understood later.
+void beginLog(const GlobalOptions& global, const std::vector<std::string>& arguments) {
+    if (global.log.empty()) return;
+    openLog(global.log);
+    std::istringstream lines(versionText(global) + codecVersions());
+    for (std::string line; std::getline(lines, line);) logLine(line);
+    const nlohmann::json words(arguments);
+    logLine("command " + words.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    std::error_code error;
+    logLine("folder " + utf8Of(std::filesystem::current_path(error)));
+}
 
-int runCommandLine(std::vector<std::string> arguments) {
-    CLI::App program(introduction, "vireo");
+int parseAndRun(CLI::App& program, std::vector<std::string> arguments) {
     GlobalOptions global;
     bool version = false;
-    program.footer(examples);
-    program.fallthrough();
-    program.require_subcommand(0, 1);
-    program.allow_windows_style_options(false);
-    program.formatter(helpFormatter());
     addGlobalOptions(program, global, version);
     CommandSet commands(program);
     addCommands(commands);
+    const std::vector<std::string> given = arguments;
     try {
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
         program.parse(std::move(arguments));
         if (version) {
-            printVersion(global);
+            std::cout << versionText(global);
             return 0;
         }
+        beginLog(global, given);
         return run(commands, global);
     } catch (const CLI::CallForHelp&) {
         std::cout << program.help();
@@ -137,6 +152,21 @@ int runCommandLine(std::vector<std::string> arguments) {
         printError(error.what());
         return 1;
     }
+}
+
+}  // namespace
+
+int runCommandLine(std::vector<std::string> arguments) {
+    takeProgressSignals();
+    CLI::App program(introduction, "vireo");
+    program.footer(examples);
+    program.fallthrough();
+    program.require_subcommand(0, 1);
+    program.allow_windows_style_options(false);
+    program.formatter(helpFormatter());
+    const int status = parseAndRun(program, std::move(arguments));
+    logLine("status " + std::to_string(status));
+    return status;
 }
 
 }  // namespace vireo

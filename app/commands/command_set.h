@@ -21,6 +21,7 @@ struct GlobalOptions {
     std::optional<std::int32_t> applicationType;
     std::string language;
     std::string module;  ///< Empty: VIREO_MODULE, or where the program lies.
+    std::string log;     ///< Empty: none.
     bool quiet = false;
 };
 

@@ -167,7 +167,8 @@ private:
         for (const GivenOption& option : options_.given) {
             // Options of the farm itself have none.
             const std::string given = words(option);
-            if (!given.empty() && !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs"}))
+            if (!given.empty() && !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs", "--log",
+                                                         "--progress", "--progress-fd"}))
                 digest.add(given);
         }
         digest.add(settingsText(chainOptions_.filters));
@@ -313,10 +314,10 @@ void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
     }
     if (!farm.writesPictures()) {
         joinSegments(farm.job(), farm.chain(), farm.segments());
-        if (!farm.job().quiet) {
-            std::cerr << "vireo: " << farm.job().output << ": " << farm.segments().size()
-                      << (farm.segments().size() == 1 ? " segment" : " segments") << " joined.\n";
-        }
+        const std::size_t count = farm.segments().size();
+        Messages(farm.job().quiet)
+            .tell(farm.job().output + ": " + std::to_string(count) +
+                  (count == 1 ? " segment joined" : " segments joined"));
     }
     std::error_code error;
     if (!options.keep) fs::remove_all(pathOf(farm.folder()), error);

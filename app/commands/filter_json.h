@@ -11,6 +11,10 @@ namespace vireo {
 /// What vireo list and vireo info both say of a filter.
 nlohmann::ordered_json filterJson(const hosting::Filter& filter);
 
+/// The largest frames that a filter takes: "32767 pixels wide"; empty where there is no limit.
+std::string limitsText(const hosting::FrameLimits& limits);
+nlohmann::ordered_json limitsJson(const hosting::FrameLimits& limits);
+
 }  // namespace vireo
 
 #endif

@@ -58,20 +58,6 @@ TableRow parameterRow(const hosting::Parameter& parameter, std::int64_t initial)
                                                               : "off"};
 }
 
-/// Empty where frames of any size are taken.
-std::string limitsText(const hosting::FrameLimits& limits) {
-    std::string text;
-    const auto add = [&](std::int32_t limit, const std::string& what) {
-        if (limit == hosting::FrameLimits::none) return;
-        if (!text.empty()) text += ", ";
-        text += std::to_string(limit) + what;
-    };
-    add(limits.width, " pixels wide");
-    add(limits.height, " pixels high");
-    add(limits.rowBytes, " bytes a row");
-    return text;
-}
-
 void describeFilter(const hosting::Filter& filter, bool asJson) {
     const hosting::PropertyList& properties = filter.properties;
     const std::vector<std::uint8_t> initial = FilterSettings(filter).record({});

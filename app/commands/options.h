@@ -5,6 +5,7 @@
 
 #include "app/media/render_job.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct RenderOptions {
     bool progressive = false;
     std::string dither;
     std::vector<std::string> encoderOptions;
+    std::string progress;
+    std::optional<int> progressFile;
     RenderJob job;  ///< The options that need no reading.
 };
 

@@ -22,7 +22,7 @@ std::string descriptionOf(const Preset& preset, Messages& messages) {
     try {
         return settingsDescription(preset.file, readFile(preset.file));
     } catch (const Error& error) {
-        messages.warning(error.what());
+        messages.warning(MessageCode::PresetDamaged, error.what());
         return "";
     }
 }

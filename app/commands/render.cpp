@@ -2,8 +2,10 @@
 // vireo render.
 #include "app/base/files.h"
 #include "app/base/messages.h"
+#include "app/base/output_file.h"
 #include "app/commands/commands.h"
 #include "app/commands/render_options.h"
+#include "app/commands/render_report.h"
 #include "engine/error.h"
 
 #include <memory>
@@ -33,11 +35,19 @@ Files:
   vireo render *.jpg --to filtered -f "Gamma:gamma=14"
   vireo render - - --format y4m -f Ghosting < in.mkv | ffplay -
 
+For programs:
+  vireo render clip.mov out.mp4 -f Levels --dry-run --json
+  vireo render clip.mov out.mp4 -f Levels --progress json --json 2> progress
+
 Settings:
   vireo render in.png out.png -f "Extract:softness=20" --save-settings look.json
   vireo render clip.mov out.mov --settings look.json
   vireo render clip.mov out.mov --lvl warm.lvl
   vireo render clip.mov out.mov -f Levels --settings-bytes levels.bin)help";
+
+struct RenderCommandOptions : RenderOptions {
+    bool json = false;
+};
 
 /// One job for an input and its output, or one for each input into the folder.
 std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& options) {
@@ -64,60 +74,111 @@ std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& op
         if (!outputs.insert(output).second)
             throw Error(Fault::Usage, "two inputs would be written to " + output);
         plan(input, output);
+        jobs.back().folderIsMade = true;
     }
     return jobs;
 }
 
-/// Renders into a folder; a bad input does not stop the others.
-int runMany(const std::vector<RenderJob>& jobs, FrameProcessor& chain, const std::string& folder) {
+void makeFolder(const std::string& name, bool isDryRun) {
+    const std::filesystem::path folder = pathOf(name);
     std::error_code error;
-    std::filesystem::create_directories(pathOf(folder), error);
-    if (!std::filesystem::is_directory(pathOf(folder), error))
-        throw Error("cannot make the folder " + folder);
+    if (isDryRun && !std::filesystem::exists(folder, error)) {
+        checkOutputFolder(folder, true);
+        return;
+    }
+    if (!isDryRun) std::filesystem::create_directories(folder, error);
+    if (!std::filesystem::is_directory(folder, error)) throw Error("cannot make the folder " + name);
+}
+
+/// Says why a job fails, where it does.
+RenderOutcome outcomeOf(const RenderJob& job, FrameProcessor& chain, bool isOneOfMany) {
+    RenderOutcome outcome{job.input, job.output};
+    // A dry run's result holds its notices.
+    Messages messages(job.quiet || job.dryRun, job.progress, job.output);
+    try {
+        outcome.summary = runJob(job, chain, messages);
+    } catch (const Error& failure) {
+        outcome.status = failure.status();
+        outcome.error = failure.what();
+    } catch (const std::exception& failure) {
+        outcome.status = 1;
+        outcome.error = (isOneOfMany ? job.input + ": " : std::string()) + failure.what();
+    }
+    if (outcome.status != 0) printError(outcome.error);
+    outcome.messages = messages.said();
+    return outcome;
+}
+
+/// A bad input does not stop the others.
+int renderAll(const std::vector<RenderJob>& jobs, FrameProcessor& chain, bool isOneOfMany,
+              std::vector<RenderOutcome>& outcomes) {
     int status = 0;
     for (const RenderJob& job : jobs) {
-        try {
-            runJob(job, chain);
-        } catch (const Error& failure) {
-            if (failure.status() > 2) throw;  // interrupted
-            printError(failure.what());
-            status = 1;
-        } catch (const std::exception& failure) {
-            printError(job.input + ": " + failure.what());
-            status = 1;
-        }
+        outcomes.push_back(outcomeOf(job, chain, isOneOfMany));
+        const int own = outcomes.back().status;
+        const bool isInterrupted = own > 2;
+        if (isInterrupted || !isOneOfMany) return own;
+        if (own != 0) status = 1;
     }
     return status;
 }
 
-int renderFiles(Session& session, const RenderOptions& options) {
+void refuseMixedOutput(const RenderJob& job, bool json) {
+    if (job.output != "-" || job.dryRun) return;
+    if (json) throw Error(Fault::Usage, "standard output takes the pictures or --json, not both");
+    if (job.progress.json && job.progress.file == job.pipe)
+        throw Error(Fault::Usage, "standard output takes the pictures or the progress, not both");
+}
+
+void renderFiles(Session& session, const RenderCommandOptions& options, RenderReport& report) {
     const ChainOptions chainOptions = readChain(session.catalogue(), options);
+    report.chain = chainOptions.filters;
+    const bool isDryRun = options.job.dryRun;
     const bool saves = !options.saveSettings.empty() || !chainOptions.savedBytes.empty();
     if (options.files.empty() && saves) {
         refuseTakenNames(chainOptions, options);
-        saveSettings(chainOptions, options);
-        return 0;
+        if (!isDryRun) saveSettings(chainOptions, options);
+        return;
     }
     const std::vector<RenderJob> jobs = planJobs(commonJob(session.global(), options), options);
+    for (const RenderJob& job : jobs) refuseMixedOutput(job, options.json);
     const auto chain = chainOf(chainOptions, options);
     refuseTakenNames(chainOptions, options);
-    int status = 0;
-    if (options.folder.empty()) {
-        runJob(jobs.front(), *chain);
-    } else {
-        status = runMany(jobs, *chain, options.folder);
+    const bool isOneOfMany = !options.folder.empty();
+    if (isOneOfMany) makeFolder(options.folder, isDryRun);
+    report.status = renderAll(jobs, *chain, isOneOfMany, report.outcomes);
+    const bool isInterrupted = report.status > 2;
+    if (!isDryRun && (report.status == 0 || (isOneOfMany && !isInterrupted)))
+        saveSettings(chainOptions, options);
+}
+
+/// Whoever reads JSON gets some, whatever happens.
+int renderAndReport(Session& session, const RenderCommandOptions& options) {
+    RenderReport report;
+    report.isDryRun = options.job.dryRun;
+    try {
+        renderFiles(session, options, report);
+    } catch (const Error& failure) {
+        report.status = failure.status();
+        report.error = failure.what();
+        printError(failure.what());
     }
-    saveSettings(chainOptions, options);
-    return status;
+    printReport(report, options.json);
+    return report.status;
 }
 
 }  // namespace
 
 void addRenderCommand(CommandSet& commands) {
-    const auto options = std::make_shared<RenderOptions>();
-    CLI::App& command = commands.add("render", "Render pictures, sequences or video through filters",
-                                     [options](Session& session) { return renderFiles(session, *options); });
+    const auto options = std::make_shared<RenderCommandOptions>();
+    CLI::App& command =
+        commands.add("render", "Render pictures, sequences or video through filters",
+                     [options](Session& session) { return renderAndReport(session, *options); });
     addRenderOptions(command, *options);
+    command.option_defaults()->group("Options");
+    command.add_flag("--dry-run", options->job.dryRun,
+                     "Tell what would be rendered from and to, with the status; write nothing");
+    command.add_flag("--json", options->json, "Tell what was done, or would be, as JSON on standard output");
     command.footer(renderExamples);
 }
 

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/render_options.h"
 
-#include "app/render/render_media.h"
 #include "engine/catalogue/names.h"
 #include "engine/error.h"
 #include "engine/settings/clip_time.h"
 #include "engine/text.h"
 
 #include <cstdio>
-#include <iostream>
 
 namespace vireo {
 namespace {
@@ -78,6 +76,17 @@ void takePart(const RenderOptions& options, RenderJob& job) {
         const std::int64_t first = job.frames ? job.frames->first : 0;
         job.frames = FrameRange{first, lastOf(first, *duration->frame)};
     }
+}
+
+void takeProgress(const RenderOptions& options, RenderJob& job) {
+    job.progress.json = options.progress == "json" || options.progressFile;
+    if (!options.progressFile) return;
+    if (options.progress == "text") throw Error(Fault::Usage, "--progress-fd is for --progress json");
+    if (!isWritable(*options.progressFile)) {
+        throw Error(Fault::Usage, "--progress-fd " + std::to_string(*options.progressFile) +
+                                      " is no descriptor that can be written to");
+    }
+    job.progress.file = *options.progressFile;
 }
 
 std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::vector<std::string>& texts) {
@@ -172,6 +181,18 @@ void addOutputOptions(CLI::App& command, RenderOptions& options) {
         ->type_name("FORMAT");
 }
 
+void addProgressOptions(CLI::App& command, RenderOptions& options) {
+    command.option_defaults()->group("Options");
+    command
+        .add_option("--progress", options.progress,
+                    "For programs: json is an object a line on standard error; text is the default")
+        ->check(oneOf({"text", "json"}))
+        ->type_name("text|json");
+    command.add_option("--progress-fd", options.progressFile, "Such objects go to this file descriptor")
+        ->check(wholeNumbers(0, largestNumber))
+        ->type_name("N");
+}
+
 void addWorkOptions(CLI::App& command, RenderOptions& options) {
     command.option_defaults()->group("Options");
     command.add_option("--jobs", options.job.jobs, "Frames rendered side by side, else one for each core")
@@ -189,6 +210,7 @@ void addRenderOptions(CLI::App& command, RenderOptions& options) {
     addOutputOptions(command, options);
     command.add_option("--to", options.folder, "A folder for the outputs of many inputs")
         ->type_name("FOLDER");
+    addProgressOptions(command, options);
     addWorkOptions(command, options);
 }
 
@@ -198,6 +220,7 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     takePart(options, job);
     job.encoderOptions = parseEncoderOptions(options.encoderOptions);
     job.dithers = options.dither != "none";
+    takeProgress(options, job);
     if (options.progressive) job.interlacing = Interlacing::Progressive;
     if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
     if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;
@@ -217,13 +240,19 @@ std::optional<Layout> layoutNamed(std::string_view name) {
     return std::nullopt;
 }
 
-void runJob(const RenderJob& job, FrameProcessor& processor) {
-    const RenderSummary summary = renderMedia(job, processor);
-    if (job.quiet || job.output == "-") return;
+RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
+    const RenderSummary summary = renderMedia(job, processor, messages);
+    if (job.dryRun || job.output.empty() || job.output == "-") return summary;
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f", summary.seconds);
-    std::cerr << "vireo: " << job.output << ": " << summary.frames
-              << (summary.frames == 1 ? " frame" : " frames") << " in " << seconds << " s.\n";
+    messages.tell(job.output + ": " + std::to_string(summary.frames) +
+                  (summary.frames == 1 ? " frame" : " frames") + " in " + seconds + " s");
+    return summary;
+}
+
+void runJob(const RenderJob& job, FrameProcessor& processor) {
+    Messages messages(job.quiet, job.progress, job.output);
+    runJob(job, processor, messages);
 }
 
 }  // namespace vireo

@@ -8,6 +8,7 @@
 #include "app/commands/options.h"
 #include "app/render/chain_processor.h"
 #include "app/render/comparison.h"
+#include "app/render/render_media.h"
 
 #include <memory>
 #include <optional>
@@ -27,6 +28,9 @@ void addOutputOptions(CLI::App& command, RenderOptions& options);
 /// All of these, the files and --to.
 void addRenderOptions(CLI::App& command, RenderOptions& options);
 
+/// How progress is told.
+void addProgressOptions(CLI::App& command, RenderOptions& options);
+
 /// --jobs.
 void addWorkOptions(CLI::App& command, RenderOptions& options);
 
@@ -40,6 +44,7 @@ std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderO
 std::optional<Layout> layoutNamed(std::string_view name);
 
 /// Renders and tells how long it took.
+RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages);
 void runJob(const RenderJob& job, FrameProcessor& processor);
 
 }  // namespace vireo

@@ -112,8 +112,8 @@ void FfmpegReader::describe(const RenderJob& job) {
 /// Says where the input ends when that is inside the range asked for.
 void FfmpegReader::noteEnd(std::int64_t last) {
     if (!range_.last || *range_.last <= last) return;
-    messages_.notice(input_.name() + " ends with frame " + std::to_string(last) +
-                     "; what exists of the range is rendered");
+    messages_.notice(MessageCode::RangeShortened, input_.name() + " ends with frame " + std::to_string(last) +
+                                                      "; what exists of the range is rendered");
 }
 
 /// Says behind which frame the input breaks off, where it does and no lost frames say it.
@@ -122,7 +122,7 @@ void FfmpegReader::noteBreak() {
     const std::string what = input_.name() + ": the file breaks off behind frame " +
                              std::to_string(decoder_.following() - 1) + ": " + input_.breakReason();
     if (strict_) throw Error(what);
-    messages_.warning(what);
+    messages_.warning(MessageCode::FileBreaksOff, what);
 }
 
 std::unique_ptr<SourceFrame> FfmpegReader::read() {

@@ -28,6 +28,12 @@ public:
     std::unique_ptr<OutputFrame> convert(const Picture& picture, const SourceFrame& source) override;
     void write(std::unique_ptr<OutputFrame> frame) override;
     void finish() override;
+    std::int64_t bytes() const override { return muxer_.bytes(); }
+
+    const EncoderChoice& choice() const { return choice_; }
+
+    /// What becomes of each of the input's streams.
+    TrackFate fateOf(int stream) const { return others_ ? others_->fateOf(stream) : TrackFate::Rendered; }
 
     /// Where a source frame stands in the output, in its clock.
     std::int64_t timeOf(std::int64_t sourceTime) const;

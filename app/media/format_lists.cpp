@@ -132,4 +132,18 @@ std::vector<ListedPixelFormat> listPixelFormats() {
     return formats;
 }
 
+std::string codecVersions() {
+    const std::pair<const char*, unsigned> libraries[] = {{"libavformat", avformat_version()},
+                                                          {"libavcodec", avcodec_version()},
+                                                          {"libavutil", avutil_version()},
+                                                          {"libswscale", swscale_version()},
+                                                          {"libswresample", swresample_version()}};
+    std::string text = std::string("FFmpeg ") + av_version_info();
+    for (const auto& [name, version] : libraries) {
+        text += std::string(", ") + name + ' ' + std::to_string(AV_VERSION_MAJOR(version)) + '.' +
+                std::to_string(AV_VERSION_MINOR(version)) + '.' + std::to_string(AV_VERSION_MICRO(version));
+    }
+    return text + '\n';
+}
+
 }  // namespace vireo

@@ -35,6 +35,9 @@ std::vector<ListedEncoder> listEncoders();
 std::vector<ListedFormat> listFormats();
 std::vector<ListedPixelFormat> listPixelFormats();
 
+/// What reads and writes them, as lines with their versions.
+std::string codecVersions();
+
 }  // namespace vireo
 
 #endif

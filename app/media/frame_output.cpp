@@ -30,8 +30,9 @@ FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& enco
 
 FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source) {
     if (!alpha_ && !alphaDropped_ && hasTransparency(picture) && !alphaDropped_.exchange(true)) {
-        messages_.notice(std::string("some pixels are transparent and the output holds no alpha: ") +
-                         alphaKeepers_);
+        messages_.notice(
+            MessageCode::AlphaDropped,
+            std::string("some pixels are transparent and the output holds no alpha: ") + alphaKeepers_);
     }
     const bool interlaced = source.position.interlacing != Interlacing::Progressive;
     FramePtr frame = premultiply_ ? converter_.frameOf(*premultiplied(picture), interlaced)

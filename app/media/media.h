@@ -7,6 +7,7 @@
 #include "app/base/interruption.h"
 #include "app/base/messages.h"
 #include "app/media/frame_processor.h"
+#include "app/media/media_description.h"
 #include "app/media/render_job.h"
 
 #include <cstdint>
@@ -78,12 +79,27 @@ public:
 
     /// Ends the output and lets it appear under its name.
     virtual void finish() = 0;
+
+    /// How much was written, once it is finished.
+    virtual std::int64_t bytes() const = 0;
+};
+
+/// Takes frames that nobody keeps.
+class NoWriter : public MediaWriter {
+public:
+    std::unique_ptr<OutputFrame> convert(const Picture&, const SourceFrame&) override {
+        return std::make_unique<OutputFrame>();
+    }
+    void write(std::unique_ptr<OutputFrame>) override {}
+    void finish() override {}
+    std::int64_t bytes() const override { return 0; }
 };
 
 struct Media {
     std::unique_ptr<MediaReader> reader;
     std::unique_ptr<MediaWriter> writer;  ///< Must end before the reader.
     std::uint32_t pictureFormat;          ///< What frames are converted to.
+    MediaDescription description;
 };
 
 /// Opens both ends of a job; nothing is written under the name of the output yet. `stop` and `messages` must

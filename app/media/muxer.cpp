@@ -11,12 +11,16 @@ namespace vireo {
 Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRequest& stop)
     : name_(job.output == "-" ? "standard output" : job.output) {
     AVFormatContext* context = nullptr;
-    if (job.output == "-") {
+    if (job.dryRun) {
+        if (job.output != "-") checkOutputFile(pathOf(job.output), job.overwrite, job.folderIsMade);
+    } else if (job.output == "-") {
         pipe_ = std::make_unique<PipeIo>(job.pipe, PipeIo::Direction::Write, stop);
     } else {
         file_.emplace(pathOf(job.output), job.overwrite);
     }
-    const std::string url = file_ ? fileUrl(file_->path().string()) : "pipe:1";
+    const std::string url = file_        ? fileUrl(file_->path().string())
+                            : job.dryRun ? fileUrl("/dev/null")
+                                         : "pipe:1";
     check(avformat_alloc_output_context2(&context, &container, nullptr, url.c_str()),
           "cannot write " + name_);
     context_.reset(context);
@@ -51,6 +55,8 @@ void Muxer::finish() {
     checkWrite(av_write_trailer(context_.get()));
     if (context_->pb != nullptr) {
         avio_flush(context_->pb);
+        const std::int64_t size = avio_size(context_->pb);
+        bytes_ = size >= 0 ? size : avio_tell(context_->pb);
         checkWrite(context_->pb->error);
     }
     if (io_ != nullptr) {

@@ -28,6 +28,9 @@ public:
     /// Ends the file and lets it appear.
     void finish();
 
+    /// How much was written, once it is finished.
+    std::int64_t bytes() const { return bytes_; }
+
 private:
     struct CloseIo {
         void operator()(AVIOContext* io) const { avio_close(io); }
@@ -40,6 +43,7 @@ private:
     std::unique_ptr<PipeIo> pipe_;
     std::unique_ptr<AVIOContext, CloseIo> io_;
     OutputFormatPtr context_;
+    std::int64_t bytes_ = 0;
     std::mutex mutex_;
 };
 

@@ -79,8 +79,9 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
                     std::to_string(count - 1));
     }
     if (job.frames && job.frames->last && *job.frames->last >= count) {
-        messages.notice(job.input + " ends with frame " + std::to_string(count - 1) +
-                        "; what exists of the range is rendered");
+        messages.notice(MessageCode::RangeShortened, job.input + " ends with frame " +
+                                                         std::to_string(count - 1) +
+                                                         "; what exists of the range is rendered");
     }
     info_.firstFrame = first_;
     info_.framesExpected = last_ - first_ + 1;
@@ -106,7 +107,13 @@ PictureWriter::PictureWriter(const RenderJob& job, std::unique_ptr<PictureTarget
       target_(std::move(target)),
       firstNumber_(firstNumber),
       pattern_(SequencePattern::parse(job.output)) {
-    if (pattern_) {
+    if (job.dryRun) {
+        if (pattern_) {
+            checkOutputFolder(pattern_->folder(), job.folderIsMade);
+        } else if (job.output != "-") {
+            checkOutputFile(pathOf(job.output), job.overwrite, job.folderIsMade);
+        }
+    } else if (pattern_) {
         files_.emplace(pattern_->folder());
     } else if (job.output != "-") {
         file_.emplace(pathOf(job.output), job.overwrite);
@@ -120,6 +127,7 @@ std::unique_ptr<OutputFrame> PictureWriter::convert(const Picture& picture, cons
 
 void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
     const EncodedPicture& picture = static_cast<const EncodedPicture&>(*frame);
+    bytes_ += static_cast<std::int64_t>(picture.bytes.size());
     if (pattern_) {
         const std::filesystem::path name = pattern_->name(firstNumber_ + picture.number);
         writeBytes(files_->add(name), textOf(picture.bytes), utf8Of(pattern_->folder() / name));
@@ -139,6 +147,17 @@ void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
 void PictureWriter::finish() {
     if (files_) files_->commit(job_.overwrite);
     if (file_) file_->commit();
+}
+
+void describePictureFiles(const RenderJob& job, std::int64_t firstNumber, const SourceInfo& info,
+                          OutputDescription& output) {
+    const auto pattern = SequencePattern::parse(job.output);
+    if (!pattern) return;
+    const auto fileOf = [&](std::int64_t frame) {
+        return utf8Of(pattern->folder() / pattern->name(firstNumber + frame));
+    };
+    output.firstFile = fileOf(info.firstFrame);
+    if (info.framesExpected > 0) output.lastFile = fileOf(info.firstFrame + info.framesExpected - 1);
 }
 
 void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int64_t firstFrame,

@@ -69,6 +69,7 @@ public:
     std::unique_ptr<OutputFrame> convert(const Picture& picture, const SourceFrame& source) override;
     void write(std::unique_ptr<OutputFrame> frame) override;
     void finish() override;
+    std::int64_t bytes() const override { return bytes_; }
 
 private:
     const RenderJob& job_;
@@ -78,7 +79,12 @@ private:
     std::optional<OutputFileSet> files_;
     std::optional<OutputFile> file_;
     bool written_ = false;
+    std::int64_t bytes_ = 0;
 };
+
+/// Names the files of the frames from `firstFrame` on; a single picture's, or standard output's, alone.
+void describePictureFiles(const RenderJob& job, std::int64_t firstNumber, const SourceInfo& info,
+                          OutputDescription& output);
 
 /// Refuses before any work what could only be refused after it: names that are taken, and several frames for
 /// one picture. `frames` and `firstFrame` are what will be rendered, 0 frames where that is unknown. Throws

@@ -2,6 +2,7 @@
 #ifndef VIREO_APP_MEDIA_RENDER_JOB_H
 #define VIREO_APP_MEDIA_RENDER_JOB_H
 
+#include "app/base/messages.h"
 #include "engine/chain/clip.h"
 
 #include <algorithm>
@@ -28,10 +29,13 @@ inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
 /// What is asked of a render of one input to one output.
 struct RenderJob {
     std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
-    std::string output;  ///< The same.
+    std::string output;  ///< The same. Empty: frames go nowhere.
     int pipe = 1;        ///< What "-" writes video to.
     bool overwrite = false;
+    bool dryRun = false;        ///< Everything is opened and nothing written.
+    bool folderIsMade = false;  ///< The output's folder, where it is missing.
     bool quiet = false;
+    ProgressStyle progress;
     bool strict = false;  ///< Damage is a failure.
 
     std::optional<FrameRange> frames;

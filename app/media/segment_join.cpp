@@ -95,8 +95,9 @@ private:
                         std::to_string(wanted) + " of " + frameNames(segment) +
                         ": remove it and run its line again");
         }
-        messages_.warning(job_.input + ": damaged and left out: " + std::to_string(wanted - count) + " of " +
-                          frameNames(segment));
+        messages_.warning(MessageCode::FramesLost,
+                          job_.input + ": damaged and left out: " + std::to_string(wanted - count) + " of " +
+                              frameNames(segment));
     }
 
     const RenderJob& job_;

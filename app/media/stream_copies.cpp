@@ -133,6 +133,8 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
     AVFormatContext& to = muxer.context();
     const AVOutputFormat& container = *to.oformat;
     copies_.resize(from.nb_streams);
+    fates_.assign(from.nb_streams, TrackFate::LeftOut);
+    fates_[static_cast<std::size_t>(reader.videoStream())] = TrackFate::Rendered;
     std::string leftOut;
     std::string converted;
     for (unsigned i = 0; i < from.nb_streams; ++i) {
@@ -144,10 +146,12 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
         if (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE) {
             if (takes(container, stream.codecpar->codec_id)) {
                 copies_[i] = std::make_unique<PacketCopy>(reader, stream, muxer);
+                fates_[i] = TrackFate::Copied;
             } else {
                 copies_[i] = type == AVMEDIA_TYPE_AUDIO
                                  ? transcodeSound(stream, muxer, reader.timeOrigin())
                                  : transcodeSubtitles(stream, muxer, reader.timeOrigin());
+                if (copies_[i] != nullptr) fates_[i] = TrackFate::Converted;
                 if (copies_[i] != nullptr) converted += (converted.empty() ? "" : ", ") + describe(stream);
             }
         }
@@ -163,8 +167,11 @@ StreamCopies::StreamCopies(const FfmpegReader& reader, Muxer& muxer, bool noAudi
     copyChapters(reader, to);
     const std::string name = container.name;
     if (!converted.empty())
-        messages.notice("converted, since " + name + " does not hold it as it is: " + converted);
-    if (!leftOut.empty()) messages.notice("left out, since " + name + " does not hold it: " + leftOut);
+        messages.notice(MessageCode::TracksConverted,
+                        "converted, since " + name + " does not hold it as it is: " + converted);
+    if (!leftOut.empty())
+        messages.notice(MessageCode::TracksLeftOut,
+                        "left out, since " + name + " does not hold it: " + leftOut);
 }
 
 void StreamCopies::take(PacketPtr packet) {

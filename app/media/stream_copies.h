@@ -21,7 +21,10 @@ public:
     void take(PacketPtr packet);
     void finish();
 
+    TrackFate fateOf(int stream) const { return fates_[static_cast<std::size_t>(stream)]; }
+
 private:
+    std::vector<TrackFate> fates_;                     ///< By the input's stream, as
     std::vector<std::unique_ptr<StreamCopy>> copies_;  ///< By the input's stream; null where it is left out.
 };
 

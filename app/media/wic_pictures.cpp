@@ -248,4 +248,6 @@ std::vector<ListedPixelFormat> listPixelFormats() {
     throw Error("the system's picture encoders choose the pixel format");
 }
 
+std::string codecVersions() { return "the system's picture codecs\n"; }
+
 }  // namespace vireo

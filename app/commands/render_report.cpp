@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+#include "app/commands/render_report.h"
+
+#include "app/base/terminal.h"
+#include "app/commands/filter_json.h"
+#include "engine/error.h"
+#include "engine/settings/settings_file.h"
+
+#include <cmath>
+#include <iostream>
+
+namespace vireo {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Null where there is nothing.
+Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+Json orNull(std::int64_t number) { return number > 0 ? Json(number) : Json(); }
+
+const char* nameOf(TrackFate fate) {
+    switch (fate) {
+        case TrackFate::Rendered: return "rendered";
+        case TrackFate::Copied: return "copied";
+        case TrackFate::Converted: return "converted";
+        case TrackFate::LeftOut: break;
+    }
+    return "left out";
+}
+
+const char* nameOf(Interlacing interlacing) {
+    switch (interlacing) {
+        case Interlacing::TopFieldFirst: return "top first";
+        case Interlacing::BottomFieldFirst: return "bottom first";
+        case Interlacing::Progressive: break;
+    }
+    return "progressive";
+}
+
+Json colorsJson(const ColorDescription& colors) {
+    return {{"matrix", orNull(colors.matrix)},
+            {"range", orNull(colors.range)},
+            {"primaries", orNull(colors.primaries)},
+            {"transfer", orNull(colors.transfer)}};
+}
+
+Json codingJson(const ColorDescription& colors) {
+    return {{"matrix", orNull(colors.matrix)}, {"range", orNull(colors.range)}};
+}
+
+Json trackJson(const TrackDescription& track) {
+    Json json{{"index", track.index},
+              {"kind", track.kind},
+              {"codec", track.codec},
+              {"language", orNull(track.language)}};
+    if (track.channels > 0) {
+        json["channels"] = track.channels;
+        json["sampleRate"] = track.sampleRate;
+    }
+    if (track.fate) json["fate"] = nameOf(*track.fate);
+    return json;
+}
+
+Json outputJson(const OutputDescription& output) {
+    Json options = Json::object();
+    for (const auto& [name, value] : output.encoderOptions) options[name] = value;
+    return {{"name", output.name},
+            {"firstFile", orNull(output.firstFile)},
+            {"lastFile", orNull(output.lastFile)},
+            {"container", orNull(output.format)},
+            {"encoder", orNull(output.encoder)},
+            {"encoderOptions", std::move(options)},
+            {"pixelFormat", orNull(output.pixelFormat)},
+            {"width", output.width},
+            {"height", output.height},
+            {"bits", output.depth},
+            {"alpha", output.alphaIfNeeded ? Json("if needed") : Json(output.alpha)},
+            {"tags", colorsJson(output.tags)},
+            {"colours", codingJson(output.colors)}};
+}
+
+Json outcomeJson(const RenderOutcome& outcome, bool isDryRun) {
+    const RenderSummary& summary = outcome.summary;
+    const bool isGood = outcome.status == 0;
+    Json json{{"status", outcome.status},
+              {"input", isGood ? inputJson(summary.media.input) : Json{{"name", outcome.input}}},
+              {"output", isGood ? outputJson(summary.media.output) : Json{{"name", outcome.output}}}};
+    if (!isGood) json["error"] = outcome.error;
+    if (isGood) json["renderedBits"] = summary.media.renderedDepth;
+    if (isGood && !isDryRun) {
+        json["frames"] = summary.frames;
+        json["seconds"] = std::round(summary.seconds * 1000) / 1000;
+        json["bytes"] = summary.bytes;
+        json["lost"] = summary.lost;
+        json["impaired"] = summary.impaired;
+    }
+    json["warnings"] = messagesJson(outcome.messages);
+    return json;
+}
+
+/// As in a settings file, with the values that nobody gave.
+Json filterJson(const FilterSettings& given) {
+    FilterSettings settings = given;
+    Json json;
+    try {
+        if (settings.hasBytes()) settings.assignFromBytes();
+        const auto count = static_cast<ValueIndex>(settings.filter().properties.parameters.size());
+        for (ValueIndex i = 0; i < count; ++i) {
+            if (!settings.isSet(i)) settings.set(i, settings.value(i));
+        }
+        json = Json::parse(settingsText({settings})).at("filters").at(0);
+    } catch (const Error&) {
+        // Bytes of a handle may hold what no text says.
+        json = {{"filter", given.filter().properties.name}};
+    }
+    json["largest"] = limitsJson(traitsOf(given.filter()).limits);
+    return json;
+}
+
+Json reportJson(const RenderReport& report) {
+    Json json{{"status", report.status}, {"dryRun", report.isDryRun}};
+    if (!report.error.empty()) json["error"] = report.error;
+    Json& chain = json["chain"] = Json::array();
+    for (const FilterSettings& filter : report.chain) chain.push_back(filterJson(filter));
+    Json& renders = json["renders"] = Json::array();
+    for (const RenderOutcome& outcome : report.outcomes)
+        renders.push_back(outcomeJson(outcome, report.isDryRun));
+    return json;
+}
+
+void printHeading(const std::string& text) {
+    std::cout << Terminal::output().styled(Style::Heading, text) << '\n';
+}
+
+void printLine(const std::string& name, const std::string& text) {
+    constexpr std::size_t column = 14;
+    if (!text.empty())
+        std::cout << "  " << name << std::string(column - std::min(name.size(), column - 1), ' ') << text
+                  << '\n';
+}
+
+/// What is there, with commas between.
+std::string joined(std::initializer_list<std::string> texts) {
+    std::string all;
+    for (const std::string& text : texts) {
+        if (!text.empty()) all += (all.empty() ? "" : ", ") + text;
+    }
+    return all;
+}
+
+std::string bits(int depth) { return depth == 32 ? "float" : std::to_string(depth) + " bits"; }
+
+std::string sizeText(int width, int height) { return std::to_string(width) + " x " + std::to_string(height); }
+
+std::string colorsText(const ColorDescription& colors) {
+    const auto named = [](const char* name, const std::string& value) {
+        return value.empty() ? "" : std::string(name) + ' ' + value;
+    };
+    return joined({named("matrix", colors.matrix), named("range", colors.range),
+                   named("primaries", colors.primaries), named("transfer", colors.transfer)});
+}
+
+std::string colorsText(const ColorDescription& colors, const ColorDescription& tags) {
+    const std::string tagged = colorsText(tags);
+    return joined({colors.matrix.empty() ? "RGB" : colors.matrix,
+                   colors.range.empty() ? "" : colors.range + " range"}) +
+           (tagged.empty() ? "; untagged" : "; tagged with " + tagged);
+}
+
+std::string channelsText(const TrackDescription& track) {
+    if (track.channels == 0) return {};
+    return std::to_string(track.channels) + (track.channels == 1 ? " channel" : " channels");
+}
+
+std::string partText(const InputDescription& input) {
+    if (input.framesExpected == 0) return "from frame " + std::to_string(input.firstFrame) + " on";
+    return "frames " + std::to_string(input.firstFrame) + " to " +
+           std::to_string(input.firstFrame + input.framesExpected - 1);
+}
+
+void printChain(const std::vector<FilterSettings>& chain) {
+    if (chain.empty()) return;
+    printHeading("Chain");
+    for (const FilterSettings& filter : chain) {
+        const Json json = filterJson(filter);
+        std::string values;
+        const auto add = [&](const std::string& name, const Json& value) {
+            values += (values.empty() ? "" : ", ") + name + ' ' +
+                      (value.is_string()    ? value.get<std::string>()
+                       : value.is_boolean() ? value.get<bool>() ? "on" : "off"
+                                            : value.dump());
+        };
+        if (json.contains("parameters")) {
+            for (const auto& [name, value] : json["parameters"].items()) add(name, value);
+        }
+        for (const char* word : {"from", "to", "mix"}) {
+            if (json.contains(word)) add(word, json[word]);
+        }
+        const std::string limits = limitsText(traitsOf(filter.filter()).limits);
+        std::cout << "  " << Terminal::output().styled(Style::Name, filter.filter().properties.name)
+                  << (values.empty() ? "" : ": " + values)
+                  << (limits.empty() ? "" : "; frames of up to " + limits) << '\n';
+    }
+}
+
+void printOutput(const MediaDescription& media) {
+    const OutputDescription& output = media.output;
+    printHeading(output.name == "-" ? "Standard output" : output.name);
+    printLine("Files", output.firstFile.empty()
+                           ? ""
+                           : output.firstFile + " to " + (output.lastFile.empty() ? "..." : output.lastFile));
+    printLine("Container", output.format);
+    std::string options;
+    for (const auto& [name, value] : output.encoderOptions) options += ' ' + name + '=' + value;
+    printLine("Encoder", output.encoder + options);
+    printLine("Pixels",
+              joined({output.pixelFormat, bits(output.depth), "rendered with " + bits(media.renderedDepth)}));
+    printLine("Size", sizeText(output.width, output.height));
+    if (!output.encoder.empty()) printLine("Colours", colorsText(output.colors, output.tags));
+    printLine("Alpha", output.alphaIfNeeded ? "where a pixel needs it" : output.alpha ? "yes" : "no");
+}
+
+}  // namespace
+
+Json inputJson(const InputDescription& input) {
+    Json tracks = Json::array();
+    for (const TrackDescription& track : input.tracks) tracks.push_back(trackJson(track));
+    return {{"name", input.name},
+            {"container", orNull(input.format)},
+            {"codec", orNull(input.codec)},
+            {"pixelFormat", orNull(input.pixelFormat)},
+            {"width", input.width},
+            {"height", input.height},
+            {"pixelAspect", orNull(input.pixelAspect)},
+            {"turned", input.isTurned},
+            {"bits", input.depth},
+            {"alpha", input.alpha},
+            {"premultiplied", input.premultiplied},
+            {"fields", nameOf(input.interlacing)},
+            {"frameRate", orNull(input.frameRate)},
+            {"framesPerSecond", input.framesPerSecond},
+            {"frames", orNull(input.frames)},
+            {"firstFrame", input.firstFrame},
+            {"framesExpected", orNull(input.framesExpected)},
+            {"tags", colorsJson(input.tags)},
+            {"colours", codingJson(input.colors)},
+            {"tracks", std::move(tracks)},
+            {"chapters", input.chapters}};
+}
+
+Json messagesJson(const std::vector<Message>& messages) {
+    Json json = Json::array();
+    for (const Message& message : messages)
+        json.push_back({{"code", codeText(message.code)}, {"sentence", message.sentence}});
+    return json;
+}
+
+void printInput(const InputDescription& input) {
+    printHeading(input.name == "-" ? "Standard input" : input.name);
+    printLine("Container", input.format);
+    printLine("Pixels", joined({input.codec, input.pixelFormat, bits(input.depth)}));
+    printLine("Size", joined({sizeText(input.width, input.height),
+                              input.pixelAspect.empty() || input.pixelAspect == "1:1"
+                                  ? ""
+                                  : "pixels of " + input.pixelAspect,
+                              input.isTurned ? "turned upright" : ""}));
+    printLine("Frames", (input.frames > 0 ? std::to_string(input.frames) : "an unknown number") + " at " +
+                            input.frameRate + " a second");
+    printLine("Part", partText(input));
+    printLine("Fields", nameOf(input.interlacing));
+    printLine("Colours", colorsText(input.colors, input.tags));
+    printLine("Alpha", !input.alpha ? "no" : input.premultiplied ? "premultiplied" : "straight");
+    for (const TrackDescription& track : input.tracks) {
+        printLine("Track " + std::to_string(track.index),
+                  joined({track.kind, track.codec, track.language, channelsText(track),
+                          track.channels > 0 ? std::to_string(track.sampleRate) + " Hz" : ""}) +
+                      (track.fate ? std::string(": ") + nameOf(*track.fate) : ""));
+    }
+    if (input.chapters > 0) printLine("Chapters", std::to_string(input.chapters));
+}
+
+void printMessages(const std::vector<Message>& messages) {
+    for (const Message& message : messages)
+        std::cout << "  " << Terminal::output().styled(Style::Warning, "note:") << ' ' << message.sentence
+                  << ".\n";
+}
+
+void printReport(const RenderReport& report, bool asJson) {
+    if (asJson) {
+        std::cout << reportJson(report).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        return;
+    }
+    if (!report.isDryRun) return;
+    printChain(report.chain);
+    for (const RenderOutcome& outcome : report.outcomes) {
+        if (outcome.status != 0) continue;
+        std::cout << '\n';
+        printInput(outcome.summary.media.input);
+        printOutput(outcome.summary.media);
+        printMessages(outcome.messages);
+    }
+}
+
+}  // namespace vireo

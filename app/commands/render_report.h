@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// What became of renders, or would become of them, for people and for programs.
+#ifndef VIREO_APP_COMMANDS_RENDER_REPORT_H
+#define VIREO_APP_COMMANDS_RENDER_REPORT_H
+
+#include "app/render/render_media.h"
+#include "engine/settings/filter_settings.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace vireo {
+
+/// What became of one job.
+struct RenderOutcome {
+    std::string input, output;
+    int status = 0;
+    std::string error;      ///< Where it failed,
+    RenderSummary summary;  ///< and where it did not.
+    std::vector<Message> messages;
+};
+
+/// Of a command that renders.
+struct RenderReport {
+    bool isDryRun = false;
+    int status = 0;
+    std::string error;  ///< Where no job was begun.
+    std::vector<FilterSettings> chain;
+    std::vector<RenderOutcome> outcomes;
+};
+
+/// On standard output.
+void printReport(const RenderReport& report, bool asJson);
+
+nlohmann::ordered_json inputJson(const InputDescription& input);
+nlohmann::ordered_json messagesJson(const std::vector<Message>& messages);
+void printInput(const InputDescription& input);
+void printMessages(const std::vector<Message>& messages);
+
+}  // namespace vireo
+
+#endif

@@ -90,7 +90,8 @@ def test_a_dry_run_tells_what_the_render_makes(files):
     assert [warning["code"] for warning in planned["warnings"]] == ["tracks-converted"]
     assert chain[0]["parameters"]["Offset"] == "0@0s..99@1s" and chain[0]["mix"] == "40%"
     assert len(chain[0]["parameters"]) == len(json.loads(files("info", "Horizontal Hold", "--json").stdout)["parameters"])
-    for words in ("frames 5 to 14", "Offset 0@0s..99@1s", "eng, 1 channel, 48000 Hz: converted", "libx264 crf=18", "note: converted"):
+    for words in ("frames 5 to 14", "Offset 0@0s..99@1s", "eng, 1 channel, 48000 Hz: converted", "libx264 crf=18",
+                  "note: converted"):
         assert words in text
 
 

@@ -9,7 +9,7 @@ import pytest
 from PIL import Image
 
 from conftest import read_picture
-from media_support import clip
+from media_support import clip, ffmpeg
 
 BLUR = ("-f", "Camera Blur:percent blur=20")
 LUMA = numpy.array([0.299, 0.587, 0.114])
@@ -37,8 +37,8 @@ def test_psnr_is_that_of_ffmpeg(vireo):
     report = metrics(vireo, "in.mkv", *BLUR)
     vireo("render", "in.mkv", "out.mkv", *BLUR, "--encoder", "ffv1")
     completed = subprocess.run(
-        ["ffmpeg", "-hide_banner", "-i", "in.mkv", "-i", "out.mkv", "-lavfi", "[0]format=gbrp[a];[1]format=gbrp[b];[a][b]psnr=stats_file=-", "-f",
-         "null", "-"], cwd=vireo.folder, check=True, capture_output=True)
+        ["ffmpeg", "-hide_banner", "-i", "in.mkv", "-i", "out.mkv", "-lavfi",
+         "[0]format=gbrp[a];[1]format=gbrp[b];[a][b]psnr=stats_file=-", "-f", "null", "-"], cwd=vireo.folder, check=True, capture_output=True)
     lines = completed.stdout.decode().splitlines()
     assert len(lines) == len(report["frames"]) == 10
     for line, frame in zip(lines, report["frames"]):
@@ -65,8 +65,7 @@ def test_deep_pictures_and_what_has_no_value(vireo, pixels):
     clip(vireo.folder, "in.mkv", "-c:v", "ffv1", "-pix_fmt", "gbrp12le", seconds=0.1)
     deep = metrics(vireo, "in.mkv", "-f", "Horizontal Flip", "--frames", "1-1")
     assert [frame["frame"] for frame in deep["frames"]] == [1] and deep["all"]["alpha"] is None
-    raw = subprocess.run(["ffmpeg", "-v", "error", "-i", "in.mkv", "-f", "rawvideo", "-pix_fmt", "gbrp12le", "-"], cwd=vireo.folder,
-                         check=True, capture_output=True).stdout
+    raw = ffmpeg("-i", "in.mkv", "-f", "rawvideo", "-pix_fmt", "gbrp12le", "-", cwd=vireo.folder)
     green, blue, red = numpy.frombuffer(raw, "<u2").reshape(-1, 3, 120, 160)[1].astype(float) / 4095
     for name, channel in (("red", red), ("green", green), ("blue", blue)):
         expected = -10 * numpy.log10(((channel - channel[:, ::-1]) ** 2).mean())

@@ -88,7 +88,8 @@ Target targetOf(const fs::path& path, bool overwrite) {
 void checkFolder(const fs::path& folder, const fs::path& shown, bool isMade) {
     std::error_code error;
     fs::path place = folder.empty() ? "." : folder;
-    while (isMade && !fs::exists(place, error)) place = place.has_parent_path() ? place.parent_path() : ".";
+    while (isMade && !fs::exists(place, error) && place != place.parent_path())
+        place = place.has_parent_path() ? place.parent_path() : ".";
     const fs::file_status status = fs::status(place, error);
     if (!fs::exists(status)) throw cannotWrite(shown, make_error_code(std::errc::no_such_file_or_directory));
     if (!fs::is_directory(status)) throw cannotWrite(shown, make_error_code(std::errc::not_a_directory));

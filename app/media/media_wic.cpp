@@ -70,8 +70,12 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
     output.width = info.width;
     output.height = info.height;
     describePictureFiles(job, firstNumber, info, output);
+    auto target = std::make_unique<WicPictureTarget>(job);
+    const bool alwaysAlpha = job.alpha || !output.firstFile.empty();
+    output.alpha = target->holdsAlpha() && alwaysAlpha;
+    output.alphaIfNeeded = target->holdsAlpha() && !alwaysAlpha;
     media.reader = std::move(reader);
-    media.writer = std::make_unique<PictureWriter>(job, std::make_unique<WicPictureTarget>(job), firstNumber);
+    media.writer = std::make_unique<PictureWriter>(job, std::move(target), firstNumber);
     return media;
 }
 

@@ -174,6 +174,8 @@ WicPictureTarget::WicPictureTarget(const RenderJob& job) : premultiplied_(job.pr
         throw Error(Fault::Usage, "the system's picture encoders take no options");
 }
 
+bool WicPictureTarget::holdsAlpha() const { return containerOf(extension_)->alpha; }
+
 std::vector<std::uint8_t> WicPictureTarget::encode(const Picture& picture, const SourceFrame&, bool alpha) {
     const auto need = [](bool good) {
         if (!good) throw Error("cannot encode a picture");

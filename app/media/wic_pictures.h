@@ -24,6 +24,8 @@ public:
     /// Throws Error where the job asks for what the system's encoders do not have.
     explicit WicPictureTarget(const RenderJob& job);
 
+    bool holdsAlpha() const;
+
     std::vector<std::uint8_t> encode(const Picture& picture, const SourceFrame& source, bool alpha) override;
 
 private:

@@ -10,6 +10,7 @@ namespace vireo {
 enum class MessageCode {
     AlphaDropped,
     DepthReduced,
+    DiffersThere,
     FileBreaksOff,
     FramesImpaired,
     FramesLost,
@@ -25,6 +26,7 @@ constexpr std::string_view codeText(MessageCode code) {
     switch (code) {
         case MessageCode::AlphaDropped: return "alpha-dropped";
         case MessageCode::DepthReduced: return "depth-reduced";
+        case MessageCode::DiffersThere: return "differs-there";
         case MessageCode::FileBreaksOff: return "file-breaks-off";
         case MessageCode::FramesImpaired: return "frames-impaired";
         case MessageCode::FramesLost: return "frames-lost";

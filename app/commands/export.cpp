@@ -76,7 +76,7 @@ int exportChain(Session& session, const ExportOptions& options, MakeExport make)
     if (!made.commands.empty()) writeFile(options.commands, made.commands, options.chain.job.overwrite);
     saveSettings(chain, options.chain);
     Messages messages(session.global().quiet);
-    for (const std::string& warning : made.warnings) messages.warning(warning);
+    for (const std::string& warning : made.warnings) messages.warning(MessageCode::DiffersThere, warning);
     std::cout << made.text << (made.text.ends_with('\n') ? "" : "\n");
     return 0;
 }

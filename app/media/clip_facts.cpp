@@ -3,26 +3,11 @@
 
 #include "app/base/messages.h"
 #include "app/media/ffmpeg_source.h"
-#include "app/media/frame_processor.h"
 #include "app/media/packet_index.h"
 #include "app/media/pixel_format.h"
 #include "engine/error.h"
 
 namespace vireo {
-namespace {
-
-/// Takes whatever a source has.
-class Onlooker : public FrameProcessor {
-public:
-    int lookBack() const override { return 0; }
-    std::uint32_t sourceFormat(int) const override { return PixKit::formatBgra; }
-    PicturePtr process(const PicturePtr& source, const FramePosition&, const SourceHistory&) override {
-        return source;
-    }
-};
-
-}  // namespace
-
 ClipFacts readClipFacts(const std::string& input) {
     if (input == "-") throw Error(Fault::Usage, "standard input cannot be handed on; give a file");
     RenderJob job;
@@ -30,7 +15,7 @@ ClipFacts readClipFacts(const std::string& input) {
     const InterruptionGuard guard;
     StopRequest stop;
     Messages messages(true);
-    const FfmpegSource source = openSource(job, Onlooker(), stop, messages);
+    const FfmpegSource source = openSource(job, stop, messages);
     const SourceInfo& info = source.reader->info();
     const VideoProperties& video = source.video;
 

@@ -6,18 +6,6 @@
 namespace vireo {
 namespace {
 
-/// Filters leave an input that is only looked at as it is.
-class NoProcessor : public FrameProcessor {
-public:
-    int lookBack() const override { return 0; }
-    std::uint32_t sourceFormat(int depth) const override {
-        return depth == 32 ? formatBgraFloat : depth > 8 ? formatBgra16 : PixKit::formatBgra;
-    }
-    PicturePtr process(const PicturePtr& source, const FramePosition&, const SourceHistory&) override {
-        return source;
-    }
-};
-
 std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 
 std::string ratioText(AVRational ratio, char between) {
@@ -121,7 +109,7 @@ OutputDescription describeOutput(const RenderJob& job, const FfmpegSource& sourc
 }
 
 InputDescription probeInput(const RenderJob& job, const StopRequest& stop, Messages& messages) {
-    return describeInput(job, openSource(job, NoProcessor(), stop, messages));
+    return describeInput(job, openSource(job, stop, messages));
 }
 
 }  // namespace vireo

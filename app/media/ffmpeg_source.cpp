@@ -9,6 +9,18 @@
 namespace vireo {
 namespace {
 
+/// Filters leave an input that is only looked at as it is.
+class NoProcessor : public FrameProcessor {
+public:
+    int lookBack() const override { return 0; }
+    std::uint32_t sourceFormat(int depth) const override {
+        return depth == 32 ? formatBgraFloat : depth > 8 ? formatBgra16 : PixKit::formatBgra;
+    }
+    PicturePtr process(const PicturePtr& source, const FramePosition&, const SourceHistory&) override {
+        return source;
+    }
+};
+
 /// The properties of an output whose frames have another shape than the source's.
 void reshape(VideoProperties& video, const SourceInfo& info, const FrameShape& shape) {
     video.alpha = shape.alpha;
@@ -58,6 +70,10 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
         processor.refusal(info.width, info.height, source.pictureFormat, source.video.interlacing);
     if (!refusal.empty()) throw Error(job.input + ": " + refusal);
     return source;
+}
+
+FfmpegSource openSource(const RenderJob& job, const StopRequest& stop, Messages& messages) {
+    return openSource(job, NoProcessor(), stop, messages);
 }
 
 }  // namespace vireo

@@ -22,6 +22,9 @@ struct FfmpegSource {
 FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                         Messages& messages);
 
+/// The same for an input that is only looked at.
+FfmpegSource openSource(const RenderJob& job, const StopRequest& stop, Messages& messages);
+
 }  // namespace vireo
 
 #endif

@@ -25,7 +25,7 @@ ClipIndex indexClip(const FfmpegInput& input, const RenderJob& job, const StopRe
         throwIfInterrupted();
         clip.frameCount = packets.count;
         clip.times = std::move(packets.times);
-        clip.isSeekable = !clip.times.empty() && !packets.turnsBack;
+        clip.isSeekable = !clip.times.empty() && !packets.jumps;
     }
     if (clip.frameCount == 0) clip.frameCount = job.clipLength.value_or(0);
     // The packets before a part are not seen.

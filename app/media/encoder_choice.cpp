@@ -245,7 +245,7 @@ void chooseFormat(EncoderChoice& choice, const RenderJob& job, const VideoProper
     if (av_pix_fmt_desc_get(choice.format)->nb_components < 3) choice.coding.fullRange = true;
 }
 
-void chooseDefaults(EncoderChoice& choice, const RenderJob& job) {
+void chooseDefaults(EncoderChoice& choice, const RenderJob& job, const VideoProperties& video) {
     const auto asked = [&](std::string_view name) {
         return std::any_of(job.encoderOptions.begin(), job.encoderOptions.end(),
                            [&](const auto& option) { return option.first == name; });
@@ -267,6 +267,12 @@ void chooseDefaults(EncoderChoice& choice, const RenderJob& job) {
         choice.defaults.emplace_back("flags", "+qscale");
         choice.defaults.emplace_back("global_quality", std::to_string(2 * FF_QP2LAMBDA));
     }
+    // The libraries' encoder loses pixels of slices that are next to nothing; of these levels, the first has
+    // none.
+    constexpr int smallest = 16;
+    if (encoder == "ffv1" && (video.width < smallest || video.height < smallest) && !asked("level") &&
+        !asked("slices"))
+        choice.defaults = {{"level", "1"}};
     if (encoder == "prores_ks")
         choice.defaults.emplace_back("profile",
                                      choice.alpha || choice.format == AV_PIX_FMT_YUV444P10 ? "4444" : "hq");
@@ -312,7 +318,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
     if (choice.codec == nullptr)
         throw Error(std::string("there is no video encoder for ") + choice.container->long_name);
     chooseFormat(choice, job, video, depth, alpha);
-    chooseDefaults(choice, job);
+    chooseDefaults(choice, job, video);
     return choice;
 }
 
@@ -326,7 +332,7 @@ EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& 
         choice.codec = encoderNamed(kind->encoder);
     }
     chooseFormat(choice, job, video, depth, alpha);
-    chooseDefaults(choice, job);
+    chooseDefaults(choice, job, video);
     return choice;
 }
 

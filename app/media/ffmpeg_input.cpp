@@ -68,7 +68,7 @@ PacketPtr FfmpegInput::next() {
     libraryComplaint();
     const int got = av_read_frame(context_.get(), packet.get());
     if (got >= 0) {
-        continuous_.correct(*packet, *context_->streams[packet->stream_index]);
+        continuous_.correct(*packet, *context_);
         return packet;
     }
     ended_ = true;

@@ -28,6 +28,9 @@ public:
     /// See ClipIndex.
     const std::vector<std::int64_t>& frameTimes() const { return clip_.times; }
 
+    /// The time of the clip's first frame.
+    std::int64_t clipStart() const { return decoder_.firstTime(); }
+
     /// The time of the first frame that is rendered.
     std::int64_t firstTimeRendered() const { return renderedTime_; }
 

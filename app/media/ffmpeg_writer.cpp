@@ -7,29 +7,8 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
-#include <cmath>
-
 namespace vireo {
 namespace {
-
-/// Whether container and codec hold a time for each frame, in the source's clock.
-bool holdsTimes(const AVOutputFormat& container, const AVCodec& codec, AVRational timeBase) {
-    if ((container.flags & AVFMT_VARIABLE_FPS) == 0) return false;
-    switch (codec.id) {
-        case AV_CODEC_ID_MPEG1VIDEO:
-        case AV_CODEC_ID_MPEG2VIDEO:
-        case AV_CODEC_ID_THEORA:
-        case AV_CODEC_ID_DNXHD:
-        case AV_CODEC_ID_DVVIDEO: return false;
-        case AV_CODEC_ID_MPEG4: return timeBase.den <= 65535;
-        default: return true;
-    }
-}
-
-AVRational nearestRate(const AVCodec& codec, AVRational wanted) {
-    if (codec.supported_framerates == nullptr) return wanted;
-    return codec.supported_framerates[av_find_nearest_q_idx(wanted, codec.supported_framerates)];
-}
 
 /// What belongs to the video beside its pixels and holds of the output too.
 void copySideData(const AVStream& from, AVStream& to) {
@@ -77,14 +56,11 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
     : choice_(chooseVideoEncoder(job, video, depth)),
       muxer_(job, *choice_.container, stop),
       encodes_(encoded == nullptr),
-      fixedRate_(!holdsTimes(*choice_.container, *choice_.codec, video.timeBase)),
-      sourceBase_(video.timeBase),
-      timeOrigin_(reader != nullptr ? reader->timeOrigin() : 0) {
+      clock_(*choice_.container, *choice_.codec, video, reader != nullptr ? reader->clipStart() : 0,
+             reader != nullptr ? reader->timeOrigin() : 0) {
     encoder_ = newEncoder(choice_, video);
-    if (fixedRate_) {
-        encoder_->framerate = nearestRate(*choice_.codec, video.frameRate);
-        encoder_->time_base = av_inv_q(encoder_->framerate);
-    }
+    encoder_->framerate = clock_.frameRate();
+    encoder_->time_base = clock_.encoderBase();
     if ((choice_.container->flags & AVFMT_GLOBALHEADER) != 0) encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     Dictionary options;
     if (encoded == nullptr) {
@@ -98,7 +74,7 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
     if (stream_ == nullptr) throw std::bad_alloc();
     check(avcodec_parameters_from_context(stream_->codecpar, encoder_.get()), "cannot write the video");
     if (encoded != nullptr) takeEncoding(*encoded, *stream_->codecpar);
-    stream_->time_base = encoder_->time_base;
+    stream_->time_base = clock_.timeBase();
     stream_->avg_frame_rate = encoder_->framerate;
     stream_->sample_aspect_ratio = encoder_->sample_aspect_ratio;
     if (reader != nullptr) {
@@ -114,6 +90,8 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
     const std::string_view container = choice_.container->name;
     if (container == "matroska" || container == "webm")
         output.avoid_negative_ts = reader == nullptr || reader->beginsAtZero() ? 0 : -1;
+    // Here frames are counted, and sound that begins before 0 would move them by a part of one.
+    if (container == "avi") output.avoid_negative_ts = 0;
     muxer_.begin(options);
     if (options.anyName() != nullptr) {
         throw Error(std::string("neither the encoder ") + choice_.codec->name + " nor the format " +
@@ -126,24 +104,12 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
 
 std::unique_ptr<OutputFrame> FfmpegWriter::convert(const Picture& picture, const SourceFrame& source) {
     const auto& decoded = dynamic_cast<const FfmpegFrame&>(source);
-    FramePtr frame = frames_->frameOf(picture, decoded);
-    frame->pts = timeOf(frame->pts);
-    if (fixedRate_) frame->pkt_duration = 1;
-    return std::make_unique<FfmpegOutputFrame>(std::move(frame));
-}
-
-std::int64_t FfmpegWriter::timeOf(std::int64_t sourceTime) const {
-    if (!fixedRate_) return sourceTime - std::llround(timeOrigin_ / av_q2d(sourceBase_));
-    const double time = seconds(sourceTime, sourceBase_) - timeOrigin_;
-    return std::llround(time * av_q2d(encoder_->framerate));
+    return std::make_unique<FfmpegOutputFrame>(frames_->frameOf(picture, decoded));
 }
 
 void FfmpegWriter::write(std::unique_ptr<OutputFrame> output) {
     AVFrame& frame = *static_cast<FfmpegOutputFrame&>(*output).frame;
-    // No encoder takes a time twice.
-    if (frame.pts <= lastTime_) frame.pts = lastTime_ + 1;
-    lastTime_ = frame.pts;
-    durations_[frame.pts] = frame.pkt_duration;
+    frame.pts = clock_.enter(frame.pts, frame.pkt_duration);
     encode(&frame);
 }
 
@@ -155,16 +121,13 @@ void FfmpegWriter::encode(const AVFrame* frame) {
         if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return;
         check(received, "cannot encode the video");
         throwIfInterrupted();
-        if (const auto duration = durations_.find(packet->pts); duration != durations_.end()) {
-            packet->duration = duration->second;
-            durations_.erase(duration);
-        }
+        clock_.leave(*packet);
         writeEncoded(std::move(packet));
     }
 }
 
 void FfmpegWriter::writeEncoded(PacketPtr packet) {
-    av_packet_rescale_ts(packet.get(), encoder_->time_base, stream_->time_base);
+    av_packet_rescale_ts(packet.get(), clock_.timeBase(), stream_->time_base);
     packet->stream_index = stream_->index;
     muxer_.write(std::move(packet));
 }

@@ -3,9 +3,9 @@
 #define VIREO_APP_MEDIA_FFMPEG_WRITER_H
 
 #include "app/media/frame_output.h"
+#include "app/media/output_clock.h"
 #include "app/media/stream_copies.h"
 
-#include <map>
 #include <optional>
 
 namespace vireo {
@@ -36,8 +36,8 @@ public:
     TrackFate fateOf(int stream) const { return others_ ? others_->fateOf(stream) : TrackFate::Rendered; }
 
     /// Where a source frame stands in the output, in its clock.
-    std::int64_t timeOf(std::int64_t sourceTime) const;
-    AVRational timeBase() const { return encoder_->time_base; }
+    std::int64_t timeOf(std::int64_t sourceTime) const { return clock_.timeOf(sourceTime); }
+    AVRational timeBase() const { return clock_.timeBase(); }
 
     /// Times are the output's.
     void writeEncoded(PacketPtr packet);
@@ -52,11 +52,7 @@ private:
     std::optional<FrameOutput> frames_;
     std::optional<StreamCopies> others_;
     bool encodes_;
-    bool fixedRate_;  ///< Frames are counted, since the output has no times of its own.
-    AVRational sourceBase_;
-    double timeOrigin_;
-    std::int64_t lastTime_ = std::numeric_limits<std::int64_t>::min();
-    std::map<std::int64_t, std::int64_t> durations_;  ///< By time, of frames in the encoder.
+    OutputClock clock_;
 };
 
 }  // namespace vireo

@@ -48,17 +48,23 @@ PacketIndex indexPackets(const std::string& path, int stream, const StopRequest&
     // Streams of some containers only appear while packets are looked at.
     if (avformat_find_stream_info(context, nullptr) < 0 || stream >= static_cast<int>(context->nb_streams))
         return index;
-    for (unsigned i = 0; i < context->nb_streams; ++i)
-        context->streams[i]->discard = static_cast<int>(i) == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    // Where the clock may jump, sound and picture tell together where to.
+    const bool mayJump = (context->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    for (unsigned i = 0; i < context->nb_streams; ++i) {
+        const AVMediaType type = context->streams[i]->codecpar->codec_type;
+        const bool isWanted = static_cast<int>(i) == stream ||
+                              (mayJump && (type == AVMEDIA_TYPE_VIDEO || type == AVMEDIA_TYPE_AUDIO));
+        context->streams[i]->discard = isWanted ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    }
 
     const PacketPtr packet = newPacket();
     ContinuousTimes continuous;
     bool complete = true;
     for (; av_read_frame(context, packet.get()) >= 0; av_packet_unref(packet.get())) {
+        continuous.correct(*packet, *context);
         if (packet->stream_index != stream ||
             !holdsShownFrame(*packet, context->streams[stream]->codecpar->codec_id))
             continue;
-        continuous.correct(*packet, *context->streams[stream]);
         ++index.count;
         if (packet->pts == AV_NOPTS_VALUE) complete = false;
         if (complete) index.times.push_back(packet->pts);
@@ -66,7 +72,7 @@ PacketIndex indexPackets(const std::string& path, int stream, const StopRequest&
     std::sort(index.times.begin(), index.times.end());
     const bool anyTwice = std::adjacent_find(index.times.begin(), index.times.end()) != index.times.end();
     if (!complete || anyTwice) index.times.clear();
-    index.turnsBack = continuous.turnedBack();
+    index.jumps = continuous.jumped();
     return index;
 }
 

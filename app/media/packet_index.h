@@ -20,8 +20,8 @@ std::optional<std::int64_t> exactFrameCount(const AVFormatContext& input, int st
 struct PacketIndex {
     std::int64_t count = 0;
     std::vector<std::int64_t>
-        times;               ///< Of presentation, in order; empty where some are missing or the same.
-    bool turnsBack = false;  ///< The times are not the file's own any more: see ContinuousTimes.
+        times;           ///< Of presentation, in order; empty where some are missing or the same.
+    bool jumps = false;  ///< The times are not the file's own any more: see ContinuousTimes.
 };
 
 PacketIndex indexPackets(const std::string& path, int stream, const StopRequest& stop);

@@ -5,7 +5,7 @@
 build_packages=(
     g++ cmake ninja-build pkg-config python3
     libcli11-dev nlohmann-json3-dev googletest frei0r-plugins-dev
-    libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
+    libavcodec-dev libavfilter-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
 )
 
 # What the tests and the other checks run.

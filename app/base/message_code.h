@@ -15,7 +15,9 @@ enum class MessageCode {
     FramesImpaired,
     FramesLost,
     HdrAsItIs,
+    PreparationAdjusted,
     PresetDamaged,
+    QualityUnused,
     RangeShortened,
     TracksConverted,
     TracksLeftOut,
@@ -31,7 +33,9 @@ constexpr std::string_view codeText(MessageCode code) {
         case MessageCode::FramesImpaired: return "frames-impaired";
         case MessageCode::FramesLost: return "frames-lost";
         case MessageCode::HdrAsItIs: return "hdr-as-it-is";
+        case MessageCode::PreparationAdjusted: return "preparation-adjusted";
         case MessageCode::PresetDamaged: return "preset-damaged";
+        case MessageCode::QualityUnused: return "quality-unused";
         case MessageCode::RangeShortened: return "range-shortened";
         case MessageCode::TracksConverted: return "tracks-converted";
         case MessageCode::TracksLeftOut: return "tracks-left-out";

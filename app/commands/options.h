@@ -27,6 +27,7 @@ struct RenderOptions {
     std::string filterFormat;
 
     std::string frames, start, duration;
+    std::string crop, scale, fps;
     std::string interlaced;
     bool progressive = false;
     std::string dither;

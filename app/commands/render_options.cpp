@@ -6,7 +6,10 @@
 #include "engine/settings/clip_time.h"
 #include "engine/text.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <numeric>
 
 namespace vireo {
 namespace {
@@ -100,6 +103,69 @@ std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::
     return options;
 }
 
+/// So many whole numbers between colons.
+std::optional<std::vector<int>> parseNumbers(const std::string& text, std::size_t count) {
+    std::vector<int> numbers;
+    std::size_t begin = 0;
+    while (begin <= text.size()) {
+        const std::size_t end = std::min(text.find(':', begin), text.size());
+        int number = 0;
+        const auto [rest, failure] = std::from_chars(text.data() + begin, text.data() + end, number);
+        if (failure != std::errc() || rest != text.data() + end) return std::nullopt;
+        numbers.push_back(number);
+        begin = end + 1;
+    }
+    return numbers.size() == count ? std::optional(numbers) : std::nullopt;
+}
+
+Preparation::Crop parseCrop(const std::string& text) {
+    const auto n = parseNumbers(text, 4);
+    if (!n || (*n)[0] < 1 || (*n)[1] < 1 || (*n)[2] < 0 || (*n)[3] < 0) {
+        throw Error(
+            Fault::Usage,
+            "--crop takes W:H:X:Y, a width and a height from 1 and a corner from 0, not " + inQuotes(text));
+    }
+    return {(*n)[0], (*n)[1], (*n)[2], (*n)[3]};
+}
+
+Preparation::Scale parseScale(const std::string& text) {
+    constexpr int coarsest = -16;
+    const auto n = parseNumbers(text, 2);
+    if (!n || std::min((*n)[0], (*n)[1]) < coarsest || (*n)[0] == 0 || (*n)[1] == 0 ||
+        std::max((*n)[0], (*n)[1]) < 1) {
+        throw Error(
+            Fault::Usage,
+            "--scale takes W:H, a width and a height from 1, one of which may be -1, or -2 for an even "
+            "one, not " +
+                inQuotes(text));
+    }
+    return {(*n)[0], (*n)[1]};
+}
+
+/// A fraction, or a number with up to six digits behind the point.
+Preparation::Rate parseRate(const std::string& text) {
+    constexpr std::int64_t fastest = 1000, finest = 1'000'000;
+    const std::size_t slash = text.find('/');
+    std::int64_t numerator = 0, denominator = 1;
+    if (slash != std::string::npos) {
+        numerator = parseWholeNumber(text.substr(0, slash)).value_or(0);
+        denominator = parseWholeNumber(text.substr(slash + 1)).value_or(0);
+    } else {
+        double number = 0;
+        const auto [rest, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (failure == std::errc() && rest == text.data() + text.size() && number <= fastest) {
+            numerator = std::llround(number * finest);
+            denominator = finest;
+        }
+    }
+    if (numerator < 1 || denominator < 1 || denominator > finest || numerator / denominator > fastest)
+        throw Error(Fault::Usage,
+                    "--fps takes a rate up to 1000 frames a second, such as 25, 29.97 or 30000/1001, not " +
+                        inQuotes(text));
+    const std::int64_t divisor = std::gcd(numerator, denominator);
+    return {static_cast<int>(numerator / divisor), static_cast<int>(denominator / divisor)};
+}
+
 std::optional<std::uint32_t> parseFormat(const std::string& name) {
     if (name.empty()) return std::nullopt;
     if (name.size() != 4)
@@ -156,6 +222,15 @@ void addInputOptions(CLI::App& command, RenderOptions& options) {
     command.add_option("--dither", options.dither, "How deeper channels are brought to 8 bits, else ordered")
         ->check(oneOf({"ordered", "none"}))
         ->type_name("ordered|none");
+    command.add_flag("--deinterlace", job.preparation.deinterlace,
+                     "First make whole frames of the fields, one of two");
+    command.add_option("--crop", options.crop, "Cut this part out of the picture, then begin")
+        ->type_name("W:H:X:Y");
+    command.add_option("--scale", options.scale, "Scale to this size, then begin; -1 or -2 keep the aspect")
+        ->type_name("W:H");
+    command
+        .add_option("--fps", options.fps, "Drop or repeat frames to this rate, then begin: 25, 30000/1001")
+        ->type_name("N");
     command.add_flag("--strict", job.strict, "A damaged input is a failure");
 }
 
@@ -221,6 +296,9 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     job.encoderOptions = parseEncoderOptions(options.encoderOptions);
     job.dithers = options.dither != "none";
     takeProgress(options, job);
+    if (!options.crop.empty()) job.preparation.crop = parseCrop(options.crop);
+    if (!options.scale.empty()) job.preparation.scale = parseScale(options.scale);
+    if (!options.fps.empty()) job.preparation.rate = parseRate(options.fps);
     if (options.progressive) job.interlacing = Interlacing::Progressive;
     if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
     if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;

@@ -20,11 +20,12 @@ ClipIndex indexClip(const FfmpegInput& input, const RenderJob& job, const StopRe
     const bool partWanted = job.frames || job.start;
     if (const auto exact = exactFrameCount(input.context(), input.videoStream()))
         clip.announcedFrames = clip.frameCount = *exact;
-    if (input.isSeekable() && (clip.frameCount == 0 || partWanted)) {
+    if (input.isSeekable() && (clip.frameCount == 0 || partWanted || job.preparation.rate)) {
         PacketIndex packets = indexPackets(job.input, input.videoStream(), stop);
         throwIfInterrupted();
         clip.frameCount = packets.count;
         clip.times = std::move(packets.times);
+        clip.lastDuration = packets.lastDuration;
         clip.isSeekable = !clip.times.empty() && !packets.jumps;
     }
     if (clip.frameCount == 0) clip.frameCount = job.clipLength.value_or(0);

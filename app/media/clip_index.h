@@ -20,6 +20,7 @@ struct ClipIndex {
     /// Of the frames in order, in the video's time base, where they were looked up: for a part of a clip that
     /// can be sought, and where nothing else tells the length. Else empty.
     std::vector<std::int64_t> times;
+    std::int64_t lastDuration = 0;  ///< Of the last of them, 0 where unknown.
     AVRational timeBase;
     bool isSeekable = false;  ///< By `times`.
 

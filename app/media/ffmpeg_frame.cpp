@@ -25,6 +25,11 @@ VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
     return video;
 }
 
+Interlacing markedInterlacing(const AVFrame& frame) {
+    if (frame.interlaced_frame == 0) return Interlacing::Progressive;
+    return frame.top_field_first != 0 ? Interlacing::TopFieldFirst : Interlacing::BottomFieldFirst;
+}
+
 Interlacing uprightInterlacing(Interlacing stored, const VideoProperties& video) {
     if (stored == Interlacing::Progressive || video.orientation.transpose) return Interlacing::Progressive;
     // Upside down, the rows of an even height change their fields.

@@ -40,6 +40,9 @@ struct VideoProperties {
 /// Reads the properties off a decoded frame; those that belong to a stream are left alone.
 VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec);
 
+/// How the fields of a frame lie by its own marks.
+Interlacing markedInterlacing(const AVFrame& frame);
+
 /// How the fields of a frame lie once it stands upright.
 Interlacing uprightInterlacing(Interlacing stored, const VideoProperties& video);
 
@@ -58,6 +61,9 @@ public:
 
     PicturePtr picture(std::uint32_t format) override;
     const AVFrame& properties() const override { return *frame_; }
+
+    /// The frame as it was decoded, which this one is without from here on.
+    FramePtr takePixels() { return std::move(frame_); }
 
 private:
     FramePtr frame_;

@@ -5,6 +5,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavfilter/avfilter.h>
 #include <libavformat/avformat.h>
 #include <libavutil/audio_fifo.h>
 #include <libavutil/avutil.h>
@@ -44,6 +45,7 @@ using PacketPtr = std::unique_ptr<AVPacket, ReleaseByAddress<av_packet_free>>;
 using BufferPoolPtr = std::unique_ptr<AVBufferPool, ReleaseByAddress<av_buffer_pool_uninit>>;
 using ScalerPtr = std::unique_ptr<SwsContext, ReleaseBy<sws_freeContext>>;
 using ResamplerPtr = std::unique_ptr<SwrContext, ReleaseByAddress<swr_free>>;
+using FilterGraphPtr = std::unique_ptr<AVFilterGraph, ReleaseByAddress<avfilter_graph_free>>;
 using AudioFifoPtr = std::unique_ptr<AVAudioFifo, ReleaseBy<av_audio_fifo_free>>;
 
 FramePtr newFrame();    ///< Throws std::bad_alloc.

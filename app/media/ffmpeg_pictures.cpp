@@ -5,6 +5,7 @@
 #include "app/media/ffmpeg_io.h"
 #include "app/media/packet_index.h"
 #include "app/media/pixel_format.h"
+#include "engine/error.h"
 
 namespace vireo {
 namespace {
@@ -49,11 +50,38 @@ FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) 
     return frame;
 }
 
+void mark(AVFrame& frame, Interlacing interlacing) {
+    frame.interlaced_frame = interlacing != Interlacing::Progressive ? 1 : 0;
+    frame.top_field_first = interlacing == Interlacing::TopFieldFirst ? 1 : 0;
+}
+
+/// Takes a picture through FFmpeg's own filters; `video` becomes what it is like then.
+FramePtr prepared(FramePtr frame, VideoProperties& video, const GraphPlan& plan) {
+    FrameGraph graph(plan, *frame, video, {1, 1});
+    const int flags = frame->flags, errors = frame->decode_error_flags;
+    frame->pts = 0;
+    graph.push(std::move(frame));
+    graph.end(1);
+    FramePtr result = graph.pull();
+    if (result == nullptr) throw Error("a picture cannot be prepared");
+    result->flags = flags;
+    result->decode_error_flags = errors;
+    video = graph.outputOf(video);
+    return result;
+}
+
 /// A picture that is read when its pixels are asked for.
 class PictureFrame : public FfmpegFrame {
 public:
-    PictureFrame(std::filesystem::path path, std::int64_t number, const VideoProperties& first)
-        : path_(std::move(path)), number_(number), first_(first), frame_(newFrame()) {
+    /// `interlacing` is how it is stored, `plan` null where it is rendered as it is.
+    PictureFrame(std::filesystem::path path, std::int64_t number, const VideoProperties& first,
+                 Interlacing interlacing, const GraphPlan* plan)
+        : path_(std::move(path)),
+          number_(number),
+          first_(first),
+          interlacing_(interlacing),
+          plan_(plan),
+          frame_(newFrame()) {
         frame_->pts = number;
         frame_->pkt_duration = 1;
     }
@@ -64,7 +92,13 @@ public:
         impaired = frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
         frame_->pts = number_;
         frame_->pkt_duration = 1;
-        frame_->interlaced_frame = position.interlacing != Interlacing::Progressive ? 1 : 0;
+        if (plan_ != nullptr) {
+            mark(*frame_, interlacing_);
+            frame_ = prepared(std::move(frame_), video, *plan_);
+            frame_->pts = number_;
+            frame_->pkt_duration = 1;
+        }
+        mark(*frame_, position.interlacing);
         // All frames have the size of the first.
         const bool turned = video.orientation.transpose != first_.orientation.transpose;
         video.width = turned ? first_.height : first_.width;
@@ -84,26 +118,51 @@ private:
     std::filesystem::path path_;
     std::int64_t number_;
     const VideoProperties& first_;
+    const Interlacing interlacing_;
+    const GraphPlan* plan_;
     FramePtr frame_;
 };
 
 }  // namespace
 
+FfmpegPictureSource::FfmpegPictureSource(const RenderJob& job, Messages& messages)
+    : messages_(messages),
+      premultiplied_(job.premultiplied),
+      dithers_(job.dithers),
+      preparation_(job.preparation),
+      interlacing_(job.interlacing.value_or(Interlacing::Progressive)) {}
+
 SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
-    readPicture(file, video_);
+    FramePtr frame = readPicture(file, video_);
     video_.premultiplied = premultiplied_ && formatHasAlpha(video_.format);
     video_.dithers = dithers_;
+    video_.interlacing = interlacing_;
+    prepared_ = video_;
+    if (preparation_.changesPictures()) {
+        Preparation pictures = preparation_;
+        pictures.rate.reset();
+        plan_ = planGraph(pictures, video_, file.string());
+        if (!plan_->note.empty())
+            messages_.notice(MessageCode::PreparationAdjusted, file.string() + ": " + plan_->note);
+        prepared(std::move(frame), prepared_, *plan_);
+        if (preparation_.deinterlace) prepared_.interlacing = Interlacing::Progressive;
+    }
+    // Pictures have no clock of their own.
+    if (const auto& rate = preparation_.rate) {
+        prepared_.frameRate = {rate->numerator, rate->denominator};
+        prepared_.timeBase = av_inv_q(prepared_.frameRate);
+    }
     SourceInfo info;
-    info.width = video_.uprightWidth();
-    info.height = video_.uprightHeight();
-    info.depth = formatDepth(video_.format);
-    info.alpha = formatHasAlpha(video_.format);
+    info.width = prepared_.uprightWidth();
+    info.height = prepared_.uprightHeight();
+    info.depth = formatDepth(prepared_.format);
+    info.alpha = formatHasAlpha(prepared_.format);
     return info;
 }
 
 std::unique_ptr<SourceFrame> FfmpegPictureSource::frame(const std::filesystem::path& file,
                                                         std::int64_t number) {
-    return std::make_unique<PictureFrame>(file, number, video_);
+    return std::make_unique<PictureFrame>(file, number, prepared_, interlacing_, plan_ ? &*plan_ : nullptr);
 }
 
 FfmpegPictureTarget::FfmpegPictureTarget(const RenderJob& job, const VideoProperties& video, int depth,

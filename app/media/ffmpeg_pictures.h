@@ -2,6 +2,7 @@
 #ifndef VIREO_APP_MEDIA_FFMPEG_PICTURES_H
 #define VIREO_APP_MEDIA_FFMPEG_PICTURES_H
 
+#include "app/media/frame_graph.h"
 #include "app/media/frame_output.h"
 #include "app/media/picture_files.h"
 
@@ -11,19 +12,23 @@ namespace vireo {
 
 class FfmpegPictureSource : public PictureSource {
 public:
-    explicit FfmpegPictureSource(const RenderJob& job)
-        : premultiplied_(job.premultiplied), dithers_(job.dithers) {}
+    FfmpegPictureSource(const RenderJob& job, Messages& messages);
 
     SourceInfo probe(const std::filesystem::path& file) override;
     std::unique_ptr<SourceFrame> frame(const std::filesystem::path& file, std::int64_t number) override;
 
-    /// Of the picture that was probed.
-    const VideoProperties& video() const { return video_; }
+    /// Of the picture that was probed, as it is rendered.
+    const VideoProperties& video() const { return prepared_; }
 
 private:
-    bool premultiplied_;
-    bool dithers_;
-    VideoProperties video_;
+    Messages& messages_;
+    const bool premultiplied_;
+    const bool dithers_;
+    const Preparation preparation_;
+    const Interlacing interlacing_;
+    VideoProperties video_;  ///< As it is stored.
+    std::optional<GraphPlan> plan_;
+    VideoProperties prepared_;
 };
 
 class FfmpegPictureTarget : public PictureTarget {

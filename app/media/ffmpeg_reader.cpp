@@ -17,11 +17,11 @@ FfmpegReader::FfmpegReader(const RenderJob& job, int lookBack, const StopRequest
       others_(input_),
       decoder_(
           input_, job.interlacing, [this] { return nextVideoPacket(); }, stop),
-      clip_(indexClip(input_, job, stop)) {
+      prepared_(decoder_, input_, job, messages),
+      clip_(prepared_.setClip(indexClip(input_, job, stop))) {
     if (job.start) start_ = *job.start;
     if (job.duration && !job.frames) end_ = std::max(0.0, job.start.value_or(0)) + *job.duration;
-    decoder_.setClip(clip_);
-    decoder_.setLastWanted(range_.last);
+    prepared_.setLastWanted(range_.last);
     seekToPart(job, lookBack);
     readToPart(job, lookBack);
     describe(job);
@@ -33,22 +33,22 @@ void FfmpegReader::seekToPart(const RenderJob& job, int lookBack) {
     const std::int64_t wanted = std::min(first, static_cast<std::int64_t>(clip_.times.size()) - 1) - lookBack;
     if (wanted <= 0) return;
     // Parts join because all of them are written with what the clip's first frame says.
-    decoder_.next();
-    decoder_.restart();
+    prepared_.next();
+    prepared_.restart();
     others_.clear();
-    input_.seek(clip_.times[static_cast<std::size_t>(wanted)], clip_.times.front());
+    input_.seek(prepared_.sourceTimeFor(wanted), prepared_.sourceTimeFor(0));
 }
 
 void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
     constexpr double interleaving = 1;  // seconds by which sound may lie behind
-    std::unique_ptr<FfmpegFrame> frame = decoder_.next();
+    std::unique_ptr<FfmpegFrame> frame = prepared_.next();
     while (frame != nullptr && (video().width == 0 || beforePart(*frame))) {
         frame->preRoll = beforePart(*frame);
         // Sound that lies behind cannot belong to the part; its start is not known yet.
         if (frame->preRoll) others_.clearBefore(timeOf(*frame) - interleaving);
         ahead_.push_back(std::move(frame));
         if (ahead_.front()->preRoll && static_cast<int>(ahead_.size()) > lookBack) ahead_.pop_front();
-        frame = decoder_.next();
+        frame = prepared_.next();
     }
     throwIfInterrupted();
     if (video().width == 0)
@@ -56,7 +56,7 @@ void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
     // Frames and seconds meet where the part begins.
     if (frame != nullptr && job.durationFrames) {
         range_.last = lastOf(frame->position.number, *job.durationFrames);
-        decoder_.setLastWanted(range_.last);
+        prepared_.setLastWanted(range_.last);
     }
     if (frame != nullptr && job.duration && job.frames) end_ = frame->position.seconds + *job.duration;
     if (frame == nullptr || afterPart(*frame)) {
@@ -71,7 +71,7 @@ void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
 void FfmpegReader::settlePart(const FfmpegFrame& first) {
     info_.firstFrame = first.position.number;
     renderedTime_ = first.properties().pts;
-    const double clipStart = seconds(decoder_.firstTime(), clip_.timeBase);
+    const double clipStart = seconds(prepared_.firstTime(), clip_.timeBase);
     if (range_.last) {
         const std::size_t next = static_cast<std::size_t>(*range_.last) + 1;
         if (clip_.times.empty()) partEnd_ = clipStart + static_cast<double>(next) / av_q2d(video().frameRate);
@@ -95,8 +95,8 @@ void FfmpegReader::describe(const RenderJob& job) {
     info_.alpha = formatHasAlpha(video().format);
     info_.frameCount = clip_.frameCount;
     info_.frameRate = av_q2d(video().frameRate);
-    decoder_.setPremultiplied(job.premultiplied && info_.alpha);
-    decoder_.setDithers(job.dithers);
+    prepared_.setPremultiplied(job.premultiplied && info_.alpha);
+    prepared_.setDithers(job.dithers);
 
     constexpr double endless = std::numeric_limits<double>::infinity();
     constexpr double mostFrames = 1e15;
@@ -120,7 +120,7 @@ void FfmpegReader::noteEnd(std::int64_t last) {
 void FfmpegReader::noteBreak() {
     if (input_.breakReason().empty() || decoder_.wasCutShort() || stop_.requested()) return;
     const std::string what = input_.name() + ": the file breaks off behind frame " +
-                             std::to_string(decoder_.following() - 1) + ": " + input_.breakReason();
+                             std::to_string(prepared_.following() - 1) + ": " + input_.breakReason();
     if (strict_) throw Error(what);
     messages_.warning(MessageCode::FileBreaksOff, what);
 }
@@ -131,9 +131,9 @@ std::unique_ptr<SourceFrame> FfmpegReader::read() {
         frame = std::move(ahead_.front());
         ahead_.pop_front();
     } else if (!done_) {
-        frame = decoder_.next();
+        frame = prepared_.next();
         if (frame == nullptr && clip_.frameCount == 0 && !stop_.requested())
-            noteEnd(decoder_.following() - 1);
+            noteEnd(prepared_.following() - 1);
         if (frame == nullptr || afterPart(*frame)) {
             frame.reset();
             done_ = true;

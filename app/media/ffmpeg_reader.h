@@ -5,7 +5,7 @@
 #include "app/media/clip_index.h"
 #include "app/media/ffmpeg_input.h"
 #include "app/media/other_packets.h"
-#include "app/media/video_decoder.h"
+#include "app/media/prepared_video.h"
 
 #include <deque>
 #include <limits>
@@ -21,15 +21,15 @@ public:
     const SourceInfo& info() const override { return info_; }
     std::unique_ptr<SourceFrame> read() override;
 
-    const VideoProperties& video() const { return decoder_.video(); }
+    const VideoProperties& video() const { return prepared_.video(); }
     const AVFormatContext& input() const { return input_.context(); }
     int videoStream() const { return input_.videoStream(); }
 
-    /// See ClipIndex.
+    /// See ClipIndex; of the frames as they are rendered.
     const std::vector<std::int64_t>& frameTimes() const { return clip_.times; }
 
     /// The time of the clip's first frame.
-    std::int64_t clipStart() const { return decoder_.firstTime(); }
+    std::int64_t clipStart() const { return prepared_.firstTime(); }
 
     /// The time of the first frame that is rendered.
     std::int64_t firstTimeRendered() const { return renderedTime_; }
@@ -78,6 +78,7 @@ private:
     FfmpegInput input_;
     OtherPackets others_;
     VideoDecoder decoder_;
+    PreparedVideo prepared_;
     ClipIndex clip_;
     SourceInfo info_;
 

@@ -40,12 +40,11 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
     FfmpegSource source;
     const auto pattern = SequencePattern::parse(job.input);
     if (pattern && !std::filesystem::exists(pathOf(job.input))) {
-        auto pictures = std::make_unique<FfmpegPictureSource>(job);
+        auto pictures = std::make_unique<FfmpegPictureSource>(job, messages);
         const FfmpegPictureSource& opened = *pictures;
         auto reader = std::make_unique<SequenceReader>(job, *pattern, processor.lookBack(),
                                                        std::move(pictures), messages);
         source.video = opened.video();
-        if (job.interlacing) source.video.interlacing = *job.interlacing;
         source.firstNumber = reader->firstNumber();
         source.reader = std::move(reader);
     } else {

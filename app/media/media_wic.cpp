@@ -31,6 +31,10 @@ InputDescription describeInput(const RenderJob& job, const SequenceReader& reade
 }
 
 std::unique_ptr<SequenceReader> openReader(const RenderJob& job, int lookBack, Messages& messages) {
+    if (job.preparation.changesPictures() || job.preparation.rate)
+        throw Error(
+            "--crop, --scale, --deinterlace and --fps need FFmpeg, without which this program works on "
+            "Windows");
     const auto pattern = SequencePattern::parse(job.input);
     return std::make_unique<SequenceReader>(
         job,

@@ -60,6 +60,7 @@ PacketIndex indexPackets(const std::string& path, int stream, const StopRequest&
     const PacketPtr packet = newPacket();
     ContinuousTimes continuous;
     bool complete = true;
+    std::int64_t last = AV_NOPTS_VALUE;
     for (; av_read_frame(context, packet.get()) >= 0; av_packet_unref(packet.get())) {
         continuous.correct(*packet, *context);
         if (packet->stream_index != stream ||
@@ -67,6 +68,10 @@ PacketIndex indexPackets(const std::string& path, int stream, const StopRequest&
             continue;
         ++index.count;
         if (packet->pts == AV_NOPTS_VALUE) complete = false;
+        if (packet->pts > last) {
+            last = packet->pts;
+            index.lastDuration = packet->duration;
+        }
         if (complete) index.times.push_back(packet->pts);
     }
     std::sort(index.times.begin(), index.times.end());

@@ -19,6 +19,7 @@ std::optional<std::int64_t> exactFrameCount(const AVFormatContext& input, int st
 /// A stream's frames, got by reading all packets of the file.
 struct PacketIndex {
     std::int64_t count = 0;
+    std::int64_t lastDuration = 0;  ///< Of the frame shown last; 0 where unknown.
     std::vector<std::int64_t>
         times;           ///< Of presentation, in order; empty where some are missing or the same.
     bool jumps = false;  ///< The times are not the file's own any more: see ContinuousTimes.

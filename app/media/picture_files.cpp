@@ -42,7 +42,11 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
                                std::unique_ptr<PictureSource> source, Messages& messages)
     : pattern_(pattern),
       source_(std::move(source)),
-      interlacing_(job.interlacing.value_or(Interlacing::Progressive)) {
+      rate_(pictureRate),
+      interlacing_(job.preparation.deinterlace ? Interlacing::Progressive
+                                               : job.interlacing.value_or(Interlacing::Progressive)) {
+    if (const auto& rate = job.preparation.rate)
+        rate_ = static_cast<double>(rate->numerator) / rate->denominator;
     const std::vector<std::int64_t> numbers = pattern_.existing();
     if (numbers.empty()) throw Error("there is no picture named like " + job.input);
     firstNumber_ = numbers.front();
@@ -59,19 +63,19 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
         }
     }
     if (!failure.empty()) throw Error(job.input + ": no picture can be read: " + failure);
-    info_.frameRate = pictureRate;
+    info_.frameRate = rate_;
     info_.frameCount = count;
 
     last_ = count - 1;
     if (job.frames && job.frames->last) last_ = std::min(last_, *job.frames->last);
     // The first picture at a time or later, at most the one behind the last.
-    const auto pictureAt = [count](double seconds) {
-        return std::llround(std::min(std::ceil(seconds * pictureRate - 1e-6), static_cast<double>(count)));
+    const auto pictureAt = [this, count](double seconds) {
+        return std::llround(std::min(std::ceil(seconds * rate_ - 1e-6), static_cast<double>(count)));
     };
     first_ = job.frames ? job.frames->first : pictureAt(job.start.value_or(0));
     if (job.durationFrames) last_ = std::min(last_, lastOf(first_, *job.durationFrames));
     if (job.duration) {
-        const double start = job.start.value_or(static_cast<double>(first_) / pictureRate);
+        const double start = job.start.value_or(static_cast<double>(first_) / rate_);
         last_ = std::min<std::int64_t>(last_, pictureAt(start + *job.duration) - 1);
     }
     if (first_ > last_) {
@@ -94,8 +98,7 @@ std::unique_ptr<SourceFrame> SequenceReader::read() {
     std::error_code error;
     std::unique_ptr<SourceFrame> frame = source_->frame(path, next_);
     if (!std::filesystem::exists(path, error)) frame = std::make_unique<MissingPicture>(path.string());
-    frame->position = {next_, info_.frameCount, static_cast<double>(next_) / pictureRate, pictureRate,
-                       interlacing_};
+    frame->position = {next_, info_.frameCount, static_cast<double>(next_) / rate_, rate_, interlacing_};
     frame->preRoll = next_ < first_;
     ++next_;
     return frame;

@@ -13,7 +13,7 @@
 
 namespace vireo {
 
-/// Pictures have no clock of their own.
+/// Pictures have no clock of their own, unless they are given one.
 inline constexpr double pictureRate = 25;
 
 class PictureSource {
@@ -58,6 +58,7 @@ private:
     std::int64_t first_ = 0;  ///< Frames to render, counted from 0.
     std::int64_t last_ = 0;
     std::int64_t next_ = 0;
+    double rate_;
     Interlacing interlacing_;
 };
 

@@ -26,6 +26,26 @@ inline std::int64_t lastOf(std::int64_t first, std::int64_t count) {
     return first + std::min(count - 1, std::numeric_limits<std::int64_t>::max() - first);
 }
 
+/// What FFmpeg's own filters do to an input before it is rendered, in this order. Numbers of frames are those
+/// of what comes out.
+struct Preparation {
+    struct Crop {
+        int width, height, left, top;
+    };
+    struct Scale {
+        int width, height;  ///< One may be -N: by the other one, a multiple of N.
+    };
+    struct Rate {
+        int numerator, denominator;
+    };
+    bool deinterlace = false;
+    std::optional<Rate> rate;
+    std::optional<Crop> crop;
+    std::optional<Scale> scale;
+
+    bool changesPictures() const { return deinterlace || crop || scale; }
+};
+
 /// What is asked of a render of one input to one output.
 struct RenderJob {
     std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
@@ -53,7 +73,8 @@ struct RenderJob {
     bool noAudio = false;
     bool alpha = false;
     bool premultiplied = false;
-    bool dithers = true;                     ///< Where a source is deeper than what the filters take.
+    bool dithers = true;  ///< Where a source is deeper than what the filters take.
+    Preparation preparation;
     std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
     int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
     bool atOnce = false;                     ///< Somebody waits for each frame: all cores work on it.

@@ -34,11 +34,6 @@ Orientation matrixOrientation(const std::int32_t* m) {
     return {false, m[0] < 0, m[4] < 0};
 }
 
-Interlacing markedInterlacing(const AVFrame& frame) {
-    if (frame.interlaced_frame == 0) return Interlacing::Progressive;
-    return frame.top_field_first != 0 ? Interlacing::TopFieldFirst : Interlacing::BottomFieldFirst;
-}
-
 /// What the container says where the decoder does not.
 Interlacing containerInterlacing(AVFieldOrder order) {
     switch (order) {

@@ -90,6 +90,7 @@ std::vector<Message> Messages::said() const {
 void Messages::enter(Phase phase) {
     const std::lock_guard lock(mutex_);
     phase_ = phase;
+    if (phase == Phase::Open) frames_ = 0;
     if (phase == Phase::Render) start_ = lastShown_ = lastLogged_ = Clock::now();
     if (style_.json) writeObject();
 }
@@ -186,9 +187,14 @@ void Messages::writeObject() {
 
 void Messages::say(const std::string& shownPrefix, const std::string& prefix, const std::string& sentence,
                    const MessageCode* code) {
-    logLine(prefix + sentence + '.' + (code != nullptr ? " [" + std::string(codeText(*code)) + ']' : ""));
     const std::lock_guard lock(mutex_);
-    if (code != nullptr) said_.push_back({*code, sentence});
+    if (code != nullptr) {
+        const Message message{*code, sentence};
+        // A second pass, or a second output, tells nothing new by it.
+        if (std::find(said_.begin(), said_.end(), message) != said_.end()) return;
+        said_.push_back(message);
+    }
+    logLine(prefix + sentence + '.' + (code != nullptr ? " [" + std::string(codeText(*code)) + ']' : ""));
     if (quiet_) return;
     clearProgress();
     std::fprintf(stderr, "%s%s.\n", shownPrefix.c_str(), sentence.c_str());

@@ -24,6 +24,8 @@ bool isWritable(int file);
 struct Message {
     MessageCode code;
     std::string sentence;
+
+    bool operator==(const Message&) const = default;
 };
 
 /// What a render does at a time.
@@ -39,7 +41,7 @@ public:
     Messages& operator=(const Messages&) = delete;
     ~Messages();  ///< Removes the progress line.
 
-    /// Sentences without a full stop.
+    /// Sentences without a full stop. What was said already is not said again.
     void notice(MessageCode code, const std::string& sentence);
     void warning(MessageCode code, const std::string& sentence);
     void tell(const std::string& sentence);  ///< Nothing that a program would want to know.

@@ -34,7 +34,8 @@ struct RenderOptions {
     std::vector<std::string> encoderOptions;
     std::string progress;
     std::optional<int> progressFile;
-    RenderJob job;  ///< The options that need no reading.
+    std::vector<std::string> outputs;  ///< Of --output.
+    RenderJob job;                     ///< The options that need no reading.
 };
 
 }  // namespace vireo

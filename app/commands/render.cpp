@@ -4,10 +4,12 @@
 #include "app/base/messages.h"
 #include "app/base/output_file.h"
 #include "app/commands/commands.h"
+#include "app/commands/output_options.h"
 #include "app/commands/render_options.h"
 #include "app/commands/render_report.h"
 #include "engine/error.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -33,6 +35,7 @@ Files:
   vireo render clip.mov out.mp4 -f Extract --encoder libx265 --encoder-option crf=22
   vireo render frame%04d.png out.mov -f "Camera Blur:percent blur=10"
   vireo render *.jpg --to filtered -f "Gamma:gamma=14"
+  vireo render clip.mov out.mp4 --quality 80 --output small.webm --quality 40 -f Ghosting
   vireo render - - --format y4m -f Ghosting < in.mkv | ffplay -
 
 For programs:
@@ -49,15 +52,23 @@ struct RenderCommandOptions : RenderOptions {
     bool json = false;
 };
 
-/// One job for an input and its output, or one for each input into the folder.
-std::vector<RenderJob> planJobs(const RenderJob& common, const RenderOptions& options) {
+/// One job for an input and its outputs, or one for each input into the folder.
+std::vector<RenderJob> planJobs(const RenderJob& common, const CLI::App& command,
+                                const RenderOptions& options) {
     std::vector<RenderJob> jobs;
     const auto plan = [&](const std::string& input, const std::string& output) {
-        jobs.push_back(common);
-        jobs.back().input = input;
-        jobs.back().output = output;
+        RenderJob job = common;
+        job.input = input;
+        job.output = output;
+        jobs.push_back(withOutputs(job, command, !output.empty()));
     };
+    if (!options.outputs.empty() && !options.folder.empty())
+        throw Error(Fault::Usage, "--to goes without --output");
     if (options.folder.empty()) {
+        if (options.files.size() == 1 && !options.outputs.empty()) {
+            plan(options.files[0], {});
+            return jobs;
+        }
         if (options.files.size() != 2) {
             throw Error(Fault::Usage, options.files.size() < 2 ? "render takes an input and an output"
                                                                : "several inputs need --to and a folder");
@@ -92,7 +103,7 @@ void makeFolder(const std::string& name, bool isDryRun) {
 
 /// Says why a job fails, where it does.
 RenderOutcome outcomeOf(const RenderJob& job, FrameProcessor& chain, bool isOneOfMany) {
-    RenderOutcome outcome{job.input, job.output};
+    RenderOutcome outcome{job.input, job.outputs()};
     // A dry run's result holds its notices.
     Messages messages(job.quiet || job.dryRun, job.progress, job.output);
     try {
@@ -124,13 +135,15 @@ int renderAll(const std::vector<RenderJob>& jobs, FrameProcessor& chain, bool is
 }
 
 void refuseMixedOutput(const RenderJob& job, bool json) {
-    if (job.output != "-" || job.dryRun) return;
+    const std::vector<std::string> outputs = job.outputs();
+    if (job.dryRun || std::find(outputs.begin(), outputs.end(), "-") == outputs.end()) return;
     if (json) throw Error(Fault::Usage, "standard output takes the pictures or --json, not both");
     if (job.progress.json && job.progress.file == job.pipe)
         throw Error(Fault::Usage, "standard output takes the pictures or the progress, not both");
 }
 
-void renderFiles(Session& session, const RenderCommandOptions& options, RenderReport& report) {
+void renderFiles(Session& session, const CLI::App& command, const RenderCommandOptions& options,
+                 RenderReport& report) {
     const ChainOptions chainOptions = readChain(session.catalogue(), options);
     report.chain = chainOptions.filters;
     const bool isDryRun = options.job.dryRun;
@@ -140,7 +153,7 @@ void renderFiles(Session& session, const RenderCommandOptions& options, RenderRe
         if (!isDryRun) saveSettings(chainOptions, options);
         return;
     }
-    const std::vector<RenderJob> jobs = planJobs(commonJob(session.global(), options), options);
+    const std::vector<RenderJob> jobs = planJobs(commonJob(session.global(), options), command, options);
     for (const RenderJob& job : jobs) refuseMixedOutput(job, options.json);
     const auto chain = chainOf(chainOptions, options);
     refuseTakenNames(chainOptions, options);
@@ -153,11 +166,11 @@ void renderFiles(Session& session, const RenderCommandOptions& options, RenderRe
 }
 
 /// Whoever reads JSON gets some, whatever happens.
-int renderAndReport(Session& session, const RenderCommandOptions& options) {
+int renderAndReport(Session& session, const CLI::App& command, const RenderCommandOptions& options) {
     RenderReport report;
     report.isDryRun = options.job.dryRun;
     try {
-        renderFiles(session, options, report);
+        renderFiles(session, command, options, report);
     } catch (const Error& failure) {
         report.status = failure.status();
         report.error = failure.what();
@@ -171,10 +184,14 @@ int renderAndReport(Session& session, const RenderCommandOptions& options) {
 
 void addRenderCommand(CommandSet& commands) {
     const auto options = std::make_shared<RenderCommandOptions>();
-    CLI::App& command =
-        commands.add("render", "Render pictures, sequences or video through filters",
-                     [options](Session& session) { return renderAndReport(session, *options); });
+    const auto self = std::make_shared<const CLI::App*>();
+    CLI::App& command = commands.add(
+        "render", "Render pictures, sequences or video through filters",
+        [options, self](Session& session) { return renderAndReport(session, **self, *options); });
+    *self = &command;
     addRenderOptions(command, *options);
+    command.option_defaults()->group("Output");
+    addOutputs(command, *options);
     command.option_defaults()->group("Options");
     command.add_flag("--dry-run", options->job.dryRun,
                      "Tell what would be rendered from and to, with the status; write nothing");

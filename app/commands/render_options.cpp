@@ -92,17 +92,6 @@ void takeProgress(const RenderOptions& options, RenderJob& job) {
     job.progress.file = *options.progressFile;
 }
 
-std::vector<std::pair<std::string, std::string>> parseEncoderOptions(const std::vector<std::string>& texts) {
-    std::vector<std::pair<std::string, std::string>> options;
-    for (const std::string& text : texts) {
-        const std::size_t equals = text.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw Error(Fault::Usage, "--encoder-option takes NAME=VALUE, not " + inQuotes(text));
-        options.emplace_back(text.substr(0, equals), text.substr(equals + 1));
-    }
-    return options;
-}
-
 /// So many whole numbers between colons.
 std::optional<std::vector<int>> parseNumbers(const std::string& text, std::size_t count) {
     std::vector<int> numbers;
@@ -177,6 +166,13 @@ std::optional<std::uint32_t> parseFormat(const std::string& name) {
 
 }  // namespace
 
+std::pair<std::string, std::string> parseEncoderOption(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0)
+        throw Error(Fault::Usage, "--encoder-option takes NAME=VALUE, not " + inQuotes(text));
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
 void addChainOptions(CLI::App& command, RenderOptions& options) {
     using Kind = SettingsOption::Kind;
     command.option_defaults()->group("Filters");
@@ -250,6 +246,13 @@ void addOutputOptions(CLI::App& command, RenderOptions& options) {
                     "The encoder's own option: crf=20; may be repeated")
         ->allow_extra_args(false)
         ->type_name("NAME=VALUE");
+    command
+        .add_option("--quality", job.quality,
+                    "One scale for the usual encoders, from 0 (smallest) to 100 (best), instead of their own")
+        ->check(wholeNumbers(0, 100))
+        ->type_name("N");
+    command.add_flag("--two-pass", job.twoPass,
+                     "Spend the bit rate of --encoder-option b=... where it is needed, rendering twice");
     command.add_option("--pixel-format", job.pixelFormat, "The output's pixel format: yuv422p10le")
         ->type_name("NAME");
     command.add_option("--format", job.format, "What standard output gets: matroska (default), y4m, png...")
@@ -293,7 +296,8 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     RenderJob job = options.job;
     job.quiet = global.quiet;
     takePart(options, job);
-    job.encoderOptions = parseEncoderOptions(options.encoderOptions);
+    for (const std::string& text : options.encoderOptions)
+        job.encoderOptions.push_back(parseEncoderOption(text));
     job.dithers = options.dither != "none";
     takeProgress(options, job);
     if (!options.crop.empty()) job.preparation.crop = parseCrop(options.crop);
@@ -320,10 +324,14 @@ std::optional<Layout> layoutNamed(std::string_view name) {
 
 RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
     const RenderSummary summary = renderMedia(job, processor, messages);
-    if (job.dryRun || job.output.empty() || job.output == "-") return summary;
+    std::string names;
+    for (const std::string& name : job.outputs()) {
+        if (name != "-") names += (names.empty() ? "" : ", ") + name;
+    }
+    if (job.dryRun || names.empty()) return summary;
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f", summary.seconds);
-    messages.tell(job.output + ": " + std::to_string(summary.frames) +
+    messages.tell(names + ": " + std::to_string(summary.frames) +
                   (summary.frames == 1 ? " frame" : " frames") + " in " + seconds + " s");
     return summary;
 }

@@ -37,6 +37,9 @@ void addWorkOptions(CLI::App& command, RenderOptions& options);
 /// What all jobs of a command share. Throws Error of wrong usage.
 RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options);
 
+/// NAME=VALUE. Throws Error of wrong usage.
+std::pair<std::string, std::string> parseEncoderOption(const std::string& text);
+
 /// The chain that was read, ready to render. Throws Error of wrong usage.
 std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options);
 

@@ -64,6 +64,8 @@ Json trackJson(const TrackDescription& track) {
 Json outputJson(const OutputDescription& output) {
     Json options = Json::object();
     for (const auto& [name, value] : output.encoderOptions) options[name] = value;
+    Json fates = Json::array();
+    for (const TrackFate fate : output.fates) fates.push_back(nameOf(fate));
     return {{"name", output.name},
             {"firstFile", orNull(output.firstFile)},
             {"lastFile", orNull(output.lastFile)},
@@ -76,15 +78,22 @@ Json outputJson(const OutputDescription& output) {
             {"bits", output.depth},
             {"alpha", output.alphaIfNeeded ? Json("if needed") : Json(output.alpha)},
             {"tags", colorsJson(output.tags)},
-            {"colours", codingJson(output.colors)}};
+            {"colours", codingJson(output.colors)},
+            {"fates", std::move(fates)}};
 }
 
 Json outcomeJson(const RenderOutcome& outcome, bool isDryRun) {
     const RenderSummary& summary = outcome.summary;
     const bool isGood = outcome.status == 0;
+    Json outputs = Json::array();
+    for (const OutputDescription& output : summary.media.outputs) outputs.push_back(outputJson(output));
+    if (!isGood) {
+        for (const std::string& name : outcome.outputs) outputs.push_back({{"name", name}});
+    }
     Json json{{"status", outcome.status},
               {"input", isGood ? inputJson(summary.media.input) : Json{{"name", outcome.input}}},
-              {"output", isGood ? outputJson(summary.media.output) : Json{{"name", outcome.output}}}};
+              {"output", outputs.at(0)},
+              {"outputs", outputs}};
     if (!isGood) json["error"] = outcome.error;
     if (isGood) json["renderedBits"] = summary.media.renderedDepth;
     if (isGood && !isDryRun) {
@@ -203,8 +212,7 @@ void printChain(const std::vector<FilterSettings>& chain) {
     }
 }
 
-void printOutput(const MediaDescription& media) {
-    const OutputDescription& output = media.output;
+void printOutput(const OutputDescription& output, int renderedDepth) {
     printHeading(output.name == "-" ? "Standard output" : output.name);
     printLine("Files", output.firstFile.empty()
                            ? ""
@@ -214,10 +222,24 @@ void printOutput(const MediaDescription& media) {
     for (const auto& [name, value] : output.encoderOptions) options += ' ' + name + '=' + value;
     printLine("Encoder", output.encoder + options);
     printLine("Pixels",
-              joined({output.pixelFormat, bits(output.depth), "rendered with " + bits(media.renderedDepth)}));
+              joined({output.pixelFormat, bits(output.depth), "rendered with " + bits(renderedDepth)}));
     printLine("Size", sizeText(output.width, output.height));
     if (!output.encoder.empty()) printLine("Colours", colorsText(output.colors, output.tags));
     printLine("Alpha", output.alphaIfNeeded ? "where a pixel needs it" : output.alpha ? "yes" : "no");
+}
+
+/// Of one output, the input's tracks tell what becomes of them.
+void printMedia(MediaDescription media) {
+    const bool isOne = media.outputs.size() == 1;
+    if (!isOne) {
+        for (TrackDescription& track : media.input.tracks) track.fate.reset();
+    }
+    printInput(media.input);
+    for (const OutputDescription& output : media.outputs) {
+        printOutput(output, media.renderedDepth);
+        for (std::size_t i = 0; !isOne && i < output.fates.size(); ++i)
+            printLine("Track " + std::to_string(media.input.tracks[i].index), nameOf(output.fates[i]));
+    }
 }
 
 }  // namespace
@@ -295,8 +317,7 @@ void printReport(const RenderReport& report, bool asJson) {
     for (const RenderOutcome& outcome : report.outcomes) {
         if (outcome.status != 0) continue;
         std::cout << '\n';
-        printInput(outcome.summary.media.input);
-        printOutput(outcome.summary.media);
+        printMedia(outcome.summary.media);
         printMessages(outcome.messages);
     }
 }

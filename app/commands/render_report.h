@@ -15,7 +15,8 @@ namespace vireo {
 
 /// What became of one job.
 struct RenderOutcome {
-    std::string input, output;
+    std::string input;
+    std::vector<std::string> outputs;  ///< Their names.
     int status = 0;
     std::string error;      ///< Where it failed,
     RenderSummary summary;  ///< and where it did not.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/encoder_choice.h"
 
+#include "app/media/pass_log.h"
 #include "app/media/picture_to_frame.h"
 #include "app/media/pixel_format.h"
 #include "engine/error.h"
@@ -12,6 +13,8 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <string_view>
@@ -76,6 +79,33 @@ constexpr QualityDefault qualityDefaults[] = {
     {"prores_ks", {{{"vendor", "apl0"}}}},
     {"ffv1", {{{"level", "3"}, {"slicecrc", "1"}}}},
     {"tiff", {{{"compression_algo", "deflate"}}}},
+};
+
+/// What --quality means to an encoder that has a scale of its own.
+struct QualityScale {
+    std::string_view encoder;
+    const char* option;
+    double worst, best;
+    int digits;
+    std::pair<const char*, const char*> with;
+};
+
+constexpr QualityScale qualityScales[] = {
+    {"libx264", "crf", 51, 1, 1, {}},
+    {"libx264rgb", "crf", 51, 1, 1, {}},
+    {"libx265", "crf", 51, 1, 1, {}},
+    {"libvpx-vp9", "crf", 63, 3, 0, {"b", "0"}},
+    {"libvpx", "crf", 63, 4, 0, {"b", "100M"}},
+    {"libsvtav1", "crf", 63, 3, 0, {}},
+    {"libaom-av1", "crf", 63, 3, 0, {"b", "0"}},
+    {"libwebp", "quality", 0, 100, 0, {}},
+    {"libwebp_anim", "quality", 0, 100, 0, {}},
+    {"libjxl", "distance", 15, 0.1, 2, {}},
+    {"h264_nvenc", "cq", 51, 1, 0, {"b", "0"}},
+    {"hevc_nvenc", "cq", 51, 1, 0, {"b", "0"}},
+    {"av1_nvenc", "cq", 51, 1, 0, {"b", "0"}},
+    {"h264_vaapi", "qp", 51, 1, 0, {}},
+    {"hevc_vaapi", "qp", 51, 1, 0, {}},
 };
 
 /// Encoders of fixed quantisers.
@@ -192,10 +222,23 @@ AVPixelFormat nearestFormat(const AVCodec& codec, const Wish& wish) {
     return best;
 }
 
+/// How frames get to an encoder that takes those of a device alone; null where it takes others.
+const AVCodecHWConfig* hardwareOf(const AVCodec& codec) {
+    for (const AVPixelFormat* f = codec.pix_fmts; f != nullptr && *f != AV_PIX_FMT_NONE; ++f) {
+        if (convertsTo(*f)) return nullptr;
+    }
+    const AVCodecHWConfig* config = nullptr;
+    for (int i = 0; (config = avcodec_get_hw_config(&codec, i)) != nullptr; ++i) {
+        if ((config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_FRAMES_CTX) != 0) return config;
+    }
+    return nullptr;
+}
+
 AVPixelFormat wantedFormat(const RenderJob& job, const AVCodec& codec) {
     const AVPixelFormat format = av_get_pix_fmt(job.pixelFormat.c_str());
     if (format == AV_PIX_FMT_NONE || !convertsTo(format))
         throw Error(Fault::Usage, "there is no pixel format named " + job.pixelFormat);
+    if (hardwareOf(codec) != nullptr) return format;
     for (const AVPixelFormat* f = codec.pix_fmts; f != nullptr && *f != format; ++f) {
         if (*f == AV_PIX_FMT_NONE)
             throw Error(std::string("the encoder ") + codec.name + " does not take the pixel format " +
@@ -233,7 +276,12 @@ void chooseFormat(EncoderChoice& choice, const RenderJob& job, const VideoProper
     // What is made for players takes the chroma that they all read; what is made to work on keeps it whole.
     if (sourceRgb && lossy && !picture && codec.id != AV_CODEC_ID_PRORES) wish.chromaW = wish.chromaH = 1;
     if (video.orientation.transpose) std::swap(wish.chromaW, wish.chromaH);
-    choice.format = job.pixelFormat.empty() ? nearestFormat(codec, wish) : wantedFormat(job, codec);
+    choice.hardware = hardwareOf(codec);
+    if (choice.hardware != nullptr && job.pixelFormat.empty()) {
+        choice.format = depth > 8 && codec.id != AV_CODEC_ID_H264 ? AV_PIX_FMT_P010 : AV_PIX_FMT_NV12;
+    } else {
+        choice.format = job.pixelFormat.empty() ? nearestFormat(codec, wish) : wantedFormat(job, codec);
+    }
     choice.alpha = formatHasAlpha(choice.format);
 
     choice.coding = video.coding;
@@ -245,35 +293,90 @@ void chooseFormat(EncoderChoice& choice, const RenderJob& job, const VideoProper
     if (av_pix_fmt_desc_get(choice.format)->nb_components < 3) choice.coding.fullRange = true;
 }
 
+bool hasQuantiser(std::string_view encoder) {
+    return std::find(std::begin(quantiserEncoders), std::end(quantiserEncoders), encoder) !=
+           std::end(quantiserEncoders);
+}
+
+void setQuantiser(EncoderChoice& choice, int quality) {
+    choice.defaults.emplace_back("flags", "+qscale");
+    choice.defaults.emplace_back("global_quality", std::to_string(quality));
+}
+
+/// The encoder's own settings for a quality from 0 to 100.
+void chooseQuality(EncoderChoice& choice, int quality) {
+    constexpr double coarsest = 31, finest = 2;
+    constexpr const char* proresProfiles[] = {"proxy", "lt", "standard", "hq"};
+    const std::string encoder = choice.codec->name;
+    const AVCodecDescriptor* description = avcodec_descriptor_get(choice.codec->id);
+    const double share = quality / 100.0;
+    const auto scale = std::find_if(std::begin(qualityScales), std::end(qualityScales),
+                                    [&](const QualityScale& known) { return known.encoder == encoder; });
+    if (scale != std::end(qualityScales)) {
+        char value[32];
+        std::snprintf(value, sizeof value, "%.*f", scale->digits,
+                      scale->worst + (scale->best - scale->worst) * share);
+        choice.defaults.emplace_back(scale->option, value);
+        if (scale->with.first != nullptr) choice.defaults.emplace_back(scale->with);
+    } else if (hasQuantiser(encoder)) {
+        const double quantiser = coarsest * std::pow(finest / coarsest, share);
+        choice.frameQuality = static_cast<int>(std::lround(quantiser * FF_QP2LAMBDA));
+        setQuantiser(choice, choice.frameQuality);
+    } else if (encoder == "prores_ks") {
+        const bool isWhole = choice.alpha || choice.format == AV_PIX_FMT_YUV444P10;
+        choice.defaults.emplace_back("profile", !isWhole       ? proresProfiles[std::min(3, quality / 25)]
+                                                : quality < 75 ? "4444"
+                                                               : "4444xq");
+    } else if (description == nullptr || (description->props & AV_CODEC_PROP_LOSSY) == 0) {
+        choice.note = "--quality makes no difference, since the encoder " + encoder + " loses nothing";
+    } else {
+        throw Error(Fault::Usage,
+                    "--quality has no scale for the encoder " + encoder + "; --encoder-option sets its own");
+    }
+}
+
 void chooseDefaults(EncoderChoice& choice, const RenderJob& job, const VideoProperties& video) {
     const auto asked = [&](std::string_view name) {
         return std::any_of(job.encoderOptions.begin(), job.encoderOptions.end(),
                            [&](const auto& option) { return option.first == name; });
     };
+    const std::string_view encoder = choice.codec->name;
+    if (job.twoPass) {
+        constexpr std::string_view able[] = {"libx264", "libx264rgb", "libx265", "libvpx-vp9", "libvpx"};
+        if (std::find(std::begin(able), std::end(able), encoder) == std::end(able))
+            throw Error(Fault::Usage, "--two-pass is for libx264, libx265, libvpx-vp9 and libvpx, not for " +
+                                          std::string(encoder));
+        if (!asked("b") || job.quality)
+            throw Error(Fault::Usage,
+                        "--two-pass spends a bit rate, which --encoder-option b=2M tells, and no --quality");
+    }
     // Who sets a rate or a quality of his own has thought of the rest.
     for (const char* name : {"b", "crf", "qp", "global_quality", "quality", "lossless", "x264-params",
                              "x265-params", "profile", "qmin", "qmax"}) {
-        if (asked(name)) return;
+        if (!asked(name)) continue;
+        if (job.quality && !std::string_view(name).ends_with("params"))
+            throw Error(Fault::Usage, "--quality goes without the encoder's own " + std::string(name));
+        if (!job.quality) return;
     }
-    const std::string_view encoder = choice.codec->name;
+    if (job.quality) chooseQuality(choice, *job.quality);
+    const auto isChosen = [&](std::string_view name) {
+        return std::any_of(choice.defaults.begin(), choice.defaults.end(),
+                           [&](const auto& option) { return option.first == name; });
+    };
     for (const QualityDefault& defaults : qualityDefaults) {
         if (defaults.encoder != encoder) continue;
         for (const auto& [name, value] : defaults.options) {
-            if (name != nullptr && !asked(name)) choice.defaults.emplace_back(name, value);
+            if (name != nullptr && !asked(name) && !isChosen(name)) choice.defaults.emplace_back(name, value);
         }
     }
-    if (std::find(std::begin(quantiserEncoders), std::end(quantiserEncoders), encoder) !=
-        std::end(quantiserEncoders)) {
-        choice.defaults.emplace_back("flags", "+qscale");
-        choice.defaults.emplace_back("global_quality", std::to_string(2 * FF_QP2LAMBDA));
-    }
+    if (hasQuantiser(encoder) && !job.quality) setQuantiser(choice, 2 * FF_QP2LAMBDA);
     // The libraries' encoder loses pixels of slices that are next to nothing; of these levels, the first has
     // none.
     constexpr int smallest = 16;
     if (encoder == "ffv1" && (video.width < smallest || video.height < smallest) && !asked("level") &&
         !asked("slices"))
         choice.defaults = {{"level", "1"}};
-    if (encoder == "prores_ks")
+    if (encoder == "prores_ks" && !job.quality)
         choice.defaults.emplace_back("profile",
                                      choice.alpha || choice.format == AV_PIX_FMT_YUV444P10 ? "4444" : "hq");
 }
@@ -324,6 +427,7 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
 
 EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth,
                                    bool alpha) {
+    if (job.twoPass) throw Error(Fault::Usage, "--two-pass is for video, and " + job.output + " is none");
     EncoderChoice choice;
     const OutputKind* kind = kindOf(outputFormat(job));
     if (!job.encoder.empty()) {
@@ -379,6 +483,45 @@ CodecContextPtr newEncoder(const EncoderChoice& choice, const VideoProperties& v
     return context;
 }
 
+namespace {
+
+/// Frames of the device that the encoder works on.
+void openDevice(AVCodecContext& context, const EncoderChoice& choice) {
+    const std::string what = std::string("the encoder ") + choice.codec->name + " works on a " +
+                             av_hwdevice_get_type_name(choice.hardware->device_type) +
+                             " device, and there is none that can be used";
+    AVBufferRef* opened = nullptr;
+    check(av_hwdevice_ctx_create(&opened, choice.hardware->device_type, nullptr, nullptr, 0), what);
+    const BufferPtr device(opened);
+    BufferPtr frames(av_hwframe_ctx_alloc(device.get()));
+    if (frames == nullptr) throw std::bad_alloc();
+    auto& pool = *reinterpret_cast<AVHWFramesContext*>(frames->data);
+    pool.format = choice.hardware->pix_fmt;
+    pool.sw_format = choice.format;
+    pool.width = context.width;
+    pool.height = context.height;
+    pool.initial_pool_size = 32;
+    check(av_hwframe_ctx_init(frames.get()), what);
+    context.pix_fmt = pool.format;
+    context.hw_frames_ctx = frames.release();
+}
+
+void preparePass(AVCodecContext& context, const AVCodec& codec, const RenderJob& job, Dictionary& options) {
+    context.flags |= job.pass == 1 ? AV_CODEC_FLAG_PASS1 : AV_CODEC_FLAG_PASS2;
+    const std::string_view encoder = codec.name;
+    if (encoder.starts_with("libx264")) {
+        options.set("stats", job.passLog->file());
+    } else if (encoder == "libx265") {
+        const char* given = options.value("x265-params");
+        options.set("x265-params", (given != nullptr ? std::string(given) + ':' : std::string()) +
+                                       "pass=" + std::to_string(job.pass) + ":stats=" + job.passLog->file());
+    } else if (job.pass == 2) {
+        context.stats_in = job.passLog->statistics.data();
+    }
+}
+
+}  // namespace
+
 void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,
                  Dictionary* left) {
     Dictionary own;
@@ -386,7 +529,12 @@ void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const Ren
     for (const auto& [name, value] : choice.defaults) options.set(name, value);
     for (const auto& [name, value] : job.encoderOptions) options.set(name, value);
     captureLibraryMessages();
+    if (choice.hardware != nullptr) openDevice(context, choice);
+    if (job.pass != 0) preparePass(context, *choice.codec, job, options);
     const int opened = avcodec_open2(&context, choice.codec, options.address());
+    if (opened < 0 && (choice.codec->capabilities & AV_CODEC_CAP_HARDWARE) != 0)
+        throw Error(std::string("the encoder ") + choice.codec->name +
+                    " works on hardware that cannot be used here: " + failureText(opened));
     if (opened < 0)
         throw Error(std::string("the encoder ") + choice.codec->name +
                     " refuses the settings: " + failureText(opened));

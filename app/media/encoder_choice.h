@@ -32,7 +32,10 @@ struct EncoderChoice {
     AVPixelFormat format = AV_PIX_FMT_NONE;
     ColorCoding coding;
     bool alpha = false;
-    EncoderOptions defaults;  ///< For what was not asked for.
+    EncoderOptions defaults;                    ///< For what was not asked for.
+    int frameQuality = 0;                       ///< For encoders that are told with each frame.
+    const AVCodecHWConfig* hardware = nullptr;  ///< Of an encoder that takes frames of a device alone.
+    std::string note;                           ///< What was asked for and makes no difference.
 };
 
 /// Whether the output is a picture or a sequence of pictures, by its name or by the format of standard

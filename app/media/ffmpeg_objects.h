@@ -11,6 +11,7 @@ extern "C" {
 #include <libavutil/avutil.h>
 #include <libavutil/dict.h>
 #include <libavutil/frame.h>
+#include <libavutil/hwcontext.h>
 #include <libavutil/pixdesc.h>
 #include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
@@ -40,6 +41,7 @@ struct ReleaseByAddress {
 using InputFormatPtr = std::unique_ptr<AVFormatContext, ReleaseByAddress<avformat_close_input>>;
 using OutputFormatPtr = std::unique_ptr<AVFormatContext, ReleaseBy<avformat_free_context>>;
 using CodecContextPtr = std::unique_ptr<AVCodecContext, ReleaseByAddress<avcodec_free_context>>;
+using BufferPtr = std::unique_ptr<AVBufferRef, ReleaseByAddress<av_buffer_unref>>;
 using FramePtr = std::unique_ptr<AVFrame, ReleaseByAddress<av_frame_free>>;
 using PacketPtr = std::unique_ptr<AVPacket, ReleaseByAddress<av_packet_free>>;
 using BufferPoolPtr = std::unique_ptr<AVBufferPool, ReleaseByAddress<av_buffer_pool_uninit>>;
@@ -62,7 +64,11 @@ public:
     void set(const std::string& name, const std::string& value) {
         av_dict_set(&entries_, name.c_str(), value.c_str(), 0);
     }
-    bool contains(const char* name) const { return av_dict_get(entries_, name, nullptr, 0) != nullptr; }
+    /// Null where there is none.
+    const char* value(const char* name) const {
+        const AVDictionaryEntry* entry = av_dict_get(entries_, name, nullptr, 0);
+        return entry == nullptr ? nullptr : entry->value;
+    }
 
     /// The name of an entry that nobody took, or null.
     const char* anyName() const {

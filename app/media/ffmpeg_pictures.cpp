@@ -176,6 +176,7 @@ FfmpegPictureTarget::FfmpegPictureTarget(const RenderJob& job, const VideoProper
 FfmpegPictureTarget::Way FfmpegPictureTarget::way(bool alpha, Messages& messages) const {
     EncoderChoice choice = choosePictureEncoder(job_, video_, depth_, alpha);
     const CodecContextPtr encoder = openedEncoder(choice);
+    if (!alpha && !choice.note.empty()) messages.notice(MessageCode::QualityUnused, choice.note);
     return {choice, {choice, *encoder, video_.premultiplied, messages}};
 }
 

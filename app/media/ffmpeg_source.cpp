@@ -53,7 +53,6 @@ FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, c
         source.video = reader->video();
         source.reader = std::move(reader);
     }
-    if (job.startNumber) source.firstNumber = *job.startNumber;
 
     const SourceInfo& info = source.reader->info();
     reshape(source.video, info, processor.outputShape({info.width, info.height, info.alpha}));

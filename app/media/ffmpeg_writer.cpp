@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_writer.h"
 
+#include "app/media/pass_log.h"
 #include "engine/error.h"
 
 extern "C" {
@@ -55,9 +56,11 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
                            const AVCodecParameters* encoded)
     : choice_(chooseVideoEncoder(job, video, depth)),
       muxer_(job, *choice_.container, stop),
+      firstPass_(job.pass == 1 ? job.passLog.get() : nullptr),
       encodes_(encoded == nullptr),
-      clock_(*choice_.container, *choice_.codec, video, reader != nullptr ? reader->clipStart() : 0,
-             reader != nullptr ? reader->timeOrigin() : 0) {
+      // libvpx spends a rate by frames, not by their times.
+      clock_(*choice_.container, *choice_.codec, video, job.twoPass,
+             reader != nullptr ? reader->clipStart() : 0, reader != nullptr ? reader->timeOrigin() : 0) {
     encoder_ = newEncoder(choice_, video);
     encoder_->framerate = clock_.frameRate();
     encoder_->time_base = clock_.encoderBase();
@@ -69,6 +72,12 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
         setContainerOptions(*encoder_, job, options);
     }
 
+    if (!choice_.note.empty()) messages.notice(MessageCode::QualityUnused, choice_.note);
+    frames_.emplace(choice_, *encoder_, video.premultiplied, messages);
+    if (firstPass_ != nullptr) {
+        if (reader != nullptr) reader->connect([](PacketPtr) {});
+        return;
+    }
     AVFormatContext& output = muxer_.context();
     stream_ = avformat_new_stream(&output, nullptr);
     if (stream_ == nullptr) throw std::bad_alloc();
@@ -98,7 +107,6 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
                         choice_.container->name + " has an option named " + options.anyName(),
                     2);
     }
-    frames_.emplace(choice_, *encoder_, video.premultiplied, messages);
     if (reader != nullptr) reader->connect([this](PacketPtr packet) { others_->take(std::move(packet)); });
 }
 
@@ -110,7 +118,16 @@ std::unique_ptr<OutputFrame> FfmpegWriter::convert(const Picture& picture, const
 void FfmpegWriter::write(std::unique_ptr<OutputFrame> output) {
     AVFrame& frame = *static_cast<FfmpegOutputFrame&>(*output).frame;
     frame.pts = clock_.enter(frame.pts, frame.pkt_duration);
-    encode(&frame);
+    encode(encoder_->hw_frames_ctx != nullptr ? onDevice(frame).get() : &frame);
+}
+
+FramePtr FfmpegWriter::onDevice(const AVFrame& frame) const {
+    FramePtr uploaded = newFrame();
+    const std::string what = "cannot hand a frame to the device";
+    check(av_hwframe_get_buffer(encoder_->hw_frames_ctx, uploaded.get(), 0), what);
+    check(av_hwframe_transfer_data(uploaded.get(), &frame, 0), what);
+    check(av_frame_copy_props(uploaded.get(), &frame), what);
+    return uploaded;
 }
 
 void FfmpegWriter::encode(const AVFrame* frame) {
@@ -118,10 +135,14 @@ void FfmpegWriter::encode(const AVFrame* frame) {
     while (true) {
         PacketPtr packet = newPacket();
         const int received = avcodec_receive_packet(encoder_.get(), packet.get());
+        const bool isTold = received >= 0 || received == AVERROR_EOF;
+        if (firstPass_ != nullptr && isTold && encoder_->stats_out != nullptr)
+            firstPass_->statistics += encoder_->stats_out;
         if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return;
         check(received, "cannot encode the video");
         throwIfInterrupted();
         clock_.leave(*packet);
+        if (firstPass_ != nullptr) continue;
         writeEncoded(std::move(packet));
     }
 }
@@ -134,6 +155,7 @@ void FfmpegWriter::writeEncoded(PacketPtr packet) {
 
 void FfmpegWriter::finish() {
     if (encodes_) encode(nullptr);
+    if (firstPass_ != nullptr) return;
     if (others_) others_->finish();
     muxer_.finish();
 }

@@ -28,6 +28,7 @@ public:
     std::unique_ptr<OutputFrame> convert(const Picture& picture, const SourceFrame& source) override;
     void write(std::unique_ptr<OutputFrame> frame) override;
     void finish() override;
+    void appear() override { muxer_.appear(); }
     std::int64_t bytes() const override { return muxer_.bytes(); }
 
     const EncoderChoice& choice() const { return choice_; }
@@ -44,6 +45,7 @@ public:
 
 private:
     void encode(const AVFrame* frame);
+    FramePtr onDevice(const AVFrame& frame) const;
 
     EncoderChoice choice_;
     Muxer muxer_;
@@ -51,6 +53,7 @@ private:
     AVStream* stream_ = nullptr;
     std::optional<FrameOutput> frames_;
     std::optional<StreamCopies> others_;
+    PassLog* firstPass_;  ///< Where this is the first of two passes.
     bool encodes_;
     OutputClock clock_;
 };

@@ -22,6 +22,7 @@ FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& enco
       alphaKeepers_(choice.container != nullptr ? "--alpha and a name that ends in .mov or .mkv keep it"
                                                 : "a name that ends in .png, .tif or .webp keeps it"),
       premultiply_(premultiply),
+      quality_(choice.frameQuality),
       pixelAspect_(encoder.sample_aspect_ratio),
       range_(encoder.color_range),
       matrix_(encoder.colorspace),
@@ -45,6 +46,7 @@ FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source)
     frame->pict_type = AV_PICTURE_TYPE_NONE;
     frame->key_frame = 0;
     frame->repeat_pict = 0;
+    if (quality_ != 0) frame->quality = quality_;
     frame->sample_aspect_ratio = pixelAspect_;
     frame->color_range = range_;
     frame->colorspace = matrix_;

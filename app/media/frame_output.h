@@ -23,6 +23,7 @@ private:
     bool alpha_;
     const char* alphaKeepers_;  ///< What would keep it.
     bool premultiply_;
+    int quality_;
     AVRational pixelAspect_;
     AVColorRange range_;
     AVColorSpace matrix_;

@@ -66,7 +66,7 @@ public:
     virtual ~OutputFrame() = default;
 };
 
-/// Takes the frames of an output. Throws Error. Destroyed before finish() it leaves nothing.
+/// Takes the frames of an output. Throws Error. Destroyed before appear() it leaves nothing.
 class MediaWriter {
 public:
     virtual ~MediaWriter() = default;
@@ -77,8 +77,11 @@ public:
     /// Frames in order, from one thread.
     virtual void write(std::unique_ptr<OutputFrame> frame) = 0;
 
-    /// Ends the output and lets it appear under its name.
+    /// Ends the output.
     virtual void finish() = 0;
+
+    /// Lets it be seen under its name.
+    virtual void appear() = 0;
 
     /// How much was written, once it is finished.
     virtual std::int64_t bytes() const = 0;
@@ -92,12 +95,13 @@ public:
     }
     void write(std::unique_ptr<OutputFrame>) override {}
     void finish() override {}
+    void appear() override {}
     std::int64_t bytes() const override { return 0; }
 };
 
 struct Media {
     std::unique_ptr<MediaReader> reader;
-    std::unique_ptr<MediaWriter> writer;  ///< Must end before the reader.
+    std::unique_ptr<MediaWriter> writer;  ///< Of all outputs. Must end before the reader.
     std::uint32_t pictureFormat;          ///< What frames are converted to.
     MediaDescription description;
 };

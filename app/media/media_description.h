@@ -25,7 +25,7 @@ struct TrackDescription {
     std::string language;  ///< Empty where none is told.
     int channels = 0;      ///< Of sound.
     int sampleRate = 0;
-    std::optional<TrackFate> fate;  ///< Nothing where there is no output.
+    std::optional<TrackFate> fate;  ///< In the first output; nothing where there is none.
 };
 
 /// Empty words are not told.
@@ -65,14 +65,15 @@ struct OutputDescription {
     int height = 0;
     int depth = 8;
     bool alpha = false;
-    bool alphaIfNeeded = false;  ///< A picture gets it where a pixel is transparent.
-    ColorDescription tags;       ///< What is written of colours,
-    ColorDescription colors;     ///< and how samples are made; empty for RGB.
+    bool alphaIfNeeded = false;    ///< A picture gets it where a pixel is transparent.
+    ColorDescription tags;         ///< What is written of colours,
+    ColorDescription colors;       ///< and how samples are made; empty for RGB.
+    std::vector<TrackFate> fates;  ///< What becomes of each of the input's tracks.
 };
 
 struct MediaDescription {
     InputDescription input;
-    OutputDescription output;
+    std::vector<OutputDescription> outputs;
     int renderedDepth = 8;  ///< Bits per channel that filters work with.
 };
 

@@ -31,10 +31,6 @@ InputDescription describeInput(const RenderJob& job, const SequenceReader& reade
 }
 
 std::unique_ptr<SequenceReader> openReader(const RenderJob& job, int lookBack, Messages& messages) {
-    if (job.preparation.changesPictures() || job.preparation.rate)
-        throw Error(
-            "--crop, --scale, --deinterlace and --fps need FFmpeg, without which this program works on "
-            "Windows");
     const auto pattern = SequencePattern::parse(job.input);
     return std::make_unique<SequenceReader>(
         job,
@@ -53,6 +49,13 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
                 Messages& messages) {
     if (job.input == "-" || job.output == "-")
         throw Error(Fault::Usage, "standard input and output are not read or written as pictures here");
+    if (job.quality || job.twoPass || !job.alsoTo.empty())
+        throw Error(
+            "--quality, --two-pass and --output need FFmpeg, without which this program works on Windows");
+    if (job.preparation.changesPictures() || job.preparation.rate)
+        throw Error(
+            "--crop, --scale, --deinterlace and --fps need FFmpeg, without which this program works on "
+            "Windows");
     auto reader = openReader(job, processor.lookBack(), messages);
     const std::string refusal =
         processor.refusal(reader->info().width, reader->info().height, PixKit::formatBgra,
@@ -69,7 +72,7 @@ Media openMedia(const RenderJob& job, const FrameProcessor& processor, const Sto
         return media;
     }
     checkPictureOutput(job, firstNumber, info.firstFrame, info.framesExpected);
-    OutputDescription& output = media.description.output;
+    OutputDescription& output = media.description.outputs.emplace_back();
     output.name = job.output;
     output.width = info.width;
     output.height = info.height;

@@ -11,11 +11,13 @@ namespace vireo {
 Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRequest& stop)
     : name_(job.output == "-" ? "standard output" : job.output) {
     AVFormatContext* context = nullptr;
+    // The first of two passes writes nothing.
+    const bool isWritten = job.pass != 1;
     if (job.dryRun) {
         if (job.output != "-") checkOutputFile(pathOf(job.output), job.overwrite, job.folderIsMade);
-    } else if (job.output == "-") {
+    } else if (isWritten && job.output == "-") {
         pipe_ = std::make_unique<PipeIo>(job.pipe, PipeIo::Direction::Write, stop);
-    } else {
+    } else if (isWritten) {
         file_.emplace(pathOf(job.output), job.overwrite);
     }
     const std::string url = file_        ? fileUrl(file_->path().string())
@@ -27,7 +29,7 @@ Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRe
     context->interrupt_callback = interruptBy(stop);
     // The same input gives the same file: no random numbers, no versions.
     context->flags |= AVFMT_FLAG_BITEXACT;
-    if ((container.flags & AVFMT_NOFILE) != 0) return;
+    if (!isWritten || (container.flags & AVFMT_NOFILE) != 0) return;
     if (pipe_ != nullptr) {
         context->pb = pipe_->context();
         return;
@@ -63,6 +65,9 @@ void Muxer::finish() {
         context_->pb = nullptr;
         checkWrite(avio_close(io_.release()));
     }
+}
+
+void Muxer::appear() {
     if (file_) file_->commit();
 }
 

@@ -25,8 +25,11 @@ public:
     /// Times of the packet are those of its stream.
     void write(PacketPtr packet);
 
-    /// Ends the file and lets it appear.
+    /// Ends the file.
     void finish();
+
+    /// Lets it be seen under its name.
+    void appear();
 
     /// How much was written, once it is finished.
     std::int64_t bytes() const { return bytes_; }

@@ -3,14 +3,32 @@
 
 namespace vireo {
 
+namespace {
+
+PacketPtr copyOf(const AVPacket& packet) {
+    PacketPtr copy(av_packet_clone(&packet));
+    if (copy == nullptr) throw std::bad_alloc();
+    return copy;
+}
+
+}  // namespace
+
 void OtherPackets::take(PacketPtr packet) {
-    if (sink_ == nullptr) {
+    if (sinks_.empty()) {
         kept_.push_back(std::move(packet));
         return;
     }
-    const double begin = input_.timeOf(*packet);
-    // Each packet belongs to the part where it begins, so that parts join.
-    if (begin == noTime || (begin >= start_ - sameTime && begin < end_ - sameTime)) sink_(std::move(packet));
+    // All outputs are there.
+    kept_.clear();
+    if (!isInPart(*packet)) return;
+    for (std::size_t i = 1; i < sinks_.size(); ++i) sinks_[i](copyOf(*packet));
+    sinks_.front()(std::move(packet));
+}
+
+/// Each packet belongs to the part where it begins, so that parts join.
+bool OtherPackets::isInPart(const AVPacket& packet) const {
+    const double begin = input_.timeOf(packet);
+    return begin == noTime || (begin >= start_ - sameTime && begin < end_ - sameTime);
 }
 
 void OtherPackets::clearBefore(double time) {
@@ -23,9 +41,10 @@ void OtherPackets::limit(double start, double end) {
 }
 
 void OtherPackets::connect(PacketSink sink) {
-    sink_ = std::move(sink);
-    for (PacketPtr& packet : kept_) take(std::move(packet));
-    kept_.clear();
+    for (const PacketPtr& packet : kept_) {
+        if (isInPart(*packet)) sink(copyOf(*packet));
+    }
+    sinks_.push_back(std::move(sink));
 }
 
 std::optional<std::int64_t> OtherPackets::firstTimeOf(const AVStream& stream) const {

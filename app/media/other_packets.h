@@ -30,16 +30,18 @@ public:
     /// The part, in seconds of the input's clock.
     void limit(double start, double end);
 
-    /// From here on packets go to `sink`, those that are kept at once.
+    /// From here on packets go to `sink`, those that are kept at once; there may be several.
     void connect(PacketSink sink);
 
     /// The time of a stream's first packet that is kept, in its time base.
     std::optional<std::int64_t> firstTimeOf(const AVStream& stream) const;
 
 private:
+    bool isInPart(const AVPacket& packet) const;
+
     const FfmpegInput& input_;
     std::vector<PacketPtr> kept_;
-    PacketSink sink_;
+    std::vector<PacketSink> sinks_;
     double start_ = noTime;
     double end_ = std::numeric_limits<double>::infinity();
 };

@@ -44,17 +44,17 @@ AVRational evenTimeBase(const VideoProperties& video) {
 }  // namespace
 
 OutputClock::Way OutputClock::wayOf(const AVOutputFormat& container, const AVCodec& codec,
-                                    AVRational timeBase) {
+                                    AVRational timeBase, bool counts) {
     // These are not marked as able to.
     if (isMov(container)) return Way::Beside;
     if ((container.flags & AVFMT_VARIABLE_FPS) == 0) return Way::Counted;
-    return takesTimes(codec, timeBase) ? Way::Encoded : Way::Beside;
+    return takesTimes(codec, timeBase) && !counts ? Way::Encoded : Way::Beside;
 }
 
 OutputClock::OutputClock(const AVOutputFormat& container, const AVCodec& codec, const VideoProperties& video,
-                         std::int64_t clipStart, double origin)
+                         bool counts, std::int64_t clipStart, double origin)
     : isMov_(isMov(container)),
-      way_(wayOf(container, codec, video.timeBase)),
+      way_(wayOf(container, codec, video.timeBase, counts)),
       sourceBase_(video.timeBase),
       frameRate_(way_ == Way::Encoded ? video.frameRate : nearestRate(codec, video.frameRate)),
       timeBase_(way_ == Way::Counted ? av_inv_q(frameRate_)

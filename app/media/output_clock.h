@@ -12,10 +12,10 @@ namespace vireo {
 /// When the frames of an input are shown in an output's video, and what its encoder is told of that.
 class OutputClock {
 public:
-    /// `clipStart` is when the clip's first frame is shown, `origin` what is time 0 of the output in seconds;
-    /// both are the input's.
+    /// `counts` has the encoder count frames, whatever else it takes. `clipStart` is when the clip's first
+    /// frame is shown, `origin` what is time 0 of the output in seconds; both are the input's.
     OutputClock(const AVOutputFormat& container, const AVCodec& codec, const VideoProperties& video,
-                std::int64_t clipStart, double origin);
+                bool counts, std::int64_t clipStart, double origin);
 
     AVRational timeBase() const { return timeBase_; }  ///< Of the video.
     AVRational encoderBase() const;                    ///< Of what the encoder is given.
@@ -41,7 +41,7 @@ private:
         std::int64_t time, duration;
     };
 
-    static Way wayOf(const AVOutputFormat& container, const AVCodec& codec, AVRational timeBase);
+    static Way wayOf(const AVOutputFormat& container, const AVCodec& codec, AVRational timeBase, bool counts);
     std::int64_t framesTo(std::int64_t sourceTime) const;
     std::int64_t countOf(std::int64_t sourceTime) const { return framesTo(sourceTime) - firstCount_; }
     std::int64_t rescaled(std::int64_t sourceTime) const;

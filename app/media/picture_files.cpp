@@ -147,7 +147,7 @@ void PictureWriter::write(std::unique_ptr<OutputFrame> frame) {
     }
 }
 
-void PictureWriter::finish() {
+void PictureWriter::appear() {
     if (files_) files_->commit(job_.overwrite);
     if (file_) file_->commit();
 }

@@ -69,7 +69,8 @@ public:
 
     std::unique_ptr<OutputFrame> convert(const Picture& picture, const SourceFrame& source) override;
     void write(std::unique_ptr<OutputFrame> frame) override;
-    void finish() override;
+    void finish() override {}
+    void appear() override;
     std::int64_t bytes() const override { return bytes_; }
 
 private:

@@ -8,12 +8,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace vireo {
+
+class PassLog;
 
 /// Frames from `first` to `last`, both included, counted from 0.
 struct FrameRange {
@@ -46,7 +49,7 @@ struct Preparation {
     bool changesPictures() const { return deinterlace || crop || scale; }
 };
 
-/// What is asked of a render of one input to one output.
+/// What is asked of a render of one input.
 struct RenderJob {
     std::string input;   ///< A file, a sequence's pattern ("frame%04d.png") or "-".
     std::string output;  ///< The same. Empty: frames go nowhere.
@@ -69,6 +72,10 @@ struct RenderJob {
     std::string pixelFormat;  ///< Empty: the best that the encoder and the source share.
     std::string format;       ///< Of "-"; empty: Matroska.
     std::vector<std::pair<std::string, std::string>> encoderOptions;
+    std::optional<int> quality;  ///< 0 to 100, on whatever scale the encoder has.
+    bool twoPass = false;
+    int pass = 0;  ///< 1 or 2; 0 where there is but one.
+    std::shared_ptr<PassLog> passLog;
 
     bool noAudio = false;
     bool alpha = false;
@@ -78,6 +85,16 @@ struct RenderJob {
     std::optional<Interlacing> interlacing;  ///< Overrides the source's flags.
     int jobs = 0;                            ///< Frames rendered side by side; 0: the machine's cores.
     bool atOnce = false;                     ///< Somebody waits for each frame: all cores work on it.
+
+    std::vector<RenderJob> alsoTo;  ///< Further outputs of the same frames, as far as jobs say of outputs.
+
+    /// The names of all outputs.
+    std::vector<std::string> outputs() const {
+        std::vector<std::string> names;
+        if (!output.empty()) names.push_back(output);
+        for (const RenderJob& other : alsoTo) names.push_back(other.output);
+        return names;
+    }
 };
 
 }  // namespace vireo

@@ -246,7 +246,7 @@ ClipPart partOf(const RenderJob& job, const FrameProcessor& processor) {
     const SourceInfo& info = source.reader->info();
     if (info.framesExpected == 0)
         throw Error("the frames of " + job.input + " cannot be counted; --clip-length tells how many");
-    return {info.firstFrame, info.framesExpected, source.firstNumber};
+    return {info.firstFrame, info.framesExpected, job.startNumber.value_or(source.firstNumber)};
 }
 
 void joinSegments(const RenderJob& job, const FrameProcessor& processor,
@@ -276,6 +276,7 @@ void joinSegments(const RenderJob& job, const FrameProcessor& processor,
     }
     if (source.container != nullptr) source.container->passOthersToEnd();
     writer.finish();
+    writer.appear();
 }
 
 }  // namespace vireo

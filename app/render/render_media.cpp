@@ -4,12 +4,14 @@
 #include "app/base/interruption.h"
 #include "app/base/messages.h"
 #include "app/base/progress_signal.h"
+#include "app/media/pass_log.h"
 #include "app/render/pipeline.h"
 #include "engine/error.h"
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 namespace vireo {
 namespace {
@@ -56,27 +58,18 @@ int framesAtOnce(int jobs) {
     return jobs > 0 ? jobs : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
-RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
-    Messages messages(job.quiet, job.progress, job.output);
-    return renderMedia(job, processor, messages);
-}
+namespace {
 
-RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
-    const auto start = std::chrono::steady_clock::now();
-    const InterruptionGuard guard;
-    const ProgressSignal signal([&] { messages.answer(); });
+/// Renders to all outputs of a job, or only opens them.
+RenderSummary renderOnce(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
     StopRequest stop;
     RenderSummary summary;
     std::string reason;
-    Ending ending(messages);
 
     messages.enter(Phase::Open);
     Media media = openMedia(job, processor, stop, messages);
     summary.media = media.description;
-    if (job.dryRun) {
-        ending.isGood();
-        return summary;
-    }
+    if (job.dryRun) return summary;
     const std::int64_t expected = media.reader->info().framesExpected;
     const int jobs = framesAtOnce(job.jobs);
     // Frames side by side keep the cores busier than parts of one.
@@ -99,6 +92,7 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor, Messa
     }
     messages.enter(Phase::Finish);
     media.writer->finish();
+    media.writer->appear();
     summary.bytes = media.writer->bytes();
 
     if (!summary.lost.empty()) {
@@ -110,6 +104,63 @@ RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor, Messa
             MessageCode::FramesImpaired,
             job.input + ": damaged and rendered as far as they can be read: " + textOf(summary.impaired));
     }
+    return summary;
+}
+
+bool hasTwoPasses(const RenderJob& job) {
+    return job.twoPass || std::any_of(job.alsoTo.begin(), job.alsoTo.end(), hasTwoPasses);
+}
+
+/// Prepares the outputs that are encoded in two passes for the second one. Returns what the first one renders
+/// to.
+RenderJob firstPass(RenderJob& job) {
+    std::vector<RenderJob> first;
+    const auto prepare = [&](RenderJob& output) {
+        if (!output.twoPass) return;
+        output.passLog = std::make_shared<PassLog>();
+        first.push_back(output);
+        first.back().pass = 1;
+        first.back().alsoTo.clear();
+        output.pass = 2;
+    };
+    prepare(job);
+    for (RenderJob& output : job.alsoTo) prepare(output);
+    RenderJob pass = std::move(first.front());
+    pass.alsoTo.assign(first.begin() + 1, first.end());
+    return pass;
+}
+
+RenderJob dryRunOf(RenderJob job) {
+    job.dryRun = true;
+    for (RenderJob& other : job.alsoTo) other.dryRun = true;
+    return job;
+}
+
+RenderSummary renderTwice(RenderJob job, FrameProcessor& processor, Messages& messages) {
+    if (job.input == "-")
+        throw Error(Fault::Usage, "--two-pass reads its input twice, which standard input cannot be");
+    // What the second pass refuses need not wait for the first.
+    RenderSummary opened = renderOnce(dryRunOf(job), processor, messages);
+    if (job.dryRun) return opened;
+    const RenderJob first = firstPass(job);
+    renderOnce(first, processor, messages);
+    return renderOnce(job, processor, messages);
+}
+
+}  // namespace
+
+RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor) {
+    Messages messages(job.quiet, job.progress, job.output);
+    return renderMedia(job, processor, messages);
+}
+
+RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
+    const auto start = std::chrono::steady_clock::now();
+    const InterruptionGuard guard;
+    const ProgressSignal signal([&] { messages.answer(); });
+    Ending ending(messages);
+    RenderSummary summary =
+        hasTwoPasses(job) ? renderTwice(job, processor, messages) : renderOnce(job, processor, messages);
     ending.isGood();
     summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return summary;

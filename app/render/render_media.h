@@ -26,7 +26,7 @@ struct RenderSummary {
     MediaDescription media;
 };
 
-/// Renders one input to one output; in a dry run, opens both. Notices and warnings go to standard error, one
+/// Renders one input to its outputs; in a dry run, opens both. Notices and warnings go to standard error, one
 /// sentence a line. Throws Error; nothing half-written is left under the output's name.
 RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor, Messages& messages);
 RenderSummary renderMedia(const RenderJob& job, FrameProcessor& processor);

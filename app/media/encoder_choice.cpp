@@ -532,7 +532,8 @@ void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const Ren
     if (choice.hardware != nullptr) openDevice(context, choice);
     if (job.pass != 0) preparePass(context, *choice.codec, job, options);
     const int opened = avcodec_open2(&context, choice.codec, options.address());
-    if (opened < 0 && (choice.codec->capabilities & AV_CODEC_CAP_HARDWARE) != 0)
+    constexpr int hardware = AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID;
+    if (opened < 0 && (choice.codec->capabilities & hardware) != 0)
         throw Error(std::string("the encoder ") + choice.codec->name +
                     " works on hardware that cannot be used here: " + failureText(opened));
     if (opened < 0)

@@ -28,7 +28,8 @@ Examples:
   ffmpeg -i in.mkv -vf "$(vireo export ffmpeg -f Solarize)" out.mkv
   ffmpeg -i in.mkv -vf "$(vireo export ffmpeg in.mkv --preset vhs --commands vhs.cmd)" out.mkv
   vireo export mlt in.mkv -f "Levels:(rgb) gamma=100@0s..160@4s" > look.mlt && melt look.mlt
-  gst-launch-1.0 filesrc location=in.mkv ! decodebin ! $(vireo export gstreamer -f Extract) ! autovideosink)help";
+  gst-launch-1.0 filesrc location=in.mkv ! decodebin ! \
+      $(vireo export gstreamer -f Extract) ! autovideosink)help";
 
 /// "25", "29.97" or "30000/1001".
 Ratio parseRate(const std::string& text) {

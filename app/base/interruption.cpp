@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <iterator>
+#include <mutex>
 
 namespace vireo {
 namespace {
@@ -26,26 +27,29 @@ const Handling handlings[] = {
 #endif
 };
 
+std::mutex guardMutex;
+int guards = 0;
+void (*previousHandlers[std::size(handlings)])(int);
+
 }  // namespace
 
-struct InterruptionGuard::Previous {
-    void (*handlers[std::size(handlings)])(int);
-};
-
-InterruptionGuard::InterruptionGuard() : previous_(new Previous) {
+InterruptionGuard::InterruptionGuard() {
+    const std::lock_guard lock(guardMutex);
+    if (guards++ > 0) return;
     receivedSignal = 0;
     for (std::size_t i = 0; i < std::size(handlings); ++i) {
         void (*const before)(int) = std::signal(handlings[i].signal, handlings[i].handler);
         // What the caller ignores (as nohup does with SIGHUP) stays ignored.
         if (before == SIG_IGN) std::signal(handlings[i].signal, SIG_IGN);
-        previous_->handlers[i] = before;
+        previousHandlers[i] = before;
     }
 }
 
 InterruptionGuard::~InterruptionGuard() {
+    const std::lock_guard lock(guardMutex);
+    if (--guards > 0) return;
     for (std::size_t i = 0; i < std::size(handlings); ++i)
-        std::signal(handlings[i].signal, previous_->handlers[i]);
-    delete previous_;
+        std::signal(handlings[i].signal, previousHandlers[i]);
 }
 
 void throwIfInterrupted() {

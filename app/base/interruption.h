@@ -7,17 +7,14 @@
 namespace vireo {
 
 /// Turns SIGINT and SIGTERM into a request that renders look at, for as long as one of these lives. Writing
-/// to a closed pipe or past a file-size limit becomes an error of the write instead of the program's end.
+/// to a closed pipe or past a file-size limit becomes an error of the write instead of the program's end. Any
+/// thread may make one; those within another one's life change nothing.
 class InterruptionGuard {
 public:
     InterruptionGuard();
     InterruptionGuard(const InterruptionGuard&) = delete;
     InterruptionGuard& operator=(const InterruptionGuard&) = delete;
     ~InterruptionGuard();
-
-private:
-    struct Previous;
-    Previous* previous_;
 };
 
 /// Throws Error with the status of the signal once one came.

@@ -82,6 +82,23 @@ void Messages::warning(MessageCode code, const std::string& sentence) {
 
 void Messages::tell(const std::string& sentence) { say("vireo: ", "vireo: ", sentence, nullptr); }
 
+void Messages::error(const std::string& sentence) {
+    const std::lock_guard lock(mutex_);
+    write({"vireo: " + sentence + '.',
+           Terminal::errors().styled(Style::Error, "vireo:") + ' ' + sentence + ".\n"});
+}
+
+void Messages::hold() {
+    const std::lock_guard lock(mutex_);
+    holds_ = true;
+}
+
+void Messages::release(Messages& held) {
+    const std::scoped_lock lock(mutex_, held.mutex_);
+    for (Line& line : held.held_) write(std::move(line));
+    held.held_.clear();
+}
+
 std::vector<Message> Messages::said() const {
     const std::lock_guard lock(mutex_);
     return said_;
@@ -108,7 +125,7 @@ void Messages::progress(std::int64_t frames, std::int64_t total) {
 }
 
 void Messages::showProgress(Clock::time_point now) {
-    if (quiet_ && !style_.json) return;
+    if ((quiet_ || holds_) && !style_.json) return;
     if (now - lastShown_ < (style_.json ? objectPause : terminal_ ? terminalPause : linePause)) return;
     lastShown_ = now;
     if (style_.json) {
@@ -194,10 +211,19 @@ void Messages::say(const std::string& shownPrefix, const std::string& prefix, co
         if (std::find(said_.begin(), said_.end(), message) != said_.end()) return;
         said_.push_back(message);
     }
-    logLine(prefix + sentence + '.' + (code != nullptr ? " [" + std::string(codeText(*code)) + ']' : ""));
-    if (quiet_) return;
+    write({prefix + sentence + '.' + (code != nullptr ? " [" + std::string(codeText(*code)) + ']' : ""),
+           quiet_ ? "" : shownPrefix + sentence + ".\n"});
+}
+
+void Messages::write(Line line) {
+    if (holds_) {
+        held_.push_back(std::move(line));
+        return;
+    }
+    logLine(line.logged);
+    if (line.shown.empty()) return;
     clearProgress();
-    std::fprintf(stderr, "%s%s.\n", shownPrefix.c_str(), sentence.c_str());
+    std::fputs(line.shown.c_str(), stderr);
 }
 
 void Messages::clearProgress() {

@@ -46,6 +46,15 @@ public:
     void warning(MessageCode code, const std::string& sentence);
     void tell(const std::string& sentence);  ///< Nothing that a program would want to know.
 
+    /// Is said even where nothing else is.
+    void error(const std::string& sentence);
+
+    /// From now on sentences wait until another one says them, and no line of progress is shown.
+    void hold();
+
+    /// Says what another one holds.
+    void release(Messages& held);
+
     /// The notices and warnings so far.
     std::vector<Message> said() const;
 
@@ -60,9 +69,15 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    /// What the log gets and what people see; nothing where they asked for quiet.
+    struct Line {
+        std::string logged, shown;
+    };
+
     /// `prefix` is what a file shows, without colours.
     void say(const std::string& shownPrefix, const std::string& prefix, const std::string& sentence,
              const MessageCode* code);
+    void write(Line line);
     void showProgress(Clock::time_point now);
     std::string progressText() const;
     std::string progressJson() const;
@@ -77,6 +92,8 @@ private:
     ProgressStyle style_;
     const std::string output_;
     std::vector<Message> said_;
+    bool holds_ = false;
+    std::vector<Line> held_;
 
     Phase phase_ = Phase::Open;
     std::int64_t frames_ = 0;

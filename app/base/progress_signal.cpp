@@ -3,6 +3,7 @@
 
 #if !defined(_WIN32)
 #include <semaphore.h>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #endif
@@ -21,6 +22,8 @@ namespace {
 
 /// What a handler may touch and a thread can wait for.
 sem_t questions;
+
+std::atomic<bool> isAnswered = false;
 
 extern "C" void noteQuestion(int) {
     const int kept = errno;
@@ -46,6 +49,7 @@ void takeProgressSignals() { [[maybe_unused]] static const bool once = takeSigna
 
 ProgressSignal::ProgressSignal(std::function<void()> answer) : answer_(std::move(answer)) {
     takeProgressSignals();
+    if (isAnswered.exchange(true)) return;
     while (sem_trywait(&questions) == 0) {
     }
     thread_ = std::jthread([this](const std::stop_token& stop) {
@@ -59,8 +63,11 @@ ProgressSignal::ProgressSignal(std::function<void()> answer) : answer_(std::move
 }
 
 ProgressSignal::~ProgressSignal() {
+    if (!thread_.joinable()) return;
     thread_.request_stop();
     sem_post(&questions);
+    thread_.join();
+    isAnswered = false;
 }
 
 #endif

@@ -10,7 +10,8 @@ namespace vireo {
 /// Makes SIGUSR1 a question and not the program's end. Windows has no such signal.
 void takeProgressSignals();
 
-/// Answers each SIGUSR1 for as long as it lives, on a thread of its own.
+/// Answers each SIGUSR1 for as long as it lives, on a thread of its own. Those within another one's life
+/// leave the answer to it.
 class ProgressSignal {
 public:
     explicit ProgressSignal(std::function<void()> answer);
@@ -20,7 +21,7 @@ public:
 
 private:
     std::function<void()> answer_;
-    std::jthread thread_;
+    std::jthread thread_;  ///< None where another one answers.
 };
 
 }  // namespace vireo

@@ -273,12 +273,14 @@ void addProgressOptions(CLI::App& command, RenderOptions& options) {
 
 void addWorkOptions(CLI::App& command, RenderOptions& options) {
     command.option_defaults()->group("Options");
-    command.add_option("--jobs", options.job.jobs, "Frames rendered side by side, else one for each core")
+    command
+        .add_option("--jobs", options.job.jobs,
+                    "Frames or pictures rendered side by side, else one for each core")
         ->check(wholeNumbers(1, mostJobs))
         ->type_name("N");
 }
 
-void addRenderOptions(CLI::App& command, RenderOptions& options) {
+void addJobOptions(CLI::App& command, RenderOptions& options) {
     command
         .add_option("files", options.files,
                     "Pictures, sequences such as frame%04d.png, or video; - is standard input or output")
@@ -288,6 +290,10 @@ void addRenderOptions(CLI::App& command, RenderOptions& options) {
     addOutputOptions(command, options);
     command.add_option("--to", options.folder, "A folder for the outputs of many inputs")
         ->type_name("FOLDER");
+}
+
+void addRenderOptions(CLI::App& command, RenderOptions& options) {
+    addJobOptions(command, options);
     addProgressOptions(command, options);
     addWorkOptions(command, options);
 }
@@ -309,8 +315,9 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     return job;
 }
 
-std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options) {
-    return std::make_unique<ChainProcessor>(chain.filters, framesAtOnce(options.job.jobs),
+std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options, int frames) {
+    return std::make_unique<ChainProcessor>(chain.filters,
+                                            frames > 0 ? frames : framesAtOnce(options.job.jobs),
                                             parseFormat(options.filterFormat));
 }
 
@@ -322,17 +329,21 @@ std::optional<Layout> layoutNamed(std::string_view name) {
     return std::nullopt;
 }
 
-RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
-    const RenderSummary summary = renderMedia(job, processor, messages);
+void tellDone(const RenderJob& job, const RenderSummary& summary, Messages& messages) {
     std::string names;
     for (const std::string& name : job.outputs()) {
         if (name != "-") names += (names.empty() ? "" : ", ") + name;
     }
-    if (job.dryRun || names.empty()) return summary;
+    if (job.dryRun || names.empty()) return;
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f", summary.seconds);
     messages.tell(names + ": " + std::to_string(summary.frames) +
                   (summary.frames == 1 ? " frame" : " frames") + " in " + seconds + " s");
+}
+
+RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
+    const RenderSummary summary = renderMedia(job, processor, messages);
+    tellDone(job, summary, messages);
     return summary;
 }
 

@@ -26,6 +26,9 @@ void addInputOptions(CLI::App& command, RenderOptions& options);
 void addOutputOptions(CLI::App& command, RenderOptions& options);
 
 /// All of these, the files and --to.
+void addJobOptions(CLI::App& command, RenderOptions& options);
+
+/// What jobs take, how progress is told and --jobs.
 void addRenderOptions(CLI::App& command, RenderOptions& options);
 
 /// How progress is told.
@@ -40,11 +43,16 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options);
 /// NAME=VALUE. Throws Error of wrong usage.
 std::pair<std::string, std::string> parseEncoderOption(const std::string& text);
 
-/// The chain that was read, ready to render. Throws Error of wrong usage.
-std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options);
+/// The chain that was read, ready to render `frames` side by side, as many as --jobs says where none are
+/// told. Throws Error of wrong usage.
+std::unique_ptr<ChainProcessor> chainOf(const ChainOptions& chain, const RenderOptions& options,
+                                        int frames = 0);
 
 /// The layout that a word of --layout means; nothing for "auto".
 std::optional<Layout> layoutNamed(std::string_view name);
+
+/// Tells how long a render took.
+void tellDone(const RenderJob& job, const RenderSummary& summary, Messages& messages);
 
 /// Renders and tells how long it took.
 RenderSummary runJob(const RenderJob& job, FrameProcessor& processor, Messages& messages);

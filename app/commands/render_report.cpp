@@ -84,17 +84,19 @@ Json outputJson(const OutputDescription& output) {
 
 Json outcomeJson(const RenderOutcome& outcome, bool isDryRun) {
     const RenderSummary& summary = outcome.summary;
-    const bool isGood = outcome.status == 0;
+    const bool isGood = outcome.status == 0 && !outcome.isSkipped;
     Json outputs = Json::array();
-    for (const OutputDescription& output : summary.media.outputs) outputs.push_back(outputJson(output));
-    if (!isGood) {
+    if (isGood) {
+        for (const OutputDescription& output : summary.media.outputs) outputs.push_back(outputJson(output));
+    } else {
         for (const std::string& name : outcome.outputs) outputs.push_back({{"name", name}});
     }
     Json json{{"status", outcome.status},
               {"input", isGood ? inputJson(summary.media.input) : Json{{"name", outcome.input}}},
               {"output", outputs.at(0)},
-              {"outputs", outputs}};
-    if (!isGood) json["error"] = outcome.error;
+              {"outputs", outputs},
+              {"skipped", outcome.isSkipped}};
+    if (outcome.status != 0) json["error"] = outcome.error;
     if (isGood) json["renderedBits"] = summary.media.renderedDepth;
     if (isGood && !isDryRun) {
         json["frames"] = summary.frames;
@@ -126,15 +128,28 @@ Json filterJson(const FilterSettings& given) {
     return json;
 }
 
+Json countsJson(const RenderCounts& counts, std::size_t planned) {
+    return {
+        {"planned", planned}, {"done", counts.done}, {"skipped", counts.skipped}, {"failed", counts.failed}};
+}
+
 Json reportJson(const RenderReport& report) {
-    Json json{{"status", report.status}, {"dryRun", report.isDryRun}};
+    Json json = Json::object();
+    json["status"] = report.status;
+    json["dryRun"] = report.isDryRun;
     if (!report.error.empty()) json["error"] = report.error;
     Json& chain = json["chain"] = Json::array();
     for (const FilterSettings& filter : report.chain) chain.push_back(filterJson(filter));
     Json& renders = json["renders"] = Json::array();
     for (const RenderOutcome& outcome : report.outcomes)
         renders.push_back(outcomeJson(outcome, report.isDryRun));
+    json["summary"] = countsJson(countsOf(report.outcomes), report.planned);
+    json["summary"]["passedOver"] = report.passedOver;
     return json;
+}
+
+void printJson(const Json& json) {
+    std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 void printHeading(const std::string& text) {
@@ -244,6 +259,16 @@ void printMedia(MediaDescription media) {
 
 }  // namespace
 
+RenderCounts countsOf(const std::vector<RenderOutcome>& outcomes) {
+    RenderCounts counts;
+    for (const RenderOutcome& outcome : outcomes) {
+        const bool isInterrupted = outcome.status > 2;
+        if (!isInterrupted)
+            ++(outcome.status != 0 ? counts.failed : outcome.isSkipped ? counts.skipped : counts.done);
+    }
+    return counts;
+}
+
 Json inputJson(const InputDescription& input) {
     Json tracks = Json::array();
     for (const TrackDescription& track : input.tracks) tracks.push_back(trackJson(track));
@@ -309,14 +334,19 @@ void printMessages(const std::vector<Message>& messages) {
 
 void printReport(const RenderReport& report, bool asJson) {
     if (asJson) {
-        std::cout << reportJson(report).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        printJson(reportJson(report));
         return;
     }
-    if (!report.isDryRun) return;
+    if (!report.isDryRun || !report.error.empty()) return;
     printChain(report.chain);
     for (const RenderOutcome& outcome : report.outcomes) {
         if (outcome.status != 0) continue;
         std::cout << '\n';
+        if (outcome.isSkipped) {
+            printHeading(outcome.outputs.front());
+            printLine("Skipped", "it exists");
+            continue;
+        }
         printMedia(outcome.summary.media);
         printMessages(outcome.messages);
     }

@@ -18,8 +18,9 @@ struct RenderOutcome {
     std::string input;
     std::vector<std::string> outputs;  ///< Their names.
     int status = 0;
-    std::string error;      ///< Where it failed,
-    RenderSummary summary;  ///< and where it did not.
+    bool isSkipped = false;  ///< Its output was there.
+    std::string error;       ///< Where it failed,
+    RenderSummary summary;   ///< and where it did not.
     std::vector<Message> messages;
 };
 
@@ -30,7 +31,15 @@ struct RenderReport {
     std::string error;  ///< Where no job was begun.
     std::vector<FilterSettings> chain;
     std::vector<RenderOutcome> outcomes;
+    std::size_t planned = 0;              ///< How many outcomes there are where nothing interrupts.
+    std::vector<std::string> passedOver;  ///< Files of folders that are neither pictures nor video.
 };
+
+struct RenderCounts {
+    std::int64_t done = 0, skipped = 0, failed = 0;
+};
+
+RenderCounts countsOf(const std::vector<RenderOutcome>& outcomes);
 
 /// On standard output.
 void printReport(const RenderReport& report, bool asJson);

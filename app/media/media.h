@@ -106,6 +106,9 @@ struct Media {
     MediaDescription description;
 };
 
+/// Whether a job's output is a single picture.
+bool writesOnePicture(const RenderJob& job);
+
 /// Opens both ends of a job; nothing is written under the name of the output yet. `stop` and `messages` must
 /// outlive the result. Throws Error.
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,

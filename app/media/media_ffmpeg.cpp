@@ -78,6 +78,10 @@ std::unique_ptr<MediaWriter> openWriter(const RenderJob& job, const FfmpegSource
 
 }  // namespace
 
+bool writesOnePicture(const RenderJob& job) {
+    return writesPictures(job) && !SequencePattern::parse(job.output);
+}
+
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                 Messages& messages) {
     refuseExistingOutput(job);

@@ -45,6 +45,8 @@ InputDescription probeInput(const RenderJob& job, const StopRequest&, Messages& 
     return describeInput(job, *openReader(job, 0, messages));
 }
 
+bool writesOnePicture(const RenderJob& job) { return !SequencePattern::parse(job.output); }
+
 Media openMedia(const RenderJob& job, const FrameProcessor& processor, const StopRequest&,
                 Messages& messages) {
     if (job.input == "-" || job.output == "-")

@@ -69,6 +69,7 @@ void addCommands(CommandSet& commands) {
     addCompareCommand(commands);
     addPreviewCommand(commands);
     addSheetCommand(commands);
+    addBatchCommand(commands);
     addFarmCommand(commands);
     addExportCommand(commands);
     addProbeCommand(commands);
@@ -104,13 +105,6 @@ std::string versionText(const GlobalOptions& global) {
     }
 }
 
-/// One sentence on one line, without its full stop.
-std::string sentence(std::string text) {
-    while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
-}
-
 /// What a log needs to be understood later.
 void beginLog(const GlobalOptions& global, const std::vector<std::string>& arguments) {
     if (global.log.empty()) return;
@@ -143,7 +137,7 @@ int parseAndRun(CLI::App& program, std::vector<std::string> arguments) {
         std::cout << program.help();
         return 0;
     } catch (const CLI::ParseError& error) {
-        printError(sentence(error.what()));
+        printError(sentenceOf(error));
         return wrongUsage;
     } catch (const Error& error) {
         printError(error.what());

@@ -36,6 +36,13 @@ const RunCommand* CommandSet::chosen() const {
     return found == commands_.end() ? nullptr : &found->second;
 }
 
+std::string sentenceOf(const CLI::ParseError& error) {
+    std::string text = error.what();
+    while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
 CLI::Validator wholeNumbers(std::int64_t minimum, std::int64_t maximum) {
     return CLI::Validator(
         [minimum, maximum](const std::string& text) -> std::string {

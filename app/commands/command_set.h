@@ -77,6 +77,9 @@ private:
 
 inline constexpr std::int64_t largestNumber = std::numeric_limits<std::int32_t>::max();
 
+/// What the parser complains of, on one line and without its full stop.
+std::string sentenceOf(const CLI::ParseError& error);
+
 /// Lets an option take the whole numbers of a range.
 CLI::Validator wholeNumbers(std::int64_t minimum, std::int64_t maximum);
 

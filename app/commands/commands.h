@@ -19,6 +19,9 @@ void addPresetsCommand(CommandSet& commands);
 /// vireo render: one input to an output, or each of many into a folder.
 void addRenderCommand(CommandSet& commands);
 
+/// vireo batch: what a file of jobs describes.
+void addBatchCommand(CommandSet& commands);
+
 /// vireo probe: what inputs are understood to be.
 void addProbeCommand(CommandSet& commands);
 

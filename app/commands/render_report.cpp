@@ -135,6 +135,7 @@ Json countsJson(const RenderCounts& counts, std::size_t planned) {
 
 Json reportJson(const RenderReport& report) {
     Json json = Json::object();
+    if (report.job > 0) json["job"] = report.job;
     json["status"] = report.status;
     json["dryRun"] = report.isDryRun;
     if (!report.error.empty()) json["error"] = report.error;
@@ -145,6 +146,22 @@ Json reportJson(const RenderReport& report) {
         renders.push_back(outcomeJson(outcome, report.isDryRun));
     json["summary"] = countsJson(countsOf(report.outcomes), report.planned);
     json["summary"]["passedOver"] = report.passedOver;
+    return json;
+}
+
+Json reportJson(const BatchReport& report) {
+    Json json{{"status", report.status}, {"dryRun", report.isDryRun}};
+    if (!report.error.empty()) json["error"] = report.error;
+    RenderCounts all;
+    std::size_t planned = 0;
+    Json& jobs = json["jobs"] = Json::array();
+    for (const RenderReport& job : report.jobs) {
+        jobs.push_back(reportJson(job));
+        const RenderCounts counts = countsOf(job.outcomes);
+        all = {all.done + counts.done, all.skipped + counts.skipped, all.failed + counts.failed};
+        planned += job.planned;
+    }
+    json["summary"] = countsJson(all, planned);
     return json;
 }
 
@@ -338,6 +355,7 @@ void printReport(const RenderReport& report, bool asJson) {
         return;
     }
     if (!report.isDryRun || !report.error.empty()) return;
+    if (report.job > 0) printHeading("Job " + std::to_string(report.job));
     printChain(report.chain);
     for (const RenderOutcome& outcome : report.outcomes) {
         if (outcome.status != 0) continue;
@@ -349,6 +367,17 @@ void printReport(const RenderReport& report, bool asJson) {
         }
         printMedia(outcome.summary.media);
         printMessages(outcome.messages);
+    }
+}
+
+void printReport(const BatchReport& report, bool asJson) {
+    if (asJson) {
+        printJson(reportJson(report));
+        return;
+    }
+    for (const RenderReport& job : report.jobs) {
+        if (report.isDryRun && job.job > 1) std::cout << '\n';
+        printReport(job, false);
     }
 }
 

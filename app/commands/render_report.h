@@ -27,6 +27,7 @@ struct RenderOutcome {
 /// Of a command that renders.
 struct RenderReport {
     bool isDryRun = false;
+    std::size_t job = 0;  ///< Its number in a batch, from 1.
     int status = 0;
     std::string error;  ///< Where no job was begun.
     std::vector<FilterSettings> chain;
@@ -41,8 +42,17 @@ struct RenderCounts {
 
 RenderCounts countsOf(const std::vector<RenderOutcome>& outcomes);
 
+/// Of a command that renders what a file describes.
+struct BatchReport {
+    bool isDryRun = false;
+    int status = 0;
+    std::string error;               ///< Where no job was read.
+    std::vector<RenderReport> jobs;  ///< Those that are wrong, where any is.
+};
+
 /// On standard output.
 void printReport(const RenderReport& report, bool asJson);
+void printReport(const BatchReport& report, bool asJson);
 
 nlohmann::ordered_json inputJson(const InputDescription& input);
 nlohmann::ordered_json messagesJson(const std::vector<Message>& messages);

@@ -7,13 +7,15 @@
 #include "app/commands/command_set.h"
 #include "app/commands/render_report.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vireo {
 
 struct RenderWorkOptions : RenderOptions {
-    const CLI::App* command = nullptr;  ///< That reads them.
+    const CLI::App* command = nullptr;      ///< That reads them.
+    std::unique_ptr<CLI::App> ownCommand;  ///< The same, where nobody else keeps it.
     bool recursive = false;
     std::string name;
     bool skipExisting = false;

@@ -5,7 +5,7 @@ import re
 
 import pytest
 
-COMMANDS = ["render", "compare", "preview", "sheet", "farm plan", "farm join", "list", "info", "presets", "settings",
+COMMANDS = ["render", "batch", "compare", "preview", "sheet", "farm plan", "farm join", "list", "info", "presets", "settings",
             "completion", "man"]
 
 

@@ -106,16 +106,21 @@ std::vector<Message> Messages::said() const {
 
 void Messages::enter(Phase phase) {
     const std::lock_guard lock(mutex_);
+    if (isInPart_ && phase != Phase::Render && phase != Phase::Failed) return;
+    if (phase == Phase::Failed && phase_ == phase) return;
+    const bool isAgain = isInPart_ && phase == phase_;
     phase_ = phase;
     if (phase == Phase::Open) frames_ = 0;
-    if (phase == Phase::Render) start_ = lastShown_ = lastLogged_ = Clock::now();
+    if (phase == Phase::Render) start_ = Clock::now();
+    if (isAgain) return;
+    lastShown_ = lastLogged_ = Clock::now();
     if (style_.json) writeObject();
 }
 
 void Messages::progress(std::int64_t frames, std::int64_t total) {
     const std::lock_guard lock(mutex_);
-    frames_ = frames;
-    total_ = total;
+    frames_ = before_ + frames;
+    total_ = isInPart_ ? whole_ : total;
     const Clock::time_point now = Clock::now();
     if (now - lastLogged_ >= linePause) {
         lastLogged_ = now;
@@ -139,6 +144,19 @@ void Messages::showProgress(Clock::time_point now) {
     }
 }
 
+void Messages::beginPart(std::int64_t before, std::int64_t total) {
+    const std::lock_guard lock(mutex_);
+    isInPart_ = true;
+    before_ = before;
+    whole_ = total;
+}
+
+void Messages::endParts() {
+    const std::lock_guard lock(mutex_);
+    isInPart_ = false;
+    before_ = 0;
+}
+
 void Messages::answer() {
     const std::lock_guard lock(mutex_);
     if (style_.json) {
@@ -151,7 +169,7 @@ void Messages::answer() {
 
 double Messages::framesPerSecond() const {
     const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
-    return seconds > 0 ? static_cast<double>(frames_) / seconds : 0;
+    return seconds > 0 ? static_cast<double>(frames_ - before_) / seconds : 0;
 }
 
 /// Negative where nothing tells.

@@ -41,7 +41,7 @@ public:
     Messages& operator=(const Messages&) = delete;
     ~Messages();  ///< Removes the progress line.
 
-    /// Sentences without a full stop. What was said already is not said again.
+    /// Sentences without a full stop. A notice or warning that was said is not said again.
     void notice(MessageCode code, const std::string& sentence);
     void warning(MessageCode code, const std::string& sentence);
     void tell(const std::string& sentence);  ///< Nothing that a program would want to know.
@@ -62,6 +62,11 @@ public:
 
     /// `total` is 0 where unknown.
     void progress(std::int64_t frames, std::int64_t total);
+
+    /// A part of the work begins: `before` frames of all the `total` are done. Phases and frames are told of
+    /// the whole until the parts end.
+    void beginPart(std::int64_t before, std::int64_t total);
+    void endParts();
 
     /// Tells the progress now, even where nothing else is said.
     void answer();
@@ -98,6 +103,8 @@ private:
     Phase phase_ = Phase::Open;
     std::int64_t frames_ = 0;
     std::int64_t total_ = 0;
+    bool isInPart_ = false;
+    std::int64_t before_ = 0, whole_ = 0;
     Clock::time_point start_ = Clock::now();  ///< Of rendering.
     Clock::time_point lastShown_ = start_;
     Clock::time_point lastLogged_ = start_;

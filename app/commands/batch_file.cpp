@@ -106,6 +106,7 @@ void readBatchEntry(const Json& entry, RenderWorkOptions& options) {
     } catch (const CLI::ParseError& failure) {
         throw Error(Fault::Usage, sentenceOf(failure));
     }
+    options.given = givenOptions(command, options.settings);
 }
 
 }  // namespace vireo

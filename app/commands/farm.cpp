@@ -4,7 +4,6 @@
 #include "app/commands/farm_segments.h"
 #include "app/commands/render_options.h"
 
-#include <map>
 #include <memory>
 
 namespace vireo {
@@ -29,25 +28,6 @@ constexpr char joinExamples[] = R"help(Example:
 
 constexpr char familyExamples[] = R"help(Example:
   vireo farm plan in.mov out.mov -f Levels --segments 8 | sh)help";
-
-/// The options that a command was given, in their order. `settings` are those among them that were taken out
-/// while they were read.
-std::vector<GivenOption> givenOptions(const CLI::App& command, const std::vector<SettingsOption>& settings) {
-    std::vector<GivenOption> given;
-    std::map<const CLI::Option*, std::size_t> taken;
-    std::size_t settingsTaken = 0;
-    for (const CLI::Option* option : command.parse_order()) {
-        if (option->get_positional()) continue;
-        const bool isFlag = option->get_expected_max() == 0;
-        GivenOption& added = given.emplace_back(GivenOption{option->get_name(), std::nullopt});
-        if (option->get_trigger_on_parse()) {
-            added.value = settings[settingsTaken++].value;
-        } else if (!isFlag) {
-            added.value = option->results()[taken[option]++];
-        }
-    }
-    return given;
-}
 
 void addKeep(CLI::App& command, FarmOptions& options) {
     command.add_flag("--keep", options.keep, "Keep the segments when they are joined");

@@ -3,6 +3,7 @@
 #include "app/commands/farm_segments.h"
 
 #include "app/base/files.h"
+#include "app/base/interruption.h"
 #include "app/commands/farm_plan.h"
 #include "app/commands/render_options.h"
 #include "app/media/encoder_choice.h"
@@ -14,6 +15,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 
@@ -113,6 +116,43 @@ public:
         return plan;
     }
 
+    /// Renders the segment if it is missing.
+    void render(const Segment& segment, Messages& messages, FrameRuns& lost) {
+        std::error_code error;
+        if (fs::exists(pathOf(segment.file), error)) return;
+        RenderJob job = job_;
+        job.frames = FrameRange{segment.first, segment.last};
+        job.start = job.duration = std::nullopt;
+        job.durationFrames = std::nullopt;
+        job.noAudio = true;
+        job.overwrite = true;
+        if (!writesPictures()) job.output = segment.file;
+        messages.beginPart(segment.first - part_.firstFrame, part_.frames);
+        const RenderSummary summary = renderMedia(job, *chain_, messages);
+        lost.insert(lost.end(), summary.lost.begin(), summary.lost.end());
+        if (writesPictures()) writeFile(segment.file, {}, true);
+    }
+
+    /// Joins the segments where that is needed, and counts the frames.
+    std::int64_t finish(Messages& messages) const {
+        if (!writesPictures()) return joinSegments(job_, *chain_, segments_, messages);
+        return static_cast<std::int64_t>(writtenFiles().size());
+    }
+
+    std::int64_t writtenBytes() const {
+        std::int64_t bytes = 0;
+        for (const fs::path& file : writtenFiles()) bytes += static_cast<std::int64_t>(fs::file_size(file));
+        return bytes;
+    }
+
+    /// What one render of the whole would say of itself.
+    MediaDescription description() {
+        RenderJob job = job_;
+        job.dryRun = job.overwrite = true;
+        Messages silent(true);
+        return renderMedia(job, *chain_, silent).media;
+    }
+
 private:
     /// Does a segment if it is missing.
     std::string renderLine(const std::string& numbers, const std::string& file) const {
@@ -167,8 +207,10 @@ private:
         for (const GivenOption& option : options_.given) {
             // Options of the farm itself have none.
             const std::string given = words(option);
-            if (!given.empty() && !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs", "--log",
-                                                         "--progress", "--progress-fd"}))
+            if (!given.empty() &&
+                !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs", "--log", "--progress",
+                                       "--progress-fd", "--resume", "--json", "--to", "--name", "--recursive",
+                                       "--skip-existing", "--save-settings", "--save-settings-bytes"}))
                 digest.add(given);
         }
         digest.add(settingsText(chainOptions_.filters));
@@ -190,9 +232,21 @@ private:
         for (std::int64_t number : pattern->existing()) add(pattern->folder() / pattern->name(number));
     }
 
+    std::vector<fs::path> writtenFiles() const {
+        const auto pattern = SequencePattern::parse(job_.output);
+        if (!writesPictures() || !pattern) return {pathOf(job_.output)};
+        const std::int64_t first = part_.firstNumber + part_.firstFrame;
+        std::vector<fs::path> files;
+        for (std::int64_t number : pattern->existing()) {
+            if (number >= first && number < first + part_.frames)
+                files.push_back(pattern->folder() / pattern->name(number));
+        }
+        return files;
+    }
+
     void cut() {
         const std::int64_t count = part_.frames;
-        const std::int64_t parts = std::min(options_.segments, count);
+        const std::int64_t parts = std::min(options_.segments > 0 ? options_.segments : partsToGoOn(), count);
         digits_ = std::to_string(lastOf(part_.firstFrame, count)).size();
         for (std::int64_t i = 0; i < parts; ++i) {
             // Evenly, the first ones longer; count · segments could be too large a product.
@@ -203,6 +257,13 @@ private:
             segment.file = folder_ + "/frames-" + paddedNumbers(segment) + markExtension();
             segments_.push_back(std::move(segment));
         }
+    }
+
+    /// Of about ten seconds, and of a hundredth where the clip is long: each opens the input anew.
+    std::int64_t partsToGoOn() const {
+        constexpr double seconds = 10, most = 100;
+        return std::llround(
+            std::clamp(static_cast<double>(part_.frames) / part_.frameRate / seconds, 1.0, most));
     }
 
     std::string padded(std::int64_t number) const {
@@ -313,14 +374,55 @@ void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
         }
     }
     if (!farm.writesPictures()) {
-        joinSegments(farm.job(), farm.chain(), farm.segments());
+        Messages messages(farm.job().quiet);
+        joinSegments(farm.job(), farm.chain(), farm.segments(), messages);
         const std::size_t count = farm.segments().size();
-        Messages(farm.job().quiet)
-            .tell(farm.job().output + ": " + std::to_string(count) +
-                  (count == 1 ? " segment joined" : " segments joined"));
+        messages.tell(farm.job().output + ": " + std::to_string(count) +
+                      (count == 1 ? " segment joined" : " segments joined"));
     }
     std::error_code error;
     if (!options.keep) fs::remove_all(pathOf(farm.folder()), error);
+}
+
+RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& global, FarmOptions options,
+                               Messages& messages) {
+    const auto start = std::chrono::steady_clock::now();
+    const InterruptionGuard guard;
+    options.segments = 0;
+    Farm farm(catalogue, global, options);
+    const std::string& output = farm.job().output;
+    std::error_code error;
+    const bool isBegun = fs::exists(pathOf(farm.folder()), error);
+    if (!farm.job().overwrite && !farm.writesPictures()) refuseExisting(output);
+    farm.refuseExistingOutput();
+    RenderSummary summary;
+    summary.media = farm.description();
+    fs::create_directory(pathOf(farm.folder()), error);
+    if (error) throw Error("cannot make the folder " + farm.folder() + ": " + error.message());
+    const auto there =
+        std::count_if(farm.segments().begin(), farm.segments().end(),
+                      [&](const Segment& segment) { return fs::exists(pathOf(segment.file), error); });
+    if (isBegun) {
+        messages.tell(output + ": goes on with " + std::to_string(there) + " of " +
+                      std::to_string(farm.segments().size()) + " segments done");
+    }
+    try {
+        for (const Segment& segment : farm.segments()) farm.render(segment, messages, summary.lost);
+        messages.endParts();
+        messages.enter(Phase::Finish);
+        summary.frames = farm.finish(messages);
+    } catch (const Error& failure) {
+        fs::remove(pathOf(farm.folder()), error);  // Where nothing is in it.
+        if (failure.status() <= 2 || !fs::exists(pathOf(farm.folder()), error)) throw;
+        const std::string what = failure.what();
+        throw Error(what.substr(0, what.find(';')) + "; the same command goes on with what is done",
+                    failure.status());
+    }
+    fs::remove_all(pathOf(farm.folder()), error);
+    messages.enter(Phase::Done);
+    summary.bytes = farm.writtenBytes();
+    summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return summary;
 }
 
 }  // namespace vireo

@@ -3,20 +3,14 @@
 #define VIREO_APP_COMMANDS_FARM_SEGMENTS_H
 
 #include "app/commands/command_set.h"
-#include "app/commands/options.h"
+#include "app/commands/given_options.h"
+#include "app/render/render_media.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace vireo {
-
-/// An option as it stood on the command line; flags have no value.
-struct GivenOption {
-    std::string name;
-    std::optional<std::string> value;
-};
 
 struct FarmOptions {
     RenderOptions render;
@@ -36,6 +30,11 @@ void showFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
 
 /// Joins the segments of a plan that was given the same options.
 void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options);
+
+/// Renders what is missing of the segments, of about ten seconds each, and joins them. What is whole stays
+/// where that is interrupted, for one with the same options to go on. Throws Error.
+RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& global, FarmOptions options,
+                               Messages& messages);
 
 }  // namespace vireo
 

@@ -17,4 +17,8 @@ void showFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refu
 
 void joinFarm(const Catalogue&, const GlobalOptions&, const FarmOptions&) { refuse(); }
 
+RenderSummary renderInSegments(const Catalogue&, const GlobalOptions&, FarmOptions, Messages&) {
+    throw Error(Fault::Usage, "--resume renders in segments, which is done on Linux alone");
+}
+
 }  // namespace vireo

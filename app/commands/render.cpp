@@ -70,9 +70,11 @@ int renderAndReport(Session& session, const RenderCommandOptions& options) {
 
 void addRenderCommand(CommandSet& commands) {
     const auto options = std::make_shared<RenderCommandOptions>();
-    CLI::App& command =
-        commands.add("render", "Render pictures, sequences or video through filters",
-                     [options](Session& session) { return renderAndReport(session, *options); });
+    CLI::App& command = commands.add("render", "Render pictures, sequences or video through filters",
+                                     [options](Session& session) {
+                                         options->given = givenOptions(*options->command, options->settings);
+                                         return renderAndReport(session, *options);
+                                     });
     addRenderOptions(command, *options);
     addRenderWorkOptions(command, *options);
     command.option_defaults()->group("Options");

@@ -4,6 +4,7 @@
 #include "app/base/files.h"
 #include "app/base/progress_signal.h"
 #include "app/commands/existing_output.h"
+#include "app/commands/farm_segments.h"
 #include "app/commands/render_options.h"
 #include "engine/error.h"
 
@@ -119,10 +120,35 @@ private:
                 return;
             }
             makeFolderOf(job);
-            outcome.summary = runJob(job, chain, messages);
+            outcome.summary = work.options.resume && !job.dryRun && !writesOnePicture(job)
+                                  ? resumed(work, job, messages)
+                                  : runJob(job, chain, messages);
         } catch (const Error& failure) {
             // A signal may have made something fail in its own words.
             if (failure.status() <= 2) throwIfInterrupted();
+            throw;
+        }
+    }
+
+    static RenderSummary resumed(const RenderWork& work, const RenderJob& job, Messages& messages) {
+        FarmOptions farm;
+        farm.render = work.options;
+        farm.render.files = {job.input, job.output};
+        farm.render.folder.clear();
+        farm.render.saveSettings.clear();
+        std::erase_if(farm.render.settings, [](const SettingsOption& option) {
+            return option.kind == SettingsOption::Kind::SaveSettingsBytes;
+        });
+        farm.given = work.options.given;
+        try {
+            messages.enter(Phase::Open);
+            const RenderSummary summary =
+                renderInSegments(work.session.catalogue(), work.session.global(), std::move(farm), messages);
+            tellDone(job, summary, messages);
+            return summary;
+        } catch (...) {
+            messages.endParts();
+            messages.enter(Phase::Failed);
             throw;
         }
     }

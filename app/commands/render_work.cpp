@@ -44,6 +44,16 @@ void planJobs(const RenderJob& common, RenderWork& work) {
     work.passedOver = std::move(list.passedOver);
 }
 
+void refuseUnresumable(const RenderWork& work) {
+    for (const RenderJob& job : work.jobs) {
+        if (job.input == "-" || job.output == "-")
+            throw Error(Fault::Usage, "--resume goes on with files, not with standard input or output");
+        if (!job.alsoTo.empty()) throw Error(Fault::Usage, "--resume goes without --output");
+        if (job.input == job.output)
+            throw Error(Fault::Usage, "--resume reads its input again, so that it cannot be replaced");
+    }
+}
+
 void makeFolder(const std::string& name, bool isDryRun) {
     const std::filesystem::path folder = pathOf(name);
     std::error_code error;
@@ -108,6 +118,8 @@ void addRenderWorkOptions(CLI::App& command, RenderWorkOptions& options) {
         .add_flag("--skip-existing", options.skipExisting,
                   "Leave as they are outputs that are there and whole")
         ->excludes("--overwrite");
+    command.add_flag("--resume", options.resume,
+                     "Render in segments, so that the same command goes on after an interruption");
     addOutputs(command, options);
     command.option_defaults()->group("Input");
     command.add_flag("--recursive", options.recursive, "Folders among the inputs with all their folders")
@@ -115,10 +127,12 @@ void addRenderWorkOptions(CLI::App& command, RenderWorkOptions& options) {
 }
 
 RenderWork understood(Session& session, const RenderWorkOptions& options) {
-    RenderWork work{options, readChain(session.catalogue(), options), {}, {}, !options.folder.empty()};
+    RenderWork work{session, options, readChain(session.catalogue(), options),
+                    {},      {},      !options.folder.empty()};
     const bool saves = !options.saveSettings.empty() || !work.chain.savedBytes.empty();
     if (!options.files.empty() || !saves) {
         planJobs(commonJob(session.global(), options), work);
+        if (options.resume) refuseUnresumable(work);
         chainOf(work.chain, options);
     }
     refuseTakenNames(work.chain, options);

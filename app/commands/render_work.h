@@ -5,6 +5,7 @@
 
 #include "app/commands/chain_options.h"
 #include "app/commands/command_set.h"
+#include "app/commands/given_options.h"
 #include "app/commands/render_report.h"
 
 #include <memory>
@@ -14,11 +15,13 @@
 namespace vireo {
 
 struct RenderWorkOptions : RenderOptions {
-    const CLI::App* command = nullptr;      ///< That reads them.
+    const CLI::App* command = nullptr;     ///< That reads them.
     std::unique_ptr<CLI::App> ownCommand;  ///< The same, where nobody else keeps it.
     bool recursive = false;
     std::string name;
     bool skipExisting = false;
+    bool resume = false;
+    std::vector<GivenOption> given;  ///< Where `resume` is set: all but the files.
 };
 
 /// What one render takes and what many take.
@@ -26,6 +29,7 @@ void addRenderWorkOptions(CLI::App& command, RenderWorkOptions& options);
 
 /// One that was understood; the options must outlive it.
 struct RenderWork {
+    Session& session;
     const RenderWorkOptions& options;
     ChainOptions chain;
     std::vector<RenderJob> jobs;  ///< None where only settings are saved.

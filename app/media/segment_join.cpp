@@ -246,14 +246,14 @@ ClipPart partOf(const RenderJob& job, const FrameProcessor& processor) {
     const SourceInfo& info = source.reader->info();
     if (info.framesExpected == 0)
         throw Error("the frames of " + job.input + " cannot be counted; --clip-length tells how many");
-    return {info.firstFrame, info.framesExpected, job.startNumber.value_or(source.firstNumber)};
+    return {info.firstFrame, info.framesExpected, job.startNumber.value_or(source.firstNumber),
+            info.frameRate};
 }
 
-void joinSegments(const RenderJob& job, const FrameProcessor& processor,
-                  const std::vector<Segment>& segments) {
+std::int64_t joinSegments(const RenderJob& job, const FrameProcessor& processor,
+                          const std::vector<Segment>& segments, Messages& messages) {
     const InterruptionGuard guard;
     StopRequest stop;
-    Messages messages(job.quiet);
     const RenderJob known = withKnownFrames(job);
     const FfmpegSource source = openSource(known, processor, stop, messages);
     const SegmentOpener opener(job, processor, stop, messages);
@@ -267,6 +267,8 @@ void joinSegments(const RenderJob& job, const FrameProcessor& processor,
                         opened.front().video().codecpar);
     const FrameClock clock(source);
     JoinedVideo video(opened, clock, writer);
+    std::int64_t frames = 0;
+    for (const OpenSegment& segment : opened) frames += static_cast<std::int64_t>(segment.numbers.size());
     const double origin = source.container != nullptr ? source.container->timeOrigin() : 0;
     while (PacketPtr packet = video.next()) {
         throwIfInterrupted();
@@ -277,6 +279,7 @@ void joinSegments(const RenderJob& job, const FrameProcessor& processor,
     if (source.container != nullptr) source.container->passOthersToEnd();
     writer.finish();
     writer.appear();
+    return frames;
 }
 
 }  // namespace vireo

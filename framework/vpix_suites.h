@@ -25,7 +25,8 @@ public:
 
 }  // namespace VSK
 
-/// The suites; throw the matching exception while the host does not offer them.
+/// The suites; throw the matching exception while the host does not offer them. No filter makes buffers by
+/// the creator suites yet; whoever adds one that does finds them here.
 const VPixSuite* AcquireVPixSuite();
 const void* AcquireVPixCreatorSuite();
 const void* AcquireVPixCreator2Suite();

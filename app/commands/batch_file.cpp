@@ -92,7 +92,8 @@ void readBatchEntry(const Json& entry, RenderWorkOptions& options) {
             words.push_back("--" + name);
             continue;
         }
-        for (const std::string& text : textsOf(name, value)) words.push_back("--" + name + '=' + text);
+        for (const std::string& text : textsOf(name, value))
+            words.push_back(std::string("--").append(name).append("=").append(text));
     }
     if (files.empty()) throw Error(Fault::Usage, "it has no input");
     if (output.empty() != entry.contains("to"))

@@ -141,10 +141,10 @@ void addCompareCommand(CommandSet& commands) {
                     "for frames twice as wide as high")
         ->check(oneOf({"auto", "beside", "below", "split"}))
         ->type_name("auto|beside|below|split");
-    CLI::Option* metrics = command.add_flag(
+    CLI::Option* asksForMetrics = command.add_flag(
         "--metrics", options->metrics,
         "Print PSNR and SSIM of the result by frame and in all; without OUT no picture is written");
-    command.add_flag("--json", options->json, "The metrics as JSON")->needs(metrics);
+    command.add_flag("--json", options->json, "The metrics as JSON")->needs(asksForMetrics);
     addChainOptions(command, *options);
     addInputOptions(command, *options);
     addOutputOptions(command, *options);

@@ -70,9 +70,10 @@ int exportChain(Session& session, const ExportOptions& options, MakeExport make)
     const ExportedClip clip = clipOf(options);
     Export made = make(exportedFilters(chain.filters, clip), clip, options);
     if (clip.facts().interlacing != Interlacing::Progressive)
-        made.warnings.push_back("the clip is interlaced, and frei0r filters take its frames as progressive");
+        made.warnings.emplace_back(
+            "the clip is interlaced, and frei0r filters take its frames as progressive");
     if (!options.clip.empty() && !clip.facts().isRgb)
-        made.warnings.push_back(
+        made.warnings.emplace_back(
             "the clip is not RGB, and what brings it to RGB there may round in another way");
     if (!made.commands.empty()) writeFile(options.commands, made.commands, options.chain.job.overwrite);
     saveSettings(chain, options.chain);

@@ -143,7 +143,8 @@ private:
             const char* separator = " ";
             made_.commands += seconds;
             for (const char* option : options) {
-                made_.commands += separator + target + ' ' + option + " '" + text + '\'';
+                made_.commands.append(separator).append(target).append(" ").append(option);
+                made_.commands.append(" '").append(text).append("'");
                 separator = ", ";
             }
             made_.commands += ";\n";

@@ -188,7 +188,7 @@ Export exportForMlt(const std::vector<ExportedFilter>& filters, const ExportedCl
         const double rate = clip.rate();
         for (std::size_t i = 0; i < facts.seconds.size(); ++i) {
             if (std::abs(facts.seconds[i] * rate - static_cast<double>(i)) > 0.5) {
-                made.warnings.push_back(
+                made.warnings.emplace_back(
                     "MLT brings clips to one rate, and this clip's varies: frames come twice or "
                     "not at all");
                 break;

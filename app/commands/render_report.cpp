@@ -251,7 +251,8 @@ void printOutput(const OutputDescription& output, int renderedDepth) {
                            : output.firstFile + " to " + (output.lastFile.empty() ? "..." : output.lastFile));
     printLine("Container", output.format);
     std::string options;
-    for (const auto& [name, value] : output.encoderOptions) options += ' ' + name + '=' + value;
+    for (const auto& [name, value] : output.encoderOptions)
+        options.append(" ").append(name).append("=").append(value);
     printLine("Encoder", output.encoder + options);
     printLine("Pixels",
               joined({output.pixelFormat, bits(output.depth), "rendered with " + bits(renderedDepth)}));

@@ -22,7 +22,7 @@ struct ExportOptions {
     std::string commands;
 };
 
-constexpr char examples[] = R"help(The frei0r plug-ins must be where the other program looks for them.
+constexpr char exportExamples[] = R"help(The frei0r plug-ins must be where the other program looks for them.
 
 Examples:
   ffmpeg -i in.mkv -vf "$(vireo export ffmpeg -f Solarize)" out.mkv
@@ -32,7 +32,7 @@ Examples:
       $(vireo export gstreamer -f Extract) ! autovideosink)help";
 
 /// "25", "29.97" or "30000/1001".
-Ratio parseRate(const std::string& text) {
+Ratio parseClipRate(const std::string& text) {
     const std::size_t slash = text.find('/');
     const auto whole = [](std::string_view part) {
         const auto value = parseWholeNumber(part);
@@ -55,7 +55,7 @@ ExportedClip clipOf(const ExportOptions& options) {
     ClipFacts facts;
     if (!options.clip.empty()) facts = readClipFacts(options.clip);
     if (!options.frameRate.empty()) {
-        facts.frameRate = parseRate(options.frameRate);
+        facts.frameRate = parseClipRate(options.frameRate);
         facts.seconds.clear();
     }
     if (options.clipLength > 0) facts.frameCount = options.clipLength;
@@ -106,7 +106,7 @@ CLI::App& addTarget(CommandSet& commands, CLI::App& family, const std::string& n
 
 void addExportCommand(CommandSet& commands) {
     CLI::App& family = commands.addFamily("export", "Hand a chain on to FFmpeg, MLT or GStreamer");
-    family.footer(examples);
+    family.footer(exportExamples);
 
     const auto ffmpeg = std::make_shared<ExportOptions>();
     CLI::App& forFfmpeg = addTarget(
@@ -118,7 +118,7 @@ void addExportCommand(CommandSet& commands) {
     forFfmpeg.add_option("--commands", ffmpeg->commands, "Where key frames go, for FFmpeg's sendcmd filter")
         ->type_name("FILE");
     forFfmpeg.add_flag("--overwrite", ffmpeg->chain.job.overwrite, "Replace what exists");
-    forFfmpeg.footer(examples);
+    forFfmpeg.footer(exportExamples);
 
     const auto mlt = std::make_shared<ExportOptions>();
     addTarget(
@@ -128,7 +128,7 @@ void addExportCommand(CommandSet& commands) {
             return exportForMlt(filters, clip, options.clip);
         },
         mlt)
-        .footer(examples);
+        .footer(exportExamples);
 
     addTarget(
         commands, family, "gstreamer", "Print the chain as elements for gst-launch-1.0",
@@ -136,7 +136,7 @@ void addExportCommand(CommandSet& commands) {
             return exportForGstreamer(filters, clip);
         },
         std::make_shared<ExportOptions>())
-        .footer(examples);
+        .footer(exportExamples);
 }
 
 }  // namespace vireo

@@ -23,7 +23,7 @@ std::string graphEscaped(const std::string& text) {
     return escaped(escaped(text, "\\':"), "\\'[],;");
 }
 
-std::string parameterText(const hosting::Parameter& parameter, std::int64_t value) {
+std::string ffmpegText(const hosting::Parameter& parameter, std::int64_t value) {
     switch (parameter.kind) {
         case hosting::ParameterKind::Boolean: return value != 0 ? "y" : "n";
         case hosting::ParameterKind::Color: return "0x" + valueText(parameter, value).substr(1);
@@ -115,7 +115,7 @@ private:
         while (!all && !isTimed && count > 0 && values[count - 1] == initial[count - 1]) --count;
         std::string text;
         for (std::size_t i = 0; i < count; ++i)
-            text += (i > 0 ? "|" : "") + parameterText(filter.parameters()[i], values[i]);
+            text += (i > 0 ? "|" : "") + ffmpegText(filter.parameters()[i], values[i]);
         if (isTimed) text += (count > 0 ? "||s|" : "|s|") + std::to_string(clip_.facts().frameCount);
         return text;
     }

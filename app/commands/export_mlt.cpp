@@ -25,7 +25,7 @@ std::string xmlEscaped(std::string_view text) {
     return result;
 }
 
-std::string parameterText(const hosting::Parameter& parameter, std::int64_t value) {
+std::string mltText(const hosting::Parameter& parameter, std::int64_t value) {
     switch (parameter.kind) {
         case hosting::ParameterKind::Boolean: return value != 0 ? "1" : "0";
         case hosting::ParameterKind::Color: return valueText(parameter, value);
@@ -77,8 +77,7 @@ private:
 
     void add(std::string& text, std::int64_t frame, const char* transition) const {
         if (!text.empty()) text += ';';
-        text +=
-            std::to_string(frame - filter_.first()) + transition + parameterText(parameter_, valueAt(frame));
+        text += std::to_string(frame - filter_.first()) + transition + mltText(parameter_, valueAt(frame));
     }
 
     void addSteps(std::string& text, std::int64_t first, std::int64_t last) const {
@@ -153,7 +152,7 @@ void addFilter(Document& document, const ExportedFilter& filter, const ExportedC
         if (!track.isConstant()) {
             document.property(parameter.name, Animation(filter, i).text(track, clip));
         } else if (values[i] != initial[i]) {
-            document.property(parameter.name, parameterText(parameter, values[i]));
+            document.property(parameter.name, mltText(parameter, values[i]));
         }
     }
     if (filter.traits().readsTime) {

@@ -17,7 +17,7 @@
 namespace vireo {
 namespace {
 
-constexpr char description[] =
+constexpr char programDescription[] =
     "vireo renders pictures, sequences of pictures and video through one filter or a chain of them. Sound, "
     "subtitles, chapters, time stamps and colours stay as they are; interlaced video is rendered field by "
     "field.";
@@ -60,7 +60,7 @@ std::string escaped(const std::string& text) {
 
 std::string bold(const std::string& text) { return "\\fB" + escaped(text) + "\\fR"; }
 
-std::string entry(const std::string& term, const std::string& meaning) {
+std::string manEntry(const std::string& term, const std::string& meaning) {
     return ".TP\n" + bold(term) + '\n' + escaped(meaning) + '\n';
 }
 
@@ -95,7 +95,7 @@ std::string optionsText(const CLI::App& command) {
         for (const CLI::Option* option : group.options) {
             // Every command has it.
             const bool isHelp = option == command.get_help_ptr() && command.get_parent() != nullptr;
-            if (!isHelp) entries += entry(optionTerm(*option), option->get_description());
+            if (!isHelp) entries += manEntry(optionTerm(*option), option->get_description());
         }
         if (!entries.empty()) text += ".PP\n" + bold(group.title) + '\n' + entries;
     }
@@ -106,7 +106,7 @@ std::string commandText(const CLI::App& command) {
     std::string text =
         ".SS \"" + escaped(usageLine(command)) + "\"\n" + escaped(command.get_description()) + ".\n";
     for (const CLI::Option* argument : positionals(command))
-        text += entry(argument->get_type_name(), argument->get_description());
+        text += manEntry(argument->get_type_name(), argument->get_description());
     return text + optionsText(command) + ".PP\n" + footerText(command.get_footer(), ".PP\n.B");
 }
 
@@ -125,8 +125,8 @@ std::string filtersText(const Catalogue& catalogue) {
         const std::vector<std::uint8_t> initial = FilterSettings(filter).record({});
         for (const hosting::Parameter& parameter : filter.properties.parameters)
             parameters.push_back(parameterText(parameter, hosting::readValue(parameter, initial)));
-        text += entry(filter.properties.name,
-                      parameters.empty() ? "No parameters." : enumeration(parameters) + '.');
+        text += manEntry(filter.properties.name,
+                         parameters.empty() ? "No parameters." : enumeration(parameters) + '.');
     }
     return text;
 }
@@ -134,7 +134,7 @@ std::string filtersText(const Catalogue& catalogue) {
 std::string presetsText() {
     std::string text = ".SH PRESETS\n";
     for (const Preset& preset : shippedPresets())
-        text += entry(preset.name, settingsDescription(preset.file, readFile(preset.file)));
+        text += manEntry(preset.name, settingsDescription(preset.file, readFile(preset.file)));
     return text;
 }
 
@@ -146,7 +146,7 @@ void printManual(const CLI::App& program, const Catalogue& catalogue) {
     for (const CLI::App* command : allCommands(program))
         std::cout << escaped(usageLine(*command)) << "\n.br\n";
     std::cout << ".SH DESCRIPTION\n"
-              << escaped(description) << '\n'
+              << escaped(programDescription) << '\n'
               << ".SH OPTIONS\n"
               << optionsText(program);
     std::cout << ".SH COMMANDS\n";

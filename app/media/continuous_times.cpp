@@ -38,16 +38,17 @@ void ContinuousTimes::correct(AVPacket& packet, const AVFormatContext& input) {
     Clock& clock = clocks_[stream.index];
     if (isNew) clock.shift = shift_;
     if (packet.dts != AV_NOPTS_VALUE) {
+        const bool isFirst = clock.last == never;
         const std::int64_t decoded = micros(packet.dts, stream);
         const std::int64_t shown = packet.pts != AV_NOPTS_VALUE ? micros(packet.pts, stream) : decoded;
         const bool mayJump = (input.iformat->flags & AVFMT_TS_DISCONT) != 0;
         const std::int64_t time = decoded + clock.shift;
-        if (!isNew && (time + untidy < clock.last || (mayJump && time > clock.end + farthest)))
+        if (!isFirst && (time + untidy < clock.last || (mayJump && time > clock.end + farthest)))
             jump(clock, decoded, shown, stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO, mayJump);
-        const std::int64_t step = decoded + clock.shift - clock.last;
-        const std::int64_t duration = packet.duration > 0           ? micros(packet.duration, stream)
-                                      : !isNew && step < 2 * untidy ? std::max<std::int64_t>(step, 0)
-                                                                    : 0;
+        const std::int64_t step = isFirst ? 0 : decoded + clock.shift - clock.last;
+        const std::int64_t duration = packet.duration > 0             ? micros(packet.duration, stream)
+                                      : !isFirst && step < 2 * untidy ? std::max<std::int64_t>(step, 0)
+                                                                      : 0;
         clock.last = now_ = decoded + clock.shift;
         clock.end = clock.last + duration;
         clock.shownEnd = std::max(clock.shownEnd, shown + clock.shift + duration);

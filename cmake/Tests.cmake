@@ -31,3 +31,12 @@ function(vireo_threaded)
     endif()
   endforeach()
 endfunction()
+
+# vireo_threaded_cases(TEST SELECTION): a threaded test whose other cases are nothing to the thread sanitizer, under which
+# all of them would take long. The selection is what its runner reads from the environment.
+function(vireo_threaded_cases test selection)
+  vireo_threaded(${test})
+  if(VIREO_SANITIZERS STREQUAL "thread")
+    set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT ${selection})
+  endif()
+endfunction()

@@ -28,8 +28,9 @@ def sources(build):
 
 
 def is_checked(file):
+    """Sources that are compiled together are checked together too, in the file that the build wrote for them."""
     inside = file.is_relative_to(ROOT) and file.relative_to(ROOT).parts[0] in FOLDERS
-    return inside and not file.name.endswith("_kernels.cpp")
+    return file.name.startswith("unity_") or inside and not file.name.endswith("_kernels.cpp")
 
 
 def included_files(build):

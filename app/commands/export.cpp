@@ -6,7 +6,6 @@
 #include "app/commands/exports.h"
 #include "app/commands/render_options.h"
 #include "engine/error.h"
-#include "engine/text.h"
 
 #include <iostream>
 #include <memory>
@@ -31,31 +30,11 @@ Examples:
   gst-launch-1.0 filesrc location=in.mkv ! decodebin ! \
       $(vireo export gstreamer -f Extract) ! autovideosink)help";
 
-/// "25", "29.97" or "30000/1001".
-Ratio parseClipRate(const std::string& text) {
-    const std::size_t slash = text.find('/');
-    const auto whole = [](std::string_view part) {
-        const auto value = parseWholeNumber(part);
-        return value && *value > 0 && *value <= largestNumber ? static_cast<int>(*value) : 0;
-    };
-    if (slash != std::string::npos) {
-        const Ratio rate{whole(std::string_view(text).substr(0, slash)),
-                         whole(std::string_view(text).substr(slash + 1))};
-        if (rate.numerator > 0 && rate.denominator > 0) return rate;
-    } else if (const int rate = whole(text); rate > 0) {
-        return {rate, 1};
-    } else if (const auto decimal = parseDecimal(text); decimal && *decimal > 0 && *decimal < 1e6) {
-        return {static_cast<int>(*decimal * 1000 + 0.5), 1000};
-    }
-    throw Error(Fault::Usage,
-                "--frame-rate takes a rate such as 25, 29.97 or 30000/1001, not " + inQuotes(text));
-}
-
 ExportedClip clipOf(const ExportOptions& options) {
     ClipFacts facts;
     if (!options.clip.empty()) facts = readClipFacts(options.clip);
     if (!options.frameRate.empty()) {
-        facts.frameRate = parseClipRate(options.frameRate);
+        facts.frameRate = parseFrameRate("--frame-rate", options.frameRate);
         facts.seconds.clear();
     }
     if (options.clipLength > 0) facts.frameCount = options.clipLength;

@@ -131,30 +131,6 @@ Preparation::Scale parseScale(const std::string& text) {
     return {(*n)[0], (*n)[1]};
 }
 
-/// A fraction, or a number with up to six digits behind the point.
-Preparation::Rate parseRate(const std::string& text) {
-    constexpr std::int64_t fastest = 1000, finest = 1'000'000;
-    const std::size_t slash = text.find('/');
-    std::int64_t numerator = 0, denominator = 1;
-    if (slash != std::string::npos) {
-        numerator = parseWholeNumber(text.substr(0, slash)).value_or(0);
-        denominator = parseWholeNumber(text.substr(slash + 1)).value_or(0);
-    } else {
-        double number = 0;
-        const auto [rest, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (failure == std::errc() && rest == text.data() + text.size() && number <= fastest) {
-            numerator = std::llround(number * finest);
-            denominator = finest;
-        }
-    }
-    if (numerator < 1 || denominator < 1 || denominator > finest || numerator / denominator > fastest)
-        throw Error(Fault::Usage,
-                    "--fps takes a rate up to 1000 frames a second, such as 25, 29.97 or 30000/1001, not " +
-                        inQuotes(text));
-    const std::int64_t divisor = std::gcd(numerator, denominator);
-    return {static_cast<int>(numerator / divisor), static_cast<int>(denominator / divisor)};
-}
-
 std::optional<std::uint32_t> parseFormat(const std::string& name) {
     if (name.empty()) return std::nullopt;
     if (name.size() != 4)
@@ -298,6 +274,30 @@ void addRenderOptions(CLI::App& command, RenderOptions& options) {
     addWorkOptions(command, options);
 }
 
+Ratio parseFrameRate(const std::string& option, const std::string& text) {
+    constexpr std::int64_t fastest = 1000, finest = 1'000'000;
+    const std::size_t slash = text.find('/');
+    std::int64_t numerator = 0, denominator = 1;
+    if (slash != std::string::npos) {
+        numerator = parseWholeNumber(text.substr(0, slash)).value_or(0);
+        denominator = parseWholeNumber(text.substr(slash + 1)).value_or(0);
+    } else {
+        double number = 0;
+        const auto [rest, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (failure == std::errc() && rest == text.data() + text.size() && number <= fastest) {
+            numerator = std::llround(number * finest);
+            denominator = finest;
+        }
+    }
+    if (numerator < 1 || denominator < 1 || denominator > finest || numerator / denominator > fastest)
+        throw Error(Fault::Usage,
+                    option +
+                        " takes a rate up to 1000 frames a second, such as 25, 29.97 or 30000/1001, not " +
+                        inQuotes(text));
+    const std::int64_t divisor = std::gcd(numerator, denominator);
+    return {static_cast<int>(numerator / divisor), static_cast<int>(denominator / divisor)};
+}
+
 RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     RenderJob job = options.job;
     job.quiet = global.quiet;
@@ -308,7 +308,7 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options) {
     takeProgress(options, job);
     if (!options.crop.empty()) job.preparation.crop = parseCrop(options.crop);
     if (!options.scale.empty()) job.preparation.scale = parseScale(options.scale);
-    if (!options.fps.empty()) job.preparation.rate = parseRate(options.fps);
+    if (!options.fps.empty()) job.preparation.rate = parseFrameRate("--fps", options.fps);
     if (options.progressive) job.interlacing = Interlacing::Progressive;
     if (options.interlaced == "tff") job.interlacing = Interlacing::TopFieldFirst;
     if (options.interlaced == "bff") job.interlacing = Interlacing::BottomFieldFirst;

@@ -3,6 +3,7 @@
 #ifndef VIREO_APP_COMMANDS_RENDER_OPTIONS_H
 #define VIREO_APP_COMMANDS_RENDER_OPTIONS_H
 
+#include "app/base/ratio.h"
 #include "app/commands/chain_options.h"
 #include "app/commands/command_set.h"
 #include "app/commands/options.h"
@@ -42,6 +43,10 @@ RenderJob commonJob(const GlobalOptions& global, const RenderOptions& options);
 
 /// NAME=VALUE. Throws Error of wrong usage.
 std::pair<std::string, std::string> parseEncoderOption(const std::string& text);
+
+/// Frames a second, at most 1000: a fraction, or a number with up to six digits behind the point. Throws
+/// Error of wrong usage, which names the option.
+Ratio parseFrameRate(const std::string& option, const std::string& text);
 
 /// The chain that was read, ready to render `frames` side by side, as many as --jobs says where none are
 /// told. Throws Error of wrong usage.

@@ -2,6 +2,7 @@
 #ifndef VIREO_APP_MEDIA_CLIP_FACTS_H
 #define VIREO_APP_MEDIA_CLIP_FACTS_H
 
+#include "app/base/ratio.h"
 #include "engine/chain/clip.h"
 
 #include <cstdint>
@@ -9,11 +10,6 @@
 #include <vector>
 
 namespace vireo {
-
-struct Ratio {
-    int numerator = 0;
-    int denominator = 1;
-};
 
 /// What other programs must be told of a clip. Nothing of it is rendered.
 struct ClipFacts {

@@ -164,7 +164,7 @@ void PreparedVideo::build(const AVFrame& first) {
     if (isFirst) {
         Preparation preparation = preparation_;
         preparation.rate.reset();
-        if (rate_) preparation.rate = Preparation::Rate{rate_->num, rate_->den};
+        if (rate_) preparation.rate = Ratio{rate_->num, rate_->den};
         plan_ = planGraph(preparation, source, input_.name());
         if (!plan_->note.empty())
             messages_.notice(MessageCode::PreparationAdjusted, input_.name() + ": " + plan_->note);

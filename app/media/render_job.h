@@ -3,6 +3,7 @@
 #define VIREO_APP_MEDIA_RENDER_JOB_H
 
 #include "app/base/messages.h"
+#include "app/base/ratio.h"
 #include "engine/chain/clip.h"
 
 #include <algorithm>
@@ -38,11 +39,8 @@ struct Preparation {
     struct Scale {
         int width, height;  ///< One may be -N: by the other one, a multiple of N.
     };
-    struct Rate {
-        int numerator, denominator;
-    };
     bool deinterlace = false;
-    std::optional<Rate> rate;
+    std::optional<Ratio> rate;
     std::optional<Crop> crop;
     std::optional<Scale> scale;
 

@@ -75,6 +75,7 @@ const structs = {
         earlierFrame: 'address',
         isCancelled: 'address',
         user: 'address',
+        reducesDepth: 'int',
     },
 };
 

@@ -363,6 +363,8 @@ typedef struct VireoRenderOptions {
     int32_t (*isCancelled)(void* user);  ///< Asked between filters and parts of a frame, on any of the
                                          ///< chain's threads; may be null.
     void* user;
+    int32_t reducesDepth;  ///< Whether deeper frames than the chain renders are brought to 8 bits with an
+                           ///< ordered dither, and the result back.
 } VireoRenderOptions;
 
 /// Renders a frame. `result` has the source's size; layout, depth and row order are its own, with the depth

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #if defined(_WIN32)
-#include <windows.h>
+#include "host/win32.h"
 #endif
 
 namespace openfx {

@@ -155,7 +155,10 @@ OfxStatus Effect::perform(const std::string& action, const void* handle, OfxProp
     if (action == ofx::action::describe) return describe(effect);
     if (action == ofx::action::describeInContext) return describeInContext(effect);
     if (action == ofx::action::createInstance) {
-        host_->of(effect).set(ofx::prop::instanceData, new Instance(*this, effect));
+        auto instance = std::make_unique<Instance>(*this, effect);
+        host_->of(effect).set(ofx::prop::instanceData, static_cast<void*>(instance.get()));
+        if (host_->of(effect).pointer(ofx::prop::instanceData) != instance.get()) return ofx::Failed;
+        instance.release();
         return ofx::Ok;
     }
 

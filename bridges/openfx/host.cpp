@@ -21,8 +21,8 @@ Host::Host(const OfxHost& host)
       parameters_(fetch<OfxParameterSuiteV1>(host, ofx::suite::parameter, 1)),
       threads_(fetch<OfxMultiThreadSuiteV1>(host, ofx::suite::multiThread, 1)),
       messages_(fetch<OfxMessageSuiteV2>(host, ofx::suite::message, 2)),
-      messagesLast_(messages_ != nullptr) {
-    if (!messagesLast_) messages_ = fetch<OfxMessageSuiteV2>(host, ofx::suite::message, 1);
+      messagesStay_(messages_ != nullptr) {
+    if (!messagesStay_) messages_ = fetch<OfxMessageSuiteV2>(host, ofx::suite::message, 1);
 }
 
 std::string Host::missing() const {
@@ -47,17 +47,18 @@ std::uint32_t Host::threads() const {
 }
 
 void Host::say(OfxImageEffectHandle instance, const std::string& sentence) const {
+    const char* const type = instance == nullptr ? ofx::messages::log : ofx::messages::error;
     const auto post = [&](auto* function) {
-        return function(instance, ofx::messages::error, "", "%s.", sentence.c_str()) == ofx::Ok;
+        return function(instance, type, "", "%s.", sentence.c_str()) == ofx::Ok;
     };
     const bool isPosted = messages_ != nullptr &&
-                          ((messagesLast_ && instance != nullptr && post(messages_->setPersistentMessage)) ||
+                          ((messagesStay_ && instance != nullptr && post(messages_->setPersistentMessage)) ||
                            post(messages_->message));
     if (!isPosted) std::fprintf(stderr, "Vireo.ofx: %s.\n", sentence.c_str());
 }
 
 void Host::unsay(OfxImageEffectHandle instance) const {
-    if (messagesLast_) messages_->clearPersistentMessage(instance);
+    if (messagesStay_) messages_->clearPersistentMessage(instance);
 }
 
 }  // namespace openfx

@@ -27,7 +27,7 @@ public:
     /// How many threads may work on a frame.
     std::uint32_t threads() const;
 
-    /// Tells people a sentence, about an instance where there is one, until it is taken back.
+    /// Tells people a sentence about an instance until it is taken back, or the host's log one about none.
     void say(OfxImageEffectHandle instance, const std::string& sentence) const;
     void unsay(OfxImageEffectHandle instance) const;
 
@@ -38,7 +38,7 @@ private:
     const OfxParameterSuiteV1* parameters_;
     const OfxMultiThreadSuiteV1* threads_;
     const OfxMessageSuiteV2* messages_;  ///< What both versions have, and more where the next is true.
-    bool messagesLast_;
+    bool messagesStay_;
 };
 
 }  // namespace openfx

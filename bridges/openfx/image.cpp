@@ -30,6 +30,7 @@ bool isSame(const OfxRectI& one, const OfxRectI& other) {
 }
 
 Image::Image(const Host& host, OfxImageClipHandle clip, OfxTime time) : host_(host) {
+    if (clip == nullptr) return;
     if (host.effects().clipGetImage(clip, time, nullptr, &handle_) != ofx::Ok) handle_ = nullptr;
     if (handle_ == nullptr) return;
     const Properties properties = host.of(handle_);

@@ -225,6 +225,7 @@ inline constexpr char page[] = "OfxParamTypePage";
 
 namespace messages {
 inline constexpr char error[] = "OfxMessageError";
+inline constexpr char log[] = "OfxMessageLog";
 }  // namespace messages
 
 inline constexpr char premultiplied[] = "OfxImageAlphaPremultiplied";

@@ -23,6 +23,10 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
             "libwinpthread-1.dll", "README.txt", "licences", "presets"} <= names
     for name in ("Vireo.dll", "include/vireo/vireo.h", "lib/libVireo.dll.a"):
         assert (unpacked / name).is_file(), name
+    bundle = unpacked / "OFX/Plugins/Vireo.ofx.bundle/Contents"
+    assert {"Vireo.ofx", "VireoOpenFX.dll", "Vireo.dll", "VireoHost.dll", "VireoFiltersMetaPlugin.vrmp", "libstdc++-6.dll",
+            "libgcc_s_seh-1.dll", "libwinpthread-1.dll"} == {path.name for path in (bundle / "Win64").iterdir()}
+    assert len(list((bundle / "Resources").glob("vireo.*.png"))) == 22
     assert {"LICENSE", "MIT.txt", "GPL-2.0-or-later.txt", "gcc-mingw-w64-x86-64-posix-runtime.txt"} <= {
         path.name for path in (unpacked / "licences").iterdir()}
     assert b"\r\n" in (unpacked / "README.txt").read_bytes()

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: MIT
-// How long hosts wait when they start, in a process that has nothing of ours yet.
+// What hosts notice when they start, in a process that has nothing of ours yet.
 #include "tests/bridges/openfx/host/test_host.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <clocale>
 #include <cstdio>
+#include <cstdlib>
 
 namespace openfx::test {
+
+const char* processLocale = "C";
+
 namespace {
 
 TEST(OpenFxLoading, TakesNoTimeThatPeopleNotice) {
@@ -28,5 +33,35 @@ TEST(OpenFxLoading, TakesNoTimeThatPeopleNotice) {
     EXPECT_LT(taken.count(), 200);
 }
 
+#if !defined(_WIN32)
+
+TEST(OpenFxLanguageDeathTest, IsThatOfTheHostsProcess) {
+    const auto sayLabel = [](const char* locale) {
+        processLocale = locale;
+        TestHost host;
+        const LoadedBundle bundle(LoadedBundle::find(VIREO_TESTED_OPENFX, "Vireo"));
+        for (OfxPlugin* const plugin : bundle.plugins()) {
+            if (std::string(plugin->pluginIdentifier) != "vireo.Solarize") continue;
+            const DescribedPlugin described(*plugin, host);
+            std::fputs(described.descriptor.properties.one<std::string>("OfxPropLabel").c_str(), stderr);
+        }
+        std::exit(0);
+    };
+    EXPECT_EXIT(sayLabel("de_DE.UTF-8"), testing::ExitedWithCode(0), "Solarisation");
+    EXPECT_EXIT(sayLabel("C"), testing::ExitedWithCode(0), "Solarize");
+    EXPECT_EXIT(sayLabel("xx_XX"), testing::ExitedWithCode(0), "Solarize");
+}
+
+#endif
+
 }  // namespace
 }  // namespace openfx::test
+
+#if !defined(_WIN32)
+
+/// The process's, of whatever languages the machine has.
+extern "C" __attribute__((visibility("default"))) char* setlocale(int, const char*) noexcept {
+    return const_cast<char*>(openfx::test::processLocale);
+}
+
+#endif

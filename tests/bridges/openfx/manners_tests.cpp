@@ -107,10 +107,28 @@ TEST_F(OpenFxManners, RefuseHostsWithoutTheirSuitesInASentence) {
             ASSERT_EQ(host.messages.size(), hasMessages ? 1U : 0U);
             EXPECT_EQ(
                 hasMessages ? host.messages[0] : onStderr,
-                (hasMessages ? "OfxMessageError: " : "Vireo.ofx: ") + sentence + (hasMessages ? "" : "\n"));
+                (hasMessages ? "OfxMessageLog: " : "Vireo.ofx: ") + sentence + (hasMessages ? "" : "\n"));
             EXPECT_EQ(plugin.act("OfxActionDescribe", &plugin.descriptor), 1);
         }
     }
+}
+
+TEST_F(OpenFxManners, SurviveInstancesThatRefuseEverything) {
+    TestHost host;
+    DescribedPlugin plugin(pluginNamed("Ghosting"), host);
+    TestInstance instance(plugin);
+    instance.setSource({noise(8, 6, 1)}, {});
+    instance.source().properties.refusesAll = true;
+    TestImage deaf(noise(8, 6, 1), {});
+    EXPECT_EQ(instance.render({}, deaf), 0);
+    deaf.properties.refusesAll = true;
+    EXPECT_EQ(instance.render({}, deaf), 1000);
+
+    TestEffect closed(host, "instance");
+    closed.properties.refusesAll = true;
+    EXPECT_EQ(plugin.act("OfxActionCreateInstance", &closed), 1);
+    PropertySet none("none");
+    EXPECT_EQ(plugin.act("OfxImageEffectActionRender", &closed, &none, &none), 14);
 }
 
 TEST_F(OpenFxManners, WorkWithoutOptionalSuites) {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #if defined(_WIN32)
-#include <windows.h>
+#include "host/win32.h"
 #else
 #include <dlfcn.h>
 #endif

@@ -29,8 +29,12 @@ TEST(OpenFxLoading, TakesNoTimeThatPeopleNotice) {
     const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
     EXPECT_GT(parameters, 100U);
     std::printf("loaded and described in %.1f ms\n", taken.count());
-    // 20 ms on a machine of its own; tests share theirs.
+    // 20 ms on a machine of its own; tests share theirs, and Wine looks long for libraries.
+#if defined(_WIN32)
+    EXPECT_LT(taken.count(), 2000);
+#else
     EXPECT_LT(taken.count(), 200);
+#endif
 }
 
 #if !defined(_WIN32)

@@ -39,23 +39,19 @@ std::string wordOf(const char* name) {
 
 }  // namespace
 
-const Parameter& mixParameter() {
-    static const Parameter mix = [] {
-        Parameter made{mixName, {}, {}};
-        made.facts.label = mixName;
-        made.facts.unit = "%";
-        made.facts.maximum = made.facts.displayMaximum = 100;
-        made.facts.initial = 100;
-        return made;
-    }();
-    return mix;
-}
-
 Catalogue::Catalogue() {
     VireoEngine* opened = nullptr;
     check(vireoOpen(nullptr, &opened));
     engine_.reset(opened);
     vireoSetLanguage(opened, hostLanguage().c_str());
+
+    char* mixLabel = nullptr;
+    check(vireoTranslate(opened, "$$$/Page/Mix=Mix", &mixLabel));
+    mixLabel_.reset(mixLabel);
+    mix_.facts.label = mixLabel;
+    mix_.facts.unit = "%";
+    mix_.facts.maximum = mix_.facts.displayMaximum = 100;
+    mix_.facts.initial = 100;
 
     for (std::uint32_t index = 0; index < vireoFilterCount(opened); ++index) {
         Filter& filter = filters_.emplace_back(Filter{index, {}, {}, {}});

@@ -26,7 +26,6 @@ struct Filter {
 
 /// The parameter that every effect has beside its filter's own, in per cent.
 inline constexpr char mixName[] = "Mix";
-const Parameter& mixParameter();
 
 class Catalogue {
 public:
@@ -35,10 +34,13 @@ public:
 
     const VireoEngine* engine() const { return engine_.get(); }
     const std::vector<Filter>& filters() const { return filters_; }
+    const Parameter& mix() const { return mix_; }
 
 private:
     std::unique_ptr<VireoEngine, decltype(&vireoClose)> engine_{nullptr, vireoClose};
     std::vector<Filter> filters_;
+    std::unique_ptr<char, decltype(&vireoFree)> mixLabel_{nullptr, vireoFree};
+    Parameter mix_{mixName, {}, {}};
 };
 
 }  // namespace openfx

@@ -89,7 +89,7 @@ OfxStatus Effect::describeInContext(OfxImageEffectHandle effect) const {
     const OfxStatus status = host_->effects().getParamSet(effect, &parameters);
     if (status != ofx::Ok) return status;
     for (const Parameter& parameter : filter_.parameters) define(parameters, parameter);
-    define(parameters, mixParameter());
+    define(parameters, catalogue_.mix());
 
     if (const OfxPropertySetHandle page = defined(parameters, ofx::param::page, "Controls")) {
         int index = 0;

@@ -22,6 +22,7 @@ public:
 
     const Host& host() const { return *host_; }
     const Filter& filter() const { return filter_; }
+    const Parameter& mix() const { return catalogue_.mix(); }
     const VireoEngine* engine() const { return catalogue_.engine(); }
 
 private:

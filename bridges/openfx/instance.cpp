@@ -56,7 +56,7 @@ void Instance::set(const ChainPool::Lease& chain, OfxTime time, const Scale& sca
             value = std::llround(static_cast<double>(value) * std::sqrt(scale.x * scale.y));
         chain.set(static_cast<std::int32_t>(i), value);
     }
-    chain.set(VireoMix, valueAt(host_, mix_, mixParameter(), time));
+    chain.set(VireoMix, valueAt(host_, mix_, effect_.mix(), time));
 }
 
 Properties Instance::sourceClip() const {
@@ -90,7 +90,7 @@ VireoTime Instance::moment(OfxTime time, std::int32_t interlacing) const {
 
 OfxStatus Instance::isIdentity(const Properties& in, const Properties& out) {
     const OfxTime time = in.number(ofx::prop::time, 0);
-    bool isIdentity = valueAt(host_, mix_, mixParameter(), time) == 0;
+    bool isIdentity = valueAt(host_, mix_, effect_.mix(), time) == 0;
     if (!isIdentity) {
         const ChainPool::Lease chain(chains_, 1);
         set(chain, time, scaleOf(in));

@@ -147,16 +147,8 @@ namespace ofx {
 enum Status : int {
     Ok = 0,
     Failed = 1,
-    Fatal = 2,
-    Unknown = 3,
     MissingHostFeature = 4,
-    Unsupported = 5,
-    Exists = 6,
-    BadFormat = 7,
     OutOfMemory = 8,
-    BadHandle = 9,
-    BadIndex = 10,
-    BadValue = 11,
     ReplyDefault = 14,
     BadImageFormat = 1000
 };
@@ -208,7 +200,6 @@ inline constexpr char rgb[] = "OfxImageComponentRGB";
 }  // namespace components
 
 namespace field {
-inline constexpr char none[] = "OfxFieldNone";
 inline constexpr char both[] = "OfxFieldBoth";
 inline constexpr char lower[] = "OfxFieldLower";  ///< Lines 0, 2, 4… counted from below.
 inline constexpr char upper[] = "OfxFieldUpper";
@@ -218,7 +209,6 @@ namespace param {
 inline constexpr char integer[] = "OfxParamTypeInteger";
 inline constexpr char boolean[] = "OfxParamTypeBoolean";
 inline constexpr char choice[] = "OfxParamTypeChoice";
-inline constexpr char floating[] = "OfxParamTypeDouble";
 inline constexpr char rgb[] = "OfxParamTypeRGB";
 inline constexpr char page[] = "OfxParamTypePage";
 }  // namespace param
@@ -235,7 +225,6 @@ inline constexpr char fullySafe[] = "OfxImageEffectRenderFullySafe";
 namespace prop {
 inline constexpr char name[] = "OfxPropName";
 inline constexpr char label[] = "OfxPropLabel";
-inline constexpr char version[] = "OfxPropVersion";
 inline constexpr char versionLabel[] = "OfxPropVersionLabel";
 inline constexpr char pluginDescription[] = "OfxPropPluginDescription";
 inline constexpr char time[] = "OfxPropTime";
@@ -256,15 +245,12 @@ inline constexpr char multipleClipDepths[] = "OfxImageEffectPropMultipleClipDept
 inline constexpr char multipleClipPars[] = "OfxImageEffectPropSupportsMultipleClipPARs";
 inline constexpr char fieldExtraction[] = "OfxImageClipPropFieldExtraction";
 
-inline constexpr char paramType[] = "OfxParamPropType";
 inline constexpr char paramHint[] = "OfxParamPropHint";
 inline constexpr char paramDefault[] = "OfxParamPropDefault";
 inline constexpr char paramMinimum[] = "OfxParamPropMin";
 inline constexpr char paramMaximum[] = "OfxParamPropMax";
 inline constexpr char paramDisplayMinimum[] = "OfxParamPropDisplayMin";
 inline constexpr char paramDisplayMaximum[] = "OfxParamPropDisplayMax";
-inline constexpr char paramIncrement[] = "OfxParamPropIncrement";
-inline constexpr char paramDigits[] = "OfxParamPropDigits";
 inline constexpr char paramAnimates[] = "OfxParamPropAnimates";
 inline constexpr char paramChoiceOption[] = "OfxParamPropChoiceOption";
 inline constexpr char paramPageChild[] = "OfxParamPropPageChild";

@@ -3,24 +3,32 @@
 
 #include "bridges/openfx/proxy.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
 namespace openfx {
 namespace {
 
-/// A frame whose pixels the engine allocates.
+/// A frame of another size than `like`, with pixels of its own.
 class OwnFrame {
 public:
-    explicit OwnFrame(const VireoFrame& like) : frame_(like) { frame_.pixels = nullptr; }
+    OwnFrame(const VireoFrame& like, std::size_t pixelBytes, int width, int height)
+        : frame_(like),
+          pixels_(pixelBytes * static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {
+        frame_.width = width;
+        frame_.height = height;
+        frame_.pixels = pixels_.data();
+        frame_.stride = static_cast<std::int64_t>(pixelBytes) * width;
+    }
     OwnFrame(const OwnFrame&) = delete;
     OwnFrame& operator=(const OwnFrame&) = delete;
-    ~OwnFrame() { vireoFrameRelease(&frame_); }
 
     VireoFrame& operator*() { return frame_; }
 
 private:
     VireoFrame frame_;
+    std::vector<std::uint8_t> pixels_;
 };
 
 bool isSingle(const std::string& field) { return field == ofx::field::upper || field == ofx::field::lower; }
@@ -29,7 +37,8 @@ bool isSingle(const std::string& field) { return field == ofx::field::upper || f
 bool isUpper(int row) { return (row & 1) != 0; }
 
 int enlargedSide(int side, double scale) {
-    return scale < 1 ? static_cast<int>(std::lround(side / scale)) : side;
+    constexpr double longest = 1 << 20;
+    return scale < 1 ? static_cast<int>(std::lround(std::min(side / scale, longest))) : side;
 }
 
 }  // namespace
@@ -67,10 +76,7 @@ void Rendering::renderPicture() {
         VireoFrame result = target_.frame(picture_);
         return renderInto(result);
     }
-    VireoFrame like = target_.frame(window_);
-    like.width = widthOf(picture_);
-    like.height = heightOf(picture_);
-    OwnFrame result(like);
+    OwnFrame result(target_.frame(window_), target_.pixelBytes(), widthOf(picture_), heightOf(picture_));
     renderInto(*result);
     fillWindow(&*result);
 }
@@ -91,11 +97,7 @@ void Rendering::renderInto(VireoFrame& result) {
     if (scale_.isProxy() && filter.countsPixels != 0) {
         const Enlarged large(source, enlargedSide(source.width, scale_.x),
                              enlargedSide(source.height, scale_.y));
-        VireoFrame like = result;
-        like.width = large.frame().width;
-        like.height = large.frame().height;
-        like.owned = nullptr;
-        OwnFrame rendered(like);
+        OwnFrame rendered(result, target_.pixelBytes(), large.frame().width, large.frame().height);
         check(vireoChainRender(chain.get(), &large.frame(), &*rendered, &now, &options));
         reduce(*rendered, result);
         return;

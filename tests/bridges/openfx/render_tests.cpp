@@ -96,6 +96,47 @@ TEST_P(OpenFxPixels, OfFieldedClipsAreRenderedByField) {
     }
 }
 
+TEST_P(OpenFxPixels, OfProxiesAreTheSameInEveryDepthAndWindow) {
+    const Lie lie{.x = 2, .y = 1};
+    for (const VireoDepth depth : {VireoDepth8, VireoDepth16, VireoDepthFloat}) {
+        // Of grey levels that need no dither all depths have the same.
+        Plain bytes = noise(width, height, 6), picture(width, height, depth, true);
+        for (std::size_t i = 0; i < bytes.bytes.size(); ++i) {
+            const std::uint8_t level = bytes.bytes[i] = bytes.bytes[i / 4 * 4];
+            const auto word = static_cast<std::uint16_t>(level * 257);
+            const float number = static_cast<float>(level) / 255;
+            const std::size_t size = picture.bytes.size() / bytes.bytes.size();
+            const void* const from = depth == VireoDepth8    ? static_cast<const void*>(&level)
+                                     : depth == VireoDepth16 ? static_cast<const void*>(&word)
+                                                             : &number;
+            std::memcpy(&picture.bytes[i * size], from, size);
+        }
+        instance.setSource({bytes}, lie);
+        const RenderCall call{.scaleX = 0.5, .scaleY = 0.4};
+        const Plain expected = instance.rendered(call, lie);
+        instance.setSource({picture}, lie);
+        RenderCall part = call;
+        part.window = {5, 3, 20, 9};
+        TestImage output(noise(width, height, 1, depth), lie);
+        ASSERT_EQ(instance.render(part, output), 0);
+        EXPECT_TRUE(output.holdsOutside(part.window));
+        const Plain whole = instance.rendered(call, lie), window = output.picture();
+        for (int row = 0; row < height; ++row) {
+            const int y = lie.y + height - 1 - row;
+            if (y < part.window.y1 || y >= part.window.y2) continue;
+            const std::size_t left = 3 * whole.pixelBytes(), length = 15 * whole.pixelBytes();
+            ASSERT_EQ(std::memcmp(window.row(row) + left, whole.row(row) + left, length), 0) << row;
+        }
+        if (depth == VireoDepth16) {
+            for (std::size_t i = 0; i < expected.bytes.size(); ++i) {
+                std::uint16_t sample = 0;
+                std::memcpy(&sample, &whole.bytes[2 * i], sizeof sample);
+                ASSERT_NEAR(sample / 257.0, expected.bytes[i], 0.51);
+            }
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Effects, OpenFxPixels, testing::ValuesIn(effectKeys()),
                          [](const auto& tested) { return tested.param; });
 

@@ -158,7 +158,7 @@ OfxStatus Effect::perform(const std::string& action, const void* handle, OfxProp
         auto instance = std::make_unique<Instance>(*this, effect);
         host_->of(effect).set(ofx::prop::instanceData, static_cast<void*>(instance.get()));
         if (host_->of(effect).pointer(ofx::prop::instanceData) != instance.get()) return ofx::Failed;
-        instance.release();
+        static_cast<void>(instance.release());
         return ofx::Ok;
     }
 

@@ -144,32 +144,20 @@ OfxStatus currentValue(OfxParamHandle handle, ...) {
     return status;
 }
 
-const OfxParameterSuiteV1 parameterSuite{
-    defineParameter,
-    [](OfxParamSetHandle set, const char* name, OfxParamHandle* found, OfxPropertySetHandle* properties) {
-        if (set == nullptr || !effectOf(set)->host.traits.findsParameters) return 3;
-        TestParameter* const parameter = effectOf(set)->parameter(name);
-        if (parameter == nullptr) return 3;
-        *found = reinterpret_cast<OfxParamHandle>(parameter);
-        if (properties != nullptr) *properties = parameter->properties.handle();
-        return 0;
-    },
-    nullptr,
-    nullptr,
-    currentValue,
-    valueAtTime,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr};
+OfxStatus findParameter(OfxParamSetHandle set, const char* name, OfxParamHandle* found,
+                        OfxPropertySetHandle* properties) {
+    if (set == nullptr || !effectOf(set)->host.traits.findsParameters) return 3;
+    TestParameter* const parameter = effectOf(set)->parameter(name);
+    if (parameter == nullptr) return 3;
+    *found = reinterpret_cast<OfxParamHandle>(parameter);
+    if (properties != nullptr) *properties = parameter->properties.handle();
+    return 0;
+}
+
+const OfxParameterSuiteV1 parameterSuite{.paramDefine = defineParameter,
+                                         .paramGetHandle = findParameter,
+                                         .paramGetValue = currentValue,
+                                         .paramGetValueAtTime = valueAtTime};
 
 std::string written(const char* format, va_list values) {
     char text[1000];
@@ -205,18 +193,10 @@ const OfxMessageSuiteV2 messageSuite{postMessage, postPersistently, [](void* han
                                          return 0;
                                      }};
 
-const OfxMultiThreadSuiteV1 threadSuite{nullptr,
-                                        [](unsigned* count) {
-                                            *count = latestHost->traits.processors;
-                                            return 0;
-                                        },
-                                        nullptr,
-                                        nullptr,
-                                        nullptr,
-                                        nullptr,
-                                        nullptr,
-                                        nullptr,
-                                        nullptr};
+const OfxMultiThreadSuiteV1 threadSuite{.multiThreadNumCPUs = [](unsigned* count) {
+    *count = latestHost->traits.processors;
+    return 0;
+}};
 
 const void* fetchSuite(OfxPropertySetHandle handle, const char* name, int version) {
     const std::string wanted = std::string(name) + " " + std::to_string(version);

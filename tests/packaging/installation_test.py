@@ -57,6 +57,11 @@ def test_program_and_plugins_run_from_there(installation, tmp_path):
     assert numpy.array_equal(hosts.with_ffmpeg(clip, chain, tmp_path, environment), expected)
 
 
+def test_openfx_hosts_load_the_bundle_from_there(installation):
+    said = run(BUILD / "bin/openfx_loading_tests", environment={**BARE, "OFX_PLUGIN_PATH": str(installation / "OFX/Plugins")})
+    assert "loaded and described" in said
+
+
 def test_kdenlive_gets_a_description_of_every_plugin(installation):
     folder = installation / "share/kdenlive/effects"
     plugins = {path.stem for path in only(installation, "**/frei0r-1").glob("vireo_*.so")}

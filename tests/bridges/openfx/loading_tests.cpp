@@ -15,10 +15,16 @@ const char* processLocale = "C";
 
 namespace {
 
+/// Packages are tried where they were unpacked.
+std::string searchPath() {
+    const char* const given = std::getenv("OFX_PLUGIN_PATH");
+    return given == nullptr ? VIREO_TESTED_OPENFX : given;
+}
+
 TEST(OpenFxLoading, TakesNoTimeThatPeopleNotice) {
     const auto begin = std::chrono::steady_clock::now();
     TestHost host;
-    const LoadedBundle bundle(LoadedBundle::find(VIREO_TESTED_OPENFX, "Vireo"));
+    const LoadedBundle bundle(LoadedBundle::find(searchPath(), "Vireo"));
     bundle.setHost(host.host);
     std::size_t parameters = 0;
     for (OfxPlugin* const plugin : bundle.plugins()) {
@@ -43,7 +49,7 @@ TEST(OpenFxLanguageDeathTest, IsThatOfTheHostsProcess) {
     const auto sayLabel = [](const char* locale) {
         processLocale = locale;
         TestHost host;
-        const LoadedBundle bundle(LoadedBundle::find(VIREO_TESTED_OPENFX, "Vireo"));
+        const LoadedBundle bundle(LoadedBundle::find(searchPath(), "Vireo"));
         for (OfxPlugin* const plugin : bundle.plugins()) {
             if (std::string(plugin->pluginIdentifier) != "vireo.Solarize") continue;
             const DescribedPlugin described(*plugin, host);

@@ -17,6 +17,8 @@ else()
 endif()
 set(VIREO_INSTALL_HEADERDIR ${CMAKE_INSTALL_INCLUDEDIR}/vireo)
 set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
+# Hosts look in /usr/OFX/Plugins.
+set(VIREO_INSTALL_OPENFXDIR OFX/Plugins/Vireo.ofx.bundle/Contents)
 set(VIREO_INSTALL_PYTHONDIR lib/python3/dist-packages)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 

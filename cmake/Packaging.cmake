@@ -38,8 +38,8 @@ else()
   set(CPACK_DEBIAN_FILTERS_PACKAGE_NAME vireo-filters)
   set(CPACK_DEBIAN_FILTERS_PACKAGE_SECTION video)
   set(CPACK_DEBIAN_FILTERS_DESCRIPTION
-"The filters as a module for hosts of meta-plug-ins, as frei0r plug-ins, and the
-command vireo, which renders pictures and video with them. The engine, for chains
+"The filters as a module for hosts of meta-plug-ins, as frei0r and OpenFX plug-ins,
+and the command vireo, which renders pictures and video with them. The engine, for chains
 of filters in other programs, and the host library have C interfaces.")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})

@@ -23,9 +23,9 @@ FLAGS = {"number": 8, "color": 8, "checkbox": 0}
 VALUE_BYTES = {"number": 2, "color": 4, "checkbox": 1}
 
 FILTER_KEYS = {"id", "name", "category", "key", "match_name", "old", "descriptor", "parameters", "reads_time",
-               "earlier_frames", "limits", "rows", "neighbour_rows", "needs_filling", "identity", "touches_gaps"}
+               "earlier_frames", "limits", "rows", "neighbour_rows", "needs_filling", "identity", "touches_gaps", "counts_pixels"}
 PARAMETER_KEYS = {"name", "kind", "range", "display", "bytes", "control", "value_type", "flags", "unit", "label",
-                  "choices"}
+                  "choices", "in_pixels"}
 LIMITS = {"width": "width", "height": "height", "row_bytes": "rowBytes"}
 
 
@@ -168,7 +168,8 @@ class Traits:
         text = parameter.get("label", parameter["name"])
         label = self.filter.key(without(text, " ()"), text)
         choices = f"choices{parameter['choices']}" if "choices" in parameter else "{}"
-        return f"{{{literal(parameter.get('unit', ''))}, {literal(label)}, {choices}}}"
+        in_pixels = str(parameter.get("in_pixels", False)).lower()
+        return f"{{{literal(parameter.get('unit', ''))}, {literal(label)}, {choices}, {in_pixels}}}"
 
     def definitions(self):
         """The arrays that the filter's row names, and the row."""
@@ -195,6 +196,7 @@ class Traits:
             "neighbourRows": self.entry.get("neighbour_rows", "std::nullopt"),
             "identity": identity_name,
             "touchesGaps": str(self.entry.get("touches_gaps", False)).lower(),
+            "countsPixels": str(self.entry.get("counts_pixels", False)).lower(),
             "parameters": parameters_name,
         }
         return identity + parameters, "{" + ", ".join(f".{name} = {value}" for name, value in fields.items()) + "}"

@@ -38,6 +38,7 @@ LAYERS = {
     "app/commands/settings.cpp": ["app/", *ENGINE, "host/include/"],
     "app/": ["app/", *ENGINE],
     "bridges/frei0r/": ["{own}", "engine/include/", "host/include/"],
+    "bridges/openfx/": ["{own}", "engine/include/", WINDOWS],
     "bridges/": ["{own}", "engine/include/"],
     "examples/": ["engine/include/", "host/include/"],
     "tests/": [""],

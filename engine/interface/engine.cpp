@@ -102,6 +102,7 @@ VireoStatus vireoDescribeFilter(const VireoEngine* engine, uint32_t index, Vireo
         filled.maximumWidth = traits.limits.width;
         filled.maximumHeight = traits.limits.height;
         filled.maximumRowBytes = traits.limits.rowBytes;
+        filled.countsPixels = traits.countsPixels ? 1 : 0;
         write(filled, description);
     });
 }
@@ -140,6 +141,7 @@ VireoStatus vireoDescribeParameter(const VireoEngine* engine, uint32_t filter, u
         filled.choiceCount = static_cast<std::uint32_t>(texts.choices.size());
         filled.size = static_cast<std::uint32_t>(parameter.size);
         filled.label = texts.label.c_str();
+        filled.inPixels = texts.inPixels ? 1 : 0;
         write(filled, description);
     });
 }

@@ -2,6 +2,8 @@
 #include "engine/interface/frames.h"
 
 #include "engine/interface/handles.h"
+#include "engine/pixels/dither.h"
+#include "engine/pixels/reduced_depth.h"
 
 #include <cstdlib>
 #include <limits>
@@ -14,7 +16,8 @@ constexpr std::int64_t largestRow = std::numeric_limits<std::int32_t>::max() - 6
 
 }  // namespace
 
-FrameView::FrameView(const VireoFrame& frame, bool hasPixels) : frame_(frame) {
+FrameView::FrameView(const VireoFrame& frame, bool hasPixels, bool isReduced)
+    : frame_(frame), isReduced_(isReduced) {
     const std::int32_t layout = numberOf(frame_.layout), depth = numberOf(frame_.depth);
     require(layout >= VireoBgra && layout <= VireoGrey, "a frame's layout is not known");
     require(depth == 0 || depth == VireoDepth8 || depth == VireoDepth16 || depth == VireoDepthFloat,
@@ -39,6 +42,7 @@ PixelFormat FrameView::format() const {
 }
 
 std::uint32_t FrameView::filterFormat() const {
+    if (isReduced_) return PixKit::formatBgra;
     switch (frame_.depth) {
         case VireoDepth16: return PixKit::formatCode("Bgra");
         case VireoDepthFloat: return PixKit::formatCode("BGra");
@@ -48,7 +52,7 @@ std::uint32_t FrameView::filterFormat() const {
 
 bool FrameView::isPlainBgra() const {
     const auto address = reinterpret_cast<std::uintptr_t>(frame_.pixels);
-    return frame_.layout == VireoBgra && frame_.premultiplied == 0 && address % 4 == 0 &&
+    return frame_.layout == VireoBgra && frame_.premultiplied == 0 && !isReduced_ && address % 4 == 0 &&
            frame_.stride % pixelBytes() == 0 && std::abs(frame_.stride) <= largestRow;
 }
 
@@ -60,11 +64,33 @@ std::shared_ptr<Picture> FrameView::picture() const {
     return std::make_shared<Picture>(buffer, filterFormat());
 }
 
+std::vector<std::uint8_t> FrameView::deepRow() const {
+    return std::vector<std::uint8_t>(static_cast<std::size_t>(bytesOf(PixelLayout::Bgra, format().depth)) *
+                                     static_cast<std::size_t>(frame_.width));
+}
+
 void FrameView::copyTo(Picture& picture) const {
+    if (isReduced_) {
+        const DitherRows dither(frame_.width, true);
+        auto deep = deepRow();
+        for (int y = 0; y < frame_.height; ++y) {
+            rowToBgra(format(), row(y), deep.data(), frame_.width);
+            rowToBytes(format().depth, deep.data(), dither.row(y), picture.row(y), frame_.width);
+        }
+        return;
+    }
     for (int y = 0; y < frame_.height; ++y) rowToBgra(format(), row(y), picture.row(y), frame_.width);
 }
 
 void FrameView::copyFrom(const Picture& picture) const {
+    if (isReduced_) {
+        auto deep = deepRow();
+        for (int y = 0; y < frame_.height; ++y) {
+            rowFromBytes(format().depth, picture.row(y), deep.data(), frame_.width);
+            rowFromBgra(format(), deep.data(), row(y), frame_.width);
+        }
+        return;
+    }
     for (int y = 0; y < frame_.height; ++y) rowFromBgra(format(), picture.row(y), row(y), frame_.width);
 }
 
@@ -73,7 +99,7 @@ PicturePtr FrameView::fetched(const std::function<void(const VireoFrame&)>& writ
     VireoFrame target = frame_;
     target.structSize = sizeof target;
     target.owned = nullptr;
-    if (frame_.layout == VireoBgra && frame_.premultiplied == 0) {
+    if (frame_.layout == VireoBgra && frame_.premultiplied == 0 && !isReduced_) {
         target.pixels = picture->row(0);
         target.stride = -std::int64_t{picture->rowBytes()};
         write(target);
@@ -84,7 +110,7 @@ PicturePtr FrameView::fetched(const std::function<void(const VireoFrame&)>& writ
     target.pixels = pixels.get();
     target.stride = rowBytes();
     write(target);
-    FrameView(target, true).copyTo(*picture);
+    FrameView(target, true, isReduced_).copyTo(*picture);
     return picture;
 }
 
@@ -120,7 +146,7 @@ VireoFrame ResultFrame::fill(const VireoFrame* given, const FrameView& source,
 }
 
 ResultFrame::ResultFrame(VireoFrame* given, const FrameView& source)
-    : given_(given), filled_(fill(given, source, pixels_)), view_(filled_, true) {}
+    : given_(given), filled_(fill(given, source, pixels_)), view_(filled_, true, source.isReduced()) {}
 
 void ResultFrame::handOver() {
     if (pixels_ == nullptr) return;

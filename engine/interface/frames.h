@@ -11,19 +11,22 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace vireo {
 
 /// A frame of the caller's whose geometry was looked at.
 class FrameView {
 public:
-    /// Throws Error where a size, a layout or, with `hasPixels`, the rows make no sense.
-    FrameView(const VireoFrame& frame, bool hasPixels);
+    /// Throws Error where a size, a layout or, with `hasPixels`, the rows make no sense. `isReduced`: filters
+    /// are given 8 bits of it.
+    FrameView(const VireoFrame& frame, bool hasPixels, bool isReduced = false);
 
     int width() const { return frame_.width; }
     int height() const { return frame_.height; }
     std::int64_t stride() const { return frame_.stride; }
     VireoDepth depth() const { return frame_.depth; }
+    bool isReduced() const { return isReduced_; }
 
     /// Whether filters can be given the pixels as they lie: BGRA, straight alpha, whole pixels apart.
     bool isPlainBgra() const;
@@ -34,7 +37,7 @@ public:
     /// The pixels as a picture, without a copy.
     std::shared_ptr<Picture> picture() const;
 
-    /// Converts to and from a picture of the same size and depth.
+    /// Converts to and from a picture of the same size and, unless it is reduced, depth.
     void copyTo(Picture& picture) const;
     void copyFrom(const Picture& picture) const;
 
@@ -44,16 +47,20 @@ public:
     /// Whether two frames share memory.
     bool overlaps(const FrameView& other) const;
 
-    /// The format in which filters take frames of this depth.
+    /// The format in which filters take it.
     std::uint32_t filterFormat() const;
 
 private:
     std::uint8_t* row(int y) const { return static_cast<std::uint8_t*>(frame_.pixels) + y * frame_.stride; }
     PixelFormat format() const;
+
+    /// Room for a row of BGRA in this depth.
+    std::vector<std::uint8_t> deepRow() const;
     std::int64_t rowBytes() const { return std::int64_t{frame_.width} * pixelBytes(); }
     int pixelBytes() const { return bytesOf(format().layout, format().depth); }
 
     VireoFrame frame_;
+    bool isReduced_;
 };
 
 /// The caller's result, with pixels of the engine's where it brought none. They go again unless they are

@@ -132,6 +132,7 @@ Library::Library(std::shared_ptr<const hosting::MetaPlugin> loaded, std::uint16_
             if (i >= traits.parameters.size()) continue;
             const hosting::ParameterTraits& known = traits.parameters[i];
             shown.unit = known.unit;
+            shown.inPixels = known.inPixels;
             shown.label = localised(std::string(known.labelKey), language);
             for (const std::string_view choice : known.choices) {
                 shown.choices.push_back(localised(std::string(choice), language));

@@ -29,6 +29,7 @@ struct FilterTexts {
     struct Parameter {
         std::string name, label, unit;
         std::vector<std::string> choices;
+        bool inPixels = false;
     };
     std::vector<Parameter> parameters;
     std::vector<std::uint8_t> initialRecord;

@@ -94,8 +94,8 @@ void checkAccepted(const FilterChain& chain, const FrameView& frame, Interlacing
 class Call {
 public:
     /// Throws Error.
-    Call(const VireoFrame* given, VireoFrame* result, const VireoTime* time)
-        : source(read(given), true), position(positionOf(time)), result_(result, source) {}
+    Call(const VireoFrame* given, VireoFrame* result, const VireoTime* time, bool isReduced = false)
+        : source(read(given), true, isReduced), position(positionOf(time)), result_(result, source) {}
 
     const FrameView source;
     const FramePosition position;
@@ -246,8 +246,10 @@ VireoStatus vireoChainRender(const VireoChain* chain, const VireoFrame* source, 
     return guarded([&] {
         require(chain, source, result);
         const VireoRenderOptions options = read(given);
-        Call call(source, result, time);
         const auto built = chain->built();
+        const bool isReduced = built != nullptr && options.reducesDepth != 0 &&
+                               !built->chain.takesFormat(FrameView(read(source), false).filterFormat());
+        Call call(source, result, time, isReduced);
         if (built == nullptr) return call.copy();
         checkAccepted(built->chain, call.source, call.position.interlacing);
         const PicturePtr picture = call.sourcePicture(built->chain, false);

@@ -316,7 +316,7 @@ TEST_F(Traits, ReadAsTheParametersDo) {
         ASSERT_EQ(tested.traits.parameters.size(), tested.parameters.size());
         for (std::size_t i = 0; i < tested.parameters.size(); ++i) {
             const hosting::Parameter& parameter = tested.parameters[i];
-            const auto& [unit, labelKey, choices] = tested.traits.parameters[i];
+            const auto& [unit, labelKey, choices, inPixels] = tested.traits.parameters[i];
             SCOPED_TRACE(parameter.name);
             const bool isShownAsItIs = parameter.displayMinimum == parameter.minimum &&
                                        parameter.displayMaximum == parameter.maximum;
@@ -325,6 +325,7 @@ TEST_F(Traits, ReadAsTheParametersDo) {
             EXPECT_TRUE(unit.empty() || parameter.kind == hosting::ParameterKind::Number);
             EXPECT_TRUE(unit == "%" ? isPercentage : isShownAsItIs || !isPercentage);
             EXPECT_TRUE(unit != "°" || parameter.displayMaximum == 360);
+            EXPECT_TRUE(!inPixels || (choices.empty() && unit != "%" && isShownAsItIs));
             if (choices.empty()) {
                 EXPECT_EQ(labelKey, parameter.key);
                 continue;

@@ -48,6 +48,9 @@ def elf_files(root):
 
 def test_files_lie_where_debian_has_them(package, root):
     assert len(list((root / "usr/lib/frei0r-1").glob("vireo_*.so"))) == 22
+    bundle = root / "usr/OFX/Plugins/Vireo.ofx.bundle/Contents"
+    assert (bundle / "Linux-x86-64/Vireo.ofx").is_file() and (bundle / "Info.plist").is_file()
+    assert len(list((bundle / "Resources").glob("vireo.*.png"))) == 22
     shlibs = run("dpkg-deb", "--info", package, "shlibs")
     for library in ("libVireo", "libVireoHost"):
         assert (root / f"usr/lib/{library}.so.1").exists() and (root / f"usr/lib/{library}.so").is_symlink()

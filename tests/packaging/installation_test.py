@@ -34,8 +34,9 @@ def only(folder, pattern):
 
 def test_everything_lies_where_it_is_looked_for(installation, tmp_path):
     libraries = only(installation, "**/frei0r-1").parent
-    assert sorted(path.name for path in installation.iterdir()) == ["bin", "include", "lib", "share"]
-    for binary in (installation / "bin/vireo", only(libraries, "vireo/*"), libraries / "frei0r-1/vireo_levels.so"):
+    assert sorted(path.name for path in installation.iterdir()) == ["OFX", "bin", "include", "lib", "share"]
+    for binary in (installation / "bin/vireo", only(libraries, "vireo/*"), libraries / "frei0r-1/vireo_levels.so",
+                   only(installation, "OFX/Plugins/Vireo.ofx.bundle/Contents/*/Vireo.ofx")):
         found = run("ldd", binary).split("libVireoHost.so.1 => ")[1].split(" (")[0]
         assert os.path.normpath(found) == str(libraries / "libVireoHost.so.1")
     for place in ("man/man1/vireo.1", "bash-completion/completions/vireo", "zsh/*/_vireo",
@@ -54,6 +55,11 @@ def test_program_and_plugins_run_from_there(installation, tmp_path):
     # The build's own folder cannot help out: FFmpeg looks nowhere else.
     environment = hosts.plugin_environment(only(installation, "**/frei0r-1"))
     assert numpy.array_equal(hosts.with_ffmpeg(clip, chain, tmp_path, environment), expected)
+
+
+def test_openfx_hosts_load_the_bundle_from_there(installation):
+    said = run(BUILD / "bin/openfx_loading_tests", environment={**BARE, "OFX_PLUGIN_PATH": str(installation / "OFX/Plugins")})
+    assert "loaded and described" in said
 
 
 def test_kdenlive_gets_a_description_of_every_plugin(installation):

@@ -7,7 +7,7 @@ import zipfile
 
 import numpy
 
-from conftest import ROOT, packed, pixels, run
+from conftest import BUILD, ROOT, packed, pixels, run
 
 EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
 
@@ -23,9 +23,23 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
             "libwinpthread-1.dll", "README.txt", "licences", "presets"} <= names
     for name in ("Vireo.dll", "include/vireo/vireo.h", "lib/libVireo.dll.a"):
         assert (unpacked / name).is_file(), name
+    bundle = unpacked / "OFX/Plugins/Vireo.ofx.bundle/Contents"
+    assert {"Vireo.ofx", "VireoOpenFX.dll", "Vireo.dll", "VireoHost.dll", "VireoFiltersMetaPlugin.vrmp", "libstdc++-6.dll",
+            "libgcc_s_seh-1.dll", "libwinpthread-1.dll"} == {path.name for path in (bundle / "Win64").iterdir()}
+    assert len(list((bundle / "Resources").glob("vireo.*.png"))) == 22
     assert {"LICENSE", "MIT.txt", "GPL-2.0-or-later.txt", "gcc-mingw-w64-x86-64-posix-runtime.txt"} <= {
         path.name for path in (unpacked / "licences").iterdir()}
     assert b"\r\n" in (unpacked / "README.txt").read_bytes()
+
+    # A host elsewhere, which has nothing of ours: the bundle alone is copied to where it looks.
+    host = tmp_path / "host"
+    shutil.copytree(bundle.parent, tmp_path / "OFX Plugins/Vireo.ofx.bundle")
+    host.mkdir()
+    for name in ("openfx_loading_tests.exe", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"):
+        shutil.copy(BUILD / "bin" / name, host)
+    bare = {name: value for name, value in os.environ.items() if name not in ("VIREO_MODULE", "WINEPATH")}
+    assert "loaded and described" in run(*EMULATOR, host / "openfx_loading_tests.exe", cwd=host,
+                                         environment={**bare, "OFX_PLUGIN_PATH": f"Z:{tmp_path}/OFX Plugins"})
 
     # A program of somebody's own, beside the libraries.
     run("x86_64-w64-mingw32-gcc", "-std=c11", "-Wall", "-Werror", ROOT / "examples/chain.c",
@@ -35,9 +49,8 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     work = tmp_path / "work"
     work.mkdir()
     shutil.copy(picture, work)
-    environment = {name: value for name, value in os.environ.items() if name not in ("VIREO_MODULE", "WINEPATH")}
-    run(*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip", cwd=work, environment=environment)
+    run(*EMULATOR, unpacked / "vireo.exe", "render", "in.png", "out.png", "-f", "Horizontal Flip", cwd=work, environment=bare)
     (work / "in.ppm").write_bytes(b"P6\n2 1\n255\nabcdef")
-    run(*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip", cwd=work, environment=environment)
+    run(*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip", cwd=work, environment=bare)
     assert (work / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"
     assert numpy.array_equal(pixels(work / "out.png"), pixels(picture)[:, ::-1])

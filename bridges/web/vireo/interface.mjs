@@ -23,6 +23,7 @@ const structs = {
         maximumWidth: 'int',
         maximumHeight: 'int',
         maximumRowBytes: 'int',
+        countsPixels: 'int',
     },
     VireoParameter: {
         structSize: 'uint',
@@ -39,6 +40,7 @@ const structs = {
         choiceCount: 'uint',
         size: 'uint',
         label: 'text',
+        inPixels: 'int',
     },
     VireoPreset: { structSize: 'uint', name: 'own text', description: 'own text', file: 'own text' },
     VireoKey: { frame: 'long', seconds: 'double', value: 'long', transition: 'int' },
@@ -68,7 +70,13 @@ const structs = {
         depths: 'uint',
         takesRowsFromTheTop: 'int',
     },
-    VireoRenderOptions: { structSize: 'uint', earlierFrame: 'address', isCancelled: 'address', user: 'address' },
+    VireoRenderOptions: {
+        structSize: 'uint',
+        earlierFrame: 'address',
+        isCancelled: 'address',
+        user: 'address',
+        reducesDepth: 'int',
+    },
 };
 
 /** What scripts call the members of the enumerations, in order from 0. */

@@ -109,6 +109,8 @@ typedef struct VireoFilter {
     int32_t maximumWidth;    ///< The largest frames that it takes, INT32_MAX where any.
     int32_t maximumHeight;
     int32_t maximumRowBytes;
+    int32_t countsPixels;  ///< Whether a picture made smaller is not rendered as the large one is, whatever
+                           ///< becomes of the parameters that count pixels.
 } VireoFilter;
 
 VIREO_API uint32_t vireoFilterCount(const VireoEngine* engine);
@@ -137,6 +139,7 @@ typedef struct VireoParameter {
     uint32_t choiceCount;  ///< Words that stand for the values from `minimum` on; 0: none.
     uint32_t size;         ///< Bytes in the settings handle.
     const char* label;     ///< As people read it beside a control, in the engine's language.
+    int32_t inPixels;      ///< Whether values count pixels, so that they go with a picture made smaller.
 } VireoParameter;
 
 VIREO_API VireoStatus vireoDescribeParameter(const VireoEngine* engine, uint32_t filter, uint32_t parameter,
@@ -360,6 +363,8 @@ typedef struct VireoRenderOptions {
     int32_t (*isCancelled)(void* user);  ///< Asked between filters and parts of a frame, on any of the
                                          ///< chain's threads; may be null.
     void* user;
+    int32_t reducesDepth;  ///< Whether deeper frames than the chain renders are brought to 8 bits with an
+                           ///< ordered dither, and the result back.
 } VireoRenderOptions;
 
 /// Renders a frame. `result` has the source's size; layout, depth and row order are its own, with the depth

@@ -3,6 +3,8 @@
 #include "tests/engine/interface/interface_support.h"
 #include "tests/engine/support/fake_filters.h"
 
+#include <limits>
+
 namespace vireo::test {
 namespace {
 
@@ -120,6 +122,49 @@ struct Peek {
         return 0;
     }
 };
+
+TEST(InterfaceFrames, ThatAreTooDeepCanBeReduced) {
+    constexpr int side = 16;
+    const ChainHandle chain = newChain("Color Balance (RGB):red=300");
+    const VireoRenderOptions options{.structSize = sizeof options, .reducesDepth = 1};
+    const auto render = [&](VireoDepth depth, auto* samples) {
+        VireoFrame frame{.structSize = sizeof frame,
+                         .width = side,
+                         .height = side,
+                         .layout = VireoRgba,
+                         .depth = depth,
+                         .premultiplied = 0,
+                         .pixels = samples,
+                         .stride = static_cast<std::int64_t>(side * 4 * sizeof *samples),
+                         .owned = nullptr};
+        EXPECT_EQ(vireoChainRender(chain.get(), &frame, &frame, nullptr, nullptr),
+                  depth == VireoDepth8 ? VireoDone : VireoUnsupported);
+        return vireoChainRender(chain.get(), &frame, &frame, nullptr, &options);
+    };
+    std::vector<std::uint8_t> bytes(side * side * 4, 100);
+    std::vector<std::uint16_t> words(bytes.size(), 100 * 257);
+    std::vector<float> floats(bytes.size(), 100 / 255.0F);
+    ASSERT_EQ(render(VireoDepth16, words.data()), VireoDone);
+    ASSERT_EQ(render(VireoDepthFloat, floats.data()), VireoDone);
+    const int red = 100 * 300 / 255;
+    EXPECT_EQ(words[0], red * 257);
+    EXPECT_FLOAT_EQ(floats[0], red / 255.0F);
+    EXPECT_EQ(words[1], 100 * 257);
+
+    // What lies between two levels is both, in its proportion, and what is no colour does no harm.
+    words.assign(words.size(), 100 * 257 + 64);
+    ASSERT_EQ(render(VireoDepth16, words.data()), VireoDone);
+    double mean = 0;
+    for (std::size_t i = 1; i < words.size(); i += 4) mean += words[i] / (257.0 * side * side);
+    EXPECT_NEAR(mean, 100 + 64 / 257.0, 0.01);
+    floats.assign(floats.size(), -7);
+    floats[1] = 9;
+    floats[5] = std::numeric_limits<float>::quiet_NaN();
+    ASSERT_EQ(render(VireoDepthFloat, floats.data()), VireoDone);
+    EXPECT_EQ(floats[1], 1);
+    EXPECT_EQ(floats[5], 0);
+    EXPECT_EQ(floats[2], 0);
+}
 
 TEST(InterfaceFrames, OfBgraAreRenderedWhereTheyLie) {
     const ChainHandle chain = newChain("Color Balance:red=10");

@@ -32,6 +32,7 @@ struct ParameterTraits {
         labelKey;  ///< What the localiser takes; the property list's key unless that says little.
     /// Of a number that stands for one of a few words: their keys, that of the smallest number first.
     std::span<const std::string_view> choices;
+    bool inPixels = false;  ///< The value counts pixels: it goes with a picture that is made smaller.
 };
 
 struct IdentityValue {
@@ -55,7 +56,8 @@ struct FilterTraits {
     std::optional<std::int32_t> neighbourRows;
     /// With all these values the result is the source, whatever the others are. Empty where there are none.
     std::span<const IdentityValue> identity;
-    bool touchesGaps = false;                     ///< Bytes between the rows are read and written, too.
+    bool touchesGaps = false;   ///< Bytes between the rows are read and written, too.
+    bool countsPixels = false;  ///< A picture made smaller is not rendered as the large one is.
     std::span<const ParameterTraits> parameters;  ///< In the order of the property list.
 };
 

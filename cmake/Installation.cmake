@@ -20,6 +20,9 @@ set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
 # Hosts look in /usr/OFX/Plugins.
 set(VIREO_INSTALL_OPENFXDIR OFX/Plugins/Vireo.ofx.bundle/Contents)
 set(VIREO_INSTALL_PYTHONDIR lib/python3/dist-packages)
+# OBS looks in the folder of the processor's libraries, where there is one.
+set(VIREO_INSTALL_OBSDIR lib/${CMAKE_LIBRARY_ARCHITECTURE}/obs-plugins)
+set(VIREO_INSTALL_OBSDATADIR ${CMAKE_INSTALL_DATADIR}/obs/obs-plugins/vireo)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 
 # Shells look for the completion of what a package manager installed in a place of its own.

@@ -65,5 +65,18 @@ command vireo.")
     set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "vireo-filters (= ${PROJECT_VERSION}), python3-numpy, \
 python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${next})")
   endif()
+
+  if(VIREO_OBS_FOUND)
+    list(APPEND CPACK_COMPONENTS_ALL obs)
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vireo-obs RENAME copyright COMPONENT obs)
+    set(CPACK_DEBIAN_OBS_PACKAGE_NAME vireo-obs)
+    set(CPACK_DEBIAN_OBS_PACKAGE_SECTION video)
+    set(CPACK_DEBIAN_OBS_DESCRIPTION
+"For OBS Studio: chains of the filters on every video source, live, with the
+pixels of the command vireo.")
+    set(CPACK_DEBIAN_OBS_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_OBS_PACKAGE_DEPENDS "vireo-filters (= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_OBS_PACKAGE_ENHANCES obs-studio)
+  endif()
 endif()
 include(CPack)

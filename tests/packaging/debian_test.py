@@ -14,12 +14,21 @@ def package(tmp_path_factory):
     return packed(tmp_path_factory.mktemp("cpack"), "vireo-filters_*_amd64.deb")
 
 
+def package_beside(package, name):
+    packages = list(package.parent.glob(f"{name}_*_amd64.deb"))
+    if not packages:
+        pytest.skip(f"built without {name}")
+    return packages[0]
+
+
 @pytest.fixture(scope="module")
 def python_package(package):
-    packages = list(package.parent.glob("python3-vireo_*_amd64.deb"))
-    if not packages:
-        pytest.skip("built without the Python package")
-    return packages[0]
+    return package_beside(package, "python3-vireo")
+
+
+@pytest.fixture(scope="module")
+def obs_package(package):
+    return package_beside(package, "vireo-obs")
 
 
 @pytest.fixture(scope="module")
@@ -109,3 +118,15 @@ def test_python_finds_the_filters_there(python_package, root, picture):
     packages = {**BARE, "PYTHONPATH": str(place / "usr/lib/python3/dist-packages"), "PYTHONDONTWRITEBYTECODE": "1"}
     assert run("/usr/bin/python3", "-c", use, picture, result, environment=packages) == f"{place}/usr/bin/vireo\n"
     assert numpy.array_equal(pixels(result), pixels(picture)[:, ::-1])
+
+
+def test_obs_finds_the_plugin_and_it_the_filters(obs_package, root):
+    depends = field(obs_package, "Depends")
+    assert f"vireo-filters (= {field(obs_package, 'Version')})" in depends and "libobs0" in depends
+    place = unpacked(obs_package, shutil.copytree(root, root.with_name("with-obs"), symlinks=True))
+    (plugin,) = place.glob("usr/lib/*/obs-plugins/vireo.so")
+    libraries = run("pkg-config", "--variable=libdir", "libobs").strip()
+    assert plugin.parent == place / libraries[1:] / "obs-plugins"
+    assert f"{place}/usr/lib/" in re.search(r"libVireo\.so\.1 => (\S+)", run("ldd", plugin))[1]
+    data = place / "usr/share/obs/obs-plugins/vireo"
+    assert (data / "vireo.effect").is_file() and len(list((data / "locale").iterdir())) == 7

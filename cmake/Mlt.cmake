@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# VIREO_MLT_FOUND says whether the module for MLT is built.
+option(VIREO_MLT "Build the module for MLT where its headers are found" ON)
+if(VIREO_MLT AND NOT WIN32 AND NOT EMSCRIPTEN)
+  find_package(PkgConfig QUIET)
+  if(PkgConfig_FOUND)
+    pkg_check_modules(MLT QUIET IMPORTED_TARGET mlt-framework-7>=7.12)
+  endif()
+  if(MLT_FOUND)
+    set(VIREO_MLT_FOUND ON)
+    set(VIREO_MLT_PREFIX ${MLT_PREFIX})
+    # Where MLT looks, seen from its prefix and so from ours.
+    foreach(place moduledir mltdatadir)
+      pkg_get_variable(folder mlt-framework-7 ${place})
+      cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${MLT_PREFIX} OUTPUT_VARIABLE VIREO_MLT_${place})
+    endforeach()
+    set(VIREO_INSTALL_MLTDIR ${VIREO_MLT_moduledir})
+    set(VIREO_INSTALL_MLTDATADIR ${VIREO_MLT_mltdatadir})
+  else()
+    message(STATUS "Without the module for MLT: there is no mlt-framework-7 of 7.12 or later")
+  endif()
+endif()

@@ -50,6 +50,7 @@ of filters in other programs, and the host library have C interfaces.")
   endforeach()
   file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs "${shlibs}")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs)
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_RECOMMENDS python3)
   set(CPACK_DEBIAN_FILTERS_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")
 
   if(VIREO_PYTHON_FOUND)

@@ -26,7 +26,8 @@ GROUPS = {
 
 
 def group(filter):
-    return GROUPS.get(filter.file) or GROUPS[filter.category()]
+    """None where Kdenlive's own choice has to do."""
+    return GROUPS.get(filter.file) or GROUPS.get(filter.category())
 
 
 class Effect:

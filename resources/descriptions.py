@@ -72,7 +72,8 @@ def describe(entry, told):
     """A filter of the catalogue, with what `vireo info --json` tells of it."""
     filter = generate.Filter(entry)
     file = generate.file_name(entry)
-    notes = tomllib.loads((ROOT / f"docs/filters/notes/{file.replace('_', '-')}.toml").read_text(encoding="utf-8"))
+    page = ROOT / f"docs/filters/notes/{file.replace('_', '-')}.toml"
+    notes = tomllib.loads(page.read_text(encoding="utf-8")) if page.exists() else {"summary": filter.name}
     parameters = []
     for row, known in zip(filter.parameters, told["parameters"], strict=True):
         label = row.get("label", row["name"])

@@ -39,7 +39,8 @@ def main():
     folder = Path(sys.argv[2])
     groups = {}
     for filter in descriptions.filters(sys.argv[1]):
-        groups.setdefault(group(filter), []).append(filter.service)
+        if group(filter):
+            groups.setdefault(group(filter), []).append(filter.service)
         for language in descriptions.LANGUAGES:
             describe(filter, language).write(folder / language / f"vireo_mlt_{filter.file}.xml")
     lines = [f"{name}\t{','.join(services)}\n" for name, services in sorted(groups.items())]

@@ -28,7 +28,7 @@ for command_and_package in node:nodejs npm:npm; do
 done
 
 # What ./check --long runs beside.
-long_packages=(debootstrap)
+long_packages=(debootstrap kdenlive shotcut openbox xdotool imagemagick dbus-daemon)
 
 as_root() {
     if [[ $EUID == 0 ]]; then "$@"; else sudo "$@"; fi

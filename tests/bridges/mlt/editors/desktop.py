@@ -91,7 +91,7 @@ class Desktop:
         for process in reversed(self.processes):
             process.end()
 
-    def start(self, program, *arguments, title, seconds=60):
+    def start(self, program, *arguments, title, seconds=180):
         """Starts a program and makes the window with the title fill the screen."""
         name = Path(program).name
         process = Process(["dbus-run-session", "--", program, *arguments], self.environment, self.folder / f"{name}.log")
@@ -170,26 +170,115 @@ def make_clip(path, frames=100):
     return path
 
 
-class Kdenlive:
+class Editor:
+    """An editor with one project, to be used in a with statement."""
+
+    process = None
+    monitor = 0, 0, 1, 1  # its place: x, y, width, height
+
+    def __init__(self, desktop):
+        self.desktop = desktop
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.process:
+            self.desktop.stop(self.process)
+
+    def open(self, project):
+        self.project = project
+        self.process = self.start(project)
+
+    def save(self):
+        before = self.project.stat().st_mtime_ns
+        self.desktop.key("ctrl+s")
+        wait_for(lambda: self.project.stat().st_mtime_ns != before, 20, "the saved project")
+        time.sleep(2)
+
+    def step(self, *keys):
+        """Through the frames."""
+        self.focus()
+        for key in keys:
+            self.desktop.key(key)
+        time.sleep(1)
+
+    def undo(self):
+        self.focus()
+        self.desktop.key("ctrl+z")
+        time.sleep(1)
+
+    def shown(self, path):
+        """The pixels that the monitor shows."""
+        x, y, width, height = self.monitor
+        return self.desktop.settled(path, width, height, x, y)
+
+
+class Kdenlive(Editor):
     """With the filters in its groups, as vireo-editors puts them there."""
 
+    monitor = 930, 75, 660, 360
+    clip = 640, 700
+    layout = 1508, 18
+    search = 130, 78
+    found = 130, 117
+
     def __init__(self, desktop, language="en"):
-        self.desktop = desktop
+        super().__init__(desktop)
         prefix = desktop.installation.prefix
         folder = desktop.home / ".local/share/kdenlive"
         shutil.copytree(prefix / "share/kdenlive", folder)
         run(prefix / "bin/vireo-editors", "kdenlive", "--language", language, "--to", folder)
 
-    def open(self, project):
-        self.process = self.desktop.start("kdenlive", project, title=" fps — Kdenlive")
-        self.desktop.click(1508, 45)  # the layout for effects
+    def start(self, project):
+        process = self.desktop.start("kdenlive", project, title=" fps — Kdenlive")
+        self.desktop.click(*self.layout)
         time.sleep(4)
+        return process
+
+    def select(self):
+        self.desktop.click(*self.clip)
+        time.sleep(1)
+
+    focus = select
 
     def find(self, text):
-        """Looks for effects in the list."""
-        self.desktop.click(130, 107)
+        self.desktop.click(*self.search)
         self.desktop.key("ctrl+a")
         self.desktop.type(text)
 
-    def close(self):
-        self.desktop.stop(self.process)
+    def add(self, name):
+        """Adds the effect to the clip, by the list."""
+        self.select()
+        self.find("vireo " + name.lower())
+        self.desktop.click(*self.found, times=2)
+        time.sleep(2)
+
+
+class Shotcut(Editor):
+    monitor = 620, 160, 650, 370
+    filters = 104, 690
+    player = 940, 340
+
+    def start(self, project):
+        program = self.desktop.installation.prefix / "bin/shotcut"
+        process = self.desktop.start(program, "--noupgrade", project, title=" - Shotcut")
+        self.desktop.click(*self.filters)
+        return process
+
+    def select(self):
+        self.desktop.click(*self.filters)
+
+    def focus(self):
+        self.desktop.click(*self.player)
+
+    def find(self, text):
+        self.desktop.click(*self.player)
+        self.desktop.key("f")
+        self.desktop.key("ctrl+a")
+        self.desktop.type(text)
+
+    def add(self, name):
+        self.find("vireo " + name.lower())
+        self.desktop.key("Down", "Return")
+        time.sleep(2)

@@ -42,6 +42,9 @@ else()
 command vireo, which renders pictures and video with them. The engine, for chains
 of filters in other programs, and the host library have C interfaces.")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_SHLIBDEPS ON)
+  if(VIREO_MLT_FOUND)
+    list(APPEND CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/LooseLibraries.cmake)
+  endif()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
   # What other packages depend on when they link one of the libraries.
   set(shlibs "")

@@ -16,7 +16,7 @@ check_packages=(
     git dpkg-dev python3-pytest python3-numpy python3-pil
     pybind11-dev python3-dev mypy python3-pip python3-venv python3-setuptools python3-wheel
     python3-av python3-opencv jupyter-nbconvert python3-ipykernel
-    ffmpeg melt
+    ffmpeg melt libmlt-dev
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad

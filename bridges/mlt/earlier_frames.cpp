@@ -65,14 +65,12 @@ OwnedFrame nextFrame(mlt_filter filter) {
     return owned;
 }
 
-/// The frame at a position as frames count; cuts seek from their own begin.
+/// The number of a clip's first frame: those of a cut count from the begin of what was cut.
+mlt_position firstOf(mlt_producer clip) { return mlt_producer_is_cut(clip) ? mlt_producer_get_in(clip) : 0; }
+
 OwnedFrame frameAt(mlt_filter filter, mlt_producer clip, mlt_position position) {
-    mlt_producer_seek(clip, position);
-    OwnedFrame frame = nextFrame(filter);
-    if (frame == nullptr) return nullptr;
-    const mlt_position beside = position - mlt_frame_get_position(frame.get());
-    if (beside == 0) return frame;
-    mlt_producer_seek(clip, std::max(0, position + beside));
+    if (clip == nullptr) return nullptr;
+    mlt_producer_seek(clip, position - firstOf(clip));
     return nextFrame(filter);
 }
 
@@ -123,11 +121,10 @@ Pasts EarlierFrames::at(mlt_filter filter, mlt_frame frame, std::uint32_t reach)
     if (run_.empty() || run_.back()->position() + 1 != now) run_.clear();
     mlt_producer clip = clipOf(filter);
     const mlt_position next = clip != nullptr ? mlt_producer_position(clip) : 0;
-    const mlt_position first = std::max(0, now - static_cast<mlt_position>(reach));
-    for (mlt_position position = run_.empty() ? first : now; position <= now; ++position) {
-        run_.push_back(
-            std::make_shared<Past>(position, clip != nullptr ? frameAt(filter, clip, position) : nullptr));
-    }
+    const mlt_position first =
+        std::max(clip != nullptr ? firstOf(clip) : 0, now - static_cast<mlt_position>(reach));
+    for (mlt_position position = run_.empty() ? first : now; position <= now; ++position)
+        run_.push_back(std::make_shared<Past>(position, frameAt(filter, clip, position)));
     if (clip != nullptr) mlt_producer_seek(clip, next);
     while (run_.front()->position() < first) run_.pop_front();
     return {run_.begin(), run_.end()};

@@ -6,9 +6,11 @@
 #include "bridges/mlt/values.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,10 +20,29 @@ namespace {
 
 constexpr const char* stateName = "_vireo";
 
-/// A chain and the texts that it was made of.
+/// A chain, and what it was made of. Its filters are set up anew after a change, so that only changes are
+/// set.
 struct MadeChain {
     std::string source;
     Chain chain;
+    std::vector<Value> values;
+    std::uint32_t threads = 1;
+
+    void setValues(const std::vector<Parameter>& parameters, mlt_properties properties,
+                   const Moment& moment) {
+        values.resize(parameters.size());
+        for (std::size_t i = 0; i < parameters.size(); ++i) {
+            Value value = valueAt(parameters[i], properties, moment);
+            if (value == values[i]) continue;
+            setValue(chain.get(), parameters[i], value);
+            values[i] = std::move(value);
+        }
+    }
+
+    void setThreads(std::uint32_t wanted) {
+        if (wanted != threads) check(vireoChainSetThreads(chain.get(), wanted));
+        threads = wanted;
+    }
 };
 
 /// What an MLT filter holds. Frames of it may be under way on several threads.
@@ -97,8 +118,8 @@ MadeChain State::take(mlt_filter filter, const Moment& moment) {
             idle_.pop_back();
         }
     }
-    if (made.chain == nullptr) made = {wanted, make(properties)};
-    for (const Parameter& parameter : parameters_) setValue(made.chain.get(), parameter, properties, moment);
+    if (made.chain == nullptr) made = {wanted, make(properties), {}};
+    made.setValues(parameters_, properties, moment);
     return made;
 }
 
@@ -143,20 +164,37 @@ struct Rendering {
     }
 };
 
-/// As the frame is once its image is there; frames that do not say are progressive.
-std::int32_t interlacing(mlt_properties frame) {
+/// As the frame is once its image is there. Tracks say of pictures that did not tell that they have fields,
+/// so that the profile must have them too.
+std::int32_t interlacing(mlt_filter filter, mlt_properties frame) {
+    const mlt_profile profile = mlt_service_profile(MLT_FILTER_SERVICE(filter));
+    if (profile == nullptr || profile->progressive != 0) return 0;
     if (!mlt_properties_exists(frame, "progressive") || mlt_properties_get_int(frame, "progressive") != 0)
         return 0;
     return mlt_properties_get_int(frame, "top_field_first") != 0 ? 1 : 2;
 }
 
-/// Where the consumer works on several frames at once, each has one thread.
-std::uint32_t threadsFor(mlt_frame frame) {
-    return frame->is_processing != 0 ? 1 : static_cast<std::uint32_t>(std::max(1, mlt_slices_count_normal()));
-}
+/// Counts what is rendered at the same time. Where the consumer works on several frames at once each has one
+/// thread; frames within tracks do not tell, so that it is seen by their coming together.
+class Busy {
+public:
+    Busy() : others_(underWay_++) {}
+    ~Busy() { --underWay_; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
 
-int renderImage(mlt_frame frame, const Passed& passed, VireoChain* chain, std::uint8_t** image,
-                mlt_image_format* format, int* width, int* height) {
+    std::uint32_t threads(mlt_frame frame) const {
+        if (others_ > 0 || frame->is_processing != 0) return 1;
+        return static_cast<std::uint32_t>(std::max(1, mlt_slices_count_normal()));
+    }
+
+private:
+    static inline std::atomic<int> underWay_{0};
+    const int others_;
+};
+
+int renderImage(mlt_filter filter, mlt_frame frame, const Passed& passed, MadeChain& made,
+                std::uint8_t** image, mlt_image_format* format, int* width, int* height) {
     *format = mlt_image_rgba;
     const auto upstream = [&] { return mlt_frame_get_image(frame, image, format, width, height, 1); };
     const int error =
@@ -170,12 +208,15 @@ int renderImage(mlt_frame frame, const Passed& passed, VireoChain* chain, std::u
     picture.pixels = *image;
     picture.stride = std::int64_t{4} * *width;
     VireoTime time = passed.time;
-    time.interlacing = interlacing(MLT_FRAME_PROPERTIES(frame));
+    time.interlacing = interlacing(filter, MLT_FRAME_PROPERTIES(frame));
     Rendering rendering{frame, passed};
     auto options = sized<VireoRenderOptions>();
     options.earlierFrame = passed.pasts.empty() ? nullptr : Rendering::earlierFrame;
     options.user = &rendering;
+    VireoChain* chain = made.chain.get();
     check(vireoChainAccepts(chain, &picture, time.interlacing));
+    const Busy busy;
+    made.setThreads(busy.threads(frame));
     check(vireoChainRender(chain, &picture, &picture, &time, &options));
     return 0;
 }
@@ -205,8 +246,7 @@ int getImage(mlt_frame frame, std::uint8_t** image, mlt_image_format* format, in
     }
     if (made.chain == nullptr) return untouched();
     try {
-        check(vireoChainSetThreads(made.chain.get(), threadsFor(frame)));
-        const int error = renderImage(frame, passed, made.chain.get(), image, format, width, height);
+        const int error = renderImage(filter, frame, passed, made, image, format, width, height);
         state.giveBack(std::move(made));
         return error;
     } catch (const std::exception& error) {

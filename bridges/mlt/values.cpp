@@ -67,8 +67,8 @@ std::optional<std::int64_t> choice(const Parameter& parameter, const char* word)
 }
 
 /// None where the text is for the engine to read.
-std::optional<std::int64_t> valueAt(const Parameter& parameter, const char* text, mlt_properties properties,
-                                    const Moment& moment) {
+std::optional<std::int64_t> numberAt(const Parameter& parameter, const char* text, mlt_properties properties,
+                                     const Moment& moment) {
     const char* name = parameter.name.c_str();
     if (parameter.kind == VireoColor) {
         if (isAnimation(text)) return colorAt(properties, name, moment);
@@ -97,15 +97,16 @@ std::vector<Parameter> parametersOf(const VireoEngine* engine, std::uint32_t fil
     return parameters;
 }
 
-void setValue(VireoChain* chain, const Parameter& parameter, mlt_properties properties,
-              const Moment& moment) {
+Value valueAt(const Parameter& parameter, mlt_properties properties, const Moment& moment) {
     const char* text = mlt_properties_get(properties, parameter.name.c_str());
     if (text == nullptr || *text == 0) text = parameter.initial.c_str();
-    if (const auto value = valueAt(parameter, text, properties, moment)) {
-        check(vireoChainSetValue(chain, 0, parameter.index, *value));
-    } else {
-        check(vireoChainSet(chain, 0, parameter.index, text));
-    }
+    if (const auto number = numberAt(parameter, text, properties, moment)) return {number, {}};
+    return {{}, text};
+}
+
+void setValue(VireoChain* chain, const Parameter& parameter, const Value& value) {
+    check(value.number ? vireoChainSetValue(chain, 0, parameter.index, *value.number)
+                       : vireoChainSet(chain, 0, parameter.index, value.text.c_str()));
 }
 
 }  // namespace vireo::mlt

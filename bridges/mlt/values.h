@@ -7,6 +7,7 @@
 
 #include <framework/mlt.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,18 @@ struct Moment {
     int length;
 };
 
-/// Gives the only filter of a chain the value that a property has then.
-void setValue(VireoChain* chain, const Parameter& parameter, mlt_properties properties, const Moment& moment);
+/// What a property has then: a number as the engine stores it, or a text that the engine reads.
+struct Value {
+    std::optional<std::int64_t> number;
+    std::string text;
+
+    bool operator==(const Value&) const = default;
+};
+
+Value valueAt(const Parameter& parameter, mlt_properties properties, const Moment& moment);
+
+/// Gives the only filter of a chain a value.
+void setValue(VireoChain* chain, const Parameter& parameter, const Value& value);
 
 }  // namespace vireo::mlt
 

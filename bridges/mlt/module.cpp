@@ -19,15 +19,16 @@ void* create(mlt_profile, mlt_service_type, const char* service, const void* arg
 std::string descriptionOf(const std::string& service) {
     const std::string name = service.substr(service.find('.') + 1);
     const std::string path = std::string(mlt_environment("MLT_DATA")) + "/vireo/filter_" + name;
+    const auto file = [&](const std::string& ending) { return path + ending + ".yml"; };
     mlt_properties languages = mlt_repository_languages(mlt_factory_repository());
     for (int i = 0; i < mlt_properties_count(languages); ++i) {
         const std::string language = std::string(mlt_properties_get_value(languages, i)).substr(0, 2);
         if (language == "en") break;
-        const std::string translated = path + '_' + language + ".yml";
+        const std::string translated = file('_' + language);
         std::error_code unreadable;
         if (std::filesystem::exists(translated, unreadable)) return translated;
     }
-    return path + ".yml";
+    return file("");
 }
 
 mlt_properties metadata(mlt_service_type, const char* service, void*) {

@@ -141,6 +141,27 @@ def test_values_are_written_as_both_worlds_write_them(ours, typed, tmp_path):
     assert_same(result, vireo(source, *typed.split("; ")), source)
 
 
+PROJECT = """<mlt>
+  <producer id="clip"><property name="resource">{source}</property>
+    <filter><property name="mlt_service">vireo.solarize</property><property name="Threshold">0=20;11=230</property></filter>
+    <filter><property name="mlt_service">vireo.ghosting</property></filter>
+  </producer>
+  <playlist id="cuts"><entry producer="clip" in="8" out="11"/><entry producer="clip" in="3" out="5"/></playlist>
+  <tractor><track producer="cuts"/></tractor>
+</mlt>
+"""
+
+
+@pytest.mark.parametrize("real_time", [-1, -3])
+def test_projects_cut_clips_without_a_change_of_their_frames(real_time, tmp_path):
+    source = make_clip(tmp_path)
+    project = tmp_path / "project.mlt"
+    project.write_text(PROJECT.format(source=source))
+    result = pixels(melt(project, [], consumer=[f"real_time={real_time}"]))
+    whole = pixels(vireo(source, "Solarize:threshold=20@0f..230@11f", "Ghosting")).reshape(FRAMES, -1)
+    assert numpy.array_equal(result, whole[[8, 9, 10, 11, 3, 4, 5]].ravel())
+
+
 @pytest.mark.parametrize("ours, sentence", [
     (["vireo.solarize", "Threshold=often"], "Threshold of Solarize takes whole numbers from 0 to 254"),
     (["vireo", "chain=Solarise"], "Solarise"),

@@ -24,6 +24,8 @@ set(VIREO_INSTALL_PYTHONDIR lib/python3/dist-packages)
 set(VIREO_INSTALL_OBSDIR lib/${CMAKE_LIBRARY_ARCHITECTURE}/obs-plugins)
 set(VIREO_INSTALL_OBSDATADIR ${CMAKE_INSTALL_DATADIR}/obs/obs-plugins/vireo)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
+set(VIREO_INSTALL_SHOTCUTDIR ${CMAKE_INSTALL_DATADIR}/shotcut/qml/filters/vireo)
+set(VIREO_INSTALL_EDITORSDIR ${CMAKE_INSTALL_DATADIR}/vireo/editors)
 
 # Shells look for the completion of what a package manager installed in a place of its own.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")

@@ -42,6 +42,9 @@ else()
 and the command vireo, which renders pictures and video with them. The engine, for chains
 of filters in other programs, and the host library have C interfaces.")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_SHLIBDEPS ON)
+  if(VIREO_MLT_FOUND)
+    list(APPEND CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/LooseLibraries.cmake)
+  endif()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
   # What other packages depend on when they link one of the libraries.
   set(shlibs "")
@@ -50,6 +53,7 @@ of filters in other programs, and the host library have C interfaces.")
   endforeach()
   file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs "${shlibs}")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs)
+  set(CPACK_DEBIAN_FILTERS_PACKAGE_RECOMMENDS python3)
   set(CPACK_DEBIAN_FILTERS_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")
 
   if(VIREO_PYTHON_FOUND)

@@ -17,7 +17,7 @@ check_packages=(
     pybind11-dev python3-dev mypy python3-pip python3-venv python3-setuptools python3-wheel
     python3-av python3-opencv jupyter-nbconvert python3-ipykernel
     ffmpeg melt
-    libobs-dev libsimde-dev libx11-dev libgl1-mesa-dri
+    libmlt-dev libobs-dev libsimde-dev libx11-dev libgl1-mesa-dri
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
@@ -31,7 +31,7 @@ done
 # What ./check --long runs beside.
 long_packages=(
     debootstrap
-    obs-studio openbox dbus python3-websockets procps
+    obs-studio kdenlive shotcut openbox dbus dbus-daemon xdotool imagemagick python3-websockets procps
 )
 
 as_root() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The frei0r functions of every plug-in, driven by its filter's property list. No exception leaves them.
+// The frei0r functions of a plug-in, driven by its filter's property list.
 #include "bridges/frei0r/instance.h"
 #include "bridges/frei0r/module.h"
 #include "bridges/frei0r/plugin.h"
@@ -8,6 +8,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,39 +16,19 @@
 namespace frei0r {
 namespace {
 
-constexpr int majorVersion = 1;
-constexpr int minorVersion = 0;
-
 struct ParameterText {
     std::string name;
     std::string explanation;
     int type;
 };
 
-/// What a loaded plug-in holds; hosts keep pointers to its texts.
-struct Plugin {
+/// What a plug-in holds while it is loaded; hosts keep pointers to its texts.
+struct Description {
     Effect effect;
     std::string name;
     std::string explanation;
     std::vector<ParameterText> parameters;
 };
-
-/// Between the first f0r_init and the last f0r_deinit. Some hosts initialise once for every instance, and
-/// some destruct instances behind the last f0r_deinit: those keep what they use.
-struct Loaded {
-    std::mutex mutex;
-    std::shared_ptr<const Plugin> plugin;
-    int users = 0;
-};
-
-Loaded loaded;
-
-std::shared_ptr<const Plugin> loadedPlugin() {
-    const std::lock_guard lock(loaded.mutex);
-    return loaded.plugin;
-}
-
-void report(const char* what) { std::fprintf(stderr, "%s: %s\n", pluginFileName, what); }
 
 std::string plain(double value) {
     char text[32];
@@ -68,8 +49,8 @@ ParameterText describe(const hosting::Parameter& parameter) {
     }
 }
 
-Plugin makePlugin() {
-    Plugin made{loadEffect(pluginFilterId), {}, {}, {}};
+Description describeFilter(std::uint32_t filterId) {
+    Description made{loadEffect(filterId), {}, {}, {}};
     const hosting::PropertyList& properties = made.effect.filter->properties;
     made.name = "Vireo " + properties.name;
     made.explanation =
@@ -90,94 +71,101 @@ Plugin makePlugin() {
     return made;
 }
 
-template <class Work>
-void guarded(Work&& work) {
-    try {
-        work();
-    } catch (const std::exception& error) {
-        report(error.what());
-    } catch (...) {
-        report("a filter failed");
+class FilterPlugin final : public Plugin {
+public:
+    FilterPlugin(std::uint32_t filterId, const char* fileName) : filterId_(filterId), fileName_(fileName) {}
+
+    int init() override {
+        bool done = false;
+        guarded([&] {
+            const std::lock_guard lock(mutex_);
+            if (loaded_ == nullptr) loaded_ = std::make_shared<const Description>(describeFilter(filterId_));
+            ++users_;
+            done = true;
+        });
+        return done ? 1 : 0;
     }
-}
+
+    void deinit() override {
+        guarded([&] {
+            std::shared_ptr<const Description> last;
+            const std::lock_guard lock(mutex_);
+            if (users_ > 0 && --users_ == 0) last = std::move(loaded_);
+        });
+    }
+
+    void describe(f0r_plugin_info_t* info) override {
+        const auto loaded = description();
+        if (loaded == nullptr) return;
+        info->name = loaded->name.c_str();
+        info->explanation = loaded->explanation.c_str();
+        info->num_params = static_cast<int>(loaded->parameters.size());
+    }
+
+    void describeParameter(f0r_param_info_t* info, int index) override {
+        const auto loaded = description();
+        if (loaded == nullptr || index < 0 || index >= static_cast<int>(loaded->parameters.size())) return;
+        const ParameterText& parameter = loaded->parameters[static_cast<std::size_t>(index)];
+        *info = {parameter.name.c_str(), parameter.type, parameter.explanation.c_str()};
+    }
+
+    f0r_instance_t construct(unsigned width, unsigned height) override {
+        Instance* instance = nullptr;
+        guarded([&] {
+            const auto loaded = description();
+            if (loaded == nullptr) return;
+            instance = new Instance(std::shared_ptr<const Effect>(loaded, &loaded->effect), width, height);
+        });
+        return instance;
+    }
+
+    void destruct(f0r_instance_t instance) override { delete static_cast<Instance*>(instance); }
+
+    void setParameter(f0r_instance_t instance, f0r_param_t value, int index) override {
+        guarded([&] { static_cast<Instance*>(instance)->setParameter(index, value); });
+    }
+
+    void getParameter(f0r_instance_t instance, f0r_param_t value, int index) override {
+        guarded([&] { static_cast<Instance*>(instance)->getParameter(index, value); });
+    }
+
+    void update(f0r_instance_t instance, double time, const std::uint32_t* source,
+                std::uint32_t* destination) override {
+        guarded([&] { static_cast<Instance*>(instance)->update(time, source, destination); });
+    }
+
+private:
+    template <class Work>
+    void guarded(Work&& work) {
+        try {
+            work();
+        } catch (const std::exception& error) {
+            report(error.what());
+        } catch (...) {
+            report("a filter failed");
+        }
+    }
+
+    void report(const char* what) const { std::fprintf(stderr, "%s: %s\n", fileName_, what); }
+
+    std::shared_ptr<const Description> description() {
+        const std::lock_guard lock(mutex_);
+        return loaded_;
+    }
+
+    const std::uint32_t filterId_;
+    const char* const fileName_;
+    std::mutex mutex_;
+    // Between the first f0r_init and the last f0r_deinit. Some hosts initialise once for every instance, and
+    // some destruct instances behind the last f0r_deinit: those keep what they use.
+    std::shared_ptr<const Description> loaded_;
+    int users_ = 0;
+};
 
 }  // namespace
 }  // namespace frei0r
 
-using frei0r::Instance;
-using frei0r::loaded;
-
-int f0r_init() {
-    bool done = false;
-    frei0r::guarded([&] {
-        const std::lock_guard lock(loaded.mutex);
-        if (loaded.plugin == nullptr) {
-            loaded.plugin = std::make_shared<const frei0r::Plugin>(frei0r::makePlugin());
-        }
-        ++loaded.users;
-        done = true;
-    });
-    return done ? 1 : 0;
-}
-
-void f0r_deinit() {
-    frei0r::guarded([] {
-        std::shared_ptr<const frei0r::Plugin> last;
-        const std::lock_guard lock(loaded.mutex);
-        if (loaded.users > 0 && --loaded.users == 0) last = std::move(loaded.plugin);
-    });
-}
-
-void f0r_get_plugin_info(f0r_plugin_info_t* info) {
-    *info = {pluginFileName,
-             "The Vireo Filters developers",
-             F0R_PLUGIN_TYPE_FILTER,
-             F0R_COLOR_MODEL_BGRA8888,
-             FREI0R_MAJOR_VERSION,
-             frei0r::majorVersion,
-             frei0r::minorVersion,
-             0,
-             ""};
-    const auto plugin = frei0r::loadedPlugin();
-    if (plugin == nullptr) return;
-    info->name = plugin->name.c_str();
-    info->explanation = plugin->explanation.c_str();
-    info->num_params = static_cast<int>(plugin->parameters.size());
-}
-
-void f0r_get_param_info(f0r_param_info_t* info, int index) {
-    *info = {"", F0R_PARAM_DOUBLE, ""};
-    const auto plugin = frei0r::loadedPlugin();
-    if (plugin == nullptr || index < 0 || index >= static_cast<int>(plugin->parameters.size())) return;
-    const frei0r::ParameterText& parameter = plugin->parameters[static_cast<std::size_t>(index)];
-    *info = {parameter.name.c_str(), parameter.type, parameter.explanation.c_str()};
-}
-
-f0r_instance_t f0r_construct(unsigned width, unsigned height) {
-    Instance* instance = nullptr;
-    frei0r::guarded([&] {
-        const auto plugin = frei0r::loadedPlugin();
-        if (plugin == nullptr) return;
-        instance =
-            new Instance(std::shared_ptr<const frei0r::Effect>(plugin, &plugin->effect), width, height);
-    });
-    return instance;
-}
-
-void f0r_destruct(f0r_instance_t instance) { delete static_cast<Instance*>(instance); }
-
-void f0r_set_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
-    if (instance == nullptr || value == nullptr) return;
-    frei0r::guarded([&] { static_cast<Instance*>(instance)->setParameter(index, value); });
-}
-
-void f0r_get_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
-    if (instance == nullptr || value == nullptr) return;
-    frei0r::guarded([&] { static_cast<Instance*>(instance)->getParameter(index, value); });
-}
-
-void f0r_update(f0r_instance_t instance, double time, const std::uint32_t* source,
-                std::uint32_t* destination) {
-    if (instance == nullptr || source == nullptr || destination == nullptr) return;
-    frei0r::guarded([&] { static_cast<Instance*>(instance)->update(time, source, destination); });
+extern "C" __attribute__((visibility("default"))) frei0r::Plugin* vireoFrei0rPlugin(std::uint32_t filterId,
+                                                                                    const char* fileName) {
+    return new (std::nothrow) frei0r::FilterPlugin(filterId, fileName);
 }

@@ -1,31 +1,19 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Describes every plug-in's parameters to Kdenlive, one file each, from the catalogue and what `vireo info` tells.
+"""Describes every plug-in's parameters to Kdenlive, one file each.
 
 kdenlive_effects.py VIREO FOLDER
 """
 
-import json
-import subprocess
+import math
 import sys
 from pathlib import Path
-from xml.etree import ElementTree
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "resources"))
-import generate
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+from kdenlive_description import Effect, descriptions
 
-# Bend stores its choices under names that only projects know. How they are shown, and the list of their words.
-BEND_CHOICES = {
-    "Horizontal Frequency": ("Horizontal Direction", "2000"),
-    "Horizontal Source": ("Horizontal Wave", "2001"),
-    "Vertical Frequency": ("Vertical Direction", "2002"),
-    "Vertical Source": ("Vertical Wave", "2003"),
-}
-
-# The filters whose plug-ins read time. Kdenlive hands out seconds.
-TIMED = {"Bend", "Ghosting", "Horizontal Hold", "Vertical Hold"}
+# Kdenlive hands out seconds. A rate finds the same frame however often and from wherever it is shown.
 FRAME_RATES = {
-    "": "Counted",
     "24000/1001": "23.98",
     "24": "24",
     "25": "25",
@@ -34,75 +22,50 @@ FRAME_RATES = {
     "50": "50",
     "60000/1001": "59.94",
     "60": "60",
+    "": "Counted",
 }
 
 
-def plain(value):
-    return f"{value:.12g}"
+def fraction(steps, of):
+    """Twelve digits, and never below the number: Kdenlive cuts off what stands behind the point."""
+    digits = 10**12
+    return f"{math.ceil(steps * digits / of) / digits:.12g}"
 
 
-def add_parameter(effect, name, label, comment="", **attributes):
-    parameter = ElementTree.SubElement(effect, "parameter", name=name, **attributes)
-    ElementTree.SubElement(parameter, "name").text = label
-    if comment:
-        ElementTree.SubElement(parameter, "comment").text = comment
-    return parameter
-
-
-def add_list(effect, name, label, values, default):
-    parameter = add_parameter(effect, name, label, type="list", default=default, paramlist=";".join(values))
-    ElementTree.SubElement(parameter, "paramlistdisplay").text = ",".join(values.values())
-
-
-def add_number(effect, name, minimum, maximum, default):
+def add_number(effect, parameter):
     """Plug-ins take 0 to 1. Kdenlive multiplies but cannot add: what begins elsewhere than at 0 is counted from
     there."""
-    steps = maximum - minimum
+    minimum = parameter.minimum
+    steps = parameter.maximum - minimum
     comment = f"Counted from {minimum}: {-minimum} stands for 0." if minimum < 0 else ""
     if minimum > 0:
         comment = f"Counted from {minimum}: 0 stands for {minimum}."
-    add_parameter(
-        effect, name, name, comment, type="animated", default=plain((default - minimum) / steps), min="0",
-        max=str(steps), factor=str(steps), decimals="0")
+    effect.add(
+        parameter.name, parameter.name, comment, type="animated", default=fraction(parameter.default - minimum, steps),
+        min="0", max=str(steps), factor=str(steps), decimals="0")
 
 
-def describe(entry, info):
-    service = f"frei0r.vireo_{generate.file_name(entry)}"
-    effect = ElementTree.Element("effect", tag=service, id=service)
-    ElementTree.SubElement(effect, "name").text = "Vireo " + entry["name"]
-    ElementTree.SubElement(effect, "description").text = f"{entry['name']} ({entry['category']})"
-    ElementTree.SubElement(effect, "author").text = "The Vireo Filters developers"
-    for parameter in info["parameters"]:
-        name = parameter["name"]
-        default = parameter["default"]
-        if parameter["kind"] == "boolean":
-            add_parameter(effect, name, name, type="bool", default=str(int(default)))
-        elif parameter["kind"] == "colour":
-            add_parameter(effect, name, name, type="color", default=f"0x{default.lstrip('#')}ff")
-        elif entry["name"] == "Bend" and name in BEND_CHOICES:
-            label, number = BEND_CHOICES[name]
-            words = [key.partition("=")[2] for key in generate.read("text_lists.toml")[number]]
-            values = {plain(k / (len(words) - 1)): word for k, word in enumerate(words)}
-            add_list(effect, name, label, values, list(values)[default])
+def describe(filter):
+    effect = Effect(f"frei0r.vireo_{filter.file}", f"Vireo {filter.name()} (frei0r)", filter.summary)
+    for parameter in filter.parameters:
+        if parameter.kind != "number":
+            effect.add_plain(parameter)
+        elif parameter.choices:
+            last = len(parameter.choices) - 1
+            values = {f"{k / last:.12g}": word() for k, word in enumerate(parameter.choices)}
+            effect.add_list(parameter.name, parameter.label(), values, list(values)[parameter.default])
         else:
-            add_number(effect, name, int(parameter["minimum"]), int(parameter["maximum"]), default)
-    if entry["name"] in TIMED:
-        add_list(effect, "Frame Rate", "Frame Rate", FRAME_RATES, "")
+            add_number(effect, parameter)
+    if filter.reads_time:
+        effect.add_list("Frame Rate", "Frame Rate", FRAME_RATES, "25", "The project's")
     return effect
 
 
 def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
-    program, folder = sys.argv[1], Path(sys.argv[2])
-    folder.mkdir(parents=True, exist_ok=True)
-    for entry in generate.read("filters.toml")["filter"]:
-        answer = subprocess.run([program, "info", "--json", str(entry["id"])], check=True, capture_output=True)
-        effect = describe(entry, json.loads(answer.stdout))
-        ElementTree.indent(effect, "    ")
-        text = ElementTree.tostring(effect, encoding="unicode")
-        path = folder / f"vireo_{generate.file_name(entry)}.xml"
-        path.write_text(f'<?xml version="1.0"?>\n<!DOCTYPE kpartgui>\n{text}\n', encoding="utf-8")
+    for filter in descriptions.filters(sys.argv[1]):
+        describe(filter).write(Path(sys.argv[2]) / f"vireo_{filter.file}.xml")
 
 
 if __name__ == "__main__":

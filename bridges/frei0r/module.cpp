@@ -11,21 +11,15 @@
 namespace frei0r {
 namespace {
 
-std::filesystem::path pluginFolder() {
+std::filesystem::path modulePath() {
     Dl_info info{};
     if (dladdr(reinterpret_cast<const void*>(&loadEffect), &info) == 0 || info.dli_fname == nullptr) {
-        throw std::runtime_error("the plug-in does not find its own folder");
+        throw std::runtime_error("the plug-ins' library does not find its own folder");
     }
-    return std::filesystem::weakly_canonical(info.dli_fname).parent_path();
-}
-
-std::filesystem::path modulePath() {
-    const std::filesystem::path folder = pluginFolder();
-    for (const char* place : {".", "../vireo", "../bin"}) {
-        const auto candidate = folder / place / "VireoFiltersMetaPlugin.vrmp";
-        if (std::filesystem::exists(candidate)) return std::filesystem::weakly_canonical(candidate);
-    }
-    throw std::runtime_error("there is no VireoFiltersMetaPlugin.vrmp near " + folder.string());
+    const auto folder = std::filesystem::weakly_canonical(info.dli_fname).parent_path();
+    const auto module = folder / "VireoFiltersMetaPlugin.vrmp";
+    if (std::filesystem::exists(module)) return module;
+    throw std::runtime_error("there is no VireoFiltersMetaPlugin.vrmp in " + folder.string());
 }
 
 }  // namespace

@@ -17,8 +17,7 @@ struct Effect {
     const hosting::FilterTraits* traits;
 };
 
-/// Loads the module that lies beside the plug-in, in ../vireo or in ../bin and finds the filter. Throws
-/// std::exception.
+/// Loads the module, which lies beside the plug-ins' library, and finds the filter. Throws std::exception.
 Effect loadEffect(std::uint32_t filterId);
 
 }  // namespace frei0r

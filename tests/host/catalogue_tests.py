@@ -25,6 +25,10 @@ def used_keys():
     for folder in ("framework", "filters"):
         for path in (ROOT / folder).rglob("*.[ch]*"):
             keys.update(re.findall(r'"(\$\$\$/[^"]+)"', path.read_text(encoding="utf-8")))
+    for entry in generate.read("filters.toml")["filter"]:
+        filter = generate.Filter(entry)
+        keys.update(filter.key(generate.without(row["label"], " ()"), row["label"])
+                    for row in filter.parameters if "label" in row)
     page = (ROOT / "bridges/web/texts.mjs").read_text(encoding="utf-8")
     keys.update(re.findall(r"'(\$\$\$/[^']+)'", page))
     return dict(key.split("=", 1) for key in keys)

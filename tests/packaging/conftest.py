@@ -2,6 +2,7 @@
 """Packs and installs the build that is tested."""
 import os
 import pathlib
+import shutil
 import subprocess
 
 import numpy
@@ -39,3 +40,17 @@ def picture(tmp_path):
     pixels = numpy.arange(8 * 16 * 3, dtype=numpy.uint8).reshape(8, 16, 3)
     Image.fromarray(pixels).save(tmp_path / "in.png")
     return tmp_path / "in.png"
+
+
+def only(folder, pattern):
+    (found,) = folder.glob(pattern)
+    return found
+
+
+@pytest.fixture(scope="session")
+def installation(tmp_path_factory):
+    """Installed into one folder, moved into another."""
+    folder = tmp_path_factory.mktemp("installation")
+    run("cmake", "--install", BUILD, "--prefix", folder / "first")
+    shutil.move(folder / "first", folder / "second place")
+    return folder / "second place"

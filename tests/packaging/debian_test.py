@@ -67,6 +67,8 @@ def test_files_lie_where_debian_has_them(package, root):
     for name in ("bin/vireo", "lib/vireo/VireoFiltersMetaPlugin.vrmp", "lib/pkgconfig/vireo-host.pc",
                  "lib/pkgconfig/vireo.pc", "include/vireo/host/vireo_host.h", "include/vireo/vireo.h", "share/doc/vireo-filters/copyright",
                  "share/kdenlive/effects/vireo_levels.xml", "share/man/man1/vireo.1", "share/vireo/presets/vhs.json",
+                 "share/kdenlive/effects/vireo_mlt_levels.xml", "share/vireo/editors/kdenlive/ja/vireo_mlt_levels.xml",
+                 "share/shotcut/qml/filters/vireo/meta_levels.qml", "bin/vireo-editors",
                  "share/bash-completion/completions/vireo"):
         assert (root / "usr" / name).is_file(), name
     assert [path.name for path in root.iterdir()] == ["usr"]

@@ -109,21 +109,30 @@ def with_ffmpeg(clip, chain, folder, environment=None):
     return numpy.frombuffer(out, numpy.uint8).reshape(clip.shape)
 
 
+def melt_profile(width, height, progressive=True):
+    return (f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
+            f"progressive={int(progressive)}\nsample_aspect_num=1\nsample_aspect_den=1\n"
+            f"display_aspect_num={width}\ndisplay_aspect_den={height}\ncolorspace=709\n")
+
+
+def melt(source, result, profile, filters, environment, consumer=("real_time=-1",)):
+    """Renders a file into another without a loss."""
+    profile_file = result.with_suffix(".profile")
+    profile_file.write_text(profile)
+    # On a busy machine melt may end before its consumer has begun, and leaves an empty file.
+    for _ in range(5):
+        run("melt", "-silent", "-profile", profile_file, source, *filters, "-consumer", f"avformat:{result}", "vcodec=ffv1",
+            "pix_fmt=bgra", "mlt_image_format=rgba", "an=1", *consumer, environment=environment)
+        if result.exists() and result.stat().st_size:
+            break
+    return result
+
+
 def with_melt(clip, chain, folder):
     _, height, width, _ = clip.shape
     run("ffmpeg", "-v", "error", "-y", *stored(clip, folder), "-c:v", "ffv1", "-pix_fmt", "bgra", folder / "in.mkv")
-    (folder / "profile").write_text(
-        f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={width}\nheight={height}\n"
-        "progressive=1\nsample_aspect_num=1\nsample_aspect_den=1\n"
-        f"display_aspect_num={width}\ndisplay_aspect_den={height}\ncolorspace=709\n")
-    result = folder / "out.mkv"
-    # On a busy machine melt may end before its consumer has begun, and leaves an empty file.
-    for _ in range(5):
-        run("melt", "-silent", "-profile", folder / "profile", folder / "in.mkv", *words(chain, Effect.for_melt),
-            "-consumer", f"avformat:{result}", "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1",
-            "real_time=-1", environment=plugin_environment())
-        if result.exists() and result.stat().st_size:
-            break
+    result = melt(folder / "in.mkv", folder / "out.mkv", melt_profile(width, height), words(chain, Effect.for_melt),
+                  plugin_environment())
     return numpy.frombuffer(run("ffmpeg", "-v", "error", "-i", result, *RAW, "-"), numpy.uint8).reshape(clip.shape)
 
 

@@ -13,16 +13,38 @@ bool moduleIsLoaded() {
     return handle != nullptr && dlclose(handle) == 0;
 }
 
-TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
-    const auto folder = std::filesystem::path(testing::TempDir()) / "stray-plugin";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    std::filesystem::copy_file(pluginFile("vireo_levels"), folder / "plugin.so");
-    const LoadedPlugin plugin(folder / "plugin.so");
+/// A folder that goes with the object.
+class EmptyFolder {
+public:
+    EmptyFolder() {
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+    }
+    EmptyFolder(const EmptyFolder&) = delete;
+    EmptyFolder& operator=(const EmptyFolder&) = delete;
+    ~EmptyFolder() { std::filesystem::remove_all(path); }
+
+    const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "stray-plugin";
+};
+
+TEST(Lifetime, APluginLinkedIntoAnotherFolderStarts) {
+    const EmptyFolder folder;
+    std::filesystem::create_symlink(pluginFile("vireo_levels"), folder.path / "plugin.so");
+    const InitialisedPlugin plugin(folder.path / "plugin.so");
+    EXPECT_STREQ(plugin.info().name, "Vireo Levels");
+}
+
+TEST(Lifetime, APluginThatIsAloneSaysWhatItMissesAndDoesNothing) {
+    if (std::filesystem::exists(VIREO_INSTALLED_FOLDER))
+        GTEST_SKIP() << "it would find the installed filters";
+    const EmptyFolder folder;
+    std::filesystem::copy_file(pluginFile("vireo_levels"), folder.path / "plugin.so");
+    const LoadedPlugin plugin(folder.path / "plugin.so");
     testing::internal::CaptureStderr();
     EXPECT_EQ(plugin.init(), 0);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                testing::MatchesRegex("vireo_levels: there is no VireoFiltersMetaPlugin.vrmp near .*\n"));
+    EXPECT_THAT(
+        testing::internal::GetCapturedStderr(),
+        testing::MatchesRegex("vireo_levels: there is no libvireo_frei0r.so near .*stray-plugin or .*\n"));
     EXPECT_EQ(plugin.info().plugin_type, F0R_PLUGIN_TYPE_FILTER);
     EXPECT_EQ(plugin.info().num_params, 0);
     EXPECT_EQ(plugin.construct(8, 8), nullptr);
@@ -33,7 +55,6 @@ TEST(Lifetime, WithoutAModuleAPluginSaysSoAndDoesNothing) {
     plugin.getParameter(nullptr, &value, 0);
     plugin.destruct(nullptr);
     plugin.deinit();
-    std::filesystem::remove_all(folder);
 }
 
 TEST(Lifetime, StartsAreCountedAndInstancesOutliveTheLastEnd) {

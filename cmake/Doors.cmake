@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: MIT
+# VIREO_NAME_FOUND says which doors into other programs are built.
+
+# vireo_door(NAME WHAT PACKAGE): one that stands on a program's library, PkgConfig::NAME.
+macro(vireo_door name what package)
+  option(VIREO_${name} "Build ${what} where its headers are found" ON)
+  if(VIREO_${name} AND NOT WIN32 AND NOT EMSCRIPTEN)
+    find_package(PkgConfig QUIET)
+    if(PkgConfig_FOUND)
+      pkg_check_modules(${name} QUIET IMPORTED_TARGET ${package})
+    endif()
+    if(${name}_FOUND)
+      set(VIREO_${name}_FOUND ON)
+    else()
+      message(STATUS "Without ${what}: there is no ${package}")
+    endif()
+  endif()
+endmacro()
+
+vireo_door(GSTREAMER "the GStreamer plug-in" gstreamer-video-1.0>=1.20)
+vireo_door(OBS "the plug-in for OBS" libobs>=29)
+vireo_door(MLT "the module for MLT" mlt-framework-7>=7.12)
+if(VIREO_MLT_FOUND)
+  # Where MLT looks, seen from its prefix and so from ours.
+  pkg_get_variable(folder mlt-framework-7 moduledir)
+  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${MLT_PREFIX} OUTPUT_VARIABLE VIREO_INSTALL_MLTDIR)
+  pkg_get_variable(folder mlt-framework-7 mltdatadir)
+  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${MLT_PREFIX} OUTPUT_VARIABLE VIREO_INSTALL_MLTDATADIR)
+endif()
+
+# No interpreter can load what has a sanitizer.
+option(VIREO_PYTHON "Build the Python package where pybind11 is found" ON)
+if(VIREO_PYTHON AND NOT WIN32 AND NOT EMSCRIPTEN AND NOT VIREO_SANITIZERS)
+  set(Python_EXECUTABLE /usr/bin/python3 CACHE FILEPATH "The interpreter that the Python package is for")
+  find_package(Python 3.9 QUIET COMPONENTS Interpreter Development.Module)
+  find_package(pybind11 2.10 CONFIG QUIET)
+  if(pybind11_FOUND AND Python_Development.Module_FOUND)
+    set(VIREO_PYTHON_FOUND ON)
+  else()
+    message(STATUS "Without the Python package: there is no pybind11, or none of Python's headers")
+  endif()
+endif()

@@ -18,6 +18,7 @@ endif()
 set(VIREO_INSTALL_HEADERDIR ${CMAKE_INSTALL_INCLUDEDIR}/vireo)
 set(VIREO_INSTALL_PLUGINDIR ${CMAKE_INSTALL_LIBDIR}/frei0r-1)
 set(VIREO_INSTALL_PYTHONDIR lib/python3/dist-packages)
+set(VIREO_INSTALL_GSTREAMERDIR ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0)
 set(VIREO_INSTALL_KDENLIVEDIR ${CMAKE_INSTALL_DATADIR}/kdenlive/effects)
 
 # Shells look for the completion of what a package manager installed in a place of its own.

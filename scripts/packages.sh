@@ -19,6 +19,7 @@ check_packages=(
     ffmpeg melt
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     emscripten binaryen node-acorn node-typescript chromium
 )

@@ -23,6 +23,14 @@ def python_package(package):
 
 
 @pytest.fixture(scope="module")
+def gstreamer_package(package):
+    packages = list(package.parent.glob("gstreamer1.0-vireo_*_amd64.deb"))
+    if not packages:
+        pytest.skip("built without the GStreamer plug-in")
+    return packages[0]
+
+
+@pytest.fixture(scope="module")
 def root(package, tmp_path_factory):
     return unpacked(package, tmp_path_factory.mktemp("root"))
 
@@ -106,3 +114,16 @@ def test_python_finds_the_filters_there(python_package, root, picture):
     packages = {**BARE, "PYTHONPATH": str(place / "usr/lib/python3/dist-packages"), "PYTHONDONTWRITEBYTECODE": "1"}
     assert run("/usr/bin/python3", "-c", use, picture, result, environment=packages) == f"{place}/usr/bin/vireo\n"
     assert numpy.array_equal(pixels(result), pixels(picture)[:, ::-1])
+
+
+def test_gstreamer_finds_the_filters_there(gstreamer_package, root, picture):
+    depends = field(gstreamer_package, "Depends")
+    assert f"vireo-filters (= {field(gstreamer_package, 'Version')})" in depends and "libgstreamer-plugins-base1.0-0" in depends
+    place = unpacked(gstreamer_package, shutil.copytree(root, root.with_name("with-gstreamer"), symlinks=True))
+    (plugin,) = place.rglob("libgstvireo.so")
+    # The root is not the system's: the loader is told where the libraries are, and GStreamer where the plug-in is.
+    environment = {**BARE, "GST_PLUGIN_PATH": str(plugin.parent), "GST_REGISTRY": str(picture.with_name("registry")),
+                   "LD_LIBRARY_PATH": str(place / "usr/lib")}
+    run("gst-launch-1.0", "-q", "filesrc", f"location={picture}", "!", "pngdec", "!", "vireohorizontalflip", "!", "pngenc", "!",
+        "filesink", f"location={picture.with_name('gstreamer.png')}", environment=environment)
+    assert numpy.array_equal(pixels(picture.with_name("gstreamer.png")), pixels(picture)[:, ::-1])

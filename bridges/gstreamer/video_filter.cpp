@@ -5,11 +5,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vireo::gstreamer {
 namespace {
 
 constexpr guint mostThreads = 1024;
+
+/// More frames are not lost on the way: time jumps.
+constexpr std::int64_t mostLostFrames = 25;
+
 enum : guint { PropThreads = sharedProperties, PropClipLength };
 
 GObjectClass* parentClass = nullptr;
@@ -100,9 +105,12 @@ void beforeTransform(GstBaseTransform* transform, GstBuffer* buffer) {
 // Buffers.
 
 GstFlowReturn transformFrame(GstVideoFilter* element, GstVideoFrame* source, GstVideoFrame* result) {
-    const Rendering& rendering = *of(element)->rendering;
+    Rendering& rendering = *of(element)->rendering;
     const VireoFrame from = frameOf(*source);
     VireoFrame to = frameOf(*result);
+    const std::int64_t frame = rendering.time.frame;
+    if (const auto last = std::exchange(rendering.last, frame); last && frame - *last <= mostLostFrames)
+        vireoStreamSkip(rendering.stream.get(), frame);
     if (vireoStreamRender(rendering.stream.get(), &from, &to, &rendering.time) == VireoDone)
         return GST_FLOW_OK;
     GST_ELEMENT_ERROR(element, STREAM, FAILED, ("%s", vireoLastError()->sentence), (nullptr));
@@ -111,6 +119,7 @@ GstFlowReturn transformFrame(GstVideoFilter* element, GstVideoFrame* source, Gst
 
 void beginAnew(Rendering& rendering) {
     rendering.clock.restart();
+    rendering.last.reset();
     rendering.clipFrames = 0;
     vireoStreamRestart(rendering.stream.get());
 }

@@ -19,8 +19,9 @@ struct Rendering {
     StreamPtr stream;
     guint threads = 1;  ///< That the chain has.
     FrameClock clock;
-    std::int64_t clipFrames = 0;  ///< As upstream has it; 0 where it does not know yet.
-    VireoTime time{};             ///< Of the buffer that is on its way.
+    std::int64_t clipFrames = 0;       ///< As upstream has it; 0 where it does not know yet.
+    std::optional<std::int64_t> last;  ///< The frame that the stream rendered last.
+    VireoTime time{};                  ///< Of the buffer that is on its way.
 };
 
 struct VideoFilter {

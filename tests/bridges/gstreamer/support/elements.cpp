@@ -78,6 +78,8 @@ std::string Reference::settings() const {
 
 void Reference::restart() { vireoStreamRestart(stream_); }
 
+void Reference::skip(std::int64_t frame) { vireoStreamSkip(stream_, frame); }
+
 Element::Element(const std::string& text, const Shape& shape, const std::string& more) : shape_(shape) {
     startGstreamer();
     GError* error = nullptr;

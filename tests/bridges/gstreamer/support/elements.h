@@ -56,6 +56,9 @@ public:
                      int interlacing = 0);
     void restart();
 
+    /// Frames before this one are lost.
+    void skip(std::int64_t frame);
+
     /// The chain as a settings file.
     std::string settings() const;
 

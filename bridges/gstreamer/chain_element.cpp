@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "bridges/gstreamer/chain_element.h"
+#include "bridges/gstreamer/elements.h"
 
 #include "bridges/gstreamer/video_filter.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "bridges/gstreamer/chain_element.h"
+#include "bridges/gstreamer/elements.h"
 #include "bridges/gstreamer/engine.h"
-#include "bridges/gstreamer/filter_element.h"
 
 GST_DEBUG_CATEGORY(vireo_debug);
 

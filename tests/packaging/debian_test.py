@@ -14,20 +14,21 @@ def package(tmp_path_factory):
     return packed(tmp_path_factory.mktemp("cpack"), "vireo-filters_*_amd64.deb")
 
 
+def beside(package, name, what):
+    packages = list(package.parent.glob(f"{name}_*_amd64.deb"))
+    if not packages:
+        pytest.skip(f"built without {what}")
+    return packages[0]
+
+
 @pytest.fixture(scope="module")
 def python_package(package):
-    packages = list(package.parent.glob("python3-vireo_*_amd64.deb"))
-    if not packages:
-        pytest.skip("built without the Python package")
-    return packages[0]
+    return beside(package, "python3-vireo", "the Python package")
 
 
 @pytest.fixture(scope="module")
 def gstreamer_package(package):
-    packages = list(package.parent.glob("gstreamer1.0-vireo_*_amd64.deb"))
-    if not packages:
-        pytest.skip("built without the GStreamer plug-in")
-    return packages[0]
+    return beside(package, "gstreamer1.0-vireo", "the GStreamer plug-in")
 
 
 @pytest.fixture(scope="module")

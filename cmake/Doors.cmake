@@ -20,13 +20,6 @@ endmacro()
 vireo_door(GSTREAMER "the GStreamer plug-in" gstreamer-video-1.0>=1.20)
 vireo_door(OBS "the plug-in for OBS" libobs>=29)
 vireo_door(MLT "the module for MLT" mlt-framework-7>=7.12)
-if(VIREO_MLT_FOUND)
-  # Where MLT looks, seen from its prefix and so from ours.
-  pkg_get_variable(folder mlt-framework-7 moduledir)
-  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${MLT_PREFIX} OUTPUT_VARIABLE VIREO_INSTALL_MLTDIR)
-  pkg_get_variable(folder mlt-framework-7 mltdatadir)
-  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${MLT_PREFIX} OUTPUT_VARIABLE VIREO_INSTALL_MLTDATADIR)
-endif()
 
 # No interpreter can load what has a sanitizer.
 option(VIREO_PYTHON "Build the Python package where pybind11 is found" ON)

@@ -56,6 +56,18 @@ of filters in other programs, and the host library have C interfaces.")
   set(CPACK_DEBIAN_FILTERS_PACKAGE_RECOMMENDS python3)
   set(CPACK_DEBIAN_FILTERS_PACKAGE_ENHANCES "ffmpeg, kdenlive, melt, shotcut")
 
+  if(VIREO_GSTREAMER_FOUND)
+    list(APPEND CPACK_COMPONENTS_ALL gstreamer)
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gstreamer1.0-vireo RENAME copyright COMPONENT gstreamer)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_NAME gstreamer1.0-vireo)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_SECTION video)
+    set(CPACK_DEBIAN_GSTREAMER_DESCRIPTION
+"For GStreamer: each filter as an element, and vireo, which renders chains of
+them with key frames, with the pixels of the command vireo.")
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_DEPENDS "vireo-filters (= ${PROJECT_VERSION})")
+  endif()
+
   if(VIREO_PYTHON_FOUND)
     list(APPEND CPACK_COMPONENTS_ALL python)
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-vireo RENAME copyright COMPONENT python)

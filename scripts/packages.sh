@@ -20,6 +20,7 @@ check_packages=(
     libmlt-dev libobs-dev libsimde-dev libx11-dev libgl1-mesa-dri
     parallel slurm-wlm snakemake
     man-db zsh fish bash-completion
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     emscripten binaryen node-acorn node-typescript chromium
 )

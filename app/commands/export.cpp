@@ -19,9 +19,11 @@ struct ExportOptions {
     std::string frameRate;
     std::int64_t clipLength = 0;
     std::string commands;
+    bool frei0r = false;
 };
 
-constexpr char exportExamples[] = R"help(The frei0r plug-ins must be where the other program looks for them.
+constexpr char exportExamples[] =
+    R"help(The frei0r plug-ins, or the elements for GStreamer, must be where the other program looks for them.
 
 Examples:
   ffmpeg -i in.mkv -vf "$(vireo export ffmpeg -f Solarize)" out.mkv
@@ -41,14 +43,14 @@ ExportedClip clipOf(const ExportOptions& options) {
     return ExportedClip(std::move(facts));
 }
 
-using MakeExport = Export (*)(const std::vector<ExportedFilter>&, const ExportedClip&, const ExportOptions&);
+using MakeExport = Export (*)(const std::vector<FilterSettings>&, const ExportedClip&, const ExportOptions&);
 
 int exportChain(Session& session, const ExportOptions& options, MakeExport make) {
     const ChainOptions chain = readChain(session.catalogue(), options.chain);
     refuseTakenNames(chain, options.chain);
     const ExportedClip clip = clipOf(options);
-    Export made = make(exportedFilters(chain.filters, clip), clip, options);
-    if (clip.facts().interlacing != Interlacing::Progressive)
+    Export made = make(chain.filters, clip, options);
+    if (!made.knowsFields && clip.facts().interlacing != Interlacing::Progressive)
         made.warnings.emplace_back(
             "the clip is interlaced, and frei0r filters take its frames as progressive");
     if (!options.clip.empty() && !clip.facts().isRgb)
@@ -90,8 +92,8 @@ void addExportCommand(CommandSet& commands) {
     const auto ffmpeg = std::make_shared<ExportOptions>();
     CLI::App& forFfmpeg = addTarget(
         commands, family, "ffmpeg", "Print the chain as a filter graph for FFmpeg's -vf",
-        [](const auto& filters, const ExportedClip& clip, const ExportOptions& options) {
-            return exportForFfmpeg(filters, clip, options.commands);
+        [](const auto& chain, const ExportedClip& clip, const ExportOptions& options) {
+            return exportForFfmpeg(exportedFilters(chain, clip), clip, options.commands);
         },
         ffmpeg);
     forFfmpeg.add_option("--commands", ffmpeg->commands, "Where key frames go, for FFmpeg's sendcmd filter")
@@ -102,20 +104,24 @@ void addExportCommand(CommandSet& commands) {
     const auto mlt = std::make_shared<ExportOptions>();
     addTarget(
         commands, family, "mlt", "Print the clip and its chain as a playlist for melt and editors",
-        [](const auto& filters, const ExportedClip& clip, const ExportOptions& options) {
+        [](const auto& chain, const ExportedClip& clip, const ExportOptions& options) {
             if (options.clip.empty()) throw Error(Fault::Usage, "export mlt takes a clip");
-            return exportForMlt(filters, clip, options.clip);
+            return exportForMlt(exportedFilters(chain, clip), clip, options.clip);
         },
         mlt)
         .footer(exportExamples);
 
-    addTarget(
+    const auto gstreamer = std::make_shared<ExportOptions>();
+    CLI::App& forGstreamer = addTarget(
         commands, family, "gstreamer", "Print the chain as elements for gst-launch-1.0",
-        [](const auto& filters, const ExportedClip& clip, const ExportOptions&) {
-            return exportForGstreamer(filters, clip);
+        [](const auto& chain, const ExportedClip& clip, const ExportOptions& options) {
+            return options.frei0r ? exportForFrei0rInGstreamer(exportedFilters(chain, clip), clip)
+                                  : exportForGstreamer(chain, clip);
         },
-        std::make_shared<ExportOptions>())
-        .footer(exportExamples);
+        gstreamer);
+    forGstreamer.add_flag("--frei0r", gstreamer->frei0r,
+                          "Use the frei0r plug-ins, where there is no element vireo");
+    forGstreamer.footer(exportExamples);
 }
 
 }  // namespace vireo

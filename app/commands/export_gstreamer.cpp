@@ -46,7 +46,19 @@ std::string propertyText(const hosting::Parameter& parameter, std::int64_t value
 
 }  // namespace
 
-Export exportForGstreamer(const std::vector<ExportedFilter>& filters, const ExportedClip& clip) {
+Export exportForGstreamer(const std::vector<FilterSettings>& chain, const ExportedClip& clip) {
+    Export made;
+    made.knowsFields = true;
+    // Without blanks, whoever reads the text takes the property as one word.
+    for (const FilterSettings& settings : chain)
+        made.text += (made.text.empty() ? "" : ";") + filterText(settings, Spelling::Compact);
+    made.text = "videoconvert ! vireo filters=\"" + made.text + '"';
+    if (clip.facts().frameCount > 0) made.text += " clip-length=" + std::to_string(clip.facts().frameCount);
+    made.text += " ! videoconvert";
+    return made;
+}
+
+Export exportForFrei0rInGstreamer(const std::vector<ExportedFilter>& filters, const ExportedClip& clip) {
     Export made;
     made.text = "videoconvert";
     for (const ExportedFilter& filter : filters) {

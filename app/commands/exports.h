@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A chain in the words of other programs, which render it with the frei0r plug-ins.
+// A chain in the words of other programs, which render it with the frei0r plug-ins or with elements of their
+// own.
 #ifndef VIREO_APP_COMMANDS_EXPORTS_H
 #define VIREO_APP_COMMANDS_EXPORTS_H
 
@@ -12,7 +13,8 @@ namespace vireo {
 
 struct Export {
     std::string text;
-    std::string commands;  ///< What the text reads from a file of its own; empty where nothing changes.
+    std::string commands;      ///< What the text reads from a file of its own; empty where nothing changes.
+    bool knowsFields = false;  ///< Whether interlaced frames are rendered as their fields there.
     std::vector<std::string> warnings;  ///< Sentences on what will look different there.
 };
 
@@ -25,8 +27,11 @@ Export exportForFfmpeg(const std::vector<ExportedFilter>& filters, const Exporte
 Export exportForMlt(const std::vector<ExportedFilter>& filters, const ExportedClip& clip,
                     const std::string& clipFile);
 
-/// Elements for gst-launch-1.0. Throws Error of wrong usage for what they cannot be told.
-Export exportForGstreamer(const std::vector<ExportedFilter>& filters, const ExportedClip& clip);
+/// An element for gst-launch-1.0 that renders the chain.
+Export exportForGstreamer(const std::vector<FilterSettings>& chain, const ExportedClip& clip);
+
+/// The same as frei0r elements. Throws Error of wrong usage for what they cannot be told.
+Export exportForFrei0rInGstreamer(const std::vector<ExportedFilter>& filters, const ExportedClip& clip);
 
 }  // namespace vireo
 

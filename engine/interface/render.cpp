@@ -7,6 +7,8 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <optional>
+#include <utility>
 
 using namespace vireo;
 
@@ -176,6 +178,7 @@ struct VireoStream {
     const VireoChain* chain;
     StreamHistory history;
     std::int64_t next = 0;
+    std::optional<std::int64_t> skippedTo;
     std::shared_ptr<const BuiltChain> built;  ///< What the memory is of.
     std::unique_ptr<ChainMemory> memory;
 
@@ -262,7 +265,7 @@ VireoStatus vireoChainRender(const VireoChain* chain, const VireoFrame* source, 
 VireoStatus vireoStreamNew(const VireoChain* chain, VireoStream** stream) {
     return guarded([&] {
         require(chain, stream);
-        *stream = new VireoStream{chain, {}, 0, nullptr, nullptr};
+        *stream = new VireoStream{chain, {}, 0, std::nullopt, nullptr, nullptr};
     });
 }
 
@@ -276,6 +279,15 @@ VireoStatus vireoStreamRestart(VireoStream* stream) {
     });
 }
 
+VireoStatus vireoStreamSkip(VireoStream* stream, int64_t frame) {
+    return guarded([&] {
+        require(stream);
+        require(frame >= 0, "frames are counted from 0");
+        stream->next = frame;
+        stream->skippedTo = frame;
+    });
+}
+
 VireoStatus vireoStreamRender(VireoStream* stream, const VireoFrame* source, VireoFrame* result,
                               const VireoTime* time) {
     return guarded([&] {
@@ -286,9 +298,11 @@ VireoStatus vireoStreamRender(VireoStream* stream, const VireoFrame* source, Vir
         counted.seconds = -1;
         Call call(source, result, time == nullptr ? &counted : time);
         auto& frames = stream->history.frames;
+        const auto skippedTo = std::exchange(stream->skippedTo, std::nullopt);
         if (!frames.empty()) {
             const Picture& last = *frames.back().picture;
-            const bool follows = frames.back().position.number + 1 == call.position.number &&
+            const std::int64_t number = call.position.number, lastNumber = frames.back().position.number;
+            const bool follows = (number == lastNumber + 1 || (number == skippedTo && number > lastNumber)) &&
                                  last.width() == call.source.width() &&
                                  last.height() == call.source.height() &&
                                  last.format() == call.source.filterFormat();

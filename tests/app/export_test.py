@@ -8,6 +8,7 @@ from conftest import PROGRAM
 from media_support import clip, ffmpeg, samples
 
 PLUGINS = PROGRAM.parent.parent / "frei0r-1"
+ELEMENTS = PROGRAM.parent.parent / "gstreamer-1.0"
 LOSSLESS = ("-c:v", "ffv1", "-pix_fmt", "bgra")
 
 CONSTANT = ("-f", "Color Replace:target color=#ff0000, similarity=60", "-f", "Vertical Hold")
@@ -22,6 +23,7 @@ def plugins(monkeypatch, tmp_path):
         pytest.skip("other programs cannot load these plug-ins")
     monkeypatch.setenv("FREI0R_PATH", str(PLUGINS))
     monkeypatch.setenv("MLT_FREI0R_PLUGIN_PATH", str(PLUGINS))
+    monkeypatch.setenv("GST_PLUGIN_PATH", str(ELEMENTS))
     monkeypatch.setenv("GST_REGISTRY", str(tmp_path / "registry"))
     monkeypatch.setenv("GST_REGISTRY_FORK", "no")
 
@@ -72,20 +74,27 @@ def test_melt_renders_the_same(vireo, tmp_path, chain):
 
 
 @pytest.mark.usefixtures("plugins")
-def test_gstreamer_renders_the_same(vireo, tmp_path):
+@pytest.mark.parametrize("chain", [CONSTANT, KEYS, SMOOTH, MIXED, (*CONSTANT, "--frei0r"), ("--preset", "vhs")])
+def test_gstreamer_renders_the_same(vireo, tmp_path, chain):
+    if "--frei0r" not in chain and not ELEMENTS.is_dir():
+        pytest.skip("built without the elements")
     source(tmp_path)
-    elements = exported(vireo, "gstreamer", "in.mkv", *CONSTANT)
+    elements = exported(vireo, "gstreamer", "in.mkv", *chain)
     ffmpeg("-i", "in.mkv", "-f", "rawvideo", "in.raw", cwd=tmp_path)
-    subprocess.run("gst-launch-1.0 -q filesrc location=in.raw ! rawvideoparse format=bgra width=160 height=120 framerate=25/1"
-                   f" ! {elements} ! video/x-raw,format=BGRA ! filesink location=out.raw", shell=True, cwd=tmp_path, check=True)
-    assert (tmp_path / "out.raw").read_bytes() == rendered(vireo, *CONSTANT).astype("u1").tobytes()
+    pipeline = ("filesrc location=in.raw ! rawvideoparse format=bgra width=160 height=120 framerate=25/1 ! %s"
+                " ! video/x-raw,format=BGRA ! filesink location=out.raw")
+    expected = rendered(vireo, *(word for word in chain if word != "--frei0r")).astype("u1").tobytes()
+    # In a shell's line, and as words that a shell has put in its place.
+    for start in ("gst-launch-1.0 -q " + pipeline % elements, f"E='{elements}'; gst-launch-1.0 -q " + pipeline % "$E"):
+        subprocess.run(start, shell=True, cwd=tmp_path, check=True)
+        assert (tmp_path / "out.raw").read_bytes() == expected
 
 
 def test_what_cannot_be_handed_on_is_told(vireo, tmp_path):
     assert "--commands FILE" in vireo.error("export", "ffmpeg", *KEYS, "--frame-rate", "25")
     assert "--frame-rate" in vireo.error("export", "ffmpeg", *KEYS)
     assert "takes a rate" in vireo.error("export", "ffmpeg", *KEYS, "--frame-rate", "25/0")
-    assert "one value" in vireo.error("export", "gstreamer", *KEYS, "--frame-rate", "25")
+    assert "one value" in vireo.error("export", "gstreamer", "--frei0r", *KEYS, "--frame-rate", "25")
     source(tmp_path)
     assert "mix" in vireo.error("export", "mlt", "in.mkv", *MIXED)
     assert "begins with its stretch" in vireo.error("export", "mlt", "in.mkv", "-f", "Bend:from=1s")

@@ -10,7 +10,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["VIREO_PROGRAM"]).parents[1]
-PAGES = ["README.md", "docs/guide.md", "docs/engine.md", "docs/hosting.md"]
+PAGES = ["README.md", "docs/guide.md", "docs/engine.md", "docs/gstreamer.md", "docs/hosting.md"]
 
 BLOCK = re.compile(r"(?:<!-- not run: ([^>]+) -->\n\n?)?```sh\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 ALREADY_DONE = ("cmake", "sudo")
@@ -51,6 +51,8 @@ def clone(tmp_path_factory, samples):
 
 @pytest.mark.parametrize("page", PAGES)
 def test_commands_work(page, clone):
+    if page == "docs/gstreamer.md" and not (BUILD / "gstreamer-1.0").is_dir():
+        pytest.skip("built without the elements")
     text = (ROOT / page).read_text(encoding="utf-8")
     script = "".join(f"echo '{page}, line {text.count(chr(10), 0, block.start(2)) + 1}'\n{block[2]}"
                      for block in BLOCK.finditer(text) if block[1] is None)

@@ -14,7 +14,7 @@ def package(tmp_path_factory):
     return packed(tmp_path_factory.mktemp("cpack"), "vireo-filters_*_amd64.deb")
 
 
-def package_beside(package, name):
+def beside(package, name):
     packages = list(package.parent.glob(f"{name}_*_amd64.deb"))
     if not packages:
         pytest.skip(f"built without {name}")
@@ -23,12 +23,17 @@ def package_beside(package, name):
 
 @pytest.fixture(scope="module")
 def python_package(package):
-    return package_beside(package, "python3-vireo")
+    return beside(package, "python3-vireo")
 
 
 @pytest.fixture(scope="module")
 def obs_package(package):
-    return package_beside(package, "vireo-obs")
+    return beside(package, "vireo-obs")
+
+
+@pytest.fixture(scope="module")
+def gstreamer_package(package):
+    return beside(package, "gstreamer1.0-vireo")
 
 
 @pytest.fixture(scope="module")
@@ -132,3 +137,16 @@ def test_obs_finds_the_plugin_and_it_the_filters(obs_package, root):
     assert f"{place}/usr/lib/" in re.search(r"libVireo\.so\.1 => (\S+)", run("ldd", plugin))[1]
     data = place / "usr/share/obs/obs-plugins/vireo"
     assert (data / "vireo.effect").is_file() and len(list((data / "locale").iterdir())) == 7
+
+
+def test_gstreamer_finds_the_filters_there(gstreamer_package, root, picture):
+    depends = field(gstreamer_package, "Depends")
+    assert f"vireo-filters (= {field(gstreamer_package, 'Version')})" in depends and "libgstreamer-plugins-base1.0-0" in depends
+    place = unpacked(gstreamer_package, shutil.copytree(root, root.with_name("with-gstreamer"), symlinks=True))
+    (plugin,) = place.rglob("libgstvireo.so")
+    # The root is not the system's: the loader is told where the libraries are, and GStreamer where the plug-in is.
+    environment = {**BARE, "GST_PLUGIN_PATH": str(plugin.parent), "GST_REGISTRY": str(picture.with_name("registry")),
+                   "LD_LIBRARY_PATH": str(place / "usr/lib")}
+    run("gst-launch-1.0", "-q", "filesrc", f"location={picture}", "!", "pngdec", "!", "vireohorizontalflip", "!", "pngenc", "!",
+        "filesink", f"location={picture.with_name('gstreamer.png')}", environment=environment)
+    assert numpy.array_equal(pixels(picture.with_name("gstreamer.png")), pixels(picture)[:, ::-1])

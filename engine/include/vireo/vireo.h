@@ -386,6 +386,10 @@ VIREO_API VireoStatus vireoStreamRender(VireoStream* stream, const VireoFrame* s
                                         const VireoTime* time);
 VIREO_API VireoStatus vireoStreamRestart(VireoStream* stream);
 
+/// The next frame is the one of this number, and those before it that have not come are lost: the history
+/// goes on, and the nearest frames before stand for them.
+VIREO_API VireoStatus vireoStreamSkip(VireoStream* stream, int64_t frame);
+
 #ifdef __cplusplus
 }
 #endif

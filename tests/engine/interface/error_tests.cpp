@@ -128,6 +128,8 @@ TEST_F(InterfaceUsage, IsToGiveWhatIsNeeded) {
     EXPECT_NULLS_REFUSED(vireoStreamNew, c, any);
     EXPECT_NULLS_REFUSED(vireoStreamRender, newStream(chain).get(), frame, frame, nullptr);
     EXPECT_EQ(vireoStreamRestart(nullptr), VireoUsage);
+    EXPECT_EQ(vireoStreamSkip(nullptr, 0), VireoUsage);
+    EXPECT_EQ(vireoStreamSkip(newStream(chain).get(), -1), VireoUsage);
     EXPECT_EQ(vireoFilterCount(nullptr), 0U);
     EXPECT_EQ(vireoChainLength(nullptr), 0U);
     vireoClose(nullptr);

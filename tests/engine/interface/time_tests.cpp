@@ -21,6 +21,8 @@ public:
     }
 
     std::int64_t first = 0;  ///< Stands for those before it.
+    std::int64_t lost = 0;   ///< From this one on frames did not come,
+    std::int64_t back = 0;   ///< until this one.
     double delay = 0;        ///< Seconds that odd frames come late.
 
     const VireoFrame* operator[](std::int64_t frame) const { return &pixels(frame).frame; }
@@ -30,9 +32,9 @@ public:
         return time;
     }
 
-    PicturePtr frame(std::int64_t number) const override { return pixels(std::max(number, first)).picture(); }
+    PicturePtr frame(std::int64_t number) const override { return pixels(nearest(number)).picture(); }
     FramePosition position(std::int64_t number) const override {
-        const VireoTime at = time(std::max(number, first));
+        const VireoTime at = time(nearest(number));
         return {at.frame, at.frames, at.seconds, at.rate, static_cast<Interlacing>(interlacing_)};
     }
 
@@ -43,6 +45,11 @@ public:
     VireoRenderOptions options() { return {sizeof(VireoRenderOptions), fetch, nullptr, this}; }
 
 private:
+    std::int64_t nearest(std::int64_t number) const {
+        const std::int64_t known = std::max(number, first);
+        return known >= lost && known < back ? lost - 1 : known;
+    }
+
     const Pixels& pixels(std::int64_t frame) const { return frames_.at(static_cast<std::size_t>(frame)); }
 
     static std::int32_t fetch(void* user, std::int64_t frame, const VireoFrame* target, VireoTime* time) {
@@ -153,6 +160,21 @@ TEST_P(InterfaceStreams, BeginAnewAtAGapARestartAndAnotherSize) {
         }
         clip.first = first;
         expectRendered(stream, clip, first, frames);
+    }
+}
+
+TEST_P(InterfaceStreams, GoOnBehindLostFrames) {
+    CallersClip clip(24, {});
+    expectRendered(stream, clip, 0, 6);
+    clip.lost = 6;
+    clip.back = 9;
+    ASSERT_EQ(vireoStreamSkip(stream.get(), 9), VireoDone);
+    expectRendered(stream, clip, 9, 12);
+    // Back in time nothing goes on, and a skip is for one frame alone.
+    for (const std::int64_t first : {4, 12}) {
+        ASSERT_EQ(vireoStreamSkip(stream.get(), 4), VireoDone);
+        clip.first = first;
+        expectRendered(stream, clip, first, 2);
     }
 }
 

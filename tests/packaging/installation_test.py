@@ -9,7 +9,7 @@ import sys
 
 import numpy
 
-from conftest import BARE, ROOT, only, run
+from conftest import BARE, BUILD, ROOT, only, run
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "bridges/frei0r"))
 import hosts

@@ -107,16 +107,15 @@ Chain State::make(mlt_properties properties) const {
 }
 
 MadeChain State::take(mlt_filter filter, const Moment& moment) {
+    // The text of an animated property is there until it is asked for again, also on another thread.
+    const std::lock_guard lock(mutex_);
     mlt_properties properties = MLT_FILTER_PROPERTIES(filter);
     const std::string wanted = source(properties);
     MadeChain made;
-    {
-        const std::lock_guard lock(mutex_);
-        std::erase_if(idle_, [&](const MadeChain& chain) { return chain.source != wanted; });
-        if (!idle_.empty()) {
-            made = std::move(idle_.back());
-            idle_.pop_back();
-        }
+    std::erase_if(idle_, [&](const MadeChain& chain) { return chain.source != wanted; });
+    if (!idle_.empty()) {
+        made = std::move(idle_.back());
+        idle_.pop_back();
     }
     if (made.chain == nullptr) made = {wanted, make(properties), {}};
     made.setValues(parameters_, properties, moment);

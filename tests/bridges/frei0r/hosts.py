@@ -12,9 +12,9 @@ BUILD = pathlib.Path(os.environ.get("VIREO_BUILD", pathlib.Path(__file__).resolv
 RATE = 25
 
 
-def run(*command, environment=None, cwd=None):
+def run(*command, environment=None, cwd=None, timeout=120):
     completed = subprocess.run(
-        [str(part) for part in command], capture_output=True, timeout=120, cwd=cwd,
+        [str(part) for part in command], capture_output=True, timeout=timeout, cwd=cwd,
         env={**os.environ, **(environment or {})})
     assert completed.returncode == 0, completed.stderr.decode(errors="replace")
     return completed.stdout
@@ -119,13 +119,17 @@ def melt(source, result, profile, filters, environment, consumer=("real_time=-1"
     """Renders a file into another without a loss."""
     profile_file = result.with_suffix(".profile")
     profile_file.write_text(profile)
-    # On a busy machine melt may end before its consumer has begun, and leaves an empty file.
+    # On a busy machine melt may end before its consumer has begun, and leaves an empty file, or it never ends: the locks
+    # of MLT 7.12 do so in one of a thousand runs, also without a filter.
     for _ in range(5):
-        run("melt", "-silent", "-profile", profile_file, source, *filters, "-consumer", f"avformat:{result}", "vcodec=ffv1",
-            "pix_fmt=bgra", "mlt_image_format=rgba", "an=1", *consumer, environment=environment)
+        try:
+            run("melt", "-silent", "-profile", profile_file, source, *filters, "-consumer", f"avformat:{result}",
+                "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1", *consumer, environment=environment, timeout=60)
+        except subprocess.TimeoutExpired:
+            continue
         if result.exists() and result.stat().st_size:
-            break
-    return result
+            return result
+    raise AssertionError(f"melt made no {result.name}")
 
 
 def with_melt(clip, chain, folder):

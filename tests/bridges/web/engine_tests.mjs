@@ -216,7 +216,7 @@ test('every filter is listed as the command line lists it, in every language', a
     }
     for (const { id, parameters } of engine.filters()) {
         const info = JSON.parse(await vireo('info', String(id), '--json', '--language', 'ko'));
-        const own = parameters.map(({ englishName, label, unit, choices, takesPercent, ...rest }) => rest);
+        const own = parameters.map(({ englishName, label, unit, choices, takesPercent, inPixels, ...rest }) => rest);
         for (const parameter of info.parameters) {
             if (parameter.kind === 'colour') parameter.default = Number.parseInt(parameter.default.slice(1), 16);
             if (parameter.kind === 'boolean') parameter.default = Number(parameter.default);

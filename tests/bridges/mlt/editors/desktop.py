@@ -5,6 +5,7 @@ import os
 import shutil
 import signal
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 
@@ -69,13 +70,13 @@ class Desktop:
         self.installation = installation
         self.folder = folder
         self.home = folder / "home"
-        runtime = folder / "run"
         self.home.mkdir(parents=True)
-        runtime.mkdir(mode=0o700)
+        # The names of sockets may have 108 bytes.
+        self.runtime = tempfile.mkdtemp()
         self.number = next(n for n in range(90, 200) if not Path(f"/tmp/.X11-unix/X{n}").exists())
         self.environment = {
             **os.environ, **installation.environment(), "DISPLAY": f":{self.number}", "HOME": str(self.home),
-            "XDG_RUNTIME_DIR": str(runtime), "TMPDIR": str(runtime), "LIBGL_ALWAYS_SOFTWARE": "1", "QT_QPA_PLATFORM": "xcb",
+            "XDG_RUNTIME_DIR": self.runtime, "TMPDIR": self.runtime, "LIBGL_ALWAYS_SOFTWARE": "1", "QT_QPA_PLATFORM": "xcb",
             "LANG": "C.UTF-8", "LC_ALL": "", "LANGUAGE": "", "SDL_AUDIODRIVER": "dummy"}
         for name in ("XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "WAYLAND_DISPLAY"):
             self.environment.pop(name, None)
@@ -90,6 +91,7 @@ class Desktop:
     def __exit__(self, *_):
         for process in reversed(self.processes):
             process.end()
+        shutil.rmtree(self.runtime, ignore_errors=True)
 
     def start(self, program, *arguments, title, seconds=180):
         """Starts a program and makes the window with the title fill the screen."""

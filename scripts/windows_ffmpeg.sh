@@ -5,8 +5,8 @@
 #   scripts/windows_ffmpeg.sh --lgpl   without it
 #   scripts/windows_ffmpeg.sh --where  builds nothing: the folder alone (with --lgpl first, that of the other build)
 #
-# The folder is VIREO_CACHE/<hash of this script, the versions and the options>, where VIREO_CACHE is
-# ~/.cache/vireo-windows-ffmpeg or as XDG_CACHE_HOME tells; what lies there is not built again. In it:
+# The folder is ~/.cache/vireo-windows-ffmpeg/HASH-gpl (or -lgpl; XDG_CACHE_HOME moves it), with a hash of this script, the
+# versions and the options; what lies there is not built again. In it:
 #   bin              the DLLs; ffmpeg.exe and ffprobe.exe, with frei0r, for tests
 #   include, lib     headers, import libraries, lib/pkgconfig
 #   licences         texts, and VERSIONS.txt: what it was made from and where the sources are
@@ -122,6 +122,7 @@ fi
 
 mkdir -p made/licences made/sources
 $host-strip made/bin/*.{dll,exe}
+cp "$($compiler -print-file-name=libwinpthread-1.dll)" made/bin
 for file in made/lib/pkgconfig/*.pc; do
     sed -i -e 's|^prefix=.*|prefix=${pcfiledir}/../..|' -e 's|^\(exec_prefix\)=.*|\1=${prefix}|' \
         -e 's|^libdir=.*|libdir=${prefix}/lib|' -e 's|^includedir=.*|includedir=${prefix}/include|' \

@@ -11,7 +11,7 @@
 #include <memory>
 
 #if defined(_WIN32)
-#include "app/media/wic_pictures.h"
+#include "app/media/ffmpeg_pictures.h"
 #include "host/win32.h"
 #endif
 
@@ -65,7 +65,9 @@ FilterSettings startingSettings(const Catalogue& catalogue, const DialogOptions&
 }
 
 PicturePtr readPicture(const std::string& file) {
-    WicPictureSource source(false);
+    const RenderJob job;
+    Messages messages(true);
+    FfmpegPictureSource source(job, messages);
     const std::filesystem::path path = pathOf(file);
     try {
         source.probe(path);

@@ -65,10 +65,13 @@ int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
         const int part = std::min(size - done, partBytes);
         DWORD count = 0;
         if (WriteFile(file, bytes + done, static_cast<DWORD>(part), &count, nullptr) == 0) {
-            const DWORD failure = GetLastError();
-            return failure == ERROR_BROKEN_PIPE || failure == ERROR_NO_DATA ? AVERROR(EPIPE)
-                   : failure == ERROR_DISK_FULL                             ? AVERROR(ENOSPC)
-                                                                            : AVERROR(EIO);
+            switch (GetLastError()) {
+                case ERROR_BROKEN_PIPE:
+                case ERROR_NO_DATA:
+                case ERROR_PIPE_NOT_CONNECTED: return AVERROR(EPIPE);
+                case ERROR_DISK_FULL: return AVERROR(ENOSPC);
+                default: return AVERROR(EIO);
+            }
         }
         done += static_cast<int>(count);
     }

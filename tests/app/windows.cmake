@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# The tests of the command line with vireo.exe, as far as they need no shell and no signals. It takes long to start under
-# Wine, so that those that start it most run in `./check --long`.
+# Tests of the command line with vireo.exe. Most of what both programs can do is compared in one run of each; beside it run
+# those of the other tests that find the most and need no signals and no terminal.
 set(program ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/vireo)
 file(WRITE ${program} "#!/bin/sh\nexec '${CMAKE_CROSSCOMPILING_EMULATOR}' '${program}.exe' \"$@\"\n")
 file(CHMOD ${program} FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
@@ -14,3 +14,7 @@ function(vireo_command_line_test name selection)
 endfunction()
 
 vireo_command_line_test(systems_test "")
+vireo_command_line_test(command_test "wrong_usage or bad_input or standard_output")
+vireo_command_line_test(media_faults_test "goes_away or unreadable or damaged")
+vireo_command_line_test(media_test "sound or jobs or parts_begin or alpha")
+vireo_command_line_test(farm_test "one_render and not any_name")

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -28,6 +29,7 @@ protected:
             file << "FRAME\n" << std::string(640 * 480 * 3 / 2, static_cast<char>(40 + i));
     }
     ~Console() override {
+        if (process_.hProcess != nullptr) TerminateProcess(process_.hProcess, 1);
         std::error_code error;
         fs::remove_all(folder, error);
     }
@@ -45,11 +47,11 @@ protected:
     }
 
     /// Starts vireo.exe in the folder; what it says goes to said.txt beside the folder.
-    void start(std::wstring arguments, DWORD flags = 0) {
+    void start(const std::wstring& arguments) {
         wchar_t own[MAX_PATH];
         GetModuleFileNameW(nullptr, own, MAX_PATH);
         std::wstring line =
-            L"\"" + (fs::path(own).parent_path() / L"vireo.exe").wstring() + L"\" " + std::move(arguments);
+            L"\"" + (fs::path(own).parent_path() / L"vireo.exe").wstring() + L"\" " + arguments;
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
         HANDLE said =
             CreateFileW(said_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
@@ -57,8 +59,8 @@ protected:
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdError = startup.hStdOutput = said;
-        ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr,
-                                   folder.c_str(), &startup, &process_));
+        ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(),
+                                   &startup, &process_));
         CloseHandle(said);
     }
 
@@ -68,6 +70,7 @@ protected:
         GetExitCodeProcess(process_.hProcess, &status);
         CloseHandle(process_.hThread);
         CloseHandle(process_.hProcess);
+        process_ = {};
         return status;
     }
 
@@ -89,25 +92,24 @@ constexpr wchar_t slowRender[] =
     L"render clip.y4m out.mkv --encoder ffv1 --jobs 1 -f \"Camera Blur:percent blur=100\" "
     L"-f \"Camera Blur:percent blur=100\" -f \"Camera Blur:percent blur=100\"";
 
+BOOL WINAPI passOver(DWORD) { return TRUE; }
+
 TEST_F(Console, EventsEndARenderThatLeavesNothing) {
     // A console of the test's own, whose events no other program sees.
     FreeConsole();
     ASSERT_TRUE(AllocConsole());
-    start(slowRender, CREATE_NEW_PROCESS_GROUP);
-    waitUntilBegun();
-    ASSERT_TRUE(GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, process_.dwProcessId));
-    EXPECT_EQ(finish(), 143U);
-    EXPECT_EQ(said(), "vireo: terminated; nothing was written.\n");
-    EXPECT_EQ(names(), std::set<std::wstring>{L"clip.y4m"});
-
-    start(slowRender);
-    waitUntilBegun();
-    SetConsoleCtrlHandler(nullptr, TRUE);
-    ASSERT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
-    EXPECT_EQ(finish(), 130U);
-    EXPECT_EQ(said(), "vireo: interrupted; nothing was written.\n");
-    EXPECT_EQ(names(), std::set<std::wstring>{L"clip.y4m"});
-    SetConsoleCtrlHandler(nullptr, FALSE);
+    ASSERT_TRUE(SetConsoleCtrlHandler(passOver, TRUE));
+    for (const auto& [event, status, sentence] :
+         {std::tuple{CTRL_C_EVENT, 130U, "vireo: interrupted; nothing was written.\n"},
+          std::tuple{CTRL_BREAK_EVENT, 143U, "vireo: terminated; nothing was written.\n"}}) {
+        start(slowRender);
+        waitUntilBegun();
+        ASSERT_TRUE(GenerateConsoleCtrlEvent(static_cast<DWORD>(event), 0)) << GetLastError();
+        EXPECT_EQ(finish(), status);
+        EXPECT_EQ(said(), sentence);
+        EXPECT_EQ(names(), std::set<std::wstring>{L"clip.y4m"});
+    }
+    SetConsoleCtrlHandler(passOver, FALSE);
 }
 
 TEST_F(Console, AFileThatIsOpenElsewhereIsNamedAndKept) {

@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: MIT
 // vireo.exe settings and render, as a person would use them one after the other.
-#include "tests/windows/dialog_driver.h"
+#include "tests/windows/command_fixture.h"
 
 #include <commctrl.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class SettingsCommand : public testing::Test {
+class SettingsCommand : public CommandFixture {
 protected:
-    const fs::path folder = fs::temp_directory_path() / L"vireo settings command";
     const fs::path image = folder / L"pïcture.bmp";
     const fs::path look = folder / L"look.json";
 
     SettingsCommand() {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
         // A white square on black.
         std::vector<char> pixels;
         for (int i = 0; i < 64 * 48; ++i) {
@@ -31,36 +23,6 @@ protected:
         }
         saveBitmap(image, 64, 48, pixels);
     }
-    ~SettingsCommand() override { fs::remove_all(folder); }
-
-    static PROCESS_INFORMATION start(const std::wstring& arguments) {
-        const fs::path program = testedModule().parent_path() / L"vireo.exe";
-        std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                   &startup, &process));
-        return process;
-    }
-
-    static DWORD finish(const PROCESS_INFORMATION& process) {
-        EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
-        DWORD status = ~0U;
-        GetExitCodeProcess(process.hProcess, &status);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-        return status;
-    }
-
-    static DWORD run(const std::wstring& arguments) { return finish(start(arguments)); }
-
-    static std::string content(const fs::path& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    std::wstring quoted(const fs::path& file) const { return L" \"" + file.wstring() + L"\" "; }
 };
 
 TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {

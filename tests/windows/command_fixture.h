@@ -23,8 +23,8 @@ protected:
     }
     ~CommandFixture() override { std::filesystem::remove_all(folder); }
 
-    static PROCESS_INFORMATION start(const std::wstring& arguments) {
-        const std::filesystem::path program = testedModule().parent_path() / L"vireo.exe";
+    static PROCESS_INFORMATION start(const std::wstring& arguments, const wchar_t* name = L"vireo.exe") {
+        const std::filesystem::path program = testedModule().parent_path() / name;
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;

@@ -5,8 +5,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <optional>
 #include <thread>
 #include <vector>
 
@@ -16,35 +14,6 @@ using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 constexpr int width = 320, height = 240;
-
-/// Colours of an area, rows from the bottom, blue, green and red as 24-bit bitmaps have them.
-std::vector<char> onScreen(HWND window, int left, int top, int columns, int rows) {
-    POINT corner{left, top};
-    ClientToScreen(window, &corner);
-    const HDC screen = GetDC(nullptr);
-    const HDC memory = CreateCompatibleDC(screen);
-    BITMAPINFO info{{sizeof(BITMAPINFOHEADER), columns, rows, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
-    void* bits = nullptr;
-    const HBITMAP bitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ previous = SelectObject(memory, bitmap);
-    BitBlt(memory, 0, 0, columns, rows, screen, corner.x, corner.y, SRCCOPY);
-    GdiFlush();
-    const auto* bytes = static_cast<const char*>(bits);
-    std::vector<char> pixels(bytes, bytes + std::size_t(columns) * static_cast<std::size_t>(rows) * 3);
-    SelectObject(memory, previous);
-    DeleteObject(bitmap);
-    DeleteDC(memory);
-    ReleaseDC(nullptr, screen);
-    return pixels;
-}
-
-bool becomesTrue(const std::function<bool()>& condition) {
-    for (int i = 0; i < 250; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(20ms);
-    }
-    return false;
-}
 
 class PreviewCommand : public CommandFixture {
 protected:
@@ -158,6 +127,19 @@ TEST_F(PreviewCommand, LeavesFramesOutRatherThanFallingBehind) {
     ASSERT_NE(window, nullptr);
     EXPECT_NEAR(pace(), 25, 12);
     EXPECT_EQ(close(process), 0U);
+}
+
+TEST_F(PreviewCommand, IsWhatTheExplorerStarts) {
+    const std::wstring clip = quoted(saveClip(2));
+    PROCESS_INFORMATION process = start(clip, L"VireoPreview.exe");
+    ASSERT_TRUE(becomesTrue([&] { return (window = FindWindowW(L"VireoPreview", nullptr)) != nullptr; }));
+    EXPECT_TRUE(becomesTrue([&] { return shownFrame() == 1; }));
+    EXPECT_EQ(close(process), 0U);
+
+    process = start(quoted(folder / L"missing.bmp"), L"VireoPreview.exe");
+    const HWND box = waitForWindow(L"Vireo preview");
+    PostMessageW(box, WM_COMMAND, IDOK, 0);
+    EXPECT_EQ(finish(process), 1U);
 }
 
 TEST_F(PreviewCommand, FailsWithoutAWindowWhereThereIsNothingToShow) {

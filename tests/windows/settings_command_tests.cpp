@@ -43,6 +43,40 @@ TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
     EXPECT_GT(content(byFile).size(), 64U * 48 * 3);
 }
 
+TEST_F(SettingsCommand, ThePreviewFollowsTheDialogFromFrameToFrame) {
+    // Frames of a grey each, with a white square whose edge a blur softens.
+    for (int frame = 0; frame < 3; ++frame) {
+        std::vector<char> pixels(320 * 240 * 3, static_cast<char>(40 * frame));
+        for (int i = 0; i < 320 * 240; ++i)
+            if (i % 320 >= 160) std::fill_n(&pixels[static_cast<std::size_t>(3 * i)], 3, '\xFF');
+        saveBitmap(folder / (L"clip" + std::to_wstring(frame) + L".bmp"), 320, 240, pixels);
+    }
+    const auto process = start(L"settings \"Camera Blur\" --preview --image" +
+                               quoted(folder / L"clip%d.bmp") + L"--save-settings" + quoted(look));
+    const HWND dialog = waitForWindow(L"Camera Blur Settings");
+    const HWND preview = FindWindowW(L"VireoPreview", nullptr);
+    ASSERT_NE(preview, nullptr);
+    // The dialog may stand over the preview's middle.
+    SetWindowPos(preview, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE);
+    const auto grey = [&](int x) { return static_cast<unsigned char>(onScreen(preview, x, 120, 1, 1)[0]); };
+    const auto slideTo = [&](int value) {
+        SendMessageW(GetDlgItem(dialog, 10), TBM_SETPOS, TRUE, value);
+        SendMessageW(dialog, WM_HSCROLL, TB_ENDTRACK, reinterpret_cast<LPARAM>(GetDlgItem(dialog, 10)));
+    };
+    slideTo(0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(158) == 0 && grey(162) == 255; }));
+    slideTo(90);
+    EXPECT_TRUE(becomesTrue([&] { return grey(158) > 20 && grey(162) < 235; }));
+    PostMessageW(preview, WM_CHAR, L'.', 0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(2) == 40; }));
+    PostMessageW(preview, WM_CHAR, L' ', 0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(2) == 80; }));
+    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+    EXPECT_EQ(finish(process), 0U);
+    EXPECT_FALSE(IsWindow(preview));
+    EXPECT_NE(content(look).find("\"Percent Blur\": 90"), std::string::npos) << content(look);
+}
+
 TEST_F(SettingsCommand, CancelSavesNothingAndFiltersWithoutADialogSaySo) {
     const auto process =
         start(L"settings \"Horizontal Hold\" --image" + quoted(image) + L"--save-settings" + quoted(look));

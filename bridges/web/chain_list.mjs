@@ -11,17 +11,21 @@ export class ChainList {
     #cards = [];
     #open = new Set(); // uses whose controls show
 
-    /** `host` is { changed(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
+    /** `host` is { changed(), opened(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
     constructor(list, host) {
         this.#list = list;
         this.#host = host;
     }
 
-    /** Shows a chain, which the list changes in place from now on; its last filter is open. */
-    show(chain) {
+    /** Shows a chain, which the list changes in place from now on, with these of its filters open. */
+    show(chain, open = chain.slice(-1)) {
         this.#chain = chain;
-        this.#open = new Set(chain.slice(-1));
+        this.#open = new Set(open);
         this.rebuild();
+    }
+
+    isOpen(use) {
+        return this.#open.has(use);
     }
 
     add(use) {
@@ -64,6 +68,7 @@ export class ChainList {
         title.onclick = () => {
             if (!this.#open.delete(use)) this.#open.add(use);
             this.#rebuildAt(use, '.title');
+            this.#host.opened();
         };
         power.onchange = () => {
             use.isOn = power.checked;
@@ -82,10 +87,6 @@ export class ChainList {
         if (!isOpen) return { root, update: () => {} };
         const controls = filterControls(use, {
             changed: this.#host.changed,
-            rebuild: () => {
-                this.rebuild();
-                this.#host.changed();
-            },
             moment: this.#host.moment,
             pick: this.#host.pick,
         });

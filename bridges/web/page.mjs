@@ -2,16 +2,18 @@
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
 import { assetBytes, engineProgram } from './assets.mjs';
-import { FilterUse, parseSettings, wholeText } from './chain.mjs';
+import { FilterUse, parseSettings, usesOf, wholeText, writtenUses } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
 import { FilterPicker } from './filter_picker.mjs';
+import { Gestures, History } from './history.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
 import { TakeAlong } from './take_along.mjs';
 import { PageError } from './texts.mjs';
+import { Tracks } from './tracks.mjs';
 import { loadVireo } from './vireo/index.mjs';
 
 const samples = {
@@ -39,6 +41,7 @@ const state = {
     sample: null,
     frame: 0,
     isPlaying: false,
+    showsTracks: false,
 };
 
 const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
@@ -82,6 +85,7 @@ const renderer = new Renderer({
 
 const chainList = new ChainList(find('.list'), {
     changed: () => changed(),
+    opened: () => tracks.update(),
     moment,
     pick: (take) => {
         stage.pickColor(take);
@@ -89,6 +93,20 @@ const chainList = new ChainList(find('.list'), {
     },
     tell,
 });
+const tracks = new Tracks(find('.tracks'), {
+    chain: () => state.chain,
+    isOpen: (use) => chainList.isOpen(use),
+    clip: () => ({ frames: state.source.frames, rate: state.source.rate }),
+    frame: () => state.frame,
+    seek: (frame) => {
+        if (state.isPlaying) pause();
+        showFrameNumber(frame);
+    },
+    changed: () => changed(),
+    tell,
+});
+const steps = new History();
+const gestures = new Gestures(window);
 const takeAlong = new TakeAlong(find('.take-along'), tell);
 const picker = new FilterPicker(find('.picker'), (filter) =>
     chainList.add(new FilterUse(state.engine, String(filter.id))),
@@ -102,7 +120,21 @@ function join() {
     state.whole = { chain, text, ...chain.needs() };
 }
 
-const isTimed = () => !state.source.isStill || state.whole.readsTime;
+const hasTracks = () => state.showsTracks && !state.source.isLive;
+const isTimed = () => !state.source.isStill || state.whole.readsTime || hasTracks();
+
+/** Brings back a step of the history, the filters open that are open now. */
+function goTo(written) {
+    if (written === undefined) return;
+    const isOpen = state.chain.map((use) => chainList.isOpen(use));
+    state.chain = usesOf(state.engine, written);
+    const open = state.chain.filter((_, index) => isOpen[index]);
+    chainList.show(state.chain, open);
+    changed();
+}
+
+const undo = () => goTo(steps.undo());
+const redo = () => goTo(steps.redo());
 
 function job() {
     const { whole, source, isPlaying } = state;
@@ -117,6 +149,9 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     join();
+    steps.record(writtenUses(state.chain), gestures.now);
+    find('.undo').disabled = !steps.canUndo;
+    find('.redo').disabled = !steps.canRedo;
     const { chain, source, sample, frame } = state;
     const clip =
         source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
@@ -132,6 +167,9 @@ function changed() {
         link: location.href.replace(/#.*/, '') + address,
     });
     find('.none').hidden = chain.length > 0;
+    find('.keys').hidden = source.isLive;
+    find('.keys').setAttribute('aria-pressed', state.showsTracks);
+    find('.tracks').hidden = !hasTracks();
     find('.timeline').hidden = !isTimed();
     if (!isTimed() && state.isPlaying) pause();
     showFrame();
@@ -149,6 +187,7 @@ function showFrame() {
     scrub.setAttribute('aria-valuetext', text);
     find('.frame').textContent = source.isLive ? String(frame) : `${frame} / ${source.frames - 1}`;
     chainList.update();
+    tracks.update();
 }
 
 function showFrameNumber(frame) {
@@ -221,6 +260,7 @@ async function openFile(file) {
     const name = file.name || 'picture.png';
     if (file.type === 'application/json' || name.endsWith('.json')) {
         state.chain = parseSettings(state.engine, name, await file.text());
+        state.showsTracks ||= state.chain.some((use) => use.isAnimated());
         chainList.show(state.chain);
         changed();
     } else if (!(await open(openSource(file, name, readPng), null))) {
@@ -242,6 +282,7 @@ async function follow(hash) {
     if (language !== null && language !== state.language) speakLanguage(language);
     const { chain } = parseAddress(hash, state.engine); // in the language that is spoken now
     state.chain = chain;
+    state.showsTracks ||= chain.some((use) => use.isAnimated());
     const isOpen = state.source !== null && (sample === null || sample === state.sample);
     if (isOpen) {
         state.frame = Math.min(frame, Math.max(state.source.frames - 1, 0));
@@ -250,6 +291,7 @@ async function follow(hash) {
         await openSample(sample ?? 'fruit', frame);
     }
     chainList.show(state.chain); // another address may have come meanwhile
+    tracks.update();
 }
 
 function speakLanguage(language) {
@@ -317,6 +359,13 @@ function listen() {
         const frames = Math.max(state.source.frames, 2 * tellingFrame);
         return picker.open(filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
     });
+    click('.keys', () => {
+        state.showsTracks = !state.showsTracks;
+        changed();
+    });
+    click('.undo', undo);
+    click('.redo', redo);
+    listenToUndo();
     click('.play', () => (state.isPlaying ? pause() : play()));
     find('.scrub').oninput = (event) => {
         if (state.isPlaying) pause();
@@ -349,6 +398,22 @@ function listen() {
     }
     listenToFiles();
     addEventListener('hashchange', () => attempt(() => follow(location.hash)));
+}
+
+/** Ctrl+Z and its kin, but for a field that is being typed in, whose own they are. */
+function listenToUndo() {
+    let typing = null;
+    addEventListener('input', ({ target }) => (typing = target.matches('[type=text], [type=number]') ? target : null));
+    addEventListener('change', () => (typing = null));
+    addEventListener('keydown', (event) => {
+        if (!(event.ctrlKey || event.metaKey) || event.altKey || event.target === typing) return;
+        const key = event.key.toLowerCase();
+        const isUndo = key === 'z' && !event.shiftKey;
+        const isRedo = key === 'y' || (key === 'z' && event.shiftKey);
+        if (!isUndo && !isRedo) return;
+        event.preventDefault();
+        attempt(isUndo ? undo : redo);
+    });
 }
 
 /** Files come by drop and by paste. */

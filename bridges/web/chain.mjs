@@ -126,7 +126,7 @@ export const wholeText = (uses) =>
 export const writtenUses = (uses) => uses.map((use) => `${use.isOn ? 'on' : 'off'} ${use.text()}`).join('\n');
 
 /** The filters of such a text. */
-export function usesOf(engine, written) {
+export function readUses(engine, written) {
     const lines = written.split('\n').filter((line) => line !== '');
     return lines.map((line) => {
         const space = line.indexOf(' ');
@@ -135,6 +135,9 @@ export function usesOf(engine, written) {
         return use;
     });
 }
+
+/** The filters of an engine's chain. */
+export const usesOf = (engine, chain) => Array.from(chain, (filter) => new FilterUse(engine, filter.text()));
 
 /** What the page says of a text that the engine does not take. `file` is the name of what it was read from. */
 function told(engine, error, file) {
@@ -177,5 +180,5 @@ export function parseFilterText(engine, text) {
 export function parseSettings(engine, name, text) {
     const chain = engine.chain();
     understood(engine, () => chain.addSettings(text, name), name);
-    return Array.from(chain, (filter) => new FilterUse(engine, filter.text()));
+    return usesOf(engine, chain);
 }

@@ -3,6 +3,10 @@
 import { filterControls } from './controls.mjs';
 import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
+import { Scope } from './scope.mjs';
+
+/** Filters that are set by eye, with a scope beside. */
+const measuredFilters = ['Levels', 'Extract'];
 
 export class ChainList {
     #list;
@@ -10,6 +14,7 @@ export class ChainList {
     #chain = [];
     #cards = [];
     #open = new Set(); // uses whose controls show
+    #showsScopes = true;
 
     /** `host` is { changed(), opened(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
     constructor(list, host) {
@@ -22,6 +27,11 @@ export class ChainList {
         this.#chain = chain;
         this.#open = new Set(open);
         this.rebuild();
+    }
+
+    /** The scopes that show, [{ use, scope }]. */
+    get scopes() {
+        return this.#cards.filter(({ scope }) => scope?.isOpen);
     }
 
     isOpen(use) {
@@ -98,7 +108,19 @@ export class ChainList {
         };
         controls.root.append(reset);
         root.append(controls.root);
-        return { root, update: controls.update };
+        return { root, update: controls.update, use, scope: this.#scope(use, controls.root) };
+    }
+
+    #scope({ filter }, controls) {
+        if (!measuredFilters.includes(filter.englishName)) return null;
+        const scope = new Scope();
+        scope.root.open = this.#showsScopes;
+        scope.root.ontoggle = () => {
+            this.#showsScopes = scope.isOpen;
+            this.#host.opened();
+        };
+        controls.prepend(scope.root);
+        return scope;
     }
 
     /** Builds the list again and keeps the keyboard at a part of a filter's card. */

@@ -2,12 +2,13 @@
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
 import { assetBytes, engineProgram } from './assets.mjs';
-import { FilterUse, parseSettings, usesOf, wholeText, writtenUses } from './chain.mjs';
+import { FilterUse, parseSettings, readUses, usesOf, wholeText, writtenUses } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
 import { FilterPicker } from './filter_picker.mjs';
 import { Gestures, History } from './history.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
+import { Looks } from './looks.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
@@ -27,6 +28,9 @@ const firstAddress = '#f=Solarize:threshold=60%&sample=fruit';
 const tellingFrame = 13;
 const thumbnailSide = 208;
 
+/** How often scopes follow while a clip plays, in milliseconds. */
+const measureTime = 200;
+
 /** The address follows the chain at leisure: browsers refuse too many changes. */
 const addressDelay = 250;
 
@@ -36,6 +40,9 @@ const state = {
     engine: null,
     language: 'en',
     chain: [],
+    other: null, // a second chain, to compare with
+    isB: false, // whether the chain is the second of the two
+    isBeside: false, // whether the other one stands for the picture before
     whole: null,
     source: null,
     sample: null,
@@ -78,6 +85,7 @@ const renderer = new Renderer({
     after: (picture, isPreview) => {
         stage.after(picture);
         find('.stage').dataset.shown = isPreview ? 'preview' : 'full';
+        measure();
         document.dispatchEvent(new CustomEvent('shown', { detail: { isPreview } }));
     },
     failed: tellError,
@@ -85,9 +93,13 @@ const renderer = new Renderer({
 
 const chainList = new ChainList(find('.list'), {
     changed: () => changed(),
-    opened: () => tracks.update(),
+    opened: () => {
+        tracks.update();
+        measure();
+    },
     moment,
     pick: (take) => {
+        if (state.isBeside) compareWith(false);
         stage.pickColor(take);
         tell(say('picking'));
     },
@@ -112,12 +124,91 @@ const picker = new FilterPicker(find('.picker'), (filter) =>
     chainList.add(new FilterUse(state.engine, String(filter.id))),
 );
 
+const looks = new Looks(find('.looks'), {
+    engine: () => state.engine,
+    settings: () => (state.chain.some((use) => use.isOn) ? state.whole.chain.settings() : ''),
+    thumbnails: (chains) => thumbnails(chains),
+    take: (name, text) => {
+        state.chain = usesOf(state.engine, state.engine.chain(text));
+        chainList.show(state.chain);
+        changed();
+        tell(say('lookTaken', { name }));
+    },
+    tell,
+});
+
+function thumbnails(chains) {
+    const frames = Math.max(state.source.frames, 2 * tellingFrame);
+    return renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide);
+}
+
+let isMeasuring = false;
+let measuresAgain = false;
+
+/** Shows in the scopes what goes into their filters and what comes out. */
+async function measure() {
+    measuresAgain = true;
+    if (isMeasuring) return;
+    isMeasuring = true;
+    while (measuresAgain) {
+        measuresAgain = false;
+        for (const { use, scope } of chainList.scopes) {
+            const position = state.chain.indexOf(use);
+            const chains = [position, position + 1].map((end) => wholeText(state.chain.slice(0, end)));
+            const frame = { ...moment(), frames: state.source.frames };
+            // Where the frame is gone again, the next one is measured.
+            await renderer.measured(chains, frame).then((pictures) => scope.show(pictures), () => {});
+        }
+        if (state.isPlaying) await new Promise((resolve) => setTimeout(resolve, measureTime));
+    }
+    isMeasuring = false;
+}
+
 /** Makes one chain of the filters that are switched on: what is rendered and handed over. */
 function join() {
     state.whole?.chain.dispose();
     const text = wholeText(state.chain);
     const chain = state.engine.chain(text);
     state.whole = { chain, text, ...chain.needs() };
+    state.beside = null;
+    if (!state.isBeside || state.other === null) return;
+    const beside = wholeText(state.other);
+    const other = state.engine.chain(beside);
+    const { earlierFrames, readsTime } = other.needs();
+    other.dispose();
+    state.whole.earlierFrames = Math.max(state.whole.earlierFrames, earlierFrames);
+    state.whole.readsTime ||= readsTime;
+    state.beside = beside;
+}
+
+const names = () => (state.isB ? ['B', 'A'] : ['A', 'B']); // of the chain at hand and of the other
+
+/** Goes to the other of the two chains, which begins as a copy. */
+function swap() {
+    state.other ??= readUses(state.engine, writtenUses(state.chain));
+    [state.chain, state.other, state.isB] = [state.other, state.chain, !state.isB];
+    chainList.show(state.chain);
+    changed();
+}
+
+function compareWith(isBeside) {
+    state.isBeside = isBeside;
+    changed();
+}
+
+function showVariants() {
+    const [own, other] = names();
+    for (const button of document.querySelectorAll('.variants button')) {
+        button.setAttribute('aria-pressed', button.textContent === own);
+        button.setAttribute('aria-label', say('chainNamed', { name: button.textContent }));
+    }
+    const select = find('.compare-with');
+    select.hidden = state.other === null;
+    const options = [say('original'), say('chainNamed', { name: other })];
+    select.replaceChildren(...options.map((text, value) => element('option', { value }, text)));
+    select.value = Number(state.beside !== null);
+    find('.tag.before').textContent = state.beside === null ? say('before') : other;
+    find('.tag.after').textContent = state.beside === null ? say('after') : own;
 }
 
 const hasTracks = () => state.showsTracks && !state.source.isLive;
@@ -127,10 +218,18 @@ const isTimed = () => !state.source.isStill || state.whole.readsTime || hasTrack
 function goTo(written) {
     if (written === undefined) return;
     const isOpen = state.chain.map((use) => chainList.isOpen(use));
-    state.chain = usesOf(state.engine, written);
+    const { chain, other, isB } = JSON.parse(written);
+    state.chain = readUses(state.engine, chain);
+    state.other = other === null ? null : readUses(state.engine, other);
+    state.isB = isB;
     const open = state.chain.filter((_, index) => isOpen[index]);
     chainList.show(state.chain, open);
     changed();
+}
+
+function step() {
+    const { chain, other, isB } = state;
+    return JSON.stringify({ chain: writtenUses(chain), other: other && writtenUses(other), isB });
 }
 
 const undo = () => goTo(steps.undo());
@@ -138,7 +237,7 @@ const redo = () => goTo(steps.redo());
 
 function job() {
     const { whole, source, isPlaying } = state;
-    return { chain: whole.text, ...moment(), frames: source.frames, lookBack: whole.earlierFrames, isPlaying };
+    return { chain: whole.text, beside: state.beside, ...moment(), frames: source.frames, lookBack: whole.earlierFrames, isPlaying };
 }
 
 /** A file's name without its last extension. */
@@ -149,7 +248,8 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     join();
-    steps.record(writtenUses(state.chain), gestures.now);
+    steps.record(step(), gestures.now);
+    showVariants();
     find('.undo').disabled = !steps.canUndo;
     find('.redo').disabled = !steps.canRedo;
     const { chain, source, sample, frame } = state;
@@ -355,10 +455,15 @@ function listen() {
     click('.save', save);
     click('.add', () => {
         const filters = state.engine.filters();
-        const chains = filters.map((filter) => String(filter.id));
-        const frames = Math.max(state.source.frames, 2 * tellingFrame);
-        return picker.open(filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
+        return picker.open(filters, thumbnails(filters.map((filter) => String(filter.id))));
     });
+    click('.look', () => looks.open());
+    for (const name of ['A', 'B']) {
+        const button = element('button', { type: 'button', className: 'quiet' }, name);
+        button.onclick = () => attempt(() => name === names()[0] || swap());
+        find('.variants').append(button);
+    }
+    find('.compare-with').onchange = ({ target }) => attempt(() => compareWith(target.value === '1'));
     click('.keys', () => {
         state.showsTracks = !state.showsTracks;
         changed();

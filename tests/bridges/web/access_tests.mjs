@@ -23,9 +23,10 @@ async function holdAll(page) {
     await page.focus('.key >> nth=1');
     await hold(page, 'key frames');
     await page.focus('.end');
-    for (const title of await page.locator('.card .title[aria-expanded=false]').all()) await title.click();
-    await page.click('.variants button >> nth=1');
+    for (let closed = 2; closed > 0; --closed) await page.click('.card .title[aria-expanded=false] >> nth=0');
     await hold(page, 'all cards');
+    await page.click('.variants button >> nth=1');
+    await hold(page, 'two chains');
     for (const [open, dialog] of [['.look', '.looks'], ['.add', '.picker']]) {
         await page.click(open);
         await page.waitForFunction((name) => [...document.querySelectorAll(`${name} canvas`)].every(({ width }) => width > 9), dialog);

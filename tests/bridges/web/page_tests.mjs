@@ -110,6 +110,7 @@ walk('a chain is built, moved, switched off and taken apart', '#f=Solarize&sampl
     assert.match(await message(page), /Levels is now number 1 of 3/);
     assert.ok(await page.evaluate(() => document.activeElement.matches('.card:first-child .grip')));
 
+    await page.locator('.card:nth-child(3) .grip').scrollIntoViewIfNeeded();
     const [from, to] = [
         await page.locator('.card:nth-child(3) .grip').boundingBox(),
         await page.locator('.card:nth-child(2) .grip').boundingBox(),

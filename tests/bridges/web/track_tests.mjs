@@ -6,7 +6,7 @@ import { test } from 'node:test';
 
 import { frameOf, indexAt, snapped, withKey, withMoved } from '../../../build/web/keys.mjs';
 import { History } from '../../../build/web/history.mjs';
-import { downloaded, handedOver, shown } from './browser.mjs';
+import { downloaded, handedOver, pageFolder, shown } from './browser.mjs';
 import { chainText, fileOf, run, runWalks, walk } from './walks.mjs';
 
 /** A lane by its name. */
@@ -158,6 +158,17 @@ walk(
         assert.equal(await handedOver(page, 'command'), command);
     },
 );
+
+walk('the single file has key frames and looks too', `file://${pageFolder}/vireo.html#f=Solarize&sample=cutout`, async (page) => {
+    await page.click('.keys');
+    await page.locator('.mark').first().click();
+    assert.match(await chainText(page), /^Solarize:Threshold=\d+@0f$/);
+    await page.click('.look');
+    await shown(page, () => page.click('.looks .tile:has-text("vhs")'));
+    await page.keyboard.press('Control+z');
+    await page.keyboard.press('Control+z');
+    assert.equal(await chainText(page), 'Solarize');
+});
 
 test('keys keep their kind of time, take the place of what is there, and snap', () => {
     const keys = [{ seconds: 0, value: 1, transition: 'smooth' }, { seconds: 2, value: 5, transition: 'linear' }];

@@ -16,7 +16,8 @@ export class ChainList {
     #open = new Set(); // uses whose controls show
     #showsScopes = true;
 
-    /** `host` is { changed(), opened(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
+    /** `host` is { set(use, parameter, value), changed(), opened(), moment(), pick(take), tell(text) }; it answers changed() with
+     * update(). */
     constructor(list, host) {
         this.#list = list;
         this.#host = host;
@@ -96,6 +97,7 @@ export class ChainList {
 
         if (!isOpen) return { root, update: () => {} };
         const controls = filterControls(use, {
+            set: this.#host.set,
             changed: this.#host.changed,
             moment: this.#host.moment,
             pick: this.#host.pick,

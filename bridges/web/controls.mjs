@@ -95,7 +95,11 @@ function keyFrameNote(control, use, parameter, host) {
         host.changed();
     };
     const text = element('span');
-    const button = element('button', { type: 'button', className: 'quiet', onclick: makeConstant }, say('makeConstant'));
+    const button = element(
+        'button',
+        { type: 'button', className: 'quiet', onclick: makeConstant },
+        say('makeConstant'),
+    );
     const note = element('p', {}, text, ' ', button);
     control.root = element('div', { className: 'keyed' }, control.root, note);
     return () => {
@@ -104,11 +108,11 @@ function keyFrameNote(control, use, parameter, host) {
     };
 }
 
-/** The control of a parameter; `host` is { changed(), moment(), pick(take) }. */
+/** The control of a parameter; `host` is { set(use, parameter, value), changed(), moment(), pick(take) }. */
 function parameterControl(use, index, name, host) {
     const parameter = use.filter.parameters[index];
     const take = (value) => {
-        use.setAt(index, value, host.moment());
+        host.set(use, index, value);
         host.changed();
     };
     const make = {
@@ -137,7 +141,7 @@ export const mixParameter = {
 function mixControl(use, host) {
     const control = numberControl(say('mix'), mixParameter, (value) => {
         if (value === fullMix && !use.isKeyed('mix')) use.unset('mix');
-        else use.setAt('mix', value, host.moment());
+        else host.set(use, 'mix', value);
         host.changed();
     });
     const showNote = keyFrameNote(control, use, 'mix', host);
@@ -154,7 +158,7 @@ function matrixControl(use, indices, host) {
     const cells = indices.map((index) => {
         const parameter = use.filter.parameters[index];
         const cell = numberEntry(parameter, { 'aria-label': parameter.name }, (value) => {
-            use.setAt(index, value, host.moment());
+            host.set(use, index, value);
             host.changed();
         });
         return { entry: cell.entry, update: (moment) => cell.update(use.valueAt(index, moment)) };

@@ -19,7 +19,8 @@ export class Gestures {
         };
         const options = { capture: true };
         target.addEventListener('pointerdown', next(true), options);
-        for (const event of ['keydown', 'drop', 'paste', 'hashchange']) target.addEventListener(event, next(false), options);
+        for (const event of ['keydown', 'drop', 'paste', 'hashchange'])
+            target.addEventListener(event, next(false), options);
         const release = () => (this.#isHeld = false);
         for (const event of ['pointerup', 'pointercancel']) target.addEventListener(event, release, options);
     }

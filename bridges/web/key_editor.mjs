@@ -40,7 +40,12 @@ export class KeyEditor {
 
     showStretch(filter, from, to) {
         const entry = (word, text) => {
-            const input = element('input', { type: 'text', className: 'time', value: text, placeholder: say(word === 'from' ? 'begin' : 'end') });
+            const input = element('input', {
+                type: 'text',
+                className: 'time',
+                value: text,
+                placeholder: say(word === 'from' ? 'begin' : 'end'),
+            });
             input.dataset.part = word;
             input.onchange = () => this.#take.stretch(word, input.value);
             return labelled(say(word), input);
@@ -56,7 +61,11 @@ export class KeyEditor {
             if (isFrame) this.#take.moved(Number(at.value));
             else at.value = frame;
         };
-        const select = element('select', { className: 'transition' }, ...transitions.map((word) => element('option', { value: word }, say(word))));
+        const select = element(
+            'select',
+            { className: 'transition' },
+            ...transitions.map((word) => element('option', { value: word }, say(word))),
+        );
         select.value = key.transition;
         select.dataset.part = 'transition';
         select.onchange = () => this.#take.transition(select.value);
@@ -95,7 +104,8 @@ export class KeyEditor {
     /** Keeps the keyboard at the part where it is. */
     #show(kind, ...parts) {
         const { activeElement } = document;
-        const focused = this.#root.contains(activeElement) && this.#root.dataset.kind === kind ? activeElement.dataset.part : null;
+        const focused =
+            this.#root.contains(activeElement) && this.#root.dataset.kind === kind ? activeElement.dataset.part : null;
         this.#root.dataset.kind = kind;
         this.#root.replaceChildren(...parts);
         if (focused) this.#root.querySelector(`[data-part="${focused}"]`)?.focus({ preventScroll: true });

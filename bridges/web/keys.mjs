@@ -34,7 +34,10 @@ export const withMoved = (keys, index, frame, rate) =>
 
 /** The nearest of some frames that is at most `reach` away, else the frame. */
 export function snapped(frame, targets, reach) {
-    const nearest = targets.reduce((best, target) => (Math.abs(target - frame) < Math.abs(best - frame) ? target : best), Infinity);
+    const nearest = targets.reduce(
+        (best, target) => (Math.abs(target - frame) < Math.abs(best - frame) ? target : best),
+        Infinity,
+    );
     return Math.abs(nearest - frame) <= reach ? Math.round(nearest) : Math.round(frame);
 }
 

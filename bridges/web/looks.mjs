@@ -42,7 +42,13 @@ export class Looks {
 
     #form() {
         const settings = this.#host.settings();
-        const name = element('input', { type: 'text', required: true, maxLength: 60, placeholder: say('presetName'), 'aria-label': say('presetName') });
+        const name = element('input', {
+            type: 'text',
+            required: true,
+            maxLength: 60,
+            placeholder: say('presetName'),
+            'aria-label': say('presetName'),
+        });
         const button = element('button', { disabled: settings === '' }, say('savePreset'));
         const form = element('form', { className: 'save-preset' }, name, button);
         form.onsubmit = (event) => {

@@ -91,7 +91,15 @@ const renderer = new Renderer({
     failed: tellError,
 });
 
+/** A value of the moment: a clip that plays stops for a key frame, and a camera takes none. */
+function setValue(use, parameter, value) {
+    if (state.source.isLive || !use.isKeyed(parameter)) return use.set(parameter, value);
+    if (state.isPlaying) pause();
+    use.setAt(parameter, value, moment());
+}
+
 const chainList = new ChainList(find('.list'), {
+    set: setValue,
     changed: () => changed(),
     opened: () => {
         tracks.update();
@@ -157,7 +165,10 @@ async function measure() {
             const chains = [position, position + 1].map((end) => wholeText(state.chain.slice(0, end)));
             const frame = { ...moment(), frames: state.source.frames };
             // Where the frame is gone again, the next one is measured.
-            await renderer.measured(chains, frame).then((pictures) => scope.show(pictures), () => {});
+            await renderer.measured(chains, frame).then(
+                (pictures) => scope.show(pictures),
+                () => {},
+            );
         }
         if (state.isPlaying) await new Promise((resolve) => setTimeout(resolve, measureTime));
     }
@@ -237,7 +248,14 @@ const redo = () => goTo(steps.redo());
 
 function job() {
     const { whole, source, isPlaying } = state;
-    return { chain: whole.text, beside: state.beside, ...moment(), frames: source.frames, lookBack: whole.earlierFrames, isPlaying };
+    return {
+        chain: whole.text,
+        beside: state.beside,
+        ...moment(),
+        frames: source.frames,
+        lookBack: whole.earlierFrames,
+        isPlaying,
+    };
 }
 
 /** A file's name without its last extension. */

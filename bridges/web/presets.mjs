@@ -51,6 +51,7 @@ export function allPresets(engine) {
 }
 
 /** Keeps a settings file under a name, in place of one of the user's that has it; says whether the browser does. */
-export const keepPreset = (name, settings) => keep([...kept().filter((preset) => preset.name !== name), { name, settings }]);
+export const keepPreset = (name, settings) =>
+    keep([...kept().filter((preset) => preset.name !== name), { name, settings }]);
 
 export const dropPreset = (name) => keep(kept().filter((preset) => preset.name !== name));

@@ -60,7 +60,9 @@ function drawHistogram(canvas, { histogram: { counts } }) {
     for (const [channel, color] of colors.entries()) {
         context.beginPath();
         context.moveTo(0, height);
-        counts[channel].forEach((count, level) => context.lineTo(level + 0.5, height * (1 - Math.min(1, Math.sqrt(count / most)))));
+        counts[channel].forEach((count, level) =>
+            context.lineTo(level + 0.5, height * (1 - Math.min(1, Math.sqrt(count / most)))),
+        );
         context.lineTo(width, height);
         context.fillStyle = color;
         context.fill();
@@ -86,7 +88,11 @@ export class Scope {
     #sides; // what goes into the filter, what comes out: panes { kind, canvas, draw }
 
     constructor() {
-        const pane = (kind, size, draw) => ({ kind, canvas: element('canvas', { ...size, role: 'img', 'aria-label': kind }), draw });
+        const pane = (kind, size, draw) => ({
+            kind,
+            canvas: element('canvas', { ...size, role: 'img', 'aria-label': kind }),
+            draw,
+        });
         const side = (word) => [
             pane(`${say('histogram')}, ${say(word)}`, histogramSize, drawHistogram),
             pane(`${say('waveform')}, ${say(word)}`, waveSize, drawWaveform),
@@ -96,7 +102,12 @@ export class Scope {
         const figures = this.#sides.map((panes, index) =>
             element('figure', {}, element('figcaption', {}, say(words[index])), ...panes.map(({ canvas }) => canvas)),
         );
-        this.root = element('details', { className: 'scope' }, element('summary', {}, say('scope')), element('div', {}, ...figures));
+        this.root = element(
+            'details',
+            { className: 'scope' },
+            element('summary', {}, say('scope')),
+            element('div', {}, ...figures),
+        );
     }
 
     get isOpen() {
@@ -111,7 +122,10 @@ export class Scope {
             const at = (share) => levelAt(histogram.counts[3], histogram.pixels, share);
             for (const { kind, canvas, draw } of this.#sides[side]) {
                 draw(canvas, measured);
-                canvas.setAttribute('aria-label', say('scopeTold', { kind, low: at(0), middle: at(0.5), high: at(1 - 1e-9) }));
+                canvas.setAttribute(
+                    'aria-label',
+                    say('scopeTold', { kind, low: at(0), middle: at(0.5), high: at(1 - 1e-9) }),
+                );
             }
         }
         this.root.dataset.shown = 'yes';

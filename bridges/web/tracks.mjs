@@ -76,7 +76,8 @@ export class Tracks {
     }
 
     #rebuild(chain) {
-        const focused = this.#wanted ?? (this.#rows.contains(document.activeElement) ? document.activeElement.dataset.id : null);
+        const focused =
+            this.#wanted ?? (this.#rows.contains(document.activeElement) ? document.activeElement.dataset.id : null);
         this.#wanted = null;
         if (this.#selected && !chain.includes(this.#selected.use)) this.#selected = null;
         this.#tracks = [];
@@ -102,7 +103,11 @@ export class Tracks {
     }
 
     #lane(label, properties, ...children) {
-        const lane = element('div', { className: 'lane', role: 'group', 'aria-label': label, ...properties }, ...children);
+        const lane = element(
+            'div',
+            { className: 'lane', role: 'group', 'aria-label': label, ...properties },
+            ...children,
+        );
         return element('div', { className: 'lane-frame' }, lane);
     }
 
@@ -137,7 +142,13 @@ export class Tracks {
             else this.#host.seek(Math.round(this.#frameAt(event, lane)));
         };
         this.#tracks.push({ use, index, mark, name });
-        return element('div', { className: 'track' }, element('span', { className: 'name', title: parameter.name }, parameter.name), mark, frame);
+        return element(
+            'div',
+            { className: 'track' },
+            element('span', { className: 'name', title: parameter.name }, parameter.name),
+            mark,
+            frame,
+        );
     }
 
     #share(use, index, value) {
@@ -148,7 +159,12 @@ export class Tracks {
     /** The values between the keys. */
     #curve(use, index, keys) {
         const svg = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
-        for (const [name, value] of [['viewBox', '0 0 1 1'], ['preserveAspectRatio', 'none'], ['aria-hidden', 'true']]) svg.setAttribute(name, value);
+        for (const [name, value] of [
+            ['viewBox', '0 0 1 1'],
+            ['preserveAspectRatio', 'none'],
+            ['aria-hidden', 'true'],
+        ])
+            svg.setAttribute(name, value);
         if (keys.length === 0 || parameterOf(use, index).kind === 'colour') return svg;
         const line = document.createElementNS(svg.namespaceURI, 'polyline');
         const points = Array.from({ length: curvePoints + 1 }, (_, point) => {
@@ -399,7 +415,11 @@ export class Tracks {
                 const frame = this.#snap(begin + x * perPixel, moved, { use, index });
                 this.#apply(use, index, withMoved(keys, at, frame, rate), frame);
             } else {
-                const value = limited(Math.round(keys[at].value - (y / valueHeight) * (maximum - minimum)), minimum, maximum);
+                const value = limited(
+                    Math.round(keys[at].value - (y / valueHeight) * (maximum - minimum)),
+                    minimum,
+                    maximum,
+                );
                 this.#apply(use, index, keys.with(at, { ...keys[at], value }), begin);
             }
         });
@@ -455,7 +475,12 @@ export class Tracks {
         lane.style.setProperty('--first', this.#place(first));
         lane.style.setProperty('--end', this.#place(end));
         lane.onpointerdown = (event) => this.#dragStretch(event, use, lane);
-        return element('div', { className: 'track head' }, element('strong', { className: 'name', title: filter }, filter), frame);
+        return element(
+            'div',
+            { className: 'track head' },
+            element('strong', { className: 'name', title: filter }, filter),
+            frame,
+        );
     }
 
     #endKeyDown(event, use, word) {
@@ -463,7 +488,13 @@ export class Tracks {
         const all = Math.max(this.#host.clip().frames, 1);
         const now = word === 'from' ? first : end;
         const steps = event.shiftKey ? bigStep : 1;
-        const to = { ArrowLeft: now - steps, ArrowRight: now + steps, Home: 0, End: all, Delete: word === 'from' ? 0 : all }[event.key];
+        const to = {
+            ArrowLeft: now - steps,
+            ArrowRight: now + steps,
+            Home: 0,
+            End: all,
+            Delete: word === 'from' ? 0 : all,
+        }[event.key];
         if (event.key === 'Enter') this.#editor.focus();
         else if (to === undefined) return;
         else this.#moveEnds(use, word === 'from' ? { first: to, end } : { first, end: to }, word);
@@ -474,7 +505,8 @@ export class Tracks {
     #moveEnds(use, { first, end }, word) {
         const { frames, rate } = this.#host.clip();
         const all = Math.max(frames, 1);
-        const text = (frame, old) => (old === '' || old.endsWith('f') ? `${frame}f` : `${timeAt(frame, rate, { seconds: 0 }).seconds}s`);
+        const text = (frame, old) =>
+            old === '' || old.endsWith('f') ? `${frame}f` : `${timeAt(frame, rate, { seconds: 0 }).seconds}s`;
         const ends = { from: limited(first, 0, all - 1), to: limited(end, 1, all) };
         const old = { from: use.from, to: use.to };
         const { first: oldFirst, end: oldEnd } = this.#stretch(use);

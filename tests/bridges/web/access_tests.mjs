@@ -11,7 +11,10 @@ const axe = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
 async function hold(page, what) {
     await page.evaluate(() => document.querySelector('.message').classList.remove('shown')); // fades
     const violations = await page.evaluate(async () => (await globalThis.axe.run()).violations);
-    const told = violations.map(({ id, help, nodes }) => `${id}: ${help}\n${nodes.map(({ html, any }) => `  ${html} ${any[0]?.message ?? ''}`).join('\n')}`);
+    const told = violations.map(
+        ({ id, help, nodes }) =>
+            `${id}: ${help}\n${nodes.map(({ html, any }) => `  ${html} ${any[0]?.message ?? ''}`).join('\n')}`,
+    );
     assert.deepEqual(told, [], what);
 }
 
@@ -27,9 +30,15 @@ async function holdAll(page) {
     await hold(page, 'all cards');
     await page.click('.variants button >> nth=1');
     await hold(page, 'two chains');
-    for (const [open, dialog] of [['.look', '.looks'], ['.add', '.picker']]) {
+    for (const [open, dialog] of [
+        ['.look', '.looks'],
+        ['.add', '.picker'],
+    ]) {
         await page.click(open);
-        await page.waitForFunction((name) => [...document.querySelectorAll(`${name} canvas`)].every(({ width }) => width > 9), dialog);
+        await page.waitForFunction(
+            (name) => [...document.querySelectorAll(`${name} canvas`)].every(({ width }) => width > 9),
+            dialog,
+        );
         await hold(page, dialog);
         await page.keyboard.press('Escape');
     }
@@ -42,6 +51,10 @@ async function holdAll(page) {
 
 walk('axe-core finds nothing in the light', address, holdAll, { colorScheme: 'light' });
 walk('axe-core finds nothing in the dark', address, holdAll, { colorScheme: 'dark' });
-walk('axe-core finds nothing on a phone', address, holdAll, { viewport: { width: 390, height: 844 }, isMobile: true, hasTouch: true });
+walk('axe-core finds nothing on a phone', address, holdAll, {
+    viewport: { width: 390, height: 844 },
+    isMobile: true,
+    hasTouch: true,
+});
 
 runWalks('accessibility');

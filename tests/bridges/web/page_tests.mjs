@@ -159,7 +159,10 @@ walk('the links in the documentation are understood', '#sample=cutout', async (p
     );
     assert.ok(links.length > 20, `only ${links.length} links`);
     const refused = await page.evaluate(async (addresses) => {
-        const [{ loadVireo }, { parseAddress }] = await Promise.all([import('./vireo/index.mjs'), import('./address.mjs')]);
+        const [{ loadVireo }, { parseAddress }] = await Promise.all([
+            import('./vireo/index.mjs'),
+            import('./address.mjs'),
+        ]);
         const engine = await loadVireo();
         return addresses.filter((address) => {
             try {
@@ -384,7 +387,7 @@ walk(
 
 walk(
     'a phone shows it all in one column',
-    '#f=Levels&sample=fruit',
+    '#f=Levels:rgbgamma=90@0f..120@9f,from=2f&sample=fruit',
     async (page) => {
         for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
             await page.selectOption('.language', language);

@@ -66,7 +66,11 @@ walk('key frames by mouse', '#f=Solarize:threshold=100&sample=clip', async (page
     const near = await placeOf(page, 'Solarize: Mix', 59.7);
     await drag(page, await keyAt(page, 'Solarize: Mix', 20), near); // snaps to the other track's
     assert.match(await chainText(page), /mix=0%@60f$/);
-    await drag(page, await placeOf(page, 'Solarize: when it works', 0), await placeOf(page, 'Solarize: when it works', 5));
+    await drag(
+        page,
+        await placeOf(page, 'Solarize: when it works', 0),
+        await placeOf(page, 'Solarize: when it works', 5),
+    );
     assert.match(await chainText(page), /,from=5f,mix=0%@60f$/);
     await page.locator('.end.to').focus();
     await page.fill('.key-editor [data-part=to]', '2.5s');
@@ -82,7 +86,11 @@ walk(
         const states = [await first()];
         const press = async (keys, expected) => {
             for (const key of keys) await page.keyboard.press(key);
-            states.push(await page.evaluate(() => document.querySelector('.output').textContent.split('-f ')[1].split(' \\')[0]));
+            states.push(
+                await page.evaluate(
+                    () => document.querySelector('.output').textContent.split('-f ')[1].split(' \\')[0],
+                ),
+            );
             assert.equal(states.at(-1), expected);
         };
         await page.focus('.key >> nth=1');
@@ -113,7 +121,8 @@ walk(
         const session = await page.context().newCDPSession(page);
         const touch = (type, touchPoints) => session.send('Input.dispatchTouchEvent', { type, touchPoints });
         await touch('touchStart', [from]);
-        for (const share of [0.3, 0.6, 1]) await touch('touchMove', [{ x: from.x + share * (to.x - from.x), y: from.y }]);
+        for (const share of [0.3, 0.6, 1])
+            await touch('touchMove', [{ x: from.x + share * (to.x - from.x), y: from.y }]);
         await touch('touchEnd', []);
         assert.equal(await chainText(page), 'Solarize:Threshold=0@10f..200@40f');
         await page.locator('.mark').first().tap();
@@ -124,18 +133,31 @@ walk(
     { viewport: { width: 390, height: 844 }, isMobile: true, hasTouch: true },
 );
 
-walk('a slider moves a value that has key frames at the frame on show', '#f=Solarize:threshold=0@0f..100@50f,mix=50&sample=clip&frame=25', async (page) => {
-    await page.fill('.number input[type=number] >> nth=0', '80');
-    await page.keyboard.press('Enter');
-    assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..203@25f..100@50f,mix=50%');
-    await page.click('.keyed button >> nth=0');
-    assert.equal(await chainText(page), 'Solarize:Threshold=203,mix=50%');
-    await page.click('.undo');
-    await page.click('.undo');
-    assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..100@50f,mix=50%');
-    assert.ok(await page.isDisabled('.undo'));
-    await page.click('.redo');
-    assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..203@25f..100@50f,mix=50%');
+walk(
+    'a slider moves a value that has key frames at the frame on show',
+    '#f=Solarize:threshold=0@0f..100@50f,mix=50&sample=clip&frame=25',
+    async (page) => {
+        await page.fill('.number input[type=number] >> nth=0', '80');
+        await page.keyboard.press('Enter');
+        assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..203@25f..100@50f,mix=50%');
+        await page.click('.keyed button >> nth=0');
+        assert.equal(await chainText(page), 'Solarize:Threshold=203,mix=50%');
+        await page.click('.undo');
+        await page.click('.undo');
+        assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..100@50f,mix=50%');
+        assert.ok(await page.isDisabled('.undo'));
+        await page.click('.redo');
+        assert.equal(await chainText(page), 'Solarize:Threshold=0@0f..203@25f..100@50f,mix=50%');
+    },
+);
+
+walk('a clip that plays stops for a key frame', '#f=Solarize:threshold=0@0f..100@70f&sample=clip', async (page) => {
+    await page.click('.play');
+    await page.waitForFunction(() => Number(document.querySelector('.scrub').value) > 2);
+    await page.locator('.number input[type=range]').first().fill('200');
+    assert.equal(await page.getAttribute('.play', 'title'), 'Play');
+    const frame = await page.inputValue('.scrub');
+    assert.equal(await chainText(page), `Solarize:Threshold=0@0f..200@${frame}f..100@70f`);
 });
 
 walk(
@@ -149,8 +171,12 @@ walk(
         const command = await handedOver(page, 'command');
         writeFileSync(fileOf(page, 'look.json'), bytes);
         await run(page, 'ffmpeg -v error -f lavfi -i color=gray:32x24:r=25:d=0.2 clip.mp4');
-        await run(page, `${command} --quiet --save-settings a.json; vireo render clip.mp4 b.mp4 --settings look.json --quiet --save-settings b.json`);
-        for (const name of ['a.json', 'b.json']) assert.equal(readFileSync(fileOf(page, name), 'utf8'), bytes.toString());
+        await run(
+            page,
+            `${command} --quiet --save-settings a.json; vireo render clip.mp4 b.mp4 --settings look.json --quiet --save-settings b.json`,
+        );
+        for (const name of ['a.json', 'b.json'])
+            assert.equal(readFileSync(fileOf(page, name), 'utf8'), bytes.toString());
         const link = await handedOver(page, 'link');
         await page.evaluate((hash) => (location.hash = hash), '#f=Solarize');
         await page.waitForFunction(() => document.querySelectorAll('.card').length === 1);
@@ -159,25 +185,38 @@ walk(
     },
 );
 
-walk('the single file has key frames and looks too', `file://${pageFolder}/vireo.html#f=Solarize&sample=cutout`, async (page) => {
-    await page.click('.keys');
-    await page.locator('.mark').first().click();
-    assert.match(await chainText(page), /^Solarize:Threshold=\d+@0f$/);
-    await page.click('.look');
-    await shown(page, () => page.click('.looks .tile:has-text("vhs")'));
-    await page.keyboard.press('Control+z');
-    await page.keyboard.press('Control+z');
-    assert.equal(await chainText(page), 'Solarize');
-});
+walk(
+    'the single file has key frames and looks too',
+    `file://${pageFolder}/vireo.html#f=Solarize&sample=cutout`,
+    async (page) => {
+        await page.click('.keys');
+        await page.locator('.mark').first().click();
+        assert.match(await chainText(page), /^Solarize:Threshold=\d+@0f$/);
+        await page.click('.look');
+        await shown(page, () => page.click('.looks .tile:has-text("vhs")'));
+        await page.keyboard.press('Control+z');
+        await page.keyboard.press('Control+z');
+        assert.equal(await chainText(page), 'Solarize');
+    },
+);
 
 test('keys keep their kind of time, take the place of what is there, and snap', () => {
-    const keys = [{ seconds: 0, value: 1, transition: 'smooth' }, { seconds: 2, value: 5, transition: 'linear' }];
+    const keys = [
+        { seconds: 0, value: 1, transition: 'smooth' },
+        { seconds: 2, value: 5, transition: 'linear' },
+    ];
     const more = withKey(keys, { value: 3 }, 30, 29.97);
     assert.deepEqual(more[1], { seconds: 1.001001, value: 3, transition: 'smooth' });
     assert.ok(Math.abs(frameOf(more[1], 29.97) - 30) < 1e-4);
     assert.equal(indexAt(more, 30, 29.97), 1);
-    assert.deepEqual(withKey(more, { value: 4 }, 30, 29.97).map(({ value }) => value), [1, 4, 5]);
-    assert.deepEqual(withMoved(more, 0, 60, 29.97).map(({ value }) => value), [3, 1]);
+    assert.deepEqual(
+        withKey(more, { value: 4 }, 30, 29.97).map(({ value }) => value),
+        [1, 4, 5],
+    );
+    assert.deepEqual(
+        withMoved(more, 0, 60, 29.97).map(({ value }) => value),
+        [3, 1],
+    );
     assert.deepEqual([snapped(9.6, [12], 2), snapped(10.4, [12], 2), snapped(5, [], 2)], [10, 12, 5]);
 });
 

@@ -75,3 +75,21 @@ export class History {
         return this.#states[(this.#at += step)];
     }
 }
+
+/** Ctrl+Z and its kin, but for a field that is being typed in, whose own they are. */
+export function listenToUndo(target, { undo, redo }) {
+    let typing = null;
+    target.addEventListener('input', (event) => {
+        typing = event.target.matches('[type=text], [type=number]') ? event.target : null;
+    });
+    target.addEventListener('change', () => (typing = null));
+    target.addEventListener('keydown', (event) => {
+        if (!(event.ctrlKey || event.metaKey) || event.altKey || event.target === typing) return;
+        const key = event.key.toLowerCase();
+        const isUndo = key === 'z' && !event.shiftKey;
+        const isRedo = key === 'y' || (key === 'z' && event.shiftKey);
+        if (!isUndo && !isRedo) return;
+        event.preventDefault();
+        (isUndo ? undo : redo)();
+    });
+}

@@ -6,15 +6,17 @@ import { FilterUse, parseSettings, readUses, usesOf, wholeText, writtenUses } fr
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
 import { FilterPicker } from './filter_picker.mjs';
-import { Gestures, History } from './history.mjs';
+import { Gestures, History, listenToUndo } from './history.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Looks } from './looks.mjs';
+import { Measuring } from './measuring.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
 import { TakeAlong } from './take_along.mjs';
 import { PageError } from './texts.mjs';
 import { Tracks } from './tracks.mjs';
+import { Variants } from './variants.mjs';
 import { loadVireo } from './vireo/index.mjs';
 
 const samples = {
@@ -27,9 +29,6 @@ const firstAddress = '#f=Solarize:threshold=60%&sample=fruit';
 /** Thumbnails show this frame, at which every filter that depends on time does something. */
 const tellingFrame = 13;
 const thumbnailSide = 208;
-
-/** How often scopes follow while a clip plays, in milliseconds. */
-const measureTime = 200;
 
 /** The address follows the chain at leisure: browsers refuse too many changes. */
 const addressDelay = 250;
@@ -85,7 +84,7 @@ const renderer = new Renderer({
     after: (picture, isPreview) => {
         stage.after(picture);
         find('.stage').dataset.shown = isPreview ? 'preview' : 'full';
-        measure();
+        measuring.update();
         document.dispatchEvent(new CustomEvent('shown', { detail: { isPreview } }));
     },
     failed: tellError,
@@ -103,7 +102,7 @@ const chainList = new ChainList(find('.list'), {
     changed: () => changed(),
     opened: () => {
         tracks.update();
-        measure();
+        measuring.update();
     },
     moment,
     pick: (take) => {
@@ -150,30 +149,12 @@ function thumbnails(chains) {
     return renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide);
 }
 
-let isMeasuring = false;
-let measuresAgain = false;
-
-/** Shows in the scopes what goes into their filters and what comes out. */
-async function measure() {
-    measuresAgain = true;
-    if (isMeasuring) return;
-    isMeasuring = true;
-    while (measuresAgain) {
-        measuresAgain = false;
-        for (const { use, scope } of chainList.scopes) {
-            const position = state.chain.indexOf(use);
-            const chains = [position, position + 1].map((end) => wholeText(state.chain.slice(0, end)));
-            const frame = { ...moment(), frames: state.source.frames };
-            // Where the frame is gone again, the next one is measured.
-            await renderer.measured(chains, frame).then(
-                (pictures) => scope.show(pictures),
-                () => {},
-            );
-        }
-        if (state.isPlaying) await new Promise((resolve) => setTimeout(resolve, measureTime));
-    }
-    isMeasuring = false;
-}
+const measuring = new Measuring({
+    scopes: () => chainList.scopes,
+    chain: () => state.chain,
+    pictures: (chains) => renderer.measured(chains, { ...moment(), frames: state.source.frames }),
+    isPlaying: () => state.isPlaying,
+});
 
 /** Makes one chain of the filters that are switched on: what is rendered and handed over. */
 function join() {
@@ -192,8 +173,6 @@ function join() {
     state.beside = beside;
 }
 
-const names = () => (state.isB ? ['B', 'A'] : ['A', 'B']); // of the chain at hand and of the other
-
 /** Goes to the other of the two chains, which begins as a copy. */
 function swap() {
     state.other ??= readUses(state.engine, writtenUses(state.chain));
@@ -207,20 +186,10 @@ function compareWith(isBeside) {
     changed();
 }
 
-function showVariants() {
-    const [own, other] = names();
-    for (const button of document.querySelectorAll('.variants button')) {
-        button.setAttribute('aria-pressed', button.textContent === own);
-        button.setAttribute('aria-label', say('chainNamed', { name: button.textContent }));
-    }
-    const select = find('.compare-with');
-    select.hidden = state.other === null;
-    const options = [say('original'), say('chainNamed', { name: other })];
-    select.replaceChildren(...options.map((text, value) => element('option', { value }, text)));
-    select.value = Number(state.beside !== null);
-    find('.tag.before').textContent = state.beside === null ? say('before') : other;
-    find('.tag.after').textContent = state.beside === null ? say('after') : own;
-}
+const variants = new Variants(document, {
+    swap: () => attempt(swap),
+    compare: (isBeside) => attempt(() => compareWith(isBeside)),
+});
 
 const hasTracks = () => state.showsTracks && !state.source.isLive;
 const isTimed = () => !state.source.isStill || state.whole.readsTime || hasTracks();
@@ -267,7 +236,7 @@ let addressTimer;
 function changed() {
     join();
     steps.record(step(), gestures.now);
-    showVariants();
+    variants.show({ isB: state.isB, hasOther: state.other !== null, isBeside: state.beside !== null });
     find('.undo').disabled = !steps.canUndo;
     find('.redo').disabled = !steps.canRedo;
     const { chain, source, sample, frame } = state;
@@ -476,19 +445,13 @@ function listen() {
         return picker.open(filters, thumbnails(filters.map((filter) => String(filter.id))));
     });
     click('.look', () => looks.open());
-    for (const name of ['A', 'B']) {
-        const button = element('button', { type: 'button', className: 'quiet' }, name);
-        button.onclick = () => attempt(() => name === names()[0] || swap());
-        find('.variants').append(button);
-    }
-    find('.compare-with').onchange = ({ target }) => attempt(() => compareWith(target.value === '1'));
     click('.keys', () => {
         state.showsTracks = !state.showsTracks;
         changed();
     });
     click('.undo', undo);
     click('.redo', redo);
-    listenToUndo();
+    listenToUndo(window, { undo: () => attempt(undo), redo: () => attempt(redo) });
     click('.play', () => (state.isPlaying ? pause() : play()));
     find('.scrub').oninput = (event) => {
         if (state.isPlaying) pause();
@@ -521,22 +484,6 @@ function listen() {
     }
     listenToFiles();
     addEventListener('hashchange', () => attempt(() => follow(location.hash)));
-}
-
-/** Ctrl+Z and its kin, but for a field that is being typed in, whose own they are. */
-function listenToUndo() {
-    let typing = null;
-    addEventListener('input', ({ target }) => (typing = target.matches('[type=text], [type=number]') ? target : null));
-    addEventListener('change', () => (typing = null));
-    addEventListener('keydown', (event) => {
-        if (!(event.ctrlKey || event.metaKey) || event.altKey || event.target === typing) return;
-        const key = event.key.toLowerCase();
-        const isUndo = key === 'z' && !event.shiftKey;
-        const isRedo = key === 'y' || (key === 'z' && event.shiftKey);
-        if (!isUndo && !isRedo) return;
-        event.preventDefault();
-        attempt(isUndo ? undo : redo);
-    });
 }
 
 /** Files come by drop and by paste. */

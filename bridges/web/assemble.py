@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Puts the page and the package together.
 
-assemble.py FOLDER VERSION   copies the package beside the built FOLDER/vireo/vireo.wasm and the page around it, and
-                             writes vireo.html, the page as one file
+assemble.py FOLDER VERSION LIBRARIES   copies the package beside the built FOLDER/vireo/vireo.wasm and the page around
+                                       it, with the libraries that lie built in LIBRARIES, and writes vireo.html,
+                                       the page as one file
 
 The one file holds plain scripts: pages that are opened from a folder may neither fetch nor start a module as worker.
 """
@@ -27,8 +28,11 @@ LICENCES = {
     "nlohmann-json.txt": "/usr/share/doc/nlohmann-json3-dev/copyright",
 }
 
+# What media.mjs holds of others' sources, all of it as it was published.
+LIBRARY_LICENCES = {"mediabunny": "LICENSE", "client-zip": "LICENSE.txt"}
+
 IMPORT = re.compile(r"^import (?:\{([^}]*)\}|(\w+)) from '\./([\w./]+)';\n", re.MULTILINE)
-PASSED_ON = re.compile(r"^export \{ ([^}]*) \};\n", re.MULTILINE)
+PASSED_ON = re.compile(r"(?:^|(?<=;))export ?\{([^}]*)\};\n", re.MULTILINE)
 EXPORT = re.compile(r"^export (?=(?:const|class|function\*?|async function\*?) (\w+))", re.MULTILINE)
 LINK = re.compile(r"(?<!!)\[([^]]+)\]\((?!https?:)[^)]*\)")
 DEFAULT = re.compile(r"^export default (\w+);", re.MULTILINE)
@@ -55,7 +59,10 @@ def plain_script(folder, file_name, done):
         names = match[1].replace(" as ", ": ") if match[1] else f"default: {match[2]}"
         return f"const {{{names}}} = {variable(of(match))};\n"
 
-    names = [*EXPORT.findall(text), *(f"default: {name}" for name in DEFAULT.findall(text)), *PASSED_ON.findall(text)]
+    names = [*EXPORT.findall(text), *(f"default: {name}" for name in DEFAULT.findall(text))]
+    for passed in PASSED_ON.findall(text):
+        pairs = (name.strip().partition(" as ") for name in passed.split(","))
+        names += [f"{outside}: {inside}" if outside else inside for inside, _, outside in pairs]
     text = DEFAULT.sub("", PASSED_ON.sub("", EXPORT.sub("", IMPORT.sub(taken, text))))
     text = text.replace("import.meta.url", '"file:///"')
     left = re.search(r"^(import|export)\b.*", text, re.MULTILINE)
@@ -108,11 +115,24 @@ def put_package(folder, version):
         shutil.copyfile(source, folder / "licenses" / name)
 
 
+def put_libraries(folder, libraries):
+    """The page's libraries beside their licences, which tell where their sources are."""
+    shutil.copyfile(libraries / "media.js", folder / "media.mjs")
+    (folder / "licenses").mkdir(exist_ok=True)
+    for name, licence in LIBRARY_LICENCES.items():
+        package = libraries / "node_modules" / name
+        version = json.loads((package / "package.json").read_text(encoding="utf-8"))["version"]
+        source = f"{name} {version}, unchanged: https://www.npmjs.com/package/{name}/v/{version}\n\n"
+        text = (package / licence).read_text(encoding="utf-8")
+        (folder / "licenses" / f"{name}.txt").write_text(source + text, encoding="utf-8")
+
+
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
     folder = Path(sys.argv[1])
     put_package(folder / "vireo", sys.argv[2])
+    put_libraries(folder, Path(sys.argv[3]))
     (folder / "samples").mkdir(exist_ok=True)
     for path in [HERE / "index.html", HERE / "page.css", *HERE.glob("*.mjs")]:
         shutil.copyfile(path, folder / path.name)

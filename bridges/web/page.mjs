@@ -5,6 +5,8 @@ import { assetBytes, engineProgram } from './assets.mjs';
 import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
+import { ExportDialog } from './export_dialog.mjs';
+import { removeLeftovers } from './export_target.mjs';
 import { FilterPicker } from './filter_picker.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Renderer } from './renderer.mjs';
@@ -90,6 +92,7 @@ const chainList = new ChainList(find('.list'), {
     tell,
 });
 const takeAlong = new TakeAlong(find('.take-along'), tell);
+const exportDialog = new ExportDialog(find('.export'), tell);
 const picker = new FilterPicker(find('.picker'), (filter) =>
     chainList.add(new FilterUse(state.engine, String(filter.id))),
 );
@@ -203,6 +206,7 @@ function show(source, sample, frame = 0) {
     for (const button of document.querySelectorAll('.samples button')) {
         button.setAttribute('aria-pressed', button.dataset.sample === sample);
     }
+    find('.save-video').hidden = source.isStill || source.isLive;
     showPlaying();
     changed();
     if (source.isLive) play();
@@ -299,6 +303,13 @@ async function save() {
     tell(say('saved', { name }));
 }
 
+function saveVideo() {
+    if (state.isPlaying) pause();
+    const { whole, source } = state;
+    const { file, name } = source;
+    return exportDialog.open({ file, name, stem: stem(name), chain: whole.text, lookBack: whole.earlierFrames });
+}
+
 function listen() {
     const click = (selector, work) => (find(selector).onclick = () => attempt(work));
     const file = find('.file');
@@ -311,6 +322,7 @@ function listen() {
         });
     click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
+    click('.save-video', saveVideo);
     click('.add', () => {
         const filters = state.engine.filters();
         const chains = filters.map((filter) => String(filter.id));
@@ -388,6 +400,7 @@ async function start() {
         tellError(error);
     }
     document.body.classList.add('ready');
+    await removeLeftovers();
 }
 
 attempt(start);

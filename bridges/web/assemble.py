@@ -10,6 +10,7 @@ The one file holds plain scripts: pages that are opened from a folder may neithe
 """
 
 import base64
+import hashlib
 import json
 import re
 import shutil
@@ -18,8 +19,12 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
+PAGE = ["index.html", "page.css", "app.webmanifest", "icon.svg"]
 PROGRAM = "vireo/vireo.wasm"
 SAMPLES = {"fruit.jpg": "image/jpeg", "cutout.png": "image/png", "clip.mp4": "video/mp4"}
+
+# What a browser keeps of the page.
+KEPT = {".css", ".html", ".jpg", ".mjs", ".mp4", ".png", ".svg", ".wasm", ".webmanifest"}
 
 # What vireo.wasm holds of others' sources, and where their terms lie.
 LICENCES = {
@@ -87,6 +92,7 @@ def one_file(folder):
     page = plain_script(folder, "page.mjs", set()).replace("</", "<\\/")
     style = (folder / "page.css").read_text(encoding="utf-8")
     parts = {
+        '<link rel="manifest" href="app.webmanifest">\n': "",
         '<link rel="stylesheet" href="page.css">': f"<style>\n{style}</style>",
         '<script type="module" src="page.mjs"></script>': f"<script>globalThis.vireoFiles = {json.dumps(files)};</script>\n"
         f'<script type="module">\n{page}</script>',
@@ -115,6 +121,26 @@ def put_package(folder, version):
         shutil.copyfile(source, folder / "licenses" / name)
 
 
+def put_service_worker(folder):
+    """The names of all that the page loads, and a name for this version of it."""
+    names = sorted(path.relative_to(folder).as_posix() for path in folder.rglob("*") if path.suffix in KEPT)
+    names = [name for name in names if name not in ("service_worker.mjs", "vireo.html")]
+    version = hashlib.sha256()
+    for name in names:
+        version.update((folder / name).read_bytes())
+    path = folder / "service_worker.mjs"
+    filled = {
+        "const files = [];": f"const files = {json.dumps(['./', *names])};",
+        "const cacheName = '';": f"const cacheName = 'vireo-{version.hexdigest()[:16]}';",
+    }
+    text = path.read_text(encoding="utf-8")
+    for part, content in filled.items():
+        if text.count(part) != 1:
+            sys.exit(f"service_worker.mjs does not hold once: {part}")
+        text = text.replace(part, content)
+    path.write_text(text, encoding="utf-8")
+
+
 def put_libraries(folder, libraries):
     """The page's libraries beside their licences, which tell where their sources are."""
     shutil.copyfile(libraries / "media.js", folder / "media.mjs")
@@ -134,10 +160,11 @@ def main():
     put_package(folder / "vireo", sys.argv[2])
     put_libraries(folder, Path(sys.argv[3]))
     (folder / "samples").mkdir(exist_ok=True)
-    for path in [HERE / "index.html", HERE / "page.css", *HERE.glob("*.mjs")]:
+    for path in [*(HERE / name for name in PAGE), *HERE.glob("*.mjs")]:
         shutil.copyfile(path, folder / path.name)
     for name in SAMPLES:
         shutil.copyfile(HERE / "samples" / name, folder / "samples" / name)
+    put_service_worker(folder)
     (folder / "vireo.html").write_text(one_file(folder), encoding="utf-8")
 
 

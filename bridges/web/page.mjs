@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
+import { keepForLater, takeFiles } from './app.mjs';
 import { assetBytes, engineProgram } from './assets.mjs';
 import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
@@ -400,7 +401,8 @@ async function start() {
         tellError(error);
     }
     document.body.classList.add('ready');
-    await removeLeftovers();
+    await takeFiles((file) => attempt(() => openFile(file)));
+    await Promise.all([keepForLater(), removeLeftovers()]);
 }
 
 attempt(start);

@@ -46,3 +46,16 @@ export class Clock {
         return worked < 500 || steps === 0 ? null : ((worked / steps) * (all - done)) / 1000;
     }
 }
+
+/** Asks before the page is left, and keeps the display awake, as long as the work goes on. */
+export async function undisturbed(work) {
+    const ask = (event) => event.preventDefault();
+    addEventListener('beforeunload', ask);
+    const lock = await navigator.wakeLock?.request('screen').catch(() => null);
+    try {
+        return await work();
+    } finally {
+        removeEventListener('beforeunload', ask);
+        await lock?.release();
+    }
+}

@@ -2,7 +2,7 @@
 // The dialog that saves a clip: as what, which stretch of it, and how far it is.
 import { ClipReader } from './clip_reader.mjs';
 import { element, iconButton } from './dom.mjs';
-import { Cancelled, Control } from './export_control.mjs';
+import { Cancelled, Control, undisturbed } from './export_control.mjs';
 import { exportAnimatedPng, exportPngs, pictureFormats } from './export_pictures.mjs';
 import { openTarget } from './export_target.mjs';
 import { canEncode, exportVideo, videoFormats } from './export_video.mjs';
@@ -28,19 +28,6 @@ function options(texts, chosen) {
 }
 
 const field = (text, control) => element('label', { className: 'field' }, element('span', {}, say(text)), control);
-
-/** Asks before the page is left, and keeps the display awake, as long as the work goes on. */
-async function undisturbed(work) {
-    const ask = (event) => event.preventDefault();
-    addEventListener('beforeunload', ask);
-    const lock = await navigator.wakeLock?.request('screen').catch(() => null);
-    try {
-        return await work();
-    } finally {
-        removeEventListener('beforeunload', ask);
-        await lock?.release();
-    }
-}
 
 export class ExportDialog {
     #dialog;

@@ -27,7 +27,7 @@ export class FramePool {
     /**
      * The results of `frames`, an async iterable of { image, frame, time, duration, isEarlier }, in its order, with what
      * came with each: `image` is a VideoFrame, which the pool takes; earlier ones are but looked back at. The job is
-     * { chain, frames, rate, lookBack, as }; `as` says what comes of each: "frame" an image, "png" the bytes of a file,
+     * { chain, frames, rate, lookBack, as }, of which a frame may bring its own chain and lookBack; `as` says what comes of each: "frame" an image, "png" the bytes of a file,
      * "pixels" its bytes alone, of so many `channels`, "picture" a picture.
      */
     async *rendered(frames, job) {
@@ -46,14 +46,15 @@ export class FramePool {
         }
     }
 
-    async #render({ image, isEarlier, ...taken }, { lookBack, ...job }) {
+    async #render({ image, isEarlier, ...taken }, all) {
+        const { lookBack, ...job } = { ...all, ...taken };
         const worker = this.#workers[this.#turn++ % this.#workers.length];
         const { frame } = taken;
         const given = lookBack === 0 ? { image } : {};
         // Those whose turn comes meanwhile look back as well.
         if (lookBack > 0) await this.#spread(image, frame, frame - lookBack - this.#workers.length - 1);
         if (isEarlier) return null;
-        const result = await worker.call('renderFrame', { ...job, ...given, frame }, Object.values(given));
+        const result = await worker.call('renderFrame', { ...job, ...given }, Object.values(given));
         return { ...taken, ...result };
     }
 

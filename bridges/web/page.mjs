@@ -6,10 +6,12 @@ import { assetBytes, engineProgram } from './assets.mjs';
 import { FilterUse, parseSettings, wholeText } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
-import { ExportDialog } from './export_dialog.mjs';
-import { removeLeftovers } from './export_target.mjs';
+import { undisturbed } from './export_control.mjs';
+import { clockText, ExportDialog } from './export_dialog.mjs';
+import { openTarget, removeLeftovers } from './export_target.mjs';
 import { FilterPicker } from './filter_picker.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
+import { Recorder, recordingFormat } from './recorder.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
@@ -42,6 +44,7 @@ const state = {
     sample: null,
     frame: 0,
     isPlaying: false,
+    recorder: null,
 };
 
 const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
@@ -207,6 +210,8 @@ function show(source, sample, frame = 0) {
     for (const button of document.querySelectorAll('.samples button')) {
         button.setAttribute('aria-pressed', button.dataset.sample === sample);
     }
+    state.recorder?.stop();
+    find('.record').hidden = !source.isLive;
     find('.save-video').hidden = source.isStill || source.isLive;
     showPlaying();
     changed();
@@ -272,6 +277,7 @@ function speakLanguage(language) {
         node.setAttribute('aria-label', node.dataset.text ? `${node.textContent}: ${node.title}` : node.title);
     }
     showPlaying();
+    showRecording();
     if (state.source === null) return;
     chainList.rebuild();
     changed();
@@ -311,6 +317,38 @@ function saveVideo() {
     return exportDialog.open({ file, name, stem: stem(name), chain: whole.text, lookBack: whole.earlierFrames });
 }
 
+function showRecording() {
+    find('.record').textContent = say(state.recorder ? 'stopRecording' : 'record');
+    find('.recording').hidden = state.recorder === null;
+}
+
+const showRecorded = (seconds) => (find('.recording').textContent = say('recording', { time: clockText(seconds) }));
+
+/** Records until it is asked again, or another picture is opened. */
+async function record() {
+    if (state.recorder) return state.recorder.stop();
+    const { extension, type } = recordingFormat;
+    const target = await openTarget(`${stem(state.source.name)}-vireo${extension}`, type);
+    if (!target) return;
+    const settings = () => ({ chain: state.whole.text, lookBack: state.whole.earlierFrames });
+    state.recorder = new Recorder(state.source, settings);
+    showRecorded(0);
+    showRecording();
+    try {
+        await undisturbed(async () => {
+            await state.recorder.run(target, showRecorded);
+            await target.finish();
+        });
+        tell(say('saved', { name: target.name }));
+    } catch (error) {
+        await target.abandon();
+        throw error;
+    } finally {
+        state.recorder = null;
+        showRecording();
+    }
+}
+
 function listen() {
     const click = (selector, work) => (find(selector).onclick = () => attempt(work));
     const file = find('.file');
@@ -324,6 +362,7 @@ function listen() {
     click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
     click('.save-video', saveVideo);
+    click('.record', record);
     click('.add', () => {
         const filters = state.engine.filters();
         const chains = filters.map((filter) => String(filter.id));

@@ -155,6 +155,16 @@ class Video {
         await done;
     }
 
+    /** Of the camera: the next frame, which is to be closed. */
+    nextFrame() {
+        return new Promise((resolve) => {
+            eachFrame(this.#video, (time) => {
+                resolve(new VideoFrame(this.#video, { timestamp: Math.round(1e6 * time) }));
+                return false;
+            });
+        });
+    }
+
     play(onFrame, from) {
         this.#isPlaying = true;
         let count = from;

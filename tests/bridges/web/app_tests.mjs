@@ -26,7 +26,7 @@ async function savedFrames(page, name) {
     await page.fill('.export [name=last]', '35');
     const [download] = await Promise.all([page.waitForEvent('download'), page.click('.start')]);
     await download.saveAs(fileOf(`${name}.zip`));
-    execFileSync('unzip', ['-q', `${name}.zip`, '-d', name], { cwd: folder });
+    execFileSync('python3', ['-m', 'zipfile', '-e', `${name}.zip`, name], { cwd: folder });
     return pixels(fileOf(`${name}/clip-vireo-%04d.png`), '-start_number', '30');
 }
 

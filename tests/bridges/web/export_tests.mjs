@@ -166,7 +166,7 @@ walk('sound is copied where the container takes it, and frames keep uneven times
 walk('pictures of a stretch are without loss', async (page) => {
     const choices = { format: 'png', first: 20, last: 29 };
     await openExport(page, 'f=Ghosting&f=Levels:rgbgamma=120@20f..200@29f', 'rgb.webm', choices);
-    run('unzip', '-q', await saved(page, 'rgb.zip'));
+    run('python3', '-m', 'zipfile', '-e', await saved(page, 'rgb.zip'), '.');
     run(vireo, 'render', 'rgb.webm', 'rgb%04d.png', '--frames', '20-29', '--quiet',
         ...['-f', 'Ghosting', '-f', 'Levels:rgbgamma=120@20f..200@29f']);
     const [ours, theirs] = [
@@ -263,6 +263,36 @@ walk('what goes wrong gets one sentence, and nothing is saved', async (page) => 
     await fails(/cannot read “aac\.mp4” frame by frame/);
 });
 
+walk('the dialog is all reached by keyboard, has names, and fits a phone in every language', async (page) => {
+    await page.setViewportSize({ width: 360, height: 740 });
+    await openExport(page, 'f=Solarize', 'opus.webm');
+    for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
+        await page.keyboard.press('Escape');
+        await page.selectOption('.language', language);
+        await page.waitForSelector(`html[lang=${language}]`);
+        await page.click('.save-video');
+        const [content, width] = await page.evaluate(() => {
+            const dialog = document.querySelector('.export');
+            return [dialog.scrollWidth, dialog.clientWidth];
+        });
+        assert.ok(content <= width, `${content} of ${width} pixels in the language ${language}`);
+    }
+    const names = new Set();
+    for (let i = 0; i < 12; ++i) {
+        await page.keyboard.press('Tab');
+        names.add(
+            await page.evaluate(() => {
+                const node = document.activeElement;
+                return node.getAttribute('aria-label') ?? node.labels?.[0]?.textContent ?? node.textContent.trim();
+            }),
+        );
+    }
+    for (const name of ['First frame', 'Last frame', 'Sound', 'Keep transparency', 'Save as…', 'Close']) {
+        assert.ok(names.has(name), `${name} is not reached: ${[...names].join(', ')}`);
+    }
+    assert.ok([...names].some((name) => name.startsWith('Format')));
+});
+
 walk('a tab that is closed meanwhile leaves nothing that is in the way', async (page) => {
     await openExport(page, 'f=CameraBlur:percentblur=60', 'aac.mp4');
     await page.click('.start');
@@ -277,6 +307,28 @@ walk('a tab that is closed meanwhile leaves nothing that is in the way', async (
     await next.evaluate(() => delete window.showSaveFilePicker);
     await openExport(next, 'f=Solarize', 'aac.mp4', { last: 4 });
     assert.equal(times(await saved(next, 'again.webm')).length, 5);
+});
+
+walk('the filtered camera is recorded, with the microphone', async (page) => {
+    await page.click('.camera');
+    await page.waitForSelector('.record:not([hidden])');
+    await page.evaluate(() => (location.hash = '#f=ColorReplace:similarity=100,replacecolor=blue'));
+    const [download] = await Promise.all([
+        page.waitForEvent('download'),
+        (async () => {
+            await page.click('.record');
+            await page.waitForFunction(() => /0:02/.test(document.querySelector('.recording').textContent));
+            assert.equal(await page.textContent('.record'), 'Stop recording');
+            await page.click('.record');
+        })(),
+    ]);
+    await download.saveAs(fileOf('camera.webm'));
+    await page.waitForSelector('.recording', { state: 'hidden' });
+    const { video, sound, seconds } = probed('camera.webm');
+    assert.deepEqual([video.codec_name, video.width, sound.codec_name], ['vp9', 1280, 'opus']);
+    assert.ok(Number(video.nb_read_frames) > 5 && seconds > 1.4 && seconds < 20, `${video.nb_read_frames} in ${seconds} s`);
+    const stamps = times('camera.webm');
+    assert.ok(stamps.every((time, i) => i === 0 ? time === 0 : time > stamps[i - 1]), stamps.join(' '));
 });
 
 describe('exports', { concurrency: 2 }, () => {

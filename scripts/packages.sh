@@ -11,6 +11,7 @@ build_packages=(
 # What the tests and the other checks run.
 check_packages=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
+    g++-aarch64-linux-gnu qemu-user-static
     fonts-wine fonts-ipafont-gothic fonts-nanum
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
     git dpkg-dev python3-pytest python3-numpy python3-pil

@@ -124,6 +124,8 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     join();
+    if (!isTimed() && state.isPlaying) pause();
+    renderer.request(job()); // the worker begins while the page shows the rest
     const { chain, source, sample, frame } = state;
     const clip =
         source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
@@ -140,9 +142,7 @@ function changed() {
     });
     find('.none').hidden = chain.length > 0;
     find('.timeline').hidden = !isTimed();
-    if (!isTimed() && state.isPlaying) pause();
     showFrame();
-    renderer.request(job());
     clearTimeout(addressTimer);
     if (!state.isPlaying) addressTimer = setTimeout(() => history.replaceState(null, '', address), addressDelay);
 }

@@ -4,6 +4,9 @@ import { EngineWorker } from './engine_worker.mjs';
 
 const mostWorkers = 16;
 
+/** Frames a worker that are under way, so that none waits for the page, and one that is held up does not hold up all. */
+const depth = 3;
+
 /** Pages that are isolated share a frame's pixels with all workers; others give each worker the frame. */
 const sharesMemory = () => globalThis.crossOriginIsolated && typeof SharedArrayBuffer !== 'undefined';
 
@@ -14,6 +17,10 @@ export class FramePool {
     constructor(cores = navigator.hardwareConcurrency) {
         const count = Math.min(Math.max(cores || 1, 1), mostWorkers);
         this.#workers = Array.from({ length: count }, () => new EngineWorker());
+    }
+
+    get #underWay() {
+        return depth * this.#workers.length;
     }
 
     get started() {
@@ -38,7 +45,7 @@ export class FramePool {
                 result.catch(() => {}); // told when its turn comes
                 if (taken.isEarlier) await result;
                 else coming.push(result);
-                if (coming.length > this.#workers.length) yield coming.shift();
+                if (coming.length >= this.#underWay) yield coming.shift();
             }
             while (coming.length > 0) yield coming.shift();
         } finally {
@@ -52,7 +59,7 @@ export class FramePool {
         const { frame } = taken;
         const given = lookBack === 0 ? { image } : {};
         // Those whose turn comes meanwhile look back as well.
-        if (lookBack > 0) await this.#spread(image, frame, frame - lookBack - this.#workers.length - 1);
+        if (lookBack > 0) await this.#spread(image, frame, frame - lookBack - this.#underWay);
         if (isEarlier) return null;
         const result = await worker.call('renderFrame', { ...job, ...given }, Object.values(given));
         return { ...taken, ...result };

@@ -9,14 +9,14 @@ import zipfile
 
 import numpy
 
-from conftest import BUILD, ROOT, packed, pixels, run
+from conftest import BUILD, ROOT, only, pixels, run
 
 EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
 
 
-def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
+def test_runs_from_wherever_it_is_unpacked(tmp_path, packages, picture):
     folder = tmp_path / "Program Files (é) & more"
-    with zipfile.ZipFile(packed(tmp_path / "cpack", "vireo-filters-*-windows.zip")) as archive:
+    with zipfile.ZipFile(only(packages, "vireo-filters-*-windows.zip")) as archive:
         assert archive.namelist() == sorted(archive.namelist())
         archive.extractall(folder)
     (unpacked,) = folder.iterdir()
@@ -30,6 +30,7 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
     bundle = unpacked / "OFX/Plugins/Vireo.ofx.bundle/Contents"
     assert {"Vireo.ofx", "VireoOpenFX.dll", "Vireo.dll", "VireoHost.dll", "VireoFiltersMetaPlugin.vrmp", "libstdc++-6.dll",
             "libgcc_s_seh-1.dll", "libwinpthread-1.dll"} == {path.name for path in (bundle / "Win64").iterdir()}
+    assert len(list((unpacked / "frei0r-1").glob("vireo_*.dll"))) == 22
     assert len(list((bundle / "Resources").glob("vireo.*.png"))) == 22
     assert {"LICENSE", "MIT.txt", "GPL-2.0-or-later.txt", "gcc-mingw-w64-x86-64-posix-runtime.txt"} <= {
         path.name for path in (unpacked / "licences").iterdir()}

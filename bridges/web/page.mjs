@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: MIT
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
+import { keepForLater, takeFiles } from './app.mjs';
 import { assetBytes, engineProgram } from './assets.mjs';
 import { FilterUse, parseSettings, readUses, usesOf, wholeText, writtenUses } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
+import { undisturbed } from './export_control.mjs';
+import { clockText, ExportDialog } from './export_dialog.mjs';
+import { openTarget, removeLeftovers } from './export_target.mjs';
 import { FilterPicker } from './filter_picker.mjs';
 import { Gestures, History, listenToUndo } from './history.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
 import { Looks } from './looks.mjs';
 import { Measuring } from './measuring.mjs';
+import { Recorder, recordingFormat } from './recorder.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
@@ -48,6 +53,7 @@ const state = {
     frame: 0,
     isPlaying: false,
     showsTracks: false,
+    recorder: null,
 };
 
 const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
@@ -127,6 +133,7 @@ const tracks = new Tracks(find('.tracks'), {
 const steps = new History();
 const gestures = new Gestures(window);
 const takeAlong = new TakeAlong(find('.take-along'), tell);
+const exportDialog = new ExportDialog(find('.export'), tell);
 const picker = new FilterPicker(find('.picker'), (filter) =>
     chainList.add(new FilterUse(state.engine, String(filter.id))),
 );
@@ -235,6 +242,8 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     join();
+    if (!isTimed() && state.isPlaying) pause();
+    renderer.request(job()); // the worker begins while the page shows the rest
     steps.record(step(), gestures.now);
     variants.show({ isB: state.isB, hasOther: state.other !== null, isBeside: state.beside !== null });
     find('.undo').disabled = !steps.canUndo;
@@ -258,9 +267,7 @@ function changed() {
     find('.keys').setAttribute('aria-pressed', state.showsTracks);
     find('.tracks').hidden = !hasTracks();
     find('.timeline').hidden = !isTimed();
-    if (!isTimed() && state.isPlaying) pause();
     showFrame();
-    renderer.request(job());
     clearTimeout(addressTimer);
     if (!state.isPlaying) addressTimer = setTimeout(() => history.replaceState(null, '', address), addressDelay);
 }
@@ -329,6 +336,9 @@ function show(source, sample, frame = 0) {
     for (const button of document.querySelectorAll('.samples button')) {
         button.setAttribute('aria-pressed', button.dataset.sample === sample);
     }
+    state.recorder?.stop();
+    find('.record').hidden = !source.isLive;
+    find('.save-video').hidden = source.isStill || source.isLive;
     showPlaying();
     changed();
     if (source.isLive) play();
@@ -396,6 +406,7 @@ function speakLanguage(language) {
         node.setAttribute('aria-label', node.dataset.text ? `${node.textContent}: ${node.title}` : node.title);
     }
     showPlaying();
+    showRecording();
     if (state.source === null) return;
     chainList.rebuild();
     changed();
@@ -428,6 +439,45 @@ async function save() {
     tell(say('saved', { name }));
 }
 
+function saveVideo() {
+    if (state.isPlaying) pause();
+    const { whole, source } = state;
+    const { file, name } = source;
+    return exportDialog.open({ file, name, stem: stem(name), chain: whole.text, lookBack: whole.earlierFrames });
+}
+
+function showRecording() {
+    find('.record').textContent = say(state.recorder ? 'stopRecording' : 'record');
+    find('.recording').hidden = state.recorder === null;
+}
+
+const showRecorded = (seconds) => (find('.recording').textContent = say('recording', { time: clockText(seconds) }));
+
+/** Records until it is asked again, or another picture is opened. */
+async function record() {
+    if (state.recorder) return state.recorder.stop();
+    const { extension, type } = recordingFormat;
+    const target = await openTarget(`${stem(state.source.name)}-vireo${extension}`, type);
+    if (!target) return;
+    const settings = () => ({ chain: state.whole.text, lookBack: state.whole.earlierFrames });
+    state.recorder = new Recorder(state.source, settings);
+    showRecorded(0);
+    showRecording();
+    try {
+        await undisturbed(async () => {
+            await state.recorder.run(target, showRecorded);
+            await target.finish();
+        });
+        tell(say('saved', { name: target.name }));
+    } catch (error) {
+        await target.abandon();
+        throw error;
+    } finally {
+        state.recorder = null;
+        showRecording();
+    }
+}
+
 function listen() {
     const click = (selector, work) => (find(selector).onclick = () => attempt(work));
     const file = find('.file');
@@ -440,6 +490,8 @@ function listen() {
         });
     click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
+    click('.save-video', saveVideo);
+    click('.record', record);
     click('.add', () => {
         const filters = state.engine.filters();
         return picker.open(filters, thumbnails(filters.map((filter) => String(filter.id))));
@@ -523,6 +575,8 @@ async function start() {
         tellError(error);
     }
     document.body.classList.add('ready');
+    await takeFiles((file) => attempt(() => openFile(file)));
+    await Promise.all([keepForLater(), removeLeftovers()]);
 }
 
 attempt(start);

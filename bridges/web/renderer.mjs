@@ -82,9 +82,10 @@ export class Renderer {
     async #render(pane, job) {
         const source = this.#source;
         try {
-            await this.#supply(pane, job, source);
+            // Where nothing is missing the worker begins before the page does anything else.
+            if (this.#missing(pane, job, source).length > 0) await this.#supply(pane, job, source);
             if (source !== this.#source) return;
-            await this.#renderBefore(pane, job, source);
+            if (job.beside !== null || this.#showsBeside) await this.#renderBefore(pane, job, source);
             const { chain, frame, frames, rate } = job;
             const picture = await pane.worker.call('render', { chain, frame, frames, rate });
             if (source !== this.#source || (pane === this.#full && job !== this.#job)) return;
@@ -97,7 +98,6 @@ export class Renderer {
     /** On the other side stands another chain's picture, or the source again after one. */
     async #renderBefore(pane, job, source) {
         const { beside, frame, frames, rate } = job;
-        if (beside === null && !this.#showsBeside) return;
         const picture =
             beside === null
                 ? await source.grab(frame, pane.width, pane.height)
@@ -112,13 +112,23 @@ export class Renderer {
         return Promise.all(chains.map((chain) => this.#preview.worker.call('render', { chain, frame, frames, rate })));
     }
 
-    /** Gives the worker the frame and those before it that the chain may ask for. */
-    async #supply(pane, job, source) {
+    /** The frames that a job looks at, from the first to its own. */
+    #span(job, source) {
         const frame = source.isStill ? 0 : job.frame;
-        const first = Math.max(0, frame - (source.isStill ? 0 : job.lookBack));
-        const begin = job.isPlaying ? frame : first; // while playing, earlier frames are those that came by
-        for (let number = begin; number <= frame; ++number) {
-            if (pane.worker.holds(number)) continue;
+        return { first: Math.max(0, frame - (source.isStill ? 0 : job.lookBack)), frame };
+    }
+
+    /** Those of them that the worker has to be given; while playing, earlier frames are those that came by. */
+    #missing(pane, job, source) {
+        const { first, frame } = this.#span(job, source);
+        const begin = job.isPlaying ? frame : first;
+        const numbers = Array.from({ length: frame - begin + 1 }, (_, i) => begin + i);
+        return numbers.filter((number) => !pane.worker.holds(number));
+    }
+
+    async #supply(pane, job, source) {
+        const { first, frame } = this.#span(job, source);
+        for (const number of this.#missing(pane, job, source)) {
             const picture = await source.grab(number, pane.width, pane.height);
             if (source !== this.#source) return;
             if (number === frame && job.beside === null) this.#view.before(picture);

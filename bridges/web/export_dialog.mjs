@@ -189,7 +189,8 @@ export class ExportDialog {
     async #run(job, target, write) {
         const { running } = this.#parts;
         const control = (this.#control = new Control());
-        Object.assign(running, { done: 0, all: 1, left: null });
+        const all = job.stretch.last - job.stretch.first + 1;
+        Object.assign(running, { done: 0, all, left: null });
         this.#showRunning(true);
         const progress = (state) => this.#show(Object.assign(running, state));
         try {

@@ -32,8 +32,8 @@ export class Sound {
     #earliest;
 
     /**
-     * The sound of a clip from `begin` on for a format, { sound, note }: null where there is none, or none that the browser
-     * can read; the note is a text's name and its words, or null.
+     * The sound of a clip from `begin` on for a format, { sound, note }: null where there is none, or none that the
+     * browser can read; the note is a text's name and its words, or null.
      *   codecs   what it is encoded as, the best first
      */
     static async of(reader, format, codecs, begin) {

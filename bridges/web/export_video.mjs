@@ -48,8 +48,8 @@ async function* framesOf(reader, times, { first, last }, lookBack, control) {
 }
 
 /**
- * The rendered frames of a stretch, in order. `job` is { reader, chain, lookBack, stretch, control, progress }; progress
- * hears of { done, all, left }, the seconds that are left or null.
+ * The rendered frames of a stretch, in order. `job` is { reader, chain, lookBack, stretch, control, progress };
+ * progress hears of { done, all, left }, the seconds that are left or null.
  */
 export async function* renderedFrames({ reader, chain, lookBack, stretch, control, progress }, times, as, channels) {
     const all = stretch.last - stretch.first + 1;

@@ -4,7 +4,7 @@ import { EngineWorker } from './engine_worker.mjs';
 
 const mostWorkers = 16;
 
-/** Frames a worker that are under way, so that none waits for the page, and one that is held up does not hold up all. */
+/** Frames under way for each worker, so that none waits for the page or for one that is held up. */
 const depth = 3;
 
 /** Pages that are isolated share a frame's pixels with all workers; others give each worker the frame. */
@@ -32,10 +32,11 @@ export class FramePool {
     }
 
     /**
-     * The results of `frames`, an async iterable of { image, frame, time, duration, isEarlier }, in its order, with what
-     * came with each: `image` is a VideoFrame, which the pool takes; earlier ones are but looked back at. The job is
-     * { chain, frames, rate, lookBack, as }, of which a frame may bring its own chain and lookBack; `as` says what comes of each: "frame" an image, "png" the bytes of a file,
-     * "pixels" its bytes alone, of so many `channels`, "picture" a picture.
+     * The results of `frames`, an async iterable of { image, frame, time, duration, isEarlier }, in its order, with
+     * what came with each: `image` is a VideoFrame, which the pool takes; earlier ones are but looked back at. The job
+     * is { chain, frames, rate, lookBack, as }, of which a frame may bring its own chain and lookBack; `as` says what
+     * comes of each: "frame" an image, "png" the bytes of a file, "pixels" its bytes alone, of so many `channels`,
+     * "picture" a picture.
      */
     async *rendered(frames, job) {
         const coming = [];

@@ -7,14 +7,14 @@ import zipfile
 
 import numpy
 
-from conftest import BUILD, ROOT, packed, pixels, run
+from conftest import BUILD, ROOT, only, pixels, run
 
 EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-wine"))
 
 
-def test_runs_from_wherever_it_is_unpacked(tmp_path, picture):
+def test_runs_from_wherever_it_is_unpacked(tmp_path, picture, packages):
     folder = tmp_path / "Program Files (é) & more"
-    with zipfile.ZipFile(packed(tmp_path / "cpack", "vireo-filters-*-windows.zip")) as archive:
+    with zipfile.ZipFile(only(packages, "vireo-filters-*-windows.zip")) as archive:
         assert archive.namelist() == sorted(archive.namelist())
         archive.extractall(folder)
     (unpacked,) = folder.iterdir()

@@ -1,0 +1,118 @@
+# SPDX-License-Identifier: MIT
+"""Every package tells truly what it is made of, and its binaries for Windows are hardened."""
+import hashlib
+import json
+import re
+
+import pytest
+
+from conftest import ROOT, run
+
+LICENCES = {"MIT", "GPL-2.0-or-later", "LGPL-2.0-or-later", "LGPL-2.1-or-later", "BSD-3-Clause", "ZPL-2.1",
+            "GPL-3.0-or-later WITH GCC-exception-3.1"}
+
+
+def binaries(contents, magic):
+    found = [path for root in contents.values() for path in sorted(root.rglob("*"))
+             if path.is_file() and not path.is_symlink() and path.read_bytes()[:len(magic)] == magic]
+    if not found:
+        pytest.skip("packages for another system")
+    return found
+
+
+def test_windows_binaries_are_hardened(contents):
+    for path in binaries(contents, b"MZ"):
+        described = run("x86_64-w64-mingw32-objdump", "-p", path)
+        assert {"HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"} <= set(described.split()), path
+        assert "relocations stripped" not in described, f"{path} lies where it was linked to"
+        assert re.search(r"Entry 5 [0-9a-f]+ 0*[1-9a-f]", described), f"{path} cannot be moved"
+
+
+@pytest.fixture
+def bills(contents):
+    found = {}
+    for name, root in contents.items():
+        (path,) = root.rglob("*.spdx.json")
+        assert path.name == f"{name}.spdx.json"
+        found[name] = root, path, json.loads(path.read_text())
+    return found
+
+
+def expression_is_known(expression):
+    return expression == "NOASSERTION" or set(expression.split(" AND ")) <= LICENCES
+
+
+def test_bills_of_materials_are_whole(bills):
+    for name, (_, _, bill) in bills.items():
+        assert (bill["spdxVersion"], bill["dataLicense"], bill["SPDXID"]) == ("SPDX-2.3", "CC0-1.0", "SPDXRef-DOCUMENT")
+        assert bill["name"] and re.fullmatch(r"https://[^#\s]+", bill["documentNamespace"])
+        assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ", bill["creationInfo"]["created"])
+        assert all(re.match("(Organization|Tool|Person): .", creator) for creator in bill["creationInfo"]["creators"])
+        elements = [bill["SPDXID"], *(entry["SPDXID"] for entry in bill["packages"] + bill["files"])]
+        assert len(set(elements)) == len(elements)
+        assert all(re.fullmatch(r"SPDXRef-[A-Za-z0-9.-]+", element) for element in elements)
+        for package in bill["packages"]:
+            assert package["name"] and package["downloadLocation"] and package["copyrightText"]
+            assert re.match("NOASSERTION$|(Organization|Person): .", package["supplier"])
+            assert expression_is_known(package["licenseConcluded"]) and expression_is_known(package["licenseDeclared"])
+            assert package["filesAnalyzed"] == ("packageVerificationCode" in package)
+        for file in bill["files"]:
+            assert file["fileName"].startswith("./") and file["copyrightText"]
+            assert expression_is_known(file["licenseConcluded"]), file
+            assert all(expression_is_known(licence) for licence in file["licenseInfoInFiles"])
+        for relation in bill["relationships"]:
+            assert {relation["spdxElementId"], relation["relatedSpdxElement"]} <= set(elements)
+            assert relation["relationshipType"] in {"DESCRIBES", "CONTAINS", "DYNAMIC_LINK", "STATIC_LINK", "GENERATED_FROM"}
+        assert [relation for relation in bill["relationships"] if relation["relationshipType"] == "DESCRIBES"] == [
+            {"spdxElementId": "SPDXRef-DOCUMENT", "relationshipType": "DESCRIBES",
+             "relatedSpdxElement": bill["packages"][0]["SPDXID"]}]
+        assert bill["packages"][0]["name"] == name
+
+
+def test_bills_of_materials_are_true(bills):
+    for root, place, bill in bills.values():
+        packed = {"./" + path.relative_to(root).as_posix(): path for path in root.rglob("*")
+                  if path.is_file() and not path.is_symlink() and path != place}
+        listed = {file["fileName"]: file for file in bill["files"]}
+        assert listed.keys() == packed.keys()
+        for name, file in listed.items():
+            for checksum in file["checksums"]:
+                content = packed[name].read_bytes()
+                assert hashlib.new(checksum["algorithm"].lower(), content).hexdigest() == checksum["checksumValue"], name
+        whole = hashlib.sha1("".join(sorted(file["checksums"][0]["checksumValue"] for file in bill["files"])).encode())
+        assert bill["packages"][0]["packageVerificationCode"]["packageVerificationCodeValue"] == whole.hexdigest()
+
+
+def test_licences_are_those_of_the_sources(bills):
+    of_gcc = {"libgcc_s_seh-1.dll", "libstdc++-6.dll"}
+    for _, _, bill in bills.values():
+        declared = {"MIT"}
+        for file in bill["files"]:
+            name = file["fileName"].split("/")[-1]
+            if name in of_gcc:
+                licence = "GPL-3.0-or-later WITH GCC-exception-3.1"
+            elif name == "libwinpthread-1.dll":
+                licence = "MIT AND BSD-3-Clause"
+            elif re.search(r"frei0r-1/|libvireo_frei0r\.so|VireoFrei0r\.dll|obs-plugins/.*\.(so|effect)$", file["fileName"]):
+                licence = "GPL-2.0-or-later"
+            elif file["fileTypes"] == ["BINARY"]:
+                licence = "MIT"
+            else:
+                continue
+            assert file["licenseConcluded"] == licence, file["fileName"]
+            declared.update(licence.split(" AND "))
+        assert bill["packages"][0]["licenseDeclared"] == " AND ".join(sorted(declared))
+
+
+def test_dependencies_have_the_versions_that_were_found(bills):
+    for name, (_, _, bill) in bills.items():
+        entries = {package["name"]: package for package in bill["packages"]}
+        if "libc6" not in entries:  # Windows has no packages
+            assert "KERNEL32.dll" in entries and entries["GCC run-time libraries"]["versionInfo"]
+            continue
+        for package in ("libc6", "libstdc++6"):
+            assert entries[package]["versionInfo"] == run("dpkg-query", "-W", "-f", "${Version}", package), name
+        if name == "vireo-filters":
+            assert {"libavcodec59", "CLI11", "nlohmann-json", "frei0r.h", "libmlt7"} <= entries.keys()
+        else:
+            assert "vireo-filters" in entries

@@ -64,6 +64,14 @@ def is_binary(content):
     return content[:4] == b"\x7fELF" or content[:2] == b"MZ"
 
 
+def licence_of_copy(entry, content):
+    """As the table says, or as the file itself does."""
+    found = [licence for text, licence in entry.get("says", {}).items() if text.encode() in content]
+    if "licence" not in entry and len(found) != 1:
+        sys.exit(f"a library of {entry['name']} does not say its licence")
+    return entry["licence"] if "licence" in entry else found[0]
+
+
 def needed_libraries(path, content):
     if content[:4] == b"\x7fELF":
         return re.findall(r"\(NEEDED\).*\[(.+)\]", output("readelf", "-dW", str(path)))
@@ -94,7 +102,7 @@ class Bill:
     def licence_of_file(self, path, content):
         for entry in TABLE["copied"]:
             if fits(path, entry["files"]):
-                return entry["licence"]
+                return licence_of_copy(entry, content)
         if is_binary(content):
             made_of = [entry["sources"] for entry in TABLE["binaries"] if fits(path, entry["files"])]
             if not made_of:
@@ -119,12 +127,13 @@ class Bill:
         self.relate(self.package, "CONTAINS", key)
         copied = [entry for entry in TABLE["copied"] if fits(name, entry["files"])]
         for entry in copied:
-            self.relate(key, "GENERATED_FROM", self.other(entry["name"], version_of(entry["debian"]), entry["licence"]))
-        if not is_binary(content) or copied:
+            self.relate(key, "GENERATED_FROM", self.other(entry["name"], version_of(entry["debian"]), licence))
+        if not is_binary(content):
             return
         system = "linux" if content[:4] == b"\x7fELF" else "windows"
         for entry in TABLE["inside"]:
-            if fits(name, entry["files"]) and entry.get("on", system) == system:
+            if (fits(name, entry["files"]) and entry.get("on", system) == system
+                    and entry.get("says", "").encode() in content):
                 self.relate(key, "STATIC_LINK", self.other(entry["name"], version_of(entry["debian"]), entry["licence"]))
         for library in needed_libraries(path, content):
             self.link(path, key, library, system)

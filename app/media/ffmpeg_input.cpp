@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_input.h"
 
+#include "app/base/files.h"
 #include "app/media/key_frame_seek.h"
 #include "engine/error.h"
 
@@ -39,6 +40,8 @@ FfmpegInput::FfmpegInput(const std::string& input, const StopRequest& stop)
     options.set("pattern_type", "none");  // a name with a per cent sign is a name
     const int opened = avformat_open_input(&context, url.c_str(), nullptr, options.address());
     throwIfInterrupted();
+    if (opened == AVERROR(EACCES) && isHeld(pathOf(input)))
+        throw Error("cannot open " + name_ + ": another program has it open");
     check(opened, "cannot open " + name_);
     context_.reset(context);
     check(avformat_find_stream_info(context, nullptr), "cannot read " + name_);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_pictures.h"
 
+#include "app/base/files.h"
 #include "app/media/exif.h"
 #include "app/media/ffmpeg_io.h"
 #include "app/media/packet_index.h"
@@ -13,13 +14,13 @@ namespace {
 /// The first picture of a file, with its properties. Throws DamagedFrame.
 FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) {
     const auto checked = [&](int code) {
-        if (code < 0) throw DamagedFrame(path.string() + ": " + failureText(code));
+        if (code < 0) throw DamagedFrame(utf8Of(path) + ": " + failureText(code));
     };
     captureLibraryMessages();
     AVFormatContext* context = nullptr;
     Dictionary options;
     options.set("pattern_type", "none");  // a name with a per cent sign is a name
-    checked(avformat_open_input(&context, fileUrl(path.string()).c_str(), nullptr, options.address()));
+    checked(avformat_open_input(&context, fileUrl(utf8Of(path)).c_str(), nullptr, options.address()));
     const InputFormatPtr input(context);
     const AVCodec* codec = nullptr;
     checked(av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0));
@@ -108,7 +109,7 @@ public:
         DecodedFrame decoded(std::move(frame_), video);
         PicturePtr result = decoded.picture(format);
         frame_ = newFrame();
-        check(av_frame_copy_props(frame_.get(), &decoded.properties()), "cannot read " + path_.string());
+        check(av_frame_copy_props(frame_.get(), &decoded.properties()), "cannot read " + utf8Of(path_));
         return result;
     }
 
@@ -141,9 +142,9 @@ SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
     if (preparation_.changesPictures()) {
         Preparation pictures = preparation_;
         pictures.rate.reset();
-        plan_ = planGraph(pictures, video_, file.string());
+        plan_ = planGraph(pictures, video_, utf8Of(file));
         if (!plan_->note.empty())
-            messages_.notice(MessageCode::PreparationAdjusted, file.string() + ": " + plan_->note);
+            messages_.notice(MessageCode::PreparationAdjusted, utf8Of(file) + ": " + plan_->note);
         prepared(std::move(frame), prepared_, *plan_);
         if (preparation_.deinterlace) prepared_.interlacing = Interlacing::Progressive;
     }

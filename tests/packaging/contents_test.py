@@ -8,7 +8,7 @@ import pytest
 
 from conftest import ROOT, run
 
-LICENCES = {"MIT", "GPL-2.0-or-later", "LGPL-2.0-or-later", "LGPL-2.1-or-later", "BSD-3-Clause", "ZPL-2.1",
+LICENCES = {"MIT", "Zlib", "GPL-2.0-or-later", "LGPL-2.0-or-later", "LGPL-2.1-or-later", "BSD-3-Clause", "ZPL-2.1",
             "GPL-3.0-or-later WITH GCC-exception-3.1"}
 
 
@@ -87,12 +87,15 @@ def test_licences_are_those_of_the_sources(bills):
     of_gcc = {"libgcc_s_seh-1.dll", "libstdc++-6.dll"}
     for _, _, bill in bills.values():
         declared = {"MIT"}
+        has_x264 = any(file["fileName"].endswith("/licences/ffmpeg/x264.txt") for file in bill["files"])
         for file in bill["files"]:
             name = file["fileName"].split("/")[-1]
             if name in of_gcc:
                 licence = "GPL-3.0-or-later WITH GCC-exception-3.1"
             elif name == "libwinpthread-1.dll":
                 licence = "MIT AND BSD-3-Clause"
+            elif re.match(r"(av|sw)\w+-\d+\.dll", name):
+                licence = "GPL-2.0-or-later" if has_x264 else "LGPL-2.1-or-later"
             elif re.search(r"frei0r-1/|libvireo_frei0r\.so|VireoFrei0r\.dll|obs-plugins/.*\.(so|effect)$", file["fileName"]):
                 licence = "GPL-2.0-or-later"
             elif file["fileTypes"] == ["BINARY"]:

@@ -41,3 +41,5 @@ if(VIREO_SANITIZERS)
   add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=${VIREO_SANITIZERS})
 endif()
+
+include(Hardening)

@@ -38,7 +38,7 @@ done
 same=0
 while IFS= read -r file; do
     cmp -- "${folders[0]}/$file" "${folders[1]}/$file"
-    sha256sum -- "${folders[0]}/$file" | sed "s| .*/| |"
+    echo "$(stat -c %s -- "${folders[0]}/$file") bytes $(sha256sum <"${folders[0]}/$file" | cut -c 1-64) ${file##*/}"
     same=$((same + 1))
 done < <(cd "${folders[0]}" && find build -type f \( -path '*/bin/*' -o -path '*/frei0r-1/*' -o -name '*.deb' -o -name '*.zip' \
     -o -name '*-setup.exe' \) \

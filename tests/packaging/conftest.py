@@ -4,6 +4,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import zipfile
 
 import numpy
 import pytest
@@ -22,19 +23,29 @@ def run(*command, environment=None, **options):
     return completed.stdout.decode()
 
 
-def packed(folder, pattern):
-    """The package that cpack makes of the build."""
+@pytest.fixture(scope="session")
+def packages(tmp_path_factory):
+    """The folder with what cpack makes of the build."""
+    folder = tmp_path_factory.mktemp("cpack")
     run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder)
-    (package,) = folder.glob(pattern)
-    return package
+    return folder
 
 
 @pytest.fixture(scope="session")
-def packages(tmp_path_factory):
-    """The folder of all packages for Windows."""
-    folder = tmp_path_factory.mktemp("packages")
-    packed(folder, "vireo-filters-*-windows.zip")
-    return folder
+def contents(packages, tmp_path_factory):
+    """Each package's name and the folder that it is unpacked into."""
+    roots = {}
+    for package in [*packages.glob("*.deb"), *packages.glob("*.zip")]:
+        root = tmp_path_factory.mktemp("contents")
+        if package.suffix == ".deb":
+            run("dpkg-deb", "-x", package, root)
+            roots[package.name.split("_")[0]] = root
+        else:
+            with zipfile.ZipFile(package) as archive:
+                archive.extractall(root)
+            roots["vireo-filters"] = only(root, "*")
+    assert roots
+    return roots
 
 
 def pixels(path):

@@ -6,12 +6,12 @@ import shutil
 import numpy
 import pytest
 
-from conftest import BARE, packed, pixels, run
+from conftest import BARE, only, pixels, run
 
 
 @pytest.fixture(scope="module")
-def package(tmp_path_factory):
-    return packed(tmp_path_factory.mktemp("cpack"), "vireo-filters_*_amd64.deb")
+def package(packages):
+    return only(packages, "vireo-filters_*_amd64.deb")
 
 
 def beside(package, name):

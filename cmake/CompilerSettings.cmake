@@ -38,7 +38,8 @@ if(VIREO_SANITIZERS)
   # A sanitizer's functions may be the program's.
   set(VIREO_NO_UNDEFINED "")
   # Lines are enough for their reports.
-  add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
+  add_compile_options(-fsanitize=${VIREO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1
+    $<IF:$<BOOL:${VIREO_FUZZERS}>,-O2,-O1>)
   add_link_options(-fsanitize=${VIREO_SANITIZERS})
 endif()
 

@@ -11,33 +11,34 @@ namespace {
 constexpr std::size_t offeredNames = 3;
 
 /// What is typed may be a whole file; its begin is enough to find names that are near.
-constexpr std::size_t comparedLength = 100;
+constexpr std::size_t comparedLength = 40;
 
-/// How many single characters have to be changed, left out, put in or swapped with the next to make `name` of
-/// `typed`.
-std::size_t editDistance(std::string_view typed, std::string_view name) {
-    std::vector<std::vector<std::size_t>> steps(typed.size() + 1, std::vector<std::size_t>(name.size() + 1));
-    for (std::size_t i = 0; i <= typed.size(); ++i) {
-        for (std::size_t j = 0; j <= name.size(); ++j) {
-            if (i == 0 || j == 0) {
-                steps[i][j] = i + j;
-                continue;
-            }
-            const std::size_t changed = steps[i - 1][j - 1] + (typed[i - 1] != name[j - 1]);
-            steps[i][j] = std::min({steps[i - 1][j] + 1, steps[i][j - 1] + 1, changed});
-            const bool swapped = i > 1 && j > 1 && typed[i - 1] == name[j - 2] && typed[i - 2] == name[j - 1];
-            if (swapped) steps[i][j] = std::min(steps[i][j], steps[i - 2][j - 2] + 1);
-        }
-    }
-    return steps.back().back();
-}
-
-/// The distance to the whole name or to its beginning, whichever is less: people abbreviate.
+/// How many single characters have to be changed, left out, put in or swapped with the next to make of
+/// `typed` the whole name or, one dearer, its beginning: people abbreviate.
 std::size_t distance(std::string_view typed, const std::string& name) {
     typed = typed.substr(0, comparedLength);
     const std::string whole = comparableName(name);
-    return std::min(editDistance(typed, whole),
-                    editDistance(typed, std::string_view(whole).substr(0, typed.size())) + 1);
+    // A row for what is typed so far, and the two before it.
+    const std::size_t width = whole.size() + 1;
+    std::vector<std::size_t> rows(3 * width);
+    std::size_t *row = rows.data(), *above = row + width, *twoAbove = above + width;
+    for (std::size_t i = 0; i <= typed.size(); ++i) {
+        std::swap(twoAbove, above);
+        std::swap(above, row);
+        row[0] = i;
+        for (std::size_t j = 1; j < width; ++j) {
+            if (i == 0) {
+                row[j] = j;
+                continue;
+            }
+            row[j] =
+                std::min(std::min(above[j], row[j - 1]) + 1, above[j - 1] + (typed[i - 1] != whole[j - 1]));
+            const bool swapped =
+                i > 1 && j > 1 && typed[i - 1] == whole[j - 2] && typed[i - 2] == whole[j - 1];
+            if (swapped) row[j] = std::min(row[j], twoAbove[j - 2] + 1);
+        }
+    }
+    return std::min(row[whole.size()], row[std::min(typed.size(), whole.size())] + 1);
 }
 
 }  // namespace

@@ -35,6 +35,25 @@ void fillWithNoise(std::span<std::uint8_t> rest, std::uint64_t seed) {
     }
 }
 
+/// Reserving memory costs more than rendering a small frame in it, so frames take what earlier ones left. All
+/// of it is poisoned but where frames lie.
+std::vector<GuardedFrame::Area> freeAreas;
+
+GuardedFrame::Area takeArea() {
+    if (!freeAreas.empty()) {
+        GuardedFrame::Area area = std::move(freeAreas.back());
+        freeAreas.pop_back();
+        return area;
+    }
+    const std::size_t size = FrameShape::largestLength + pageSize;
+    void* const reserved =
+        mmap(nullptr, size + 2 * pageSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    const std::span pages(static_cast<std::uint8_t*>(reserved) + pageSize, size);
+    REQUIRE(mprotect(pages.data(), size, PROT_READ | PROT_WRITE) == 0);
+    __asan_poison_memory_region(pages.data(), size);
+    return {pages, {}};
+}
+
 }  // namespace
 
 std::int64_t FrameShape::length() const {
@@ -44,26 +63,28 @@ std::int64_t FrameShape::length() const {
 template <class Visit>
 void GuardedFrame::forEachPart(Visit&& visit) const {
     if (padding_ == Padding::Open) return visit(lowest_, shape_.length());
-    for (std::int64_t y = 0; !shape_.empty() && y < shape_.height(); ++y) visit(row(y), shape_.rowLength());
+    const std::int64_t rowLength = shape_.rowLength(), rows = shape_.empty() ? 0 : shape_.height();
+    for (std::int64_t y = 0; y < rows; ++y) visit(row(y), rowLength);
 }
 
 GuardedFrame::GuardedFrame(const FrameShape& shape, Padding padding, std::uint64_t seed, bool opaque)
-    : shape_(shape), padding_(padding) {
+    : shape_(shape), padding_(padding), area_(takeArea()) {
     const std::size_t size = (static_cast<std::size_t>(shape.length()) / pageSize + 1) * pageSize;
-    void* const reserved =
-        mmap(nullptr, size + 2 * pageSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    memory_ = {static_cast<std::uint8_t*>(reserved) + pageSize, size};
-    REQUIRE(mprotect(memory_.data(), size, PROT_READ | PROT_WRITE) == 0);
+    REQUIRE(size <= area_.pages.size());
+    memory_ = shape.againstEnd ? area_.pages.last(size) : area_.pages.first(size);
+    __asan_unpoison_memory_region(memory_.data(), size);
     lowest_ = memory_.data() + (shape.againstEnd ? std::ssize(memory_) - shape.length() : 0);
     first_ = lowest_;
     if (shape.rowBytes < 0 && !shape.empty()) first_ -= (shape.height() - 1) * shape.rowBytes;
     descriptor_ = std::make_unique<FrameBuffer>(FrameBuffer{shape.bounds, shape.rowBytes, 0, first_});
 
     fillWithNoise(memory_, seed);
-    for (std::int64_t y = 0; opaque && y < shape.height(); ++y) {
-        for (std::int64_t x = 3; x < shape.rowLength(); x += 4) row(y)[x] = row(y)[x] < 32 ? 255 : 0;
+    const std::int64_t rowLength = shape.rowLength(), rows = opaque ? shape.height() : 0;
+    for (std::int64_t y = 0; y < rows; ++y) {
+        std::uint8_t* const pixels = row(y);
+        for (std::int64_t x = 3; x < rowLength; x += 4) pixels[x] = pixels[x] < 32 ? 255 : 0;
     }
-    before_.assign(memory_.begin(), memory_.end());
+    area_.before.assign(memory_.begin(), memory_.end());
     __asan_poison_memory_region(memory_.data(), size);
     forEachPart([](const std::uint8_t* begin, std::int64_t length) {
         __asan_unpoison_memory_region(begin, static_cast<std::size_t>(length));
@@ -71,17 +92,16 @@ GuardedFrame::GuardedFrame(const FrameShape& shape, Padding padding, std::uint64
 }
 
 GuardedFrame::~GuardedFrame() {
-    __asan_unpoison_memory_region(memory_.data(), memory_.size());
-    munmap(memory_.data() - pageSize, memory_.size() + 2 * pageSize);
+    __asan_poison_memory_region(memory_.data(), memory_.size());
+    freeAreas.push_back(std::move(area_));
 }
 
 bool GuardedFrame::kept(bool rowsMayChange) {
     __asan_unpoison_memory_region(memory_.data(), memory_.size());
-    std::vector<std::uint8_t> expected = before_;
     if (rowsMayChange) {
         forEachPart([&](const std::uint8_t* begin, std::int64_t length) {
-            std::copy_n(begin, length, expected.begin() + (begin - memory_.data()));
+            std::copy_n(begin, length, area_.before.begin() + (begin - memory_.data()));
         });
     }
-    return std::equal(expected.begin(), expected.end(), memory_.begin());
+    return std::equal(area_.before.begin(), area_.before.end(), memory_.begin());
 }

@@ -24,6 +24,8 @@ struct FrameShape {
     std::int64_t rowLength() const { return empty() ? 0 : width() * pixelBytes; }
     /// From the first byte of a row to the last byte of any.
     std::int64_t length() const;
+
+    static constexpr std::int64_t largestLength = 21 << 20;
 };
 
 /// On pages between two that cannot be accessed. Nor can what lies around the rows, as far as the address
@@ -38,6 +40,12 @@ public:
     GuardedFrame& operator=(const GuardedFrame&) = delete;
     ~GuardedFrame();
 
+    /// What lies between the two pages, and what stood in the frame's part of it.
+    struct Area {
+        std::span<std::uint8_t> pages;
+        std::vector<std::uint8_t> before;
+    };
+
     FrameBuffer* handle() { return descriptor_.get(); }
 
     /// Lifts the guards and tells whether the bytes stayed, but for those of rows that may change.
@@ -51,11 +59,11 @@ private:
 
     FrameShape shape_;
     Padding padding_;
-    std::span<std::uint8_t> memory_;           ///< The pages.
+    Area area_;
+    std::span<std::uint8_t> memory_;           ///< The pages that the rows touch.
     std::uint8_t* lowest_;                     ///< The first byte of all rows.
     std::uint8_t* first_;                      ///< The first of the first row.
     std::unique_ptr<FrameBuffer> descriptor_;  ///< On the heap, where nothing else lies behind it.
-    std::vector<std::uint8_t> before_;
 };
 
 #endif

@@ -7,17 +7,18 @@
 #include "tests/fuzz/require.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // A file in memory that can be opened by its name.
-    static const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("levels", 0));
+    static const int file = memfd_create("levels", 0);
+    static const std::string path = "/proc/self/fd/" + std::to_string(file);
     static const std::u16string dialogPath(path.begin(), path.end());
     const std::string_view content(reinterpret_cast<const char*>(data), size);
-    std::ofstream(path, std::ios::binary) << content;
+    REQUIRE(ftruncate(file, 0) == 0 && pwrite(file, data, size, 0) == std::ssize(content));
     Levels::Settings settings;
     const bool loaded = Levels::loadFile(dialogPath, settings);
     const auto bytes = readOrRefused<vireo::Error>([&] { return vireo::parseLevelsFile("input", content); });
@@ -27,8 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Levels::Channel& channel : {settings.red, settings.green, settings.blue})
         REQUIRE(Levels::buildTable(channel, settings.master) == Levels::buildTable(channel, settings.master));
     REQUIRE(Levels::saveFile(dialogPath, settings));
-    std::ostringstream saved;
-    saved << std::ifstream(path, std::ios::binary).rdbuf();
-    REQUIRE(saved.str() == content.substr(0, 44));
+    char saved[2 * sizeof settings];
+    const ssize_t length = pread(file, saved, sizeof saved, 0);
+    REQUIRE(length > 0 && std::string_view(saved, static_cast<std::size_t>(length)) == content.substr(0, 44));
     return 0;
 }

@@ -15,6 +15,6 @@ endfunction()
 
 vireo_command_line_test(systems_test "")
 vireo_command_line_test(command_test "wrong_usage or bad_input or standard_output")
-vireo_command_line_test(media_faults_test "goes_away or unreadable or damaged")
+vireo_command_line_test(media_faults_test "unreadable or damaged")
 vireo_command_line_test(media_test "sound or jobs or parts_begin or alpha")
 vireo_command_line_test(farm_test "one_render and not any_name")

@@ -6,7 +6,7 @@
 
 namespace vireo {
 
-ClipFacts readClipFacts(const std::string&) {
+ClipFacts readClipFacts(const std::string&, const InputPolicy&) {
     throw Error(Fault::Usage,
                 "clips cannot be read on this system; --frame-rate and --clip-length tell of them");
 }

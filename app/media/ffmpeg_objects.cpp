@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_objects.h"
 
+#include "app/media/decoder_complaints.h"
 #include "engine/error.h"
 
 #include <cstdarg>
@@ -14,13 +15,14 @@ namespace {
 
 thread_local std::string lastComplaint;
 
-void keepComplaint(void*, int level, const char* format, va_list arguments) {
+void keepComplaint(void* source, int level, const char* format, va_list arguments) {
     if (level > AV_LOG_ERROR) return;
     char text[512];
     std::vsnprintf(text, sizeof text, format, arguments);
     lastComplaint = text;
     while (!lastComplaint.empty() && (lastComplaint.back() == '\n' || lastComplaint.back() == '.'))
         lastComplaint.pop_back();
+    if (DecoderComplaints* const decoder = DecoderComplaints::of(source)) decoder->add(lastComplaint);
 }
 
 }  // namespace

@@ -31,6 +31,7 @@ InputDescription describeInput(const RenderJob& job, const SequenceReader& reade
 }
 
 std::unique_ptr<SequenceReader> openReader(const RenderJob& job, int lookBack, Messages& messages) {
+    refuseAddress(job.input);
     const auto pattern = SequencePattern::parse(job.input);
     return std::make_unique<SequenceReader>(
         job,

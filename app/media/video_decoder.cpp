@@ -63,6 +63,8 @@ VideoDecoder::VideoDecoder(const FfmpegInput& input, std::optional<Interlacing> 
     decoder_->pkt_timebase = stream.time_base;
     // Filters and the encoder have more to do; each of the decoder's threads holds frames of its own.
     decoder_->thread_count = std::max(1, av_cpu_count() / 2);
+    decoder_->max_pixels = input_.policy().maxPixels;
+    complaints_.watch(*decoder_);
     // What is decodable in part is rendered and named.
     decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     check(avcodec_open2(decoder_.get(), codec, nullptr), failure);
@@ -132,7 +134,7 @@ bool VideoDecoder::breaksOff(const AVPacket& packet) const {
 
 void VideoDecoder::noteFailure(int code) {
     numbering_.failed();
-    failure_ = failureText(code);
+    failure_ = complaints_.failure(code, input_.policy());
 }
 
 void VideoDecoder::take(FramePtr frame) {

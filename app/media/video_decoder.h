@@ -3,6 +3,7 @@
 #define VIREO_APP_MEDIA_VIDEO_DECODER_H
 
 #include "app/media/clip_index.h"
+#include "app/media/decoder_complaints.h"
 #include "app/media/ffmpeg_frame.h"
 #include "app/media/frame_numbering.h"
 
@@ -52,6 +53,9 @@ public:
     /// The number behind the last frame's.
     std::int64_t following() const { return numbering_.following(); }
 
+    /// Why a frame could not be decoded last; empty where all could.
+    const std::string& failure() const { return failure_; }
+
     /// Whether frames that the container announces are missing at the end, and came out as lost.
     bool wasCutShort() const { return cutShort_; }
 
@@ -71,6 +75,7 @@ private:
     const std::optional<Interlacing> forcedInterlacing_;
     const PacketSource nextPacket_;
     const StopRequest& stop_;
+    DecoderComplaints complaints_;
     CodecContextPtr decoder_;
     VideoProperties video_;
     ClipIndex clip_;

@@ -6,6 +6,10 @@
 #include <new>
 #include <system_error>
 
+#if defined(__GLIBC__)
+#include <execinfo.h>
+#endif
+
 namespace vireo {
 namespace {
 
@@ -35,6 +39,13 @@ std::string sentenceOf(const std::exception& failure) {
     return failure.what();
 }
 
-void endInWordsWithoutMemory() { otherEnd = std::set_terminate(end); }
+void endInWordsWithoutMemory() {
+    otherEnd = std::set_terminate(end);
+#if defined(__GLIBC__)
+    // Ending a thread loads a library when it is first done, and aborts where there is no memory for it.
+    void* frame = nullptr;
+    backtrace(&frame, 1);
+#endif
+}
 
 }  // namespace vireo

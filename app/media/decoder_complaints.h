@@ -7,6 +7,7 @@
 
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace vireo {
 
@@ -24,12 +25,18 @@ public:
     /// The last one, which is forgotten then; empty where there was none.
     std::string take();
 
+    /// Whether it said since this was last asked that what it decoded is damaged, for codecs that give the
+    /// frame all the same and mark nothing.
+    bool takeDamage();
+
     /// Why decoding failed with a code, in words. Throws std::bad_alloc where memory is short.
     std::string failure(int code, const InputPolicy& policy);
 
 private:
     std::mutex mutex_;
     std::string last_;
+    bool damage_ = false;
+    std::pair<std::int64_t, std::int64_t> refused_;  ///< A size that is too large.
 };
 
 /// Whether there is no memory for another picture or two, so that a failure was no damage.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_input.h"
 
+#include "app/base/files.h"
+#include "app/media/file_ending.h"
 #include "app/media/key_frame_seek.h"
 #include "engine/error.h"
 
@@ -50,19 +52,46 @@ PacketPtr FfmpegInput::next() {
     const int got = av_read_frame(&file_.context(), packet.get());
     file_.refuseReferences();
     if (got >= 0) {
+        note(*packet);
         continuous_.correct(*packet, context());
         return packet;
     }
     ended_ = true;
     // Some formats complain of a file that is cut off, and call that its end.
     breakReason_ = got == AVERROR_EOF ? libraryComplaint() : file_.failure(got);
+    if (breakReason_.empty()) breakReason_ = earlyEnd();
     return nullptr;
+}
+
+void FfmpegInput::note(const AVPacket& packet) {
+    if (packet.stream_index == video_ && packet.pos >= 0) lastEnd_ = packet.pos + packet.size;
+    if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) {
+        corruptAtEnd_.insert(packet.stream_index);
+    } else {
+        corruptAtEnd_.erase(packet.stream_index);
+    }
+}
+
+/// What the libraries do not say of the end of some formats.
+std::string FfmpegInput::earlyEnd() const {
+    const std::string_view format = context().iformat->name;
+    const std::filesystem::path file = pathOf(name());
+    // Here frames follow one another to the end.
+    const bool isInPart = format == "yuv4mpegpipe" && lastEnd_ >= 0 && lastEnd_ != avio_tell(context().pb);
+    if (isInPart) return "its last frame is there in part";
+    const bool isFile = isSeekable();
+    if (format == "gif" && isFile && gifBreaksOff(file)) return "it has no end";
+    const bool isCut = format == "mpegts" && isFile && transportStreamBreaksOff(file);
+    if (isCut || (format == "mpegts" && !corruptAtEnd_.empty())) return "its last packet is there in part";
+    return {};
 }
 
 void FfmpegInput::seek(std::int64_t time, std::int64_t start) {
     seekToKeyFrame(file_.context(), video_, time, start);
     continuous_ = {};
     ended_ = false;
+    lastEnd_ = -1;
+    corruptAtEnd_.clear();
 }
 
 double FfmpegInput::timeOf(const AVPacket& packet) const {

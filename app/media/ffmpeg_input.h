@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <set>
 #include <string>
 
 namespace vireo {
@@ -46,10 +47,15 @@ public:
     const std::string& breakReason() const { return breakReason_; }
 
 private:
+    void note(const AVPacket& packet);
+    std::string earlyEnd() const;
+
     GuardedInput file_;
     int video_ = -1;
     ContinuousTimes continuous_;
     std::string breakReason_;
+    std::int64_t lastEnd_ = -1;   ///< Of the last packet of the video, in the file.
+    std::set<int> corruptAtEnd_;  ///< Streams whose last packet is there in part.
     bool ended_ = false;
 };
 

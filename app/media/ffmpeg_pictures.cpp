@@ -3,9 +3,9 @@
 
 #include "app/base/files.h"
 #include "app/media/decoder_complaints.h"
+#include "app/media/decoder_limits.h"
 #include "app/media/exif.h"
 #include "app/media/guarded_input.h"
-#include "app/media/packet_index.h"
 #include "app/media/pixel_format.h"
 #include "engine/error.h"
 
@@ -37,8 +37,8 @@ FramePtr readPicture(const std::filesystem::path& path, const InputPolicy& polic
     if (decoder == nullptr) throw std::bad_alloc();
     checked(avcodec_parameters_to_context(decoder.get(), context->streams[stream]->codecpar));
     complaints.watch(*decoder);
-    decoder->max_pixels = policy.maxPixels;
     decoder->thread_count = 1;  // pictures are read side by side
+    limitDecoder(*decoder, policy);
     checked(avcodec_open2(decoder.get(), codec, nullptr));
 
     FramePtr frame = newFrame();
@@ -49,13 +49,13 @@ FramePtr readPicture(const std::filesystem::path& path, const InputPolicy& polic
         av_packet_unref(packet.get());
         const int got = av_read_frame(context, packet.get());
         if (got >= 0 && packet->stream_index != stream) continue;
-        if (got >= 0 && codec->id == AV_CODEC_ID_MJPEG)
-            breaksOff = jpegBreaksOff({packet->data, static_cast<std::size_t>(packet->size)});
+        if (got >= 0) breaksOff = pictureBreaksOff(*packet, codec->id);
+        if (got >= 0) limitPacket(*packet, codec->id);
         checked(avcodec_send_packet(decoder.get(), got >= 0 ? packet.get() : nullptr));
         received = avcodec_receive_frame(decoder.get(), frame.get());
     }
     checked(received);
-    if (breaksOff) frame->flags |= AV_FRAME_FLAG_CORRUPT;
+    if (breaksOff || complaints.takeDamage()) frame->flags |= AV_FRAME_FLAG_CORRUPT;
     video = propertiesOf(*frame, codec->id);
     video.orientation = exifOrientation(exifOrientationTag(path));
     return frame;

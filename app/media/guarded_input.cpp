@@ -3,6 +3,8 @@
 
 #include "app/base/files.h"
 #include "app/media/decoder_complaints.h"
+#include "app/media/decoder_limits.h"
+#include "app/media/movie_tables.h"
 #include "app/media/referencing_formats.h"
 #include "engine/error.h"
 
@@ -17,7 +19,7 @@ extern "C" {
 namespace vireo {
 namespace {
 
-constexpr int mostStreams = 1000;
+constexpr int mostStreams = 500;
 
 // What a file is opened with; `crypto` deciphers another one of these, `data` is its own content.
 constexpr char localProtocols[] = "file,crypto,data";
@@ -92,6 +94,11 @@ GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, 
     const std::string fault = reach == Reach::Files ? playlistFault(pathOf(input)) : std::string();
     if (!fault.empty()) throw Error(name_ + ' ' + fault);
 
+    const bool isMovie = file_ != nullptr && (file_->seekable & AVIO_SEEKABLE_NORMAL) != 0 &&
+                         av_match_name("mov", format->name) != 0;
+    if (isMovie && announcesTooManySamples(pathOf(input)))
+        throw Error(name_ + " announces more frames than a file of its size can hold");
+
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
     // Closing it leaves the file to this object.
@@ -121,6 +128,7 @@ void GuardedInput::open(const std::string& url, const AVInputFormat& format) {
     options.set("allowed_extensions", "ALL");
     // It is freed where opening it fails.
     context_.release();
+    hadTooManyStreams();
     const int opened = avformat_open_input(&context, url.c_str(), &format, options.address());
     context_.reset(context);
     throwIfInterrupted();
@@ -134,6 +142,7 @@ bool GuardedInput::isSeekable() const {
 }
 
 int GuardedInput::findStreams() {
+    for (unsigned i = 0; i < context_->nb_streams; ++i) limitStream(*context_->streams[i]->codecpar);
     std::vector<Dictionary> options(context_->nb_streams);
     std::vector<AVDictionary*> entries;
     for (Dictionary& each : options) {
@@ -149,10 +158,10 @@ int GuardedInput::findStreams() {
 }
 
 std::string GuardedInput::failure(int code) const {
+    if (hadTooManyStreams())
+        throw Error(name_ + " has more than " + std::to_string(mostStreams) + " streams and is not read");
     const std::string words = failureText(code);
     if (code != AVERROR(ENOMEM)) return words;
-    if (words.find("max_streams") != std::string::npos)
-        throw Error(name_ + " has more than " + std::to_string(mostStreams) + " streams and is not read");
     if (isMemoryShort()) throw std::bad_alloc();
     return words;
 }

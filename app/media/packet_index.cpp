@@ -27,17 +27,6 @@ bool holdsShownFrame(const AVPacket& packet, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 || (packet.data[0] & 0x10) != 0;
 }
 
-bool jpegBreaksOff(std::span<const std::uint8_t> picture) {
-    constexpr std::uint8_t startOfScan = 0xDA, end[] = {0xFF, 0xD9};
-    std::size_t at = 2;
-    while (at + 4 <= picture.size() && picture[at] == 0xFF && picture[at + 1] != startOfScan) {
-        const std::size_t length = picture[at + 2] << 8 | picture[at + 3];
-        at += 2 + length;
-    }
-    const auto scan = picture.subspan(std::min(at, picture.size()));
-    return std::search(scan.begin(), scan.end(), std::begin(end), std::end(end)) == scan.end();
-}
-
 PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int stream,
                          const StopRequest& stop) {
     PacketIndex index;

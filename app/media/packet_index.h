@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -32,9 +31,6 @@ PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int
 
 /// Whether the packet becomes a frame that is shown.
 bool holdsShownFrame(const AVPacket& packet, AVCodecID codec);
-
-/// Whether a JPEG picture breaks off before its end.
-bool jpegBreaksOff(std::span<const std::uint8_t> picture);
 
 }  // namespace vireo
 

@@ -66,6 +66,7 @@ private:
     void take(FramePtr frame);
     void takeLost(const std::vector<FrameNumbering::Lost>& lost);
     void takeMissing();
+    void takeNextMissing();
     void setProperties(const AVFrame& frame);
     Interlacing interlacingOf(const AVFrame& frame) const;
     std::int64_t usualDuration() const;
@@ -88,6 +89,7 @@ private:
     std::string failure_;                   ///< What the decoder said last.
     std::set<std::int64_t> brokenPackets_;  ///< Times of those that are there in part.
     bool drained_ = false;
+    std::optional<std::int64_t> missing_;  ///< The next frame that was announced and is not there.
     bool cutShort_ = false;
 };
 

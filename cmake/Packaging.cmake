@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What cpack makes: a Debian package, and a zip for Windows.
+# What cpack makes: a Debian package; for Windows a zip and, where there is NSIS, an installer.
 if(WIN32)
   set(licences licences)
   install(FILES ${PROJECT_SOURCE_DIR}/cmake/windows/README.txt DESTINATION .)
@@ -27,6 +27,15 @@ set(CPACK_THREADS 1)
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
   set(CPACK_PACKAGE_FILE_NAME vireo-filters-${PROJECT_VERSION}-windows)
+  if(VIREO_LGPL)
+    string(APPEND CPACK_PACKAGE_FILE_NAME -lgpl)
+  endif()
+  set(CPACK_VIREO_STRIP ${CMAKE_STRIP})
+  list(PREPEND CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/StripFiles.cmake)
+  find_program(VIREO_MAKENSIS makensis)
+  set(CPACK_VIREO_MAKENSIS ${VIREO_MAKENSIS})
+  set(CPACK_VIREO_PATH_PROGRAM ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/user_path.exe)
+  list(APPEND CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/Installer.cmake)
 else()
   set(CPACK_GENERATOR DEB)
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

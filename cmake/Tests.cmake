@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
-# GoogleTest as the system has it built; other compilers and sanitizers build it from its sources.
+# GoogleTest as the system has it built; other compilers build it from its sources.
 set(VIREO_GOOGLETEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest's sources")
-if(NOT CMAKE_CROSSCOMPILING AND NOT VIREO_SANITIZERS)
+if(NOT CMAKE_CROSSCOMPILING)
   find_package(GTest CONFIG QUIET)
 endif()
 if(NOT TARGET GTest::gmock_main)

@@ -40,7 +40,8 @@ while IFS= read -r file; do
     cmp -- "${folders[0]}/$file" "${folders[1]}/$file"
     sha256sum -- "${folders[0]}/$file" | sed "s| .*/| |"
     same=$((same + 1))
-done < <(cd "${folders[0]}" && find build -type f \( -path '*/bin/*' -o -path '*/frei0r-1/*' -o -name '*.deb' -o -name '*.zip' \) \
+done < <(cd "${folders[0]}" && find build -type f \( -path '*/bin/*' -o -path '*/frei0r-1/*' -o -name '*.deb' -o -name '*.zip' \
+    -o -name '*-setup.exe' \) \
     ! -path '*/_CPack_Packages/*' | sort)
 ((same > 0))
 echo "$same files are the same, byte for byte"

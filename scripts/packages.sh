@@ -10,7 +10,8 @@ build_packages=(
 
 # What the tests and the other checks run.
 check_packages=(
-    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 xvfb xauth
+    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev nasm wine wine64 xvfb xauth nsis
+    g++-aarch64-linux-gnu qemu-user-static
     fonts-wine fonts-ipafont-gothic fonts-nanum
     ccache clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev
     git dpkg-dev python3-pytest python3-numpy python3-pil

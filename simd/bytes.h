@@ -16,6 +16,8 @@ V avg(V a, V b) {
     if constexpr (sizeof(V) == 16) return (V)_mm_avg_epu8((__m128i)a, (__m128i)b);
 #elif defined(__wasm_simd128__)
     return (V)wasm_u8x16_avgr((v128_t)a, (v128_t)b);
+#elif defined(__aarch64__)
+    return (V)vrhaddq_u8((uint8x16_t)a, (uint8x16_t)b);
 #else
     return (a | b) - ((a ^ b) >> 1);
 #endif
@@ -36,15 +38,25 @@ Vector<std::int16_t, sizeof(V)> maddubs(V bytes, Vector<std::int8_t, sizeof(V)> 
 #endif
 }
 
-#if defined(__AVX2__)
+#if defined(VIREO_SIMD_SHUFFLE)
 
 /// The byte at each index below 16, 0 for the index 0x80. Works within every 16 bytes.
 template <VectorOf<std::uint8_t> V>
 V shuffle(V bytes, V indices) {
+#if defined(__AVX2__)
     if constexpr (sizeof(V) == 64) return (V)_mm512_shuffle_epi8((__m512i)bytes, (__m512i)indices);
     if constexpr (sizeof(V) == 32) return (V)_mm256_shuffle_epi8((__m256i)bytes, (__m256i)indices);
     if constexpr (sizeof(V) == 16) return (V)_mm_shuffle_epi8((__m128i)bytes, (__m128i)indices);
+#elif defined(__wasm_simd128__)
+    return (V)wasm_i8x16_swizzle((v128_t)bytes, (v128_t)indices);
+#else
+    return (V)vqtbl1q_u8((uint8x16_t)bytes, (uint8x16_t)indices);
+#endif
 }
+
+#endif
+
+#if defined(__AVX2__)
 
 /// b's bytes where the mask's have their highest bit, else a's.
 template <VectorOf<std::uint8_t> V>

@@ -22,6 +22,8 @@ inline HalfInts toInts(Doubles values) {
 #elif defined(__wasm_simd128__)
     const v128_t integers = wasm_i32x4_trunc_sat_f64x2_zero((v128_t)values);
     return load<HalfInts>(&integers);
+#elif defined(__aarch64__)
+    return (HalfInts)vmovn_s64(vcvtq_s64_f64((float64x2_t)values));
 #else
     HalfInts result;
     for (int i = 0; i < laneCount<HalfInts>; ++i) result[i] = static_cast<std::int32_t>(values[i]);
@@ -39,6 +41,8 @@ inline Doubles trunc(Doubles values) {
     return (Doubles)_mm_cvtepi32_pd(_mm_cvttpd_epi32((__m128d)values));
 #elif defined(__wasm_simd128__)
     return (Doubles)wasm_f64x2_trunc((v128_t)values);
+#elif defined(__aarch64__)
+    return (Doubles)vrndq_f64((float64x2_t)values);
 #else
     return __builtin_convertvector(toInts(values), Doubles);
 #endif
@@ -53,6 +57,8 @@ inline Doubles sqrt(Doubles values) {
     return (Doubles)_mm_sqrt_pd((__m128d)values);
 #elif defined(__wasm_simd128__)
     return (Doubles)wasm_f64x2_sqrt((v128_t)values);
+#elif defined(__aarch64__)
+    return (Doubles)vsqrtq_f64((float64x2_t)values);
 #else
     for (int i = 0; i < laneCount<Doubles>; ++i) values[i] = std::sqrt(values[i]);
     return values;

@@ -7,7 +7,8 @@
 
 namespace simd {
 
-/// The baseline is what every machine has that runs the build: SSE2, or 128-bit vectors in WebAssembly.
+/// The baseline is what every machine has that runs the build: SSE2, or the 128-bit
+/// vectors of 64-bit ARM or WebAssembly.
 enum class InstructionSet { Baseline, Avx2, Avx512 };
 
 inline constexpr InstructionSet allInstructionSets[] = {InstructionSet::Baseline, InstructionSet::Avx2,

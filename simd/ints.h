@@ -18,6 +18,8 @@ inline std::uint32_t movemask(Ints lanes) {
     return static_cast<std::uint32_t>(_mm_movemask_ps((__m128)lanes));
 #elif defined(__wasm_simd128__)
     return wasm_i32x4_bitmask((v128_t)lanes);
+#elif defined(__aarch64__)
+    return vaddvq_u32((uint32x4_t)lanes & uint32x4_t{1, 2, 4, 8});
 #else
     std::uint32_t bits = 0;
     for (int i = 0; i < laneCount<Ints>; ++i) bits |= (lanes[i] & 1u) << i;
@@ -42,6 +44,8 @@ inline bool allTrue(Ints lanes) {
     return _mm_movemask_epi8((__m128i)lanes) == 0xFFFF;
 #elif defined(__wasm_simd128__)
     return wasm_i32x4_all_true((v128_t)lanes);
+#elif defined(__aarch64__)
+    return vminvq_u32((uint32x4_t)lanes) == 0xFFFFFFFF;
 #else
     std::int32_t all = -1;
     for (int i = 0; i < laneCount<Ints>; ++i) all &= lanes[i];
@@ -67,6 +71,10 @@ inline Ints loadExtended(const std::uint8_t* address) {
 #elif defined(__SSE2__)
     const __m128i zero = _mm_setzero_si128();
     return (Ints)_mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_loadu_si32(address), zero), zero);
+#elif defined(__aarch64__)
+    std::uint32_t four;
+    std::memcpy(&four, address, sizeof four);
+    return (Ints)vmovl_u16(vget_low_u16(vmovl_u8((uint8x8_t)vdup_n_u32(four))));
 #else
     return __builtin_convertvector((load<Vector<std::uint8_t, vectorBytes / 4>>(address)), Ints);
 #endif
@@ -80,6 +88,8 @@ inline Ints loadExtended(const std::int16_t* address) {
 #elif defined(__SSE2__)
     const __m128i four = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(address));
     return (Ints)_mm_srai_epi32(_mm_unpacklo_epi16(four, four), 16);
+#elif defined(__aarch64__)
+    return (Ints)vmovl_s16(load<int16x4_t>(address));
 #else
     return __builtin_convertvector((load<Vector<std::int16_t, vectorBytes / 2>>(address)), Ints);
 #endif
@@ -97,6 +107,8 @@ inline void storeNarrowed(std::int16_t* address, Ints lanes) {
     store(address, narrowed(lanes));
 #elif defined(__SSE2__)
     _mm_storel_epi64(reinterpret_cast<__m128i*>(address), _mm_packs_epi32((__m128i)lanes, (__m128i)lanes));
+#elif defined(__aarch64__)
+    store(address, vqmovn_s32((int32x4_t)lanes));
 #else
     store(address, __builtin_convertvector(lanes, Vector<std::int16_t, vectorBytes / 2>));
 #endif
@@ -111,6 +123,9 @@ inline void storeNarrowed(std::uint8_t* address, Ints lanes) {
 #elif defined(__SSE2__)
     const __m128i words = _mm_packs_epi32((__m128i)lanes, (__m128i)lanes);
     _mm_storeu_si32(address, _mm_packus_epi16(words, words));
+#elif defined(__aarch64__)
+    const int16x4_t words = vqmovn_s32((int32x4_t)lanes);
+    store(address, ((uint32x2_t)vqmovun_s16(vcombine_s16(words, words)))[0]);
 #else
     store(address, __builtin_convertvector(lanes, Vector<std::uint8_t, vectorBytes / 4>));
 #endif

@@ -8,6 +8,31 @@
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
 
+#if defined(__aarch64__)
+
+/// A table of 256 in sixteen registers.
+class ByteTable {
+public:
+    explicit ByteTable(const std::uint8_t* table)
+        : quarters_{vld1q_u8_x4(table), vld1q_u8_x4(table + 64), vld1q_u8_x4(table + 128),
+                    vld1q_u8_x4(table + 192)} {}
+
+    /// An index beyond a quarter leaves what is there.
+    uint8x16_t operator[](uint8x16_t index) const {
+        uint8x16_t found = vqtbl4q_u8(quarters_[0], index);
+        for (int i = 1; i < 4; ++i) {
+            index -= 64;
+            found = vqtbx4q_u8(found, quarters_[i], index);
+        }
+        return found;
+    }
+
+private:
+    uint8x16x4_t quarters_[4];
+};
+
+#endif
+
 /// Each byte becomes its entry in a table. Where bytes can be permuted over 64 lanes the table stays in four
 /// registers, several times as fast as a load for each byte.
 inline void lookup(const std::uint8_t* table, std::uint8_t* bytes, std::int64_t count) {
@@ -25,6 +50,9 @@ inline void lookup(const std::uint8_t* table, std::uint8_t* bytes, std::int64_t 
         const Bytes high = shuffled(quarters[2], quarters[3]);
         store(bytes + i, index < 128 ? low : high);
     }
+#elif defined(__aarch64__)
+    const ByteTable entries(table);
+    for (; i + 16 <= count; i += 16) vst1q_u8(bytes + i, entries[vld1q_u8(bytes + i)]);
 #endif
     for (; i < count; ++i) bytes[i] = table[bytes[i]];
 }
@@ -142,6 +170,42 @@ private:
     }
 
     Bytes parts_[3][16];
+};
+
+#elif defined(__aarch64__)
+
+/// Rows of 4-byte pixels through a table for each of the first three bytes, one table in the registers at a
+/// time.
+class PixelTables {
+public:
+    explicit PixelTables(const std::uint8_t* const tables[3]) : tables_{tables[0], tables[1], tables[2]} {}
+
+    void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) const {
+        std::int64_t x = 0;
+        for (; x + blockPixels <= width; x += blockPixels) block(source + 4 * x, destination + 4 * x);
+        if (x == width) return;
+        const auto rest = static_cast<std::size_t>(4 * (width - x));
+        std::uint8_t pixels[4 * blockPixels] = {};
+        std::memcpy(pixels, source + 4 * x, rest);
+        block(pixels, pixels);
+        std::memcpy(destination + 4 * x, pixels, rest);
+    }
+
+private:
+    static constexpr int parts = 3;
+    static constexpr std::int64_t blockPixels = 16 * parts;
+
+    void block(const std::uint8_t* source, std::uint8_t* destination) const {
+        uint8x16x4_t channels[parts];
+        for (int i = 0; i < parts; ++i) channels[i] = vld4q_u8(source + 64 * i);
+        for (int c = 0; c < 3; ++c) {
+            const ByteTable table(tables_[c]);
+            for (uint8x16x4_t& part : channels) part.val[c] = table[part.val[c]];
+        }
+        for (int i = 0; i < parts; ++i) vst4q_u8(destination + 64 * i, channels[i]);
+    }
+
+    const std::uint8_t* tables_[3];
 };
 
 #else

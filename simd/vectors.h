@@ -19,12 +19,18 @@
 #include <utility>
 
 // Where vectors have all of their operations; elsewhere kernels that need those run plain loops.
-#if defined(__SSE2__) || defined(__wasm_simd128__)
+#if defined(__SSE2__) || defined(__wasm_simd128__) || defined(__aarch64__)
 #define VIREO_SIMD_COMPLETE
+#endif
+// Where the bytes of a vector can be put anywhere in it.
+#if defined(__AVX2__) || defined(__wasm_simd128__) || defined(__aarch64__)
+#define VIREO_SIMD_SHUFFLE
 #endif
 
 #if defined(__wasm_simd128__)
 #include <wasm_simd128.h>
+#elif defined(__aarch64__)
+#include <arm_neon.h>
 #elif defined(__SSE2__) && defined(__clang__)
 #include <immintrin.h>
 #elif defined(__SSE2__)

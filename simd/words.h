@@ -18,6 +18,10 @@ V mulhi(V a, V b) {
     return (V)wasm_i16x8_shuffle(wasm_u32x4_extmul_low_u16x8((v128_t)a, (v128_t)b),
                                  wasm_u32x4_extmul_high_u16x8((v128_t)a, (v128_t)b), 1, 3, 5, 7, 9, 11, 13,
                                  15);
+#elif defined(__aarch64__)
+    const auto x = (uint16x8_t)a, y = (uint16x8_t)b;
+    return (V)vuzp2q_u16((uint16x8_t)vmull_u16(vget_low_u16(x), vget_low_u16(y)),
+                         (uint16x8_t)vmull_high_u16(x, y));
 #else
     using Wide = Vector<std::uint32_t, sizeof(V)>;
     const Wide even = ((Wide)a & 0xFFFF) * ((Wide)b & 0xFFFF) >> 16;
@@ -36,8 +40,11 @@ Vector<std::int32_t, sizeof(V)> madd(V a, V b) {
     if constexpr (sizeof(V) == 64) return (Result)_mm512_madd_epi16((__m512i)a, (__m512i)b);
     if constexpr (sizeof(V) == 32) return (Result)_mm256_madd_epi16((__m256i)a, (__m256i)b);
     if constexpr (sizeof(V) == 16) return (Result)_mm_madd_epi16((__m128i)a, (__m128i)b);
-#else
+#elif defined(__wasm_simd128__)
     return (Result)wasm_i32x4_dot_i16x8((v128_t)a, (v128_t)b);
+#else
+    const auto x = (int16x8_t)a, y = (int16x8_t)b;
+    return (Result)vpaddq_s32(vmull_s16(vget_low_s16(x), vget_low_s16(y)), vmull_high_s16(x, y));
 #endif
 }
 
@@ -48,8 +55,10 @@ V adds(V a, V b) {
     if constexpr (sizeof(V) == 64) return (V)_mm512_adds_epi16((__m512i)a, (__m512i)b);
     if constexpr (sizeof(V) == 32) return (V)_mm256_adds_epi16((__m256i)a, (__m256i)b);
     if constexpr (sizeof(V) == 16) return (V)_mm_adds_epi16((__m128i)a, (__m128i)b);
-#else
+#elif defined(__wasm_simd128__)
     return (V)wasm_i16x8_add_sat((v128_t)a, (v128_t)b);
+#else
+    return (V)vqaddq_s16((int16x8_t)a, (int16x8_t)b);
 #endif
 }
 
@@ -61,8 +70,10 @@ Vector<std::int16_t, sizeof(V)> packs(V a, V b) {
     if constexpr (sizeof(V) == 64) return (Result)_mm512_packs_epi32((__m512i)a, (__m512i)b);
     if constexpr (sizeof(V) == 32) return (Result)_mm256_packs_epi32((__m256i)a, (__m256i)b);
     if constexpr (sizeof(V) == 16) return (Result)_mm_packs_epi32((__m128i)a, (__m128i)b);
-#else
+#elif defined(__wasm_simd128__)
     return (Result)wasm_i16x8_narrow_i32x4((v128_t)a, (v128_t)b);
+#else
+    return (Result)vqmovn_high_s32(vqmovn_s32((int32x4_t)a), (int32x4_t)b);
 #endif
 }
 
@@ -73,8 +84,10 @@ Vector<std::uint8_t, sizeof(V)> packus(V a, V b) {
     if constexpr (sizeof(V) == 64) return (Result)_mm512_packus_epi16((__m512i)a, (__m512i)b);
     if constexpr (sizeof(V) == 32) return (Result)_mm256_packus_epi16((__m256i)a, (__m256i)b);
     if constexpr (sizeof(V) == 16) return (Result)_mm_packus_epi16((__m128i)a, (__m128i)b);
-#else
+#elif defined(__wasm_simd128__)
     return (Result)wasm_u8x16_narrow_i16x8((v128_t)a, (v128_t)b);
+#else
+    return (Result)vqmovun_high_s16(vqmovun_s16((int16x8_t)a), (int16x8_t)b);
 #endif
 }
 

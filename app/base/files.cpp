@@ -9,12 +9,33 @@
 #include <fstream>
 #include <system_error>
 
+#if defined(_WIN32)
+#include "host/win32.h"
+#endif
+
 namespace vireo {
 namespace {
 
 std::string errorName(int code) { return std::generic_category().message(code); }
 
 }  // namespace
+
+std::string reasonOf(const std::error_code& error) { return error.default_error_condition().message(); }
+
+#if defined(_WIN32)
+
+bool isHeld(const std::filesystem::path& path) {
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | DELETE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_SHARING_VIOLATION;
+    CloseHandle(file);
+    return false;
+}
+
+#else
+
+bool isHeld(const std::filesystem::path&) { return false; }
+
+#endif
 
 void refuseExisting(const std::string& path) {
     std::error_code error;

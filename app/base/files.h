@@ -7,8 +7,15 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace vireo {
+
+/// Why something failed, in the same words on every system.
+std::string reasonOf(const std::error_code& error);
+
+/// Windows refuses what is done to a file that a program has open; elsewhere no file is held so.
+bool isHeld(const std::filesystem::path& path);
 
 /// Throws Error where the file exists.
 void refuseExisting(const std::string& path);

@@ -7,11 +7,30 @@
 #include <iterator>
 #include <mutex>
 
+#ifdef _WIN32
+#include "host/win32.h"
+#endif
+
 namespace vireo {
 namespace {
 
 std::atomic<int> receivedSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
+
+#ifdef _WIN32
+
+BOOL WINAPI noteEvent(DWORD event) {
+    receivedSignal = event == CTRL_C_EVENT ? SIGINT : SIGTERM;
+    // The program ends when this returns: its main thread tidies up and ends it before.
+    const bool endsAtOnce = event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT;
+    if (endsAtOnce) Sleep(INFINITE);
+    return TRUE;
+}
+
+void takeSignals() { SetConsoleCtrlHandler(noteEvent, TRUE); }
+void leaveSignals() { SetConsoleCtrlHandler(noteEvent, FALSE); }
+
+#else
 
 extern "C" void noteSignal(int number) { receivedSignal = number; }
 
@@ -21,22 +40,12 @@ struct Handling {
 };
 
 const Handling handlings[] = {
-    {SIGINT, noteSignal}, {SIGTERM, noteSignal},
-#ifndef _WIN32
-    {SIGHUP, noteSignal}, {SIGPIPE, SIG_IGN},    {SIGXFSZ, SIG_IGN},
-#endif
+    {SIGINT, noteSignal}, {SIGTERM, noteSignal}, {SIGHUP, noteSignal}, {SIGPIPE, SIG_IGN}, {SIGXFSZ, SIG_IGN},
 };
 
-std::mutex guardMutex;
-int guards = 0;
 void (*previousHandlers[std::size(handlings)])(int);
 
-}  // namespace
-
-InterruptionGuard::InterruptionGuard() {
-    const std::lock_guard lock(guardMutex);
-    if (guards++ > 0) return;
-    receivedSignal = 0;
+void takeSignals() {
     for (std::size_t i = 0; i < std::size(handlings); ++i) {
         void (*const before)(int) = std::signal(handlings[i].signal, handlings[i].handler);
         // What the caller ignores (as nohup does with SIGHUP) stays ignored.
@@ -45,11 +54,28 @@ InterruptionGuard::InterruptionGuard() {
     }
 }
 
-InterruptionGuard::~InterruptionGuard() {
-    const std::lock_guard lock(guardMutex);
-    if (--guards > 0) return;
+void leaveSignals() {
     for (std::size_t i = 0; i < std::size(handlings); ++i)
         std::signal(handlings[i].signal, previousHandlers[i]);
+}
+
+#endif
+
+std::mutex guardMutex;
+int guards = 0;
+
+}  // namespace
+
+InterruptionGuard::InterruptionGuard() {
+    const std::lock_guard lock(guardMutex);
+    if (guards++ > 0) return;
+    receivedSignal = 0;
+    takeSignals();
+}
+
+InterruptionGuard::~InterruptionGuard() {
+    const std::lock_guard lock(guardMutex);
+    if (--guards == 0) leaveSignals();
 }
 
 void throwIfInterrupted() {

@@ -6,9 +6,10 @@
 
 namespace vireo {
 
-/// Turns SIGINT and SIGTERM into a request that renders look at, for as long as one of these lives. Writing
-/// to a closed pipe or past a file-size limit becomes an error of the write instead of the program's end. Any
-/// thread may make one; those within another one's life change nothing.
+/// Turns SIGINT and SIGTERM (on Windows the console's events) into a request that renders look at, for as
+/// long as one of these lives. Writing to a closed pipe or past a file-size limit becomes an error of the
+/// write instead of the program's end. Any thread may make one; those within another one's life change
+/// nothing.
 class InterruptionGuard {
 public:
     InterruptionGuard();

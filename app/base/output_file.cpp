@@ -27,7 +27,8 @@ namespace {
 namespace fs = std::filesystem;
 
 Error cannotWrite(const fs::path& path, const std::error_code& error) {
-    return Error("cannot write " + utf8Of(path) + ": " + error.message());
+    return Error("cannot write " + utf8Of(path) + ": " +
+                 (isHeld(path) ? "another program has it open" : reasonOf(error)));
 }
 
 bool createFile(const fs::path& path, std::error_code& error) {
@@ -154,7 +155,7 @@ void OutputFileSet::commit(bool overwrite) {
     if (!overwrite) {
         for (const fs::path& name : names_) {
             if (fs::exists(folder_ / name, error))
-                throw Error((folder_ / name).string() + " exists; --overwrite replaces it");
+                throw Error(utf8Of(folder_ / name) + " exists; --overwrite replaces it");
         }
     }
     for (const fs::path& name : names_) {

@@ -111,7 +111,7 @@ void enterFolder(const std::string& file) {
     const std::filesystem::path folder = pathOf(file).parent_path();
     std::error_code error;
     if (!folder.empty()) std::filesystem::current_path(folder, error);
-    if (error) throw Error("cannot enter " + utf8Of(folder) + ": " + error.message());
+    if (error) throw Error("cannot enter " + utf8Of(folder) + ": " + reasonOf(error));
 }
 
 int runBatch(Session& session, const BatchOptions& options) {

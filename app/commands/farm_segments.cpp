@@ -398,7 +398,7 @@ RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& 
     RenderSummary summary;
     summary.media = farm.description();
     fs::create_directory(pathOf(farm.folder()), error);
-    if (error) throw Error("cannot make the folder " + farm.folder() + ": " + error.message());
+    if (error) throw Error("cannot make the folder " + farm.folder() + ": " + reasonOf(error));
     const auto there =
         std::count_if(farm.segments().begin(), farm.segments().end(),
                       [&](const Segment& segment) { return fs::exists(pathOf(segment.file), error); });

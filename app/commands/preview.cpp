@@ -6,7 +6,10 @@
 
 #include <memory>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include "app/base/files.h"
+#include "app/preview/window_player.h"
+#else
 #include "app/commands/player.h"
 #include "app/render/render_media.h"
 #endif
@@ -20,7 +23,9 @@ constexpr char previewExamples[] = R"help(Examples:
   vireo preview clip.mov --preset vhs --start 1:20 --duration 10s
 
 The player is ffplay: q or Escape closes its window, the space bar pauses. Transparency shows
-as a checkerboard.)help";
+as a checkerboard. On Windows it is a window of vireo's own, without sound: comma and full stop
+step by a frame, the arrows skip 5 seconds, the right button goes to a place of the clip, and 1
+gives the window the picture's size.)help";
 
 struct PreviewOptions : RenderOptions {
     std::string layout = "after";
@@ -28,21 +33,14 @@ struct PreviewOptions : RenderOptions {
 
 #if defined(_WIN32)
 
-void preview(Session&, const PreviewOptions&) {
-    throw Error(
-        "preview needs FFmpeg, without which this program works on Windows; vireo compare "
-        "writes a picture to look at");
+void play(const RenderJob& job, FrameProcessor& processor, const std::string& chain) {
+    const std::string name = utf8Of(pathOf(job.input).filename());
+    playInWindow(job, processor, name + (chain.empty() ? "" : " \u2013 " + chain));
 }
 
 #else
 
-void preview(Session& session, const PreviewOptions& options) {
-    const ChainOptions chainOptions = readChain(session.catalogue(), options);
-    RenderJob job = commonJob(session.global(), options);
-    const auto chain = chainOf(chainOptions, options);
-    Comparison comparison(*chain, {layoutNamed(options.layout), false});
-    refuseTakenNames(chainOptions, options);
-
+void play(RenderJob job, FrameProcessor& processor, const std::string&) {
     Player player("vireo: " + job.input);
     job.output = "-";
     job.pipe = player.input();
@@ -52,7 +50,7 @@ void preview(Session& session, const PreviewOptions& options) {
     job.quiet = true;
     job.atOnce = true;
     try {
-        renderMedia(job, comparison);
+        renderMedia(job, processor);
         player.wait();
     } catch (const Error& error) {
         // Whoever closes the window has seen enough.
@@ -60,10 +58,33 @@ void preview(Session& session, const PreviewOptions& options) {
         if (isInterrupted || !player.isGone()) throw;
         player.wait();
     }
-    saveSettings(chainOptions, options);
 }
 
 #endif
+
+std::string namesOf(const std::vector<FilterSettings>& filters) {
+    std::string names;
+    for (const FilterSettings& settings : filters)
+        names += (names.empty() ? "" : ", ") + settings.filter().properties.name;
+    return names;
+}
+
+/// Without any filter the input is shown as it is.
+ChainOptions chainToShow(Session& session, const PreviewOptions& options) {
+    if (options.settings.empty() && options.saveSettings.empty()) return {};
+    return readChain(session.catalogue(), options);
+}
+
+void preview(Session& session, const PreviewOptions& options) {
+    const ChainOptions chainOptions = chainToShow(session, options);
+    RenderJob job = commonJob(session.global(), options);
+    const auto chain = chainOf(chainOptions, options);
+    Comparison comparison(*chain, {layoutNamed(options.layout), false});
+    refuseTakenNames(chainOptions, options);
+
+    play(job, comparison, namesOf(chainOptions.filters));
+    saveSettings(chainOptions, options);
+}
 
 }  // namespace
 

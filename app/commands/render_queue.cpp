@@ -160,7 +160,7 @@ private:
         std::error_code error;
         if (!job.folderIsMade || job.dryRun || std::filesystem::is_directory(folder, error)) return;
         std::filesystem::create_directories(folder, error);
-        if (error) throw Error("cannot make the folder " + utf8Of(folder) + ": " + error.message());
+        if (error) throw Error("cannot make the folder " + utf8Of(folder) + ": " + reasonOf(error));
     }
 
     void renderAtOnce(std::size_t first, std::size_t end) {

@@ -9,9 +9,10 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #if defined(_WIN32)
-#include "app/media/wic_pictures.h"
+#include "app/preview/live_settings.h"
 #include "host/win32.h"
 #endif
 
@@ -23,6 +24,7 @@ struct DialogOptions {
     std::string settings;      ///< Where to start from; empty: the filter's own defaults.
     std::string saveSettings;  ///< Empty: standard output.
     bool overwrite = false;
+    bool preview = false;
 };
 
 #if defined(_WIN32)
@@ -64,12 +66,9 @@ FilterSettings startingSettings(const Catalogue& catalogue, const DialogOptions&
     return chain.front();
 }
 
-PicturePtr readPicture(const std::string& file) {
-    WicPictureSource source(false);
-    const std::filesystem::path path = pathOf(file);
+PicturePtr firstFrame(FrameShelf& clip, const std::string& file) {
     try {
-        source.probe(path);
-        return source.frame(path, 0)->picture(PixKit::formatBgra);
+        return clip.frame(0);
     } catch (const DamagedFrame& damage) {
         throw Error(file + " cannot be read: " + damage.what());
     }
@@ -78,14 +77,22 @@ PicturePtr readPicture(const std::string& file) {
 void editSettings(const Catalogue& catalogue, const DialogOptions& options) {
     const FilterSettings start = startingSettings(catalogue, options);
     const std::string& name = start.filter().properties.name;
-    const PicturePtr picture = readPicture(options.image);
-    Picture scratch(picture->width(), picture->height());
+    FrameShelf clip(options.image);
+    const PicturePtr first = firstFrame(clip, options.image);
+    Picture picture(first->width(), first->height()), scratch(first->width(), first->height());
+    for (int y = 0; y < picture.height(); ++y) {
+        for (Picture* copy : {&picture, &scratch})
+            std::copy_n(first->row(y), 4 * picture.width(), copy->row(y));
+    }
 
     hosting::FilterInstance instance(start.filter().entry);
     const auto record = start.record({});
     std::copy(record.begin(), record.end(), instance.settings().begin());
     const DialogWatch dialog;
-    const std::int32_t result = instance.setup(picture->buffer(), scratch.buffer());
+    std::optional<LiveSettings> live;
+    if (options.preview) live.emplace(clip, picture, scratch, name);
+    const std::int32_t result = instance.setup(picture.buffer(), scratch.buffer());
+    live.reset();
     if (!dialog.sawDialog()) throw Error(name + " has no settings dialog; give its values with -f");
     if (result != 0) throw Error("the dialog was cancelled, so nothing is saved");
 
@@ -122,13 +129,20 @@ void addSettingsCommand(CommandSet& commands) {
     command.add_option("filter", options->filter, "Its name or the beginning of it, key, match name or id")
         ->required()
         ->type_name("FILTER");
-    command.add_option("--image", options->image, "The picture")->required()->type_name("FILE");
+    command
+        .add_option("--image", options->image, "The picture, or a clip, of which the first frame is taken")
+        ->required()
+        ->type_name("FILE");
     command.add_option("--settings", options->settings, "A settings file to start from")->type_name("FILE");
     command
         .add_option("--save-settings", options->saveSettings,
                     "Where to write what was accepted, else to standard output")
         ->type_name("FILE");
     command.add_flag("--overwrite", options->overwrite, "Replace what exists");
+    command.add_flag(
+        "--preview", options->preview,
+        "Show in a window beside, in full size, what the dialog makes of the picture; its keys are "
+        "those of vireo preview");
     command.footer("Example:\n  vireo settings Levels --image photo.png --save-settings look.json");
 }
 

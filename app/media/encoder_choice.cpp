@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/encoder_choice.h"
 
+#include "app/base/files.h"
 #include "app/media/pass_log.h"
 #include "app/media/picture_to_frame.h"
 #include "app/media/pixel_format.h"
@@ -113,7 +114,7 @@ constexpr std::string_view quantiserEncoders[] = {"mpeg4", "mpeg2video", "mpeg1v
                                                   "wmv2",  "libxvid",    "h263p",      "flv"};
 
 std::string lowerExtension(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
+    std::string extension = utf8Of(pathOf(path).extension());
     if (!extension.empty()) extension.erase(0, 1);
     for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return extension;

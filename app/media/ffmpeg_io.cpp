@@ -1,16 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_io.h"
 
-#include <poll.h>
-#include <unistd.h>
 #include <cerrno>
 #include <new>
+
+#if defined(_WIN32)
+#include "host/win32.h"
+
+#include <io.h>
+#else
+#include <poll.h>
+#include <unistd.h>
+#endif
 
 namespace vireo {
 namespace {
 
 constexpr int bufferBytes = 1 << 16;
 constexpr int pollMilliseconds = 100;
+// A blocking write of more than this could wait where no stop reaches it.
+constexpr int partBytes = 4096;
 
 }  // namespace
 
@@ -29,6 +38,44 @@ PipeIo::~PipeIo() {
     av_freep(&context_->buffer);
     avio_context_free(&context_);
 }
+
+#if defined(_WIN32)
+
+int PipeIo::read(void* self, std::uint8_t* bytes, int size) {
+    const PipeIo& io = *static_cast<const PipeIo*>(self);
+    HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(io.file_));
+    // A pipe cannot be waited for, only looked into.
+    DWORD waiting = 0, count = 0, pause = 1;
+    while (GetFileType(file) == FILE_TYPE_PIPE &&
+           PeekNamedPipe(file, nullptr, 0, nullptr, &waiting, nullptr) != 0 && waiting == 0) {
+        if (io.stop_.requested()) return AVERROR_EXIT;
+        Sleep(pause);
+        pause = std::min<DWORD>(2 * pause, pollMilliseconds / 5);
+    }
+    if (ReadFile(file, bytes, static_cast<DWORD>(size), &count, nullptr) == 0)
+        return GetLastError() == ERROR_BROKEN_PIPE ? AVERROR_EOF : AVERROR(EIO);
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
+    const PipeIo& io = *static_cast<const PipeIo*>(self);
+    HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(io.file_));
+    for (int done = 0; done < size;) {
+        if (io.stop_.requested()) return AVERROR_EXIT;
+        const int part = std::min(size - done, partBytes);
+        DWORD count = 0;
+        if (WriteFile(file, bytes + done, static_cast<DWORD>(part), &count, nullptr) == 0) {
+            const DWORD failure = GetLastError();
+            return failure == ERROR_BROKEN_PIPE || failure == ERROR_NO_DATA ? AVERROR(EPIPE)
+                   : failure == ERROR_DISK_FULL                             ? AVERROR(ENOSPC)
+                                                                            : AVERROR(EIO);
+        }
+        done += static_cast<int>(count);
+    }
+    return size;
+}
+
+#else
 
 int PipeIo::waitFor(short event) const {
     while (true) {
@@ -55,8 +102,7 @@ int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
     const PipeIo& io = *static_cast<const PipeIo*>(self);
     for (int done = 0; done < size;) {
         if (const int failure = io.waitFor(POLLOUT); failure < 0) return failure;
-        // A blocking write of more than this could wait where no stop reaches it.
-        const int part = std::min(size - done, 4096);
+        const int part = std::min(size - done, partBytes);
         const ssize_t count = ::write(io.file_, bytes + done, static_cast<std::size_t>(part));
         if (count >= 0) {
             done += static_cast<int>(count);
@@ -66,6 +112,8 @@ int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
     }
     return size;
 }
+
+#endif
 
 AVIOInterruptCB interruptBy(const StopRequest& stop) {
     return {[](void* request) { return static_cast<const StopRequest*>(request)->requested() ? 1 : 0; },

@@ -25,7 +25,9 @@ public:
 private:
     static int read(void* self, std::uint8_t* bytes, int size);
     static int write(void* self, std::uint8_t* bytes, int size);
+#if !defined(_WIN32)
     int waitFor(short event) const;
+#endif
 
     int file_;
     const StopRequest& stop_;

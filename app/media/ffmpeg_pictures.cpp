@@ -25,7 +25,7 @@ std::unique_ptr<GuardedInput> openPicture(const std::filesystem::path& path, con
 FramePtr readPicture(const std::filesystem::path& path, const InputPolicy& policy, VideoProperties& video) {
     DecoderComplaints complaints;
     const auto checked = [&](int code) {
-        if (code < 0) throw DamagedFrame(path.string() + ": " + complaints.failure(code, policy));
+        if (code < 0) throw DamagedFrame(utf8Of(path) + ": " + complaints.failure(code, policy));
     };
     captureLibraryMessages();
     const auto input = openPicture(path, policy);
@@ -120,7 +120,7 @@ public:
         DecodedFrame decoded(std::move(frame_), video);
         PicturePtr result = decoded.picture(format);
         frame_ = newFrame();
-        check(av_frame_copy_props(frame_.get(), &decoded.properties()), "cannot read " + path_.string());
+        check(av_frame_copy_props(frame_.get(), &decoded.properties()), "cannot read " + utf8Of(path_));
         return result;
     }
 
@@ -155,9 +155,9 @@ SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
     if (preparation_.changesPictures()) {
         Preparation pictures = preparation_;
         pictures.rate.reset();
-        plan_ = planGraph(pictures, video_, file.string());
+        plan_ = planGraph(pictures, video_, utf8Of(file));
         if (!plan_->note.empty())
-            messages_.notice(MessageCode::PreparationAdjusted, file.string() + ": " + plan_->note);
+            messages_.notice(MessageCode::PreparationAdjusted, utf8Of(file) + ": " + plan_->note);
         prepared(std::move(frame), prepared_, *plan_);
         if (preparation_.deinterlace) prepared_.interlacing = Interlacing::Progressive;
     }

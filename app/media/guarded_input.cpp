@@ -81,6 +81,8 @@ GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, 
         options.set("protocol_whitelist", localProtocols);
         const int opened = avio_open2(&io, url.c_str(), AVIO_FLAG_READ, &interrupt, options.address());
         throwIfInterrupted();
+        if (opened == AVERROR(EACCES) && isHeld(pathOf(input)))
+            throw Error("cannot open " + name_ + ": another program has it open");
         check(opened, "cannot open " + name_);
         file_.reset(io);
     }

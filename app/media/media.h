@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the pipeline knows of files: a reader that gives frames, a writer that takes them. FFmpeg's libraries
-// stand behind both, on Windows the system's picture codecs.
+// stand behind both.
 #ifndef VIREO_APP_MEDIA_MEDIA_H
 #define VIREO_APP_MEDIA_MEDIA_H
 
@@ -101,7 +101,7 @@ public:
 
 struct Media {
     std::unique_ptr<MediaReader> reader;
-    std::unique_ptr<MediaWriter> writer;  ///< Of all outputs. Must end before the reader.
+    std::unique_ptr<MediaWriter> writer;  ///< Of all outputs. Must be finished before the reader ends.
     std::uint32_t pictureFormat;          ///< What frames are converted to.
     MediaDescription description;
 };

@@ -46,7 +46,8 @@ OutputDescription describePictures(const RenderJob& job, const FfmpegSource& sou
 
 void refuseExistingOutput(const RenderJob& job) {
     const bool isSequence = writesPictures(job) && SequencePattern::parse(job.output);
-    if (!job.overwrite && job.output != "-" && !isSequence && std::filesystem::is_regular_file(job.output))
+    if (!job.overwrite && job.output != "-" && !isSequence &&
+        std::filesystem::is_regular_file(pathOf(job.output)))
         throw Error(job.output + " exists; --overwrite replaces it");
 }
 

@@ -20,7 +20,7 @@ Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRe
     } else if (isWritten) {
         file_.emplace(pathOf(job.output), job.overwrite);
     }
-    const std::string url = file_        ? fileUrl(file_->path().string())
+    const std::string url = file_        ? fileUrl(utf8Of(file_->path()))
                             : job.dryRun ? fileUrl("/dev/null")
                                          : "pipe:1";
     check(avformat_alloc_output_context2(&context, &container, nullptr, url.c_str()),

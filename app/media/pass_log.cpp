@@ -22,7 +22,7 @@ std::string PassLog::file() {
         if (std::filesystem::create_directory(folder, error)) folder_ = folder;
         if (error) break;
     }
-    if (folder_.empty()) throw Error("cannot make a temporary folder for the first pass: " + error.message());
+    if (folder_.empty()) throw Error("cannot make a temporary folder for the first pass: " + reasonOf(error));
     return utf8Of(folder_ / "passes.log");
 }
 

@@ -98,7 +98,7 @@ std::unique_ptr<SourceFrame> SequenceReader::read() {
     const std::filesystem::path path = pattern_.folder() / pattern_.name(firstNumber_ + next_);
     std::error_code error;
     std::unique_ptr<SourceFrame> frame = source_->frame(path, next_);
-    if (!std::filesystem::exists(path, error)) frame = std::make_unique<MissingPicture>(path.string());
+    if (!std::filesystem::exists(path, error)) frame = std::make_unique<MissingPicture>(utf8Of(path));
     frame->position = {next_, info_.frameCount, static_cast<double>(next_) / rate_, rate_, interlacing_};
     frame->preRoll = next_ < first_;
     ++next_;
@@ -180,7 +180,7 @@ void checkPictureOutput(const RenderJob& job, std::int64_t firstNumber, std::int
     const std::int64_t first = firstNumber + firstFrame;
     for (std::int64_t number : pattern->existing()) {
         if (number >= first && (frames == 0 || number < first + frames))
-            throw Error((pattern->folder() / pattern->name(number)).string() +
+            throw Error(utf8Of(pattern->folder() / pattern->name(number)) +
                         " exists; --overwrite replaces it");
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/video_decoder.h"
 
+#include "app/base/files.h"
 #include "app/media/decoder_limits.h"
 #include "app/media/exif.h"
 #include "app/media/packet_index.h"
@@ -217,7 +218,7 @@ void VideoDecoder::setProperties(const AVFrame& frame) {
         std::memcpy(values, matrix, sizeof values);
         video_.orientation = matrixOrientation(values);
     } else if (!input_.isPipe()) {
-        video_.orientation = exifOrientation(exifOrientationTag(std::filesystem::path(input_.name())));
+        video_.orientation = exifOrientation(exifOrientationTag(pathOf(input_.name())));
     }
 }
 

@@ -101,6 +101,7 @@ RenderSummary renderOnce(const RenderJob& job, FrameProcessor& processor, Messag
     }
     messages.enter(Phase::Finish);
     media.writer->finish();
+    media.reader.reset();  // Windows keeps a file that is open, and the output may take the input's place
     media.writer->appear();
     summary.bytes = media.writer->bytes();
 

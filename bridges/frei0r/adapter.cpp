@@ -165,7 +165,13 @@ private:
 }  // namespace
 }  // namespace frei0r
 
-extern "C" __attribute__((visibility("default"))) frei0r::Plugin* vireoFrei0rPlugin(std::uint32_t filterId,
-                                                                                    const char* fileName) {
+#if defined(_WIN32)
+#define VIREO_FREI0R_EXPORT __declspec(dllexport)
+#else
+#define VIREO_FREI0R_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" VIREO_FREI0R_EXPORT frei0r::Plugin* vireoFrei0rPlugin(std::uint32_t filterId,
+                                                                 const char* fileName) {
     return new (std::nothrow) frei0r::FilterPlugin(filterId, fileName);
 }

@@ -3,6 +3,8 @@
 
 const inside = globalThis.vireoFiles ?? {};
 
+export const isOneFile = 'vireoFiles' in globalThis;
+
 const bytesOf = (base64) => Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
 
 /** An address of one of the page's files that this page may fetch. */

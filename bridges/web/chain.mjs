@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The page's chain: filters of the engine, each of which may be switched off.
+import { firstFrame, withKey } from './keys.mjs';
 import { PageError } from './texts.mjs';
 import { VireoError } from './vireo/index.mjs';
 
@@ -25,6 +26,15 @@ export class FilterUse {
         this.#settings.set(parameter, value);
     }
 
+    /** The same at a moment { frame, rate }: where there are key frames already, as one of them. */
+    setAt(parameter, value, moment) {
+        const keys = this.keys(parameter);
+        this.set(parameter, value);
+        if (keys.length === 0) return;
+        const key = { value: this.valueAt(parameter, moment) };
+        this.setKeys(parameter, withKey(keys, key, moment.frame, moment.rate));
+    }
+
     unset(parameter) {
         this.#settings.unset(parameter);
     }
@@ -39,6 +49,30 @@ export class FilterUse {
 
     isKeyed(parameter) {
         return this.#settings.isKeyed(parameter);
+    }
+
+    /** [{ frame or seconds, value, transition }] in order of time; empty for a constant. */
+    keys(parameter) {
+        return this.#settings.keys(parameter);
+    }
+
+    /** Without any, the value stays as it is. Throws VireoError. */
+    setKeys(parameter, keys) {
+        if (keys.length > 0) this.#settings.setKeys(parameter, keys);
+    }
+
+    /** The frame from which on it works, and the one from which on it no longer does, in a clip { frames, rate }. */
+    stretch(clip) {
+        return { first: this.#endAt('from', 'to', clip, true), end: this.#endAt('to', 'from', clip, false) };
+    }
+
+    /** Where one end alone begins to tell. */
+    #endAt(end, other, { frames, rate }, covers) {
+        const text = this.valueText(other);
+        this.unset(other);
+        const first = firstFrame(frames, (frame) => this.#settings.covers({ frame, rate }) === covers);
+        if (text !== '') this.set(other, text);
+        return first;
     }
 
     /** The value at a moment { frame, rate }. */
@@ -88,6 +122,23 @@ export const wholeText = (uses) =>
         .map((use) => use.text())
         .join('; ');
 
+/** All filters as lines of a text, and what is switched off too. */
+export const writtenUses = (uses) => uses.map((use) => `${use.isOn ? 'on' : 'off'} ${use.text()}`).join('\n');
+
+/** The filters of such a text. */
+export function readUses(engine, written) {
+    const lines = written.split('\n').filter((line) => line !== '');
+    return lines.map((line) => {
+        const space = line.indexOf(' ');
+        const use = new FilterUse(engine, line.slice(space + 1));
+        use.isOn = line.slice(0, space) === 'on';
+        return use;
+    });
+}
+
+/** The filters of an engine's chain. */
+export const usesOf = (engine, chain) => Array.from(chain, (filter) => new FilterUse(engine, filter.text()));
+
 /** What the page says of a text that the engine does not take. `file` is the name of what it was read from. */
 function told(engine, error, file) {
     if (!(error instanceof VireoError)) return error;
@@ -129,5 +180,5 @@ export function parseFilterText(engine, text) {
 export function parseSettings(engine, name, text) {
     const chain = engine.chain();
     understood(engine, () => chain.addSettings(text, name), name);
-    return Array.from(chain, (filter) => new FilterUse(engine, filter.text()));
+    return usesOf(engine, chain);
 }

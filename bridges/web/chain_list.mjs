@@ -3,6 +3,10 @@
 import { filterControls } from './controls.mjs';
 import { element, iconButton } from './dom.mjs';
 import { say } from './language.mjs';
+import { Scope } from './scope.mjs';
+
+/** Filters that are set by eye, with a scope beside. */
+const measuredFilters = ['Levels', 'Extract'];
 
 export class ChainList {
     #list;
@@ -10,18 +14,29 @@ export class ChainList {
     #chain = [];
     #cards = [];
     #open = new Set(); // uses whose controls show
+    #showsScopes = true;
 
-    /** `host` is { changed(), moment(), pick(take), tell(text) }; it answers changed() with update(). */
+    /** `host` is { set(use, parameter, value), changed(), opened(), moment(), pick(take), tell(text) }; it answers changed() with
+     * update(). */
     constructor(list, host) {
         this.#list = list;
         this.#host = host;
     }
 
-    /** Shows a chain, which the list changes in place from now on; its last filter is open. */
-    show(chain) {
+    /** Shows a chain, which the list changes in place from now on, with these of its filters open. */
+    show(chain, open = chain.slice(-1)) {
         this.#chain = chain;
-        this.#open = new Set(chain.slice(-1));
+        this.#open = new Set(open);
         this.rebuild();
+    }
+
+    /** The scopes that show, [{ use, scope }]. */
+    get scopes() {
+        return this.#cards.filter(({ scope }) => scope?.isOpen);
+    }
+
+    isOpen(use) {
+        return this.#open.has(use);
     }
 
     add(use) {
@@ -64,6 +79,7 @@ export class ChainList {
         title.onclick = () => {
             if (!this.#open.delete(use)) this.#open.add(use);
             this.#rebuildAt(use, '.title');
+            this.#host.opened();
         };
         power.onchange = () => {
             use.isOn = power.checked;
@@ -81,11 +97,8 @@ export class ChainList {
 
         if (!isOpen) return { root, update: () => {} };
         const controls = filterControls(use, {
+            set: this.#host.set,
             changed: this.#host.changed,
-            rebuild: () => {
-                this.rebuild();
-                this.#host.changed();
-            },
             moment: this.#host.moment,
             pick: this.#host.pick,
         });
@@ -97,7 +110,19 @@ export class ChainList {
         };
         controls.root.append(reset);
         root.append(controls.root);
-        return { root, update: controls.update };
+        return { root, update: controls.update, use, scope: this.#scope(use, controls.root) };
+    }
+
+    #scope({ filter }, controls) {
+        if (!measuredFilters.includes(filter.englishName)) return null;
+        const scope = new Scope();
+        scope.root.open = this.#showsScopes;
+        scope.root.ontoggle = () => {
+            this.#showsScopes = scope.isOpen;
+            this.#host.opened();
+        };
+        controls.prepend(scope.root);
+        return scope;
     }
 
     /** Builds the list again and keeps the keyboard at a part of a filter's card. */

@@ -9,7 +9,7 @@ let lastId = 0;
 const newId = () => `control-${++lastId}`;
 
 /** A number entry in display units that hands over stored values. */
-function numberEntry(parameter, properties, take) {
+export function numberEntry(parameter, properties, take) {
     const shown = (value) => displayText(parameter, value);
     const entry = element('input', {
         type: 'number',
@@ -25,10 +25,9 @@ function numberEntry(parameter, properties, take) {
         const value = isNumber ? fromDisplay(parameter, Number(entry.value)) : now;
         take(Math.min(Math.max(value, parameter.minimum), parameter.maximum));
     };
-    const update = (value, isFixed) => {
+    const update = (value) => {
         now = value;
         entry.value = shown(value);
-        entry.disabled = isFixed;
     };
     return { entry, update, shown };
 }
@@ -40,10 +39,9 @@ function numberControl(name, parameter, take) {
     const number = numberEntry(parameter, { 'aria-label': name }, take);
     const slider = element('input', { type: 'range', id, min: parameter.minimum, max: parameter.maximum, step: 1 });
     slider.oninput = () => take(Number(slider.value));
-    const update = (value, isFixed) => {
-        number.update(value, isFixed);
+    const update = (value) => {
+        number.update(value);
         slider.value = value;
-        slider.disabled = isFixed;
         slider.setAttribute('aria-valuetext', number.shown(value) + unit);
         slider.style.setProperty('--share', (value - parameter.minimum) / (parameter.maximum - parameter.minimum));
     };
@@ -60,6 +58,8 @@ function booleanControl(name, take) {
     };
     return { root: element('label', { className: 'boolean control' }, box, name), update };
 }
+
+export const colorText = (value) => `#${value.toString(16).padStart(6, '0')}`;
 
 function colorControl(name, take, pick) {
     const id = newId();
@@ -81,41 +81,39 @@ function colorControl(name, take, pick) {
         }
     };
     picker.onclick = () => pick(take);
-    const update = (value, isFixed) => {
-        now = well.value = hex.value = `#${value.toString(16).padStart(6, '0')}`;
-        well.disabled = hex.disabled = picker.disabled = isFixed;
+    const update = (value) => {
+        now = well.value = hex.value = colorText(value);
     };
     const label = element('label', { htmlFor: id }, name);
     return { root: element('div', { className: 'colour control' }, label, hex, picker, well), update };
 }
 
-/** Says that a value changes along the clip, and offers to end that. */
+/** Says, where a value changes along the clip, how, and offers to end that. Gives what shows it as it is now. */
 function keyFrameNote(control, use, parameter, host) {
     const makeConstant = () => {
         use.set(parameter, use.valueAt(parameter, host.moment()));
-        host.rebuild();
+        host.changed();
     };
+    const text = element('span');
     const button = element(
         'button',
         { type: 'button', className: 'quiet', onclick: makeConstant },
         say('makeConstant'),
     );
-    const text = use.valueText(parameter);
-    control.root = element(
-        'div',
-        { className: 'keyed' },
-        control.root,
-        element('p', {}, say('keyFrames', { text }), ' ', button),
-    );
+    const note = element('p', {}, text, ' ', button);
+    control.root = element('div', { className: 'keyed' }, control.root, note);
+    return () => {
+        note.hidden = !use.isKeyed(parameter);
+        if (!note.hidden) text.textContent = say('keyFrames', { text: use.valueText(parameter) });
+    };
 }
 
-/** The control of a parameter; `host` is { changed(), rebuild(), moment(), pick(take) }. */
+/** The control of a parameter; `host` is { set(use, parameter, value), changed(), moment(), pick(take) }. */
 function parameterControl(use, index, name, host) {
     const parameter = use.filter.parameters[index];
     const take = (value) => {
-        use.set(index, value);
-        if (use.isKeyed(index)) host.rebuild();
-        else host.changed();
+        host.set(use, index, value);
+        host.changed();
     };
     const make = {
         number: () => numberControl(name, parameter, take),
@@ -123,12 +121,15 @@ function parameterControl(use, index, name, host) {
         colour: () => colorControl(name, take, host.pick),
     };
     const control = make[parameter.kind]();
-    const isKeyed = use.isKeyed(index);
-    if (isKeyed) keyFrameNote(control, use, index, host);
-    return { root: control.root, update: (moment) => control.update(use.valueAt(index, moment), isKeyed) };
+    const showNote = keyFrameNote(control, use, index, host);
+    const update = (moment) => {
+        control.update(use.valueAt(index, moment));
+        showNote();
+    };
+    return { root: control.root, update };
 }
 
-const mixParameter = {
+export const mixParameter = {
     minimum: 0,
     maximum: fullMix,
     displayMinimum: 0,
@@ -138,15 +139,18 @@ const mixParameter = {
 
 /** How much of the result lies over what went in. */
 function mixControl(use, host) {
-    const isKeyed = use.isKeyed('mix');
     const control = numberControl(say('mix'), mixParameter, (value) => {
-        if (value === fullMix) use.unset('mix');
-        else use.set('mix', value);
+        if (value === fullMix && !use.isKeyed('mix')) use.unset('mix');
+        else host.set(use, 'mix', value);
         host.changed();
     });
-    if (isKeyed) keyFrameNote(control, use, 'mix', host);
+    const showNote = keyFrameNote(control, use, 'mix', host);
     control.root.classList.add('mix');
-    return { root: control.root, update: (moment) => control.update(use.valueAt('mix', moment), isKeyed) };
+    const update = (moment) => {
+        control.update(use.valueAt('mix', moment));
+        showNote();
+    };
+    return { root: control.root, update };
 }
 
 /** A matrix stands as one: nine numbers by their places. */
@@ -154,11 +158,10 @@ function matrixControl(use, indices, host) {
     const cells = indices.map((index) => {
         const parameter = use.filter.parameters[index];
         const cell = numberEntry(parameter, { 'aria-label': parameter.name }, (value) => {
-            use.set(index, value);
+            host.set(use, index, value);
             host.changed();
         });
-        const isKeyed = use.isKeyed(index);
-        return { entry: cell.entry, update: (moment) => cell.update(use.valueAt(index, moment), isKeyed) };
+        return { entry: cell.entry, update: (moment) => cell.update(use.valueAt(index, moment)) };
     });
     const root = element('div', { className: 'matrix control' }, ...cells.map((cell) => cell.entry));
     return { root, update: (moment) => cells.forEach((cell) => cell.update(moment)) };
@@ -196,10 +199,12 @@ export function filterControls(use, host) {
         add(parameterControl(use, index, name, host), title === null ? root : group.details);
     });
     if (parameters.length === 0) root.append(element('p', { className: 'note' }, say('nothingToSet')));
-    if (use.from || use.to) {
-        const values = { from: use.from || say('begin'), to: use.to || say('end') };
-        root.append(element('p', { className: 'note' }, say('stretch', values)));
-    }
+    const stretch = element('p', { className: 'note' });
+    const showStretch = () => {
+        stretch.hidden = use.from === '' && use.to === '';
+        stretch.textContent = say('stretch', { from: use.from || say('begin'), to: use.to || say('end') });
+    };
+    add({ root: stretch, update: showStretch });
     add(mixControl(use, host));
     return { root, update: (moment) => controls.forEach((control) => control.update(moment)) };
 }

@@ -15,11 +15,19 @@ export class EngineWorker {
             if (error === undefined) resolve(result);
             else reject(new Error(error));
         };
-        this.#worker.onerror = () => {
-            for (const { reject } of this.#waiting.values()) reject(new Error('the worker does not run'));
-            this.#waiting.clear();
-        };
+        this.#worker.onerror = () => this.#rejectAll();
         this.started = engineProgram().then((program) => this.call('start', program));
+    }
+
+    #rejectAll() {
+        for (const { reject } of this.#waiting.values()) reject(new Error('the worker does not run'));
+        this.#waiting.clear();
+    }
+
+    /** Frees the worker; what it was asked for is rejected. */
+    end() {
+        this.#worker.terminate();
+        this.#rejectAll();
     }
 
     /** Asks for one of the worker's actions; rejects with its one sentence. */

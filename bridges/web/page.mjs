@@ -1,17 +1,27 @@
 // SPDX-License-Identifier: MIT
 // The page: what is open, the chain over it, and who hears of changes.
 import { addressOf, parseAddress } from './address.mjs';
+import { keepForLater, takeFiles } from './app.mjs';
 import { assetBytes, engineProgram } from './assets.mjs';
-import { FilterUse, parseSettings, wholeText } from './chain.mjs';
+import { FilterUse, parseSettings, readUses, usesOf, wholeText, writtenUses } from './chain.mjs';
 import { ChainList } from './chain_list.mjs';
 import { download, element } from './dom.mjs';
+import { undisturbed } from './export_control.mjs';
+import { clockText, ExportDialog } from './export_dialog.mjs';
+import { openTarget, removeLeftovers } from './export_target.mjs';
 import { FilterPicker } from './filter_picker.mjs';
+import { Gestures, History, listenToUndo } from './history.mjs';
 import { allTexts, browserLanguage, languages, say, speak } from './language.mjs';
+import { Looks } from './looks.mjs';
+import { Measuring } from './measuring.mjs';
+import { Recorder, recordingFormat } from './recorder.mjs';
 import { Renderer } from './renderer.mjs';
 import { openCamera, openSource } from './sources.mjs';
 import { Stage } from './stage.mjs';
 import { TakeAlong } from './take_along.mjs';
 import { PageError } from './texts.mjs';
+import { Tracks } from './tracks.mjs';
+import { Variants } from './variants.mjs';
 import { loadVireo } from './vireo/index.mjs';
 
 const samples = {
@@ -34,11 +44,16 @@ const state = {
     engine: null,
     language: 'en',
     chain: [],
+    other: null, // a second chain, to compare with
+    isB: false, // whether the chain is the second of the two
+    isBeside: false, // whether the other one stands for the picture before
     whole: null,
     source: null,
     sample: null,
     frame: 0,
     isPlaying: false,
+    showsTracks: false,
+    recorder: null,
 };
 
 const moment = () => ({ frame: state.frame, rate: state.source?.rate ?? 25 });
@@ -75,24 +90,78 @@ const renderer = new Renderer({
     after: (picture, isPreview) => {
         stage.after(picture);
         find('.stage').dataset.shown = isPreview ? 'preview' : 'full';
+        measuring.update();
         document.dispatchEvent(new CustomEvent('shown', { detail: { isPreview } }));
     },
     failed: tellError,
 });
 
+/** A value of the moment: a clip that plays stops for a key frame, and a camera takes none. */
+function setValue(use, parameter, value) {
+    if (state.source.isLive || !use.isKeyed(parameter)) return use.set(parameter, value);
+    if (state.isPlaying) pause();
+    use.setAt(parameter, value, moment());
+}
+
 const chainList = new ChainList(find('.list'), {
+    set: setValue,
     changed: () => changed(),
+    opened: () => {
+        tracks.update();
+        measuring.update();
+    },
     moment,
     pick: (take) => {
+        if (state.isBeside) compareWith(false);
         stage.pickColor(take);
         tell(say('picking'));
     },
     tell,
 });
+const tracks = new Tracks(find('.tracks'), {
+    chain: () => state.chain,
+    isOpen: (use) => chainList.isOpen(use),
+    clip: () => ({ frames: state.source.frames, rate: state.source.rate }),
+    frame: () => state.frame,
+    seek: (frame) => {
+        if (state.isPlaying) pause();
+        showFrameNumber(frame);
+    },
+    changed: () => changed(),
+    tell,
+});
+const steps = new History();
+const gestures = new Gestures(window);
 const takeAlong = new TakeAlong(find('.take-along'), tell);
+const exportDialog = new ExportDialog(find('.export'), tell);
 const picker = new FilterPicker(find('.picker'), (filter) =>
     chainList.add(new FilterUse(state.engine, String(filter.id))),
 );
+
+const looks = new Looks(find('.looks'), {
+    engine: () => state.engine,
+    settings: () => (state.chain.some((use) => use.isOn) ? state.whole.chain.settings() : ''),
+    thumbnails: (chains) => thumbnails(chains),
+    take: (name, text) => {
+        state.chain = usesOf(state.engine, state.engine.chain(text));
+        chainList.show(state.chain);
+        changed();
+        tell(say('lookTaken', { name }));
+    },
+    tell,
+});
+
+function thumbnails(chains) {
+    const frames = Math.max(state.source.frames, 2 * tellingFrame);
+    return renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide);
+}
+
+const measuring = new Measuring({
+    scopes: () => chainList.scopes,
+    chain: () => state.chain,
+    pictures: (chains) => renderer.measured(chains, { ...moment(), frames: state.source.frames }),
+    isPlaying: () => state.isPlaying,
+});
 
 /** Makes one chain of the filters that are switched on: what is rendered and handed over. */
 function join() {
@@ -100,13 +169,69 @@ function join() {
     const text = wholeText(state.chain);
     const chain = state.engine.chain(text);
     state.whole = { chain, text, ...chain.needs() };
+    state.beside = null;
+    if (!state.isBeside || state.other === null) return;
+    const beside = wholeText(state.other);
+    const other = state.engine.chain(beside);
+    const { earlierFrames, readsTime } = other.needs();
+    other.dispose();
+    state.whole.earlierFrames = Math.max(state.whole.earlierFrames, earlierFrames);
+    state.whole.readsTime ||= readsTime;
+    state.beside = beside;
 }
 
-const isTimed = () => !state.source.isStill || state.whole.readsTime;
+/** Goes to the other of the two chains, which begins as a copy. */
+function swap() {
+    state.other ??= readUses(state.engine, writtenUses(state.chain));
+    [state.chain, state.other, state.isB] = [state.other, state.chain, !state.isB];
+    chainList.show(state.chain);
+    changed();
+}
+
+function compareWith(isBeside) {
+    state.isBeside = isBeside;
+    changed();
+}
+
+const variants = new Variants(document, {
+    swap: () => attempt(swap),
+    compare: (isBeside) => attempt(() => compareWith(isBeside)),
+});
+
+const hasTracks = () => state.showsTracks && !state.source.isLive;
+const isTimed = () => !state.source.isStill || state.whole.readsTime || hasTracks();
+
+/** Brings back a step of the history, the filters open that are open now. */
+function goTo(written) {
+    if (written === undefined) return;
+    const isOpen = state.chain.map((use) => chainList.isOpen(use));
+    const { chain, other, isB } = JSON.parse(written);
+    state.chain = readUses(state.engine, chain);
+    state.other = other === null ? null : readUses(state.engine, other);
+    state.isB = isB;
+    const open = state.chain.filter((_, index) => isOpen[index]);
+    chainList.show(state.chain, open);
+    changed();
+}
+
+function step() {
+    const { chain, other, isB } = state;
+    return JSON.stringify({ chain: writtenUses(chain), other: other && writtenUses(other), isB });
+}
+
+const undo = () => goTo(steps.undo());
+const redo = () => goTo(steps.redo());
 
 function job() {
     const { whole, source, isPlaying } = state;
-    return { chain: whole.text, ...moment(), frames: source.frames, lookBack: whole.earlierFrames, isPlaying };
+    return {
+        chain: whole.text,
+        beside: state.beside,
+        ...moment(),
+        frames: source.frames,
+        lookBack: whole.earlierFrames,
+        isPlaying,
+    };
 }
 
 /** A file's name without its last extension. */
@@ -117,6 +242,12 @@ let addressTimer;
 /** Something of the chain, the frame or the source changed: everything that shows it follows. */
 function changed() {
     join();
+    if (!isTimed() && state.isPlaying) pause();
+    renderer.request(job()); // the worker begins while the page shows the rest
+    steps.record(step(), gestures.now);
+    variants.show({ isB: state.isB, hasOther: state.other !== null, isBeside: state.beside !== null });
+    find('.undo').disabled = !steps.canUndo;
+    find('.redo').disabled = !steps.canRedo;
     const { chain, source, sample, frame } = state;
     const clip =
         source.isStill || source.isLive ? null : { rate: Number(source.rate.toFixed(6)), frames: source.frames };
@@ -132,10 +263,11 @@ function changed() {
         link: location.href.replace(/#.*/, '') + address,
     });
     find('.none').hidden = chain.length > 0;
+    find('.keys').hidden = source.isLive;
+    find('.keys').setAttribute('aria-pressed', state.showsTracks);
+    find('.tracks').hidden = !hasTracks();
     find('.timeline').hidden = !isTimed();
-    if (!isTimed() && state.isPlaying) pause();
     showFrame();
-    renderer.request(job());
     clearTimeout(addressTimer);
     if (!state.isPlaying) addressTimer = setTimeout(() => history.replaceState(null, '', address), addressDelay);
 }
@@ -149,6 +281,7 @@ function showFrame() {
     scrub.setAttribute('aria-valuetext', text);
     find('.frame').textContent = source.isLive ? String(frame) : `${frame} / ${source.frames - 1}`;
     chainList.update();
+    tracks.update();
 }
 
 function showFrameNumber(frame) {
@@ -203,6 +336,9 @@ function show(source, sample, frame = 0) {
     for (const button of document.querySelectorAll('.samples button')) {
         button.setAttribute('aria-pressed', button.dataset.sample === sample);
     }
+    state.recorder?.stop();
+    find('.record').hidden = !source.isLive;
+    find('.save-video').hidden = source.isStill || source.isLive;
     showPlaying();
     changed();
     if (source.isLive) play();
@@ -221,6 +357,7 @@ async function openFile(file) {
     const name = file.name || 'picture.png';
     if (file.type === 'application/json' || name.endsWith('.json')) {
         state.chain = parseSettings(state.engine, name, await file.text());
+        state.showsTracks ||= state.chain.some((use) => use.isAnimated());
         chainList.show(state.chain);
         changed();
     } else if (!(await open(openSource(file, name, readPng), null))) {
@@ -242,6 +379,7 @@ async function follow(hash) {
     if (language !== null && language !== state.language) speakLanguage(language);
     const { chain } = parseAddress(hash, state.engine); // in the language that is spoken now
     state.chain = chain;
+    state.showsTracks ||= chain.some((use) => use.isAnimated());
     const isOpen = state.source !== null && (sample === null || sample === state.sample);
     if (isOpen) {
         state.frame = Math.min(frame, Math.max(state.source.frames - 1, 0));
@@ -250,6 +388,7 @@ async function follow(hash) {
         await openSample(sample ?? 'fruit', frame);
     }
     chainList.show(state.chain); // another address may have come meanwhile
+    tracks.update();
 }
 
 function speakLanguage(language) {
@@ -267,6 +406,7 @@ function speakLanguage(language) {
         node.setAttribute('aria-label', node.dataset.text ? `${node.textContent}: ${node.title}` : node.title);
     }
     showPlaying();
+    showRecording();
     if (state.source === null) return;
     chainList.rebuild();
     changed();
@@ -299,6 +439,45 @@ async function save() {
     tell(say('saved', { name }));
 }
 
+function saveVideo() {
+    if (state.isPlaying) pause();
+    const { whole, source } = state;
+    const { file, name } = source;
+    return exportDialog.open({ file, name, stem: stem(name), chain: whole.text, lookBack: whole.earlierFrames });
+}
+
+function showRecording() {
+    find('.record').textContent = say(state.recorder ? 'stopRecording' : 'record');
+    find('.recording').hidden = state.recorder === null;
+}
+
+const showRecorded = (seconds) => (find('.recording').textContent = say('recording', { time: clockText(seconds) }));
+
+/** Records until it is asked again, or another picture is opened. */
+async function record() {
+    if (state.recorder) return state.recorder.stop();
+    const { extension, type } = recordingFormat;
+    const target = await openTarget(`${stem(state.source.name)}-vireo${extension}`, type);
+    if (!target) return;
+    const settings = () => ({ chain: state.whole.text, lookBack: state.whole.earlierFrames });
+    state.recorder = new Recorder(state.source, settings);
+    showRecorded(0);
+    showRecording();
+    try {
+        await undisturbed(async () => {
+            await state.recorder.run(target, showRecorded);
+            await target.finish();
+        });
+        tell(say('saved', { name: target.name }));
+    } catch (error) {
+        await target.abandon();
+        throw error;
+    } finally {
+        state.recorder = null;
+        showRecording();
+    }
+}
+
 function listen() {
     const click = (selector, work) => (find(selector).onclick = () => attempt(work));
     const file = find('.file');
@@ -311,12 +490,20 @@ function listen() {
         });
     click('.camera', () => open(openCamera(say('camera')), null));
     click('.save', save);
+    click('.save-video', saveVideo);
+    click('.record', record);
     click('.add', () => {
         const filters = state.engine.filters();
-        const chains = filters.map((filter) => String(filter.id));
-        const frames = Math.max(state.source.frames, 2 * tellingFrame);
-        return picker.open(filters, renderer.thumbnails(chains, tellingFrame, frames, thumbnailSide));
+        return picker.open(filters, thumbnails(filters.map((filter) => String(filter.id))));
     });
+    click('.look', () => looks.open());
+    click('.keys', () => {
+        state.showsTracks = !state.showsTracks;
+        changed();
+    });
+    click('.undo', undo);
+    click('.redo', redo);
+    listenToUndo(window, { undo: () => attempt(undo), redo: () => attempt(redo) });
     click('.play', () => (state.isPlaying ? pause() : play()));
     find('.scrub').oninput = (event) => {
         if (state.isPlaying) pause();
@@ -388,6 +575,8 @@ async function start() {
         tellError(error);
     }
     document.body.classList.add('ready');
+    await takeFiles((file) => attempt(() => openFile(file)));
+    await Promise.all([keepForLater(), removeLeftovers()]);
 }
 
 attempt(start);

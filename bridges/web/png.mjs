@@ -119,10 +119,8 @@ function chunk(name, content) {
     return bytes;
 }
 
-/** The PNG file of a picture { width, height, data }, with alpha where a pixel needs it. */
-export async function writePng({ width, height, data }) {
-    const hasAlpha = data.some((byte, i) => (i & 3) === 3 && byte !== 255);
-    const channels = hasAlpha ? 4 : 3;
+/** The pixels { width, height, data } as a PNG file holds them, of three or four channels. */
+export function compressedPixels({ width, height, data }, channels) {
     const rowBytes = width * channels + 1;
     const rows = new Uint8Array(rowBytes * height);
     for (let y = 0, from = 0; y < height; ++y) {
@@ -132,17 +130,60 @@ export async function writePng({ width, height, data }) {
             for (let c = 0; c < channels; ++c) rows[to++] = data[from + c] - (x > 0 ? data[from + c - 4] : 0);
         }
     }
-    const header = new Uint8Array(13);
-    const view = new DataView(header.buffer);
+    return through(new CompressionStream('deflate'), rows);
+}
+
+function header(width, height, channels) {
+    const bytes = new Uint8Array(13);
+    const view = new DataView(bytes.buffer);
     view.setUint32(0, width);
     view.setUint32(4, height);
-    header.set([8, hasAlpha ? 6 : 2, 0, 0, 0], 8);
-    const compressed = await through(new CompressionStream('deflate'), rows);
+    bytes.set([8, channels === 4 ? 6 : 2, 0, 0, 0], 8);
+    return chunk('IHDR', bytes);
+}
+
+const end = () => chunk('IEND', new Uint8Array(0));
+
+/** The PNG file of a picture { width, height, data }, with alpha where a pixel needs it. */
+export async function writePng(picture) {
+    const channels = picture.data.some((byte, i) => (i & 3) === 3 && byte !== 255) ? 4 : 3;
     const parts = [
         Uint8Array.from(signature),
-        chunk('IHDR', header),
-        chunk('IDAT', compressed),
-        chunk('IEND', new Uint8Array(0)),
+        header(picture.width, picture.height, channels),
+        chunk('IDAT', await compressedPixels(picture, channels)),
+        end(),
     ];
     return new Uint8Array(await new Blob(parts).arrayBuffer());
+}
+
+/** The parts of an animated PNG file that goes on for ever: its beginning, a part for each frame, its end. */
+export class AnimatedPng {
+    #size;
+    #sequence = 0;
+
+    constructor(width, height) {
+        this.#size = [width, height];
+    }
+
+    begin(frames, channels) {
+        const control = new Uint8Array(8);
+        new DataView(control.buffer).setUint32(0, frames);
+        return [Uint8Array.from(signature), header(...this.#size, channels), chunk('acTL', control)];
+    }
+
+    /** The part of a frame whose pixels are compressed already. */
+    frame(compressed, milliseconds) {
+        const control = new Uint8Array(26);
+        const view = new DataView(control.buffer);
+        [this.#sequence++, ...this.#size].forEach((value, i) => view.setUint32(4 * i, value));
+        view.setUint16(20, Math.min(milliseconds, 0xffff));
+        view.setUint16(22, 1000);
+        if (this.#sequence === 1) return [chunk('fcTL', control), chunk('IDAT', compressed)];
+        const content = new Uint8Array(compressed.length + 4);
+        new DataView(content.buffer).setUint32(0, this.#sequence++);
+        content.set(compressed, 4);
+        return [chunk('fcTL', control), chunk('fdAT', content)];
+    }
+
+    end = () => [end()];
 }

@@ -17,6 +17,7 @@ export class Renderer {
     #job = null; // the newest
     #isBusy = false;
     #isFullBusy = false;
+    #showsBeside = false;
     #rest;
 
     constructor(view) {
@@ -32,6 +33,7 @@ export class Renderer {
     open(source) {
         this.#source = source;
         this.#job = null;
+        this.#showsBeside = false;
         const scale = Math.min(1, Math.sqrt(previewPixels / (source.width * source.height)));
         const size = (side, by) => Math.max(1, Math.round(side * by));
         for (const [pane, by] of [
@@ -44,8 +46,9 @@ export class Renderer {
     }
 
     /**
-     * Renders { chain, frame, frames, rate, lookBack, isPlaying }, the chain as its text; lookBack is how many frames back
-     * it may ask for. A newer request replaces one that waits.
+     * Renders { chain, beside, frame, frames, rate, lookBack, isPlaying }, the chain as its text; beside is another that
+     * stands for the picture before, or null; lookBack is how many frames back they may ask for. A newer request replaces
+     * one that waits.
      */
     request(job) {
         // Frames that came by while playing may be a little late: when it stops, they are taken again.
@@ -79,8 +82,10 @@ export class Renderer {
     async #render(pane, job) {
         const source = this.#source;
         try {
-            await this.#supply(pane, job, source);
+            // Where nothing is missing the worker begins before the page does anything else.
+            if (this.#missing(pane, job, source).length > 0) await this.#supply(pane, job, source);
             if (source !== this.#source) return;
+            if (job.beside !== null || this.#showsBeside) await this.#renderBefore(pane, job, source);
             const { chain, frame, frames, rate } = job;
             const picture = await pane.worker.call('render', { chain, frame, frames, rate });
             if (source !== this.#source || (pane === this.#full && job !== this.#job)) return;
@@ -90,16 +95,43 @@ export class Renderer {
         }
     }
 
-    /** Gives the worker the frame and those before it that the chain may ask for. */
-    async #supply(pane, job, source) {
+    /** On the other side stands another chain's picture, or the source again after one. */
+    async #renderBefore(pane, job, source) {
+        const { beside, frame, frames, rate } = job;
+        const picture =
+            beside === null
+                ? await source.grab(frame, pane.width, pane.height)
+                : await pane.worker.call('render', { chain: beside, frame, frames, rate });
+        if (source !== this.#source || (pane === this.#full && job !== this.#job)) return;
+        this.#view.before(picture);
+        this.#showsBeside = beside !== null || pane.width !== this.#full.width;
+    }
+
+    /** What chains make of the frame that was shown last, at preview size. */
+    async measured(chains, { frame, frames, rate }) {
+        return Promise.all(chains.map((chain) => this.#preview.worker.call('render', { chain, frame, frames, rate })));
+    }
+
+    /** The frames that a job looks at, from the first to its own. */
+    #span(job, source) {
         const frame = source.isStill ? 0 : job.frame;
-        const first = Math.max(0, frame - (source.isStill ? 0 : job.lookBack));
-        const begin = job.isPlaying ? frame : first; // while playing, earlier frames are those that came by
-        for (let number = begin; number <= frame; ++number) {
-            if (pane.worker.holds(number)) continue;
+        return { first: Math.max(0, frame - (source.isStill ? 0 : job.lookBack)), frame };
+    }
+
+    /** Those of them that the worker has to be given; while playing, earlier frames are those that came by. */
+    #missing(pane, job, source) {
+        const { first, frame } = this.#span(job, source);
+        const begin = job.isPlaying ? frame : first;
+        const numbers = Array.from({ length: frame - begin + 1 }, (_, i) => begin + i);
+        return numbers.filter((number) => !pane.worker.holds(number));
+    }
+
+    async #supply(pane, job, source) {
+        const { first, frame } = this.#span(job, source);
+        for (const number of this.#missing(pane, job, source)) {
             const picture = await source.grab(number, pane.width, pane.height);
             if (source !== this.#source) return;
-            if (number === frame) this.#view.before(picture);
+            if (number === frame && job.beside === null) this.#view.before(picture);
             await pane.worker.store(number, picture);
         }
         pane.worker.keep(first, frame);

@@ -2,7 +2,9 @@
 // What goes into the chain: a still picture, a clip or the camera. Each has
 //   name, width, height, rate (frames a second), frames (0 where unknown), isStill, isLive
 //   grab(frame, width, height)   the frame's picture { width, height, data } at that size, new each time
+//   file                         of clips: what a ClipReader reads; null where it reads none
 //   play(onFrame), pause()       onFrame(frame) comes with each frame; grab then takes the frame on show
+import { ClipReader, commonRate } from './clip_reader.mjs';
 import { readPngHeader } from './png.mjs';
 import { PageError } from './texts.mjs';
 
@@ -12,8 +14,6 @@ const mostPixels = 64e6;
 /** A still picture counts as a clip of four seconds, so that filters that depend on time show themselves. */
 const stillRate = 25;
 const stillFrames = 100;
-
-const commonRates = [24000 / 1001, 24, 25, 30000 / 1001, 30, 50, 60000 / 1001, 60];
 
 function refuseLarge(name, width, height) {
     if (width * height > mostPixels) throw new PageError('tooLarge', { name, most: mostPixels / 1e6 });
@@ -119,11 +119,7 @@ async function measuredRate(video) {
     const single = steps.filter((step) => step < 1.5 * Math.min(...steps));
     if (single.length === 0) return stillRate;
     const rate = single.length / single.reduce((sum, step) => sum + step, 0);
-    return (
-        commonRates.find((common) => Math.abs(common / rate - 1) < 0.0005) ??
-        commonRates.find((common) => Math.abs(common / rate - 1) < 0.02) ??
-        rate
-    );
+    return commonRate(rate, 0.0005) ?? commonRate(rate, 0.02) ?? rate;
 }
 
 class Video {
@@ -133,9 +129,10 @@ class Video {
     #turn = Promise.resolve();
     #isPlaying = false;
 
-    constructor(name, video, { rate, frames, url = null }) {
+    constructor(name, video, { rate, frames, url = null, file = null }) {
         this.#video = video;
         this.#url = url;
+        this.file = file;
         Object.assign(this, { name, width: video.videoWidth, height: video.videoHeight, rate, frames });
         this.isLive = frames === 0;
     }
@@ -156,6 +153,16 @@ class Video {
         const done = once(this.#video, 'seeked');
         this.#video.currentTime = time;
         await done;
+    }
+
+    /** Of the camera: the next frame, which is to be closed. */
+    nextFrame() {
+        return new Promise((resolve) => {
+            eachFrame(this.#video, (time) => {
+                resolve(new VideoFrame(this.#video, { timestamp: Math.round(1e6 * time) }));
+                return false;
+            });
+        });
     }
 
     play(onFrame, from) {
@@ -199,6 +206,11 @@ async function openClip(blob, name) {
             const found = once(video, 'durationchange'); // recordings tell their length at their end
             video.currentTime = 1e6;
             await found;
+        }
+        const reader = await ClipReader.open(blob, name);
+        if (reader) {
+            reader.close();
+            return new Video(name, video, { rate: reader.rate, frames: reader.frames, url, file: blob });
         }
         const rate = await measuredRate(video);
         return new Video(name, video, { rate, frames: Math.max(1, Math.round(video.duration * rate)), url });

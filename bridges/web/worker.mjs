@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Runs the engine beside the page. Each message { id, action, argument } is answered by { id, result } or { id, error }.
-import { readPng, writePng } from './png.mjs';
+import { compressedPixels, readPng, writePng } from './png.mjs';
+import { frameOfPicture, pictureOfFrame } from './video_pictures.mjs';
 import { loadVireo } from './vireo/index.mjs';
 
 let vireo;
@@ -23,6 +24,14 @@ function rendered({ chain: text, frame, frames, rate, picture }) {
     }
 }
 
+/** What is made of a rendered frame of a clip. */
+const made = {
+    frame: (picture) => ({ image: frameOfPicture(picture) }),
+    png: async (picture) => ({ bytes: await writePng(picture) }),
+    pixels: async (picture, { channels }) => ({ bytes: await compressedPixels(picture, channels) }),
+    picture: (picture) => ({ picture }),
+};
+
 const actions = {
     async start(source) {
         vireo = await loadVireo(source);
@@ -33,6 +42,16 @@ const actions = {
     drop(frames) {
         for (const frame of frames) pictures.delete(frame);
     },
+    /** Stores a frame of a clip and forgets those before `first`. */
+    async takeFrame({ image, picture, frame, first, isShared }) {
+        pictures.set(frame, picture ?? (await pictureOfFrame(image, isShared)));
+        for (const number of pictures.keys()) if (number < first) pictures.delete(number);
+        return isShared ? pictures.get(frame) : undefined;
+    },
+    /** A job whose picture comes as a video's frame, or was stored. */
+    async renderFrame({ image, as, ...job }) {
+        return made[as](rendered({ ...job, picture: image ? await pictureOfFrame(image) : undefined }), job);
+    },
     render: rendered,
     png: (job) => writePng(rendered(job)),
     readPng,
@@ -41,14 +60,20 @@ const actions = {
 /** What need not be copied on its way to the page. */
 function transferred(result) {
     if (result instanceof Uint8Array) return [result.buffer];
-    return result?.data ? [result.data.buffer] : [];
+    if (result?.image) return [result.image];
+    const buffer = result?.bytes?.buffer ?? (result?.picture ?? result)?.data?.buffer;
+    return buffer instanceof ArrayBuffer ? [buffer] : [];
 }
 
-self.onmessage = async ({ data: { id, action, argument } }) => {
+async function answer({ id, action, argument }) {
     try {
         const result = await actions[action](argument);
         self.postMessage({ id, result }, transferred(result));
     } catch (error) {
         self.postMessage({ id, error: error.message });
     }
-};
+}
+
+/** Actions that wait for the browser are not overtaken by those that were asked for later. */
+let last = Promise.resolve();
+self.onmessage = ({ data }) => (last = last.then(() => answer(data)));

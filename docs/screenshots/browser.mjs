@@ -16,6 +16,11 @@ async function addFilter(page) {
     await page.waitForFunction(() => [...document.querySelectorAll('.tile canvas')].every(({ width }) => width > 100));
 }
 
+async function showLooks(page) {
+    await page.click('.look');
+    await page.waitForFunction(() => [...document.querySelectorAll('.looks canvas')].every(({ width }) => width > 100));
+}
+
 const shots = [
     {
         name: 'light',
@@ -29,6 +34,14 @@ const shots = [
         ...desktop,
         colorScheme: 'dark',
     },
+    {
+        name: 'keys',
+        address:
+            '#f=Levels:rgbgamma=90@0f..smooth..160@45f..110@74f,mix=0@0f..100@20f&f=ColorPass:similarity=20,color=%23d08030@0f..%23405090@60f,from=10f,to=68f&sample=clip&frame=30',
+        ...desktop,
+        work: (page) => page.focus('.key >> nth=1'),
+    },
+    { name: 'looks', address: '#f=Solarize&sample=fruit', ...desktop, work: showLooks },
     { name: 'filters', address: '#sample=fruit', ...desktop, work: addFilter },
     { name: 'phone', address: '#f=Solarize:threshold=60%&sample=fruit&language=ja', ...phone },
 ];

@@ -84,7 +84,7 @@ Word multiplied(Word color, Word alpha) {
 float divided(float color, float alpha) { return alpha > 0 ? color / alpha : 0; }
 float multiplied(float color, float alpha) { return color * alpha; }
 
-#if defined(__AVX2__)
+#if defined(VIREO_SIMD_SHUFFLE)
 
 /// Where the bytes of a 128-bit lane come from, and which of them are set. Between BGRA and a layout a lane
 /// holds as many pixels as fill it with BGRA.
@@ -127,17 +127,14 @@ std::ptrdiff_t shuffleSamples(const std::uint8_t* from, std::uint8_t* to, std::p
     constexpr std::ptrdiff_t pixelsBehind = layoutBytes == 16 ? 0 : lanePixels / 2;
 
     using Lane = Vector<std::uint8_t, 16>;
-    const auto places = loadTwice(lane.from.data());
-    const auto set = loadTwice(lane.set.data());
+    const auto places = load<Lane>(lane.from.data());
+    const auto set = load<Lane>(lane.set.data());
     std::ptrdiff_t x = 0;
     // Wider registers and more of them at a time move memory no faster.
-    for (; x + 2 * lanePixels + pixelsBehind <= width; x += 2 * lanePixels) {
-        const auto samples = join(load<Lane>(from), load<Lane>(from + fromBytes));
-        const auto moved = shuffle(samples, places) | set;
-        store(to, lowerHalf(moved));
-        store(to + toBytes, upperHalf(moved));
-        from += 2 * fromBytes;
-        to += 2 * toBytes;
+    for (; x + lanePixels + pixelsBehind <= width; x += lanePixels) {
+        store(to, shuffle(load<Lane>(from), places) | set);
+        from += fromBytes;
+        to += toBytes;
     }
     return x;
 }
@@ -251,7 +248,7 @@ void convertOut(const void* bgra, void* destination, std::ptrdiff_t width) {
 template <PixelLayout layout, class Sample, bool isIn>
 void convert(bool premultiplied, const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t width) {
     constexpr bool hasAlpha = orderOf(layout).hasAlpha;
-#if defined(__AVX2__)
+#if defined(VIREO_SIMD_SHUFFLE)
     if constexpr (sizeof(Sample) <= 2 && layout != PixelLayout::Grey) {
         if (!premultiplied || !hasAlpha) {
             constexpr std::ptrdiff_t layoutBytes = samplesOf(layout) * std::ptrdiff_t{sizeof(Sample)};

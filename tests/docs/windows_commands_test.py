@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Runs the Windows commands of README and guide, in their order. A dialog waits for its user, and is tested elsewhere;
+"""Runs the Windows commands of the pages, in their order. A dialog waits for its user, and is tested elsewhere;
 settings that were saved without it stand in for what it saves."""
 import os
 import pathlib
@@ -11,20 +11,20 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = shlex.split(os.environ["VIREO_PROGRAM"])
-PAGES = ["README.md", "docs/guide.md"]
+PAGES = ["README.md", "docs/guide.md", "docs/windows.md"]
 
 
 @pytest.mark.parametrize("page", PAGES)
 def test_commands_work(page, tmp_path):
     blocks = re.findall(r"^```bat\n(.*?)^```$", (ROOT / page).read_text(), re.MULTILINE | re.DOTALL)
     assert blocks
-    subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=64x48", "-frames:v", "1",
-                    tmp_path / "photo.png"], check=True)
+    for name, *options in (("photo.png", "-frames:v", "1"), ("photo.jpg", "-frames:v", "1"), ("clip.mp4",), ("clip.mov",)):
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=64x48:d=2", "-f", "lavfi", "-i", "sine=d=2",
+                        *options, tmp_path / name], check=True)
     for command in "".join(blocks).splitlines():
         program, *words = shlex.split(command)
-        assert program == "vireo.exe"
+        assert program == "vireo"
         if words[0] == "settings":
-            picture, saved = words[words.index("--image") + 1], words[words.index("--save-settings") + 1]
-            words = ["render", picture, "stand-in.png", "--overwrite", "-f", words[1], "--save-settings", saved]
+            words = ["render", "-f", words[1], "--save-settings", words[words.index("--save-settings") + 1]]
         completed = subprocess.run([*PROGRAM, *words], cwd=tmp_path, capture_output=True, text=True, timeout=120)
         assert completed.returncode == 0, (words, completed.stderr)

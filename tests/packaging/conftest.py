@@ -29,6 +29,14 @@ def packed(folder, pattern):
     return package
 
 
+@pytest.fixture(scope="session")
+def packages(tmp_path_factory):
+    """The folder of all packages for Windows."""
+    folder = tmp_path_factory.mktemp("packages")
+    packed(folder, "vireo-filters-*-windows.zip")
+    return folder
+
+
 def pixels(path):
     with Image.open(path) as image:
         return numpy.asarray(image.convert("RGB"))

@@ -152,6 +152,34 @@ HWND waitForWindow(const wchar_t* title) {
     return nullptr;
 }
 
+std::vector<char> onScreen(HWND window, int left, int top, int columns, int rows) {
+    POINT corner{left, top};
+    ClientToScreen(window, &corner);
+    const HDC screen = GetDC(nullptr);
+    const HDC memory = CreateCompatibleDC(screen);
+    BITMAPINFO info{{sizeof(BITMAPINFOHEADER), columns, rows, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
+    void* bits = nullptr;
+    const HBITMAP bitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ previous = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, columns, rows, screen, corner.x, corner.y, SRCCOPY);
+    GdiFlush();
+    const auto* bytes = static_cast<const char*>(bits);
+    std::vector<char> pixels(bytes, bytes + std::size_t(columns) * static_cast<std::size_t>(rows) * 3);
+    SelectObject(memory, previous);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+    return pixels;
+}
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    for (int i = 0; i < 250; ++i) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(20ms);
+    }
+    return false;
+}
+
 void saveBitmap(const std::filesystem::path& path, int width, int height, const std::vector<char>& pixels) {
     const auto depth = static_cast<WORD>(8 * pixels.size() / static_cast<std::size_t>(width * height));
     const BITMAPINFOHEADER header{sizeof header, width, height, 1, depth, BI_RGB, 0, 0, 0, 0, 0};

@@ -71,6 +71,13 @@ private:
 /// Any program's, once it is there; null and a failure where none appears.
 HWND waitForWindow(const wchar_t* title);
 
+/// What the screen shows of an area of a window: rows from the bottom, blue, green and red as 24-bit bitmaps
+/// have them.
+std::vector<char> onScreen(HWND window, int left, int top, int columns, int rows);
+
+/// Whether a condition becomes true while one waits for it.
+bool becomesTrue(const std::function<bool()>& condition);
+
 /// Of rows from the bottom.
 void saveBitmap(const std::filesystem::path& path, int width, int height, const std::vector<char>& pixels);
 

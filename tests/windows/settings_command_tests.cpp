@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: MIT
 // vireo.exe settings and render, as a person would use them one after the other.
-#include "tests/windows/dialog_driver.h"
+#include "tests/windows/command_fixture.h"
 
 #include <commctrl.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class SettingsCommand : public testing::Test {
+class SettingsCommand : public CommandFixture {
 protected:
-    const fs::path folder = fs::temp_directory_path() / L"vireo settings command";
     const fs::path image = folder / L"pïcture.bmp";
     const fs::path look = folder / L"look.json";
 
     SettingsCommand() {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
         // A white square on black.
         std::vector<char> pixels;
         for (int i = 0; i < 64 * 48; ++i) {
@@ -31,36 +23,6 @@ protected:
         }
         saveBitmap(image, 64, 48, pixels);
     }
-    ~SettingsCommand() override { fs::remove_all(folder); }
-
-    static PROCESS_INFORMATION start(const std::wstring& arguments) {
-        const fs::path program = testedModule().parent_path() / L"vireo.exe";
-        std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                   &startup, &process));
-        return process;
-    }
-
-    static DWORD finish(const PROCESS_INFORMATION& process) {
-        EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
-        DWORD status = ~0U;
-        GetExitCodeProcess(process.hProcess, &status);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-        return status;
-    }
-
-    static DWORD run(const std::wstring& arguments) { return finish(start(arguments)); }
-
-    static std::string content(const fs::path& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    std::wstring quoted(const fs::path& file) const { return L" \"" + file.wstring() + L"\" "; }
 };
 
 TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
@@ -79,6 +41,40 @@ TEST_F(SettingsCommand, WhatIsAcceptedRendersTheSamePixels) {
     EXPECT_EQ(content(byFile), content(byText));
     EXPECT_NE(content(byFile), content(image));
     EXPECT_GT(content(byFile).size(), 64U * 48 * 3);
+}
+
+TEST_F(SettingsCommand, ThePreviewFollowsTheDialogFromFrameToFrame) {
+    // Frames of a grey each, with a white square whose edge a blur softens.
+    for (int frame = 0; frame < 3; ++frame) {
+        std::vector<char> pixels(320 * 240 * 3, static_cast<char>(40 * frame));
+        for (int i = 0; i < 320 * 240; ++i)
+            if (i % 320 >= 160) std::fill_n(&pixels[static_cast<std::size_t>(3 * i)], 3, '\xFF');
+        saveBitmap(folder / (L"clip" + std::to_wstring(frame) + L".bmp"), 320, 240, pixels);
+    }
+    const auto process = start(L"settings \"Camera Blur\" --preview --image" +
+                               quoted(folder / L"clip%d.bmp") + L"--save-settings" + quoted(look));
+    const HWND dialog = waitForWindow(L"Camera Blur Settings");
+    const HWND preview = FindWindowW(L"VireoPreview", nullptr);
+    ASSERT_NE(preview, nullptr);
+    // The dialog may stand over the preview's middle.
+    SetWindowPos(preview, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE);
+    const auto grey = [&](int x) { return static_cast<unsigned char>(onScreen(preview, x, 120, 1, 1)[0]); };
+    const auto slideTo = [&](int value) {
+        SendMessageW(GetDlgItem(dialog, 10), TBM_SETPOS, TRUE, value);
+        SendMessageW(dialog, WM_HSCROLL, TB_ENDTRACK, reinterpret_cast<LPARAM>(GetDlgItem(dialog, 10)));
+    };
+    slideTo(0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(158) == 0 && grey(162) == 255; }));
+    slideTo(90);
+    EXPECT_TRUE(becomesTrue([&] { return grey(158) > 20 && grey(162) < 235; }));
+    PostMessageW(preview, WM_CHAR, L'.', 0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(2) == 40; }));
+    PostMessageW(preview, WM_CHAR, L' ', 0);
+    EXPECT_TRUE(becomesTrue([&] { return grey(2) == 80; }));
+    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+    EXPECT_EQ(finish(process), 0U);
+    EXPECT_FALSE(IsWindow(preview));
+    EXPECT_NE(content(look).find("\"Percent Blur\": 90"), std::string::npos) << content(look);
 }
 
 TEST_F(SettingsCommand, CancelSavesNothingAndFiltersWithoutADialogSaySo) {

@@ -2,6 +2,7 @@
 // Chains of filters and their settings. What each member does stands in index.d.ts.
 import { Disposable, Handle } from './handle.mjs';
 import { constants, enumerations, numberOf, Out, Struct, VireoError } from './interface.mjs';
+import { Live } from './live.mjs';
 import { frameWithout, rendered, withScript } from './pictures.mjs';
 import { Stream, streamed } from './stream.mjs';
 import { timeOf } from './time.mjs';
@@ -111,6 +112,10 @@ export class Chain extends Disposable {
 
     startStream(options = {}) {
         return new Stream(this.#program, this.handle, options);
+    }
+
+    live(stream, options = {}) {
+        return new Live(this, stream, options);
     }
 
     #call(name, ...values) {

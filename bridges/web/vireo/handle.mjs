@@ -25,7 +25,8 @@ export class Handle {
     }
 }
 
-const symbol = Symbol.dispose ?? Symbol.for('Symbol.dispose');
+/** What `using` calls. */
+export const disposal = Symbol.dispose ?? Symbol.for('Symbol.dispose');
 
 /** An object of a script's that stands for a handle. */
 export class Disposable {
@@ -51,7 +52,7 @@ export class Disposable {
         this.#handle = null;
     }
 
-    [symbol]() {
+    [disposal]() {
         this.dispose();
     }
 }

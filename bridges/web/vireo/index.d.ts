@@ -122,6 +122,9 @@ export interface Chain extends Disposable, Iterable<ChainFilter> {
     ): AsyncGenerator<Rendered<Source>, void>;
     /** The same for a script that has no loop of its own. */
     startStream(options?: StreamOptions): Stream;
+
+    /** In pages: the chain over a stream of the browser, such as a camera's, while it runs. */
+    live(stream: MediaStreamOfPage, options?: LiveOptions): Live;
 }
 
 /** The filter at a position of a chain. A parameter goes by its name, as texts take it, or its index; "from", "to" and
@@ -162,6 +165,25 @@ export interface Stream extends Disposable {
     /** Forgets the frames before, and counts from the first one again. */
     restart(): void;
 }
+
+/** A stream that goes through a chain, which may be changed meanwhile. It ends with its source, or when disposed of. */
+export interface Live extends Disposable {
+    /** The filtered picture, with the source's sound: for a video element, a recorder or a connection to others. */
+    readonly stream: MediaStreamOfPage;
+    /** Shows the same picture. */
+    readonly canvas: CanvasOfPage;
+}
+
+export interface LiveOptions {
+    /** Frames a second, by which key frames in frames count; 30 unless given. */
+    rate?: number;
+    /** Hears why it ended, where a frame could not be rendered. Otherwise the page's "error" event does. */
+    onError?: (error: unknown) => void;
+}
+
+/** MediaStream and HTMLCanvasElement, where the declarations of pages are in use. */
+export type MediaStreamOfPage = typeof globalThis extends { MediaStream: { prototype: infer Stream } } ? Stream : unknown;
+export type CanvasOfPage = typeof globalThis extends { HTMLCanvasElement: { prototype: infer Canvas } } ? Canvas : unknown;
 
 export type Key = ({ frame: number; seconds?: undefined } | { frame?: undefined; seconds: number }) & {
     value: number;

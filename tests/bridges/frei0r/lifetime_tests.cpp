@@ -3,15 +3,13 @@
 #include "tests/bridges/frei0r/support/loaded_plugin.h"
 #include "tests/bridges/frei0r/support/reference.h"
 
-#include <dlfcn.h>
 #include <gmock/gmock.h>
+
+#include <string_view>
 
 namespace {
 
-bool moduleIsLoaded() {
-    void* const handle = dlopen(VIREO_TESTED_MODULE, RTLD_NOW | RTLD_NOLOAD);
-    return handle != nullptr && dlclose(handle) == 0;
-}
+bool moduleIsLoaded() { return isLoaded(VIREO_TESTED_MODULE); }
 
 /// A folder that goes with the object.
 class EmptyFolder {
@@ -27,6 +25,45 @@ public:
     const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "stray-plugin";
 };
 
+#if defined(_WIN32)
+
+constexpr const char* whatIsMissing = "vireo_levels: there is no VireoFrei0r.dll near .*stray-plugin.: .*\n";
+
+constexpr wchar_t installationKey[] = L"Software\\Vireo Filters";
+
+bool areInstalled() {
+    return RegGetValueW(HKEY_CURRENT_USER, installationKey, L"Folder", RRF_RT_REG_SZ, nullptr, nullptr,
+                        nullptr) == ERROR_SUCCESS;
+}
+
+/// What the installer leaves in the registry, while it lives.
+class Installation {
+public:
+    explicit Installation(const std::filesystem::path& folder) {
+        RegSetKeyValueW(HKEY_CURRENT_USER, installationKey, L"Folder", REG_SZ, folder.c_str(),
+                        static_cast<DWORD>((folder.native().size() + 1) * sizeof(wchar_t)));
+    }
+    Installation(const Installation&) = delete;
+    Installation& operator=(const Installation&) = delete;
+    ~Installation() { RegDeleteKeyW(HKEY_CURRENT_USER, installationKey); }
+};
+
+TEST(Lifetime, APluginCopiedIntoAnotherFolderStartsWhereTheFiltersAreInstalled) {
+    const EmptyFolder folder;
+    const auto module = std::filesystem::absolute(VIREO_TESTED_MODULE).make_preferred();
+    const Installation installation(module.parent_path());
+    std::filesystem::copy_file(pluginFile("vireo_levels"), folder.path / "plugin.dll");
+    const InitialisedPlugin plugin(folder.path / "plugin.dll");
+    EXPECT_STREQ(plugin.info().name, "Vireo Levels");
+}
+
+#else
+
+constexpr const char* whatIsMissing =
+    "vireo_levels: there is no libvireo_frei0r.so near .*stray-plugin or .*\n";
+
+bool areInstalled() { return std::filesystem::exists(VIREO_INSTALLED_FOLDER); }
+
 TEST(Lifetime, APluginLinkedIntoAnotherFolderStarts) {
     const EmptyFolder folder;
     std::filesystem::create_symlink(pluginFile("vireo_levels"), folder.path / "plugin.so");
@@ -34,17 +71,17 @@ TEST(Lifetime, APluginLinkedIntoAnotherFolderStarts) {
     EXPECT_STREQ(plugin.info().name, "Vireo Levels");
 }
 
+#endif
+
 TEST(Lifetime, APluginThatIsAloneSaysWhatItMissesAndDoesNothing) {
-    if (std::filesystem::exists(VIREO_INSTALLED_FOLDER))
-        GTEST_SKIP() << "it would find the installed filters";
+    if (areInstalled()) GTEST_SKIP() << "it would find the installed filters";
     const EmptyFolder folder;
-    std::filesystem::copy_file(pluginFile("vireo_levels"), folder.path / "plugin.so");
-    const LoadedPlugin plugin(folder.path / "plugin.so");
+    const auto alone = folder.path / (std::string("plugin") + libraryEnding);
+    std::filesystem::copy_file(pluginFile("vireo_levels"), alone);
+    const LoadedPlugin plugin(alone);
     testing::internal::CaptureStderr();
     EXPECT_EQ(plugin.init(), 0);
-    EXPECT_THAT(
-        testing::internal::GetCapturedStderr(),
-        testing::MatchesRegex("vireo_levels: there is no libvireo_frei0r.so near .*stray-plugin or .*\n"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex(whatIsMissing));
     EXPECT_EQ(plugin.info().plugin_type, F0R_PLUGIN_TYPE_FILTER);
     EXPECT_EQ(plugin.info().num_params, 0);
     EXPECT_EQ(plugin.construct(8, 8), nullptr);
@@ -81,7 +118,8 @@ TEST(Lifetime, TheModuleGoesWithItsLastUser) {
     ASSERT_FALSE(moduleIsLoaded());
     for (int round = 0; round < 3; ++round) {
         const InitialisedPlugin one(pluginFile("vireo_levels"));
-        {
+        // On Windows such a host keeps the module.
+        if (std::string_view(libraryEnding) == ".so") {
             // Some hosts forget f0r_deinit.
             const LoadedPlugin other(pluginFile("vireo_bend"));
             EXPECT_EQ(other.init(), 1);

@@ -31,6 +31,8 @@ const types = {
     '.js': 'text/javascript',
     '.css': 'text/css',
     '.wasm': 'application/wasm',
+    '.svg': 'image/svg+xml',
+    '.webmanifest': 'application/manifest+json',
 };
 
 /** Serves the built page, or another folder, as any static server would. */
@@ -46,14 +48,15 @@ export async function serve(folder = pageFolder) {
         createReadStream(file).pipe(response);
     });
     await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-    return { url: `http://127.0.0.1:${server.address().port}/`, close: () => server.close() };
+    return { url: `http://127.0.0.1:${server.address().port}/`, close: () => (server.close(), server.closeAllConnections()) };
 }
 
 export const launch = () => chromium.launch({ executablePath: '/usr/bin/chromium', args: arguments_ });
 
 /** Opens the page at an address and waits until it is ready and rests at full size. Any error of a script fails. */
 export async function open(browser, url, options = {}) {
-    const context = await browser.newContext({ viewport: { width: 1360, height: 820 }, locale: 'en-US', ...options });
+    const usual = { viewport: { width: 1360, height: 820 }, locale: 'en-US', serviceWorkers: 'block' };
+    const context = await browser.newContext({ ...usual, ...options });
     const page = await context.newPage();
     page.on('pageerror', (error) => page.failures.push(error.message));
     return visit(page, url);
@@ -108,8 +111,8 @@ export async function handedOver(page, kind) {
     return page.textContent('.output');
 }
 
-/** The pixels of a picture file as RGBA. */
-export const pixels = (file) =>
-    execFileSync('ffmpeg', ['-v', 'error', '-i', file, '-f', 'rawvideo', '-pix_fmt', 'rgba', '-'], {
+/** The pixels of a picture file as RGBA, or of several. */
+export const pixels = (file, ...options) =>
+    execFileSync('ffmpeg', ['-v', 'error', ...options, '-i', file, '-f', 'rawvideo', '-pix_fmt', 'rgba', '-'], {
         maxBuffer: 1 << 28,
     });

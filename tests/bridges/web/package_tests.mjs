@@ -289,7 +289,7 @@ test('its declarations are right, as a strict compiler and Node see them', () =>
     inApp('tsc', '--strict', '--target', 'es2022', '--lib', 'es2022,dom', '--module', 'node16', 'example.mts');
     const [names, ...rest] = JSON.parse(inApp('node', 'example.mjs'));
     assert.deepEqual(names.slice(0, 3), ['Levels', 'Ghosting', 'Solarize']);
-    assert.deepEqual(rest, [true, 8, true, 'bgrx', 'function', 'unknownFilter']);
+    assert.deepEqual(rest, [true, 8, true, 'bgrx', 'function', 'unknownFilter', 'function']);
 });
 
 describe('in a browser', () => {
@@ -313,6 +313,8 @@ describe('in a browser', () => {
                 { ...size, samples: [...samples] },
             ]);
             assert.deepEqual(result, { isImage: true, page: expected, worker: expected });
+            const mirrored = await page.evaluate(() => globalThis.mirrored());
+            assert.deepEqual(mirrored, { left: [0, 0, 3, 4], right: [3, 0, 0, 4], state: 'ended' });
         } finally {
             server.close();
         }

@@ -1,54 +1,13 @@
 // SPDX-License-Identifier: MIT
 // What people do with the page, done in a browser.
 import assert from 'node:assert/strict';
-import { execFile } from 'node:child_process';
-import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { readdirSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
-import { after, before, describe, test } from 'node:test';
-import { promisify } from 'node:util';
 
-import {
-    downloaded,
-    drop,
-    handedOver,
-    launch,
-    open,
-    pageFolder,
-    pixels,
-    rest,
-    root,
-    serve,
-    shown,
-    transferOf,
-    visit,
-} from './browser.mjs';
+import { downloaded, drop, handedOver, pageFolder, pixels, rest, root, shown, transferOf } from './browser.mjs';
+import { cardTitles, chainText, fileOf, message, run, runWalks, walk } from './walks.mjs';
 
-const bin = path.join(root, 'build/linux/bin');
 const [cutOut, clip] = ['cutout.png', 'clip.mp4'].map((name) => readFileSync(path.join(pageFolder, 'samples', name)));
-
-const walks = [];
-
-/** A test with a page and a folder of its own; `work(page)` begins at an address. A script that failed fails the test. */
-function walk(name, address, work, options) {
-    walks.push({ name, address, work, options });
-}
-
-const fileOf = (page, name) => path.join(page.folder, name);
-
-/** Runs a command that the page handed over, in the page's folder. */
-const run = promisify((page, command, done) => {
-    const environment = {
-        ...process.env,
-        PATH: `${bin}:${process.env.PATH}`,
-        FREI0R_PATH: path.join(bin, '../frei0r-1'),
-    };
-    execFile('sh', ['-ec', command], { cwd: page.folder, env: environment }, done);
-});
-
-const message = (page) => page.textContent('.message');
-const cardTitles = (page) => page.locator('.card .title').allTextContents();
-const chainText = async (page) => (await handedOver(page, 'command')).split(' \\\n    -f ').slice(1).join(' ');
 
 async function addFilter(page, name) {
     await page.click('.add');
@@ -151,6 +110,7 @@ walk('a chain is built, moved, switched off and taken apart', '#f=Solarize&sampl
     assert.match(await message(page), /Levels is now number 1 of 3/);
     assert.ok(await page.evaluate(() => document.activeElement.matches('.card:first-child .grip')));
 
+    await page.locator('.card:nth-child(3) .grip').scrollIntoViewIfNeeded();
     const [from, to] = [
         await page.locator('.card:nth-child(3) .grip').boundingBox(),
         await page.locator('.card:nth-child(2) .grip').boundingBox(),
@@ -199,7 +159,10 @@ walk('the links in the documentation are understood', '#sample=cutout', async (p
     );
     assert.ok(links.length > 20, `only ${links.length} links`);
     const refused = await page.evaluate(async (addresses) => {
-        const [{ loadVireo }, { parseAddress }] = await Promise.all([import('./vireo/index.mjs'), import('./address.mjs')]);
+        const [{ loadVireo }, { parseAddress }] = await Promise.all([
+            import('./vireo/index.mjs'),
+            import('./address.mjs'),
+        ]);
         const engine = await loadVireo();
         return addresses.filter((address) => {
             try {
@@ -424,7 +387,7 @@ walk(
 
 walk(
     'a phone shows it all in one column',
-    '#f=Levels&sample=fruit',
+    '#f=Levels:rgbgamma=90@0f..120@9f,from=2f&sample=fruit',
     async (page) => {
         for (const language of ['fr', 'de', 'ja', 'es', 'it', 'ko', 'en']) {
             await page.selectOption('.language', language);
@@ -441,32 +404,4 @@ walk(
     { viewport: { width: 360, height: 740 }, isMobile: true, hasTouch: true },
 );
 
-describe('the page', { concurrency: 2 }, () => {
-    let browser;
-    let server;
-    const idle = []; // pages of walks that ended well and asked for nothing of their own
-    before(async () => {
-        [browser, server] = await Promise.all([launch(), serve()]);
-    });
-    after(async () => {
-        await browser.close();
-        server.close();
-    });
-    for (const { name, address, work, options } of walks) {
-        test(name, async () => {
-            const url = address.startsWith('file:') ? address : server.url + address;
-            const isUsual = options === undefined && !address.startsWith('file:');
-            const known = isUsual ? idle.pop() : undefined;
-            const page = known ? await visit(known, url) : await open(browser, url, options);
-            page.folder = mkdtempSync(path.join(tmpdir(), 'vireo-page-'));
-            try {
-                await work(page);
-                assert.deepEqual(page.failures, []);
-                if (isUsual) idle.push(page);
-            } finally {
-                if (!idle.includes(page)) await page.context().close();
-                rmSync(page.folder, { recursive: true });
-            }
-        });
-    }
-});
+runWalks('the page');

@@ -46,6 +46,7 @@ TEST(LensDistortion, EqualsThePlainVersionOnAnyFrame) {
         const int range = random() % 4 == 0 ? 0 : 1 << random() % 15;
         Values values;
         for (std::int16_t& value : values) value = between(-range, range, random);
+        if (random() % 4 == 0) values = {values[0]};  // only bends
         const bool opaque = random() % 2 == 0;
         const auto color = static_cast<std::uint32_t>(random());
         std::array<std::uint8_t, 16> record{};

@@ -3,7 +3,8 @@
 #ifndef VIREO_TESTS_BRIDGES_FREI0R_SUPPORT_LOADED_PLUGIN_H
 #define VIREO_TESTS_BRIDGES_FREI0R_SUPPORT_LOADED_PLUGIN_H
 
-#include <dlfcn.h>
+#include "tests/bridges/frei0r/support/loaded_library.h"
+
 #include <frei0r.h>
 
 #include <algorithm>
@@ -18,7 +19,7 @@
 inline std::vector<std::filesystem::path> pluginFiles() {
     std::vector<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(VIREO_TESTED_PLUGINS)) {
-        if (entry.path().extension() == ".so") files.push_back(entry.path());
+        if (entry.path().extension() == libraryEnding) files.push_back(entry.path());
     }
     std::ranges::sort(files);
     return files;
@@ -26,7 +27,7 @@ inline std::vector<std::filesystem::path> pluginFiles() {
 
 /// The file of a plug-in by its name without folder and ending.
 inline std::filesystem::path pluginFile(const std::string& name) {
-    return std::filesystem::path(VIREO_TESTED_PLUGINS) / (name + ".so");
+    return std::filesystem::path(VIREO_TESTED_PLUGINS) / (name + libraryEnding);
 }
 
 /// A plug-in's functions. Nothing is called here, not even f0r_init; the library goes with the object.
@@ -35,16 +36,11 @@ class LoadedPlugin {
 
     template <class Function>
     Function* find(const char* name) const {
-        void* const address = library_ == nullptr ? nullptr : dlsym(library_.get(), name);
-        if (address == nullptr) throw std::runtime_error(dlerror());
-        return reinterpret_cast<Function*>(address);
+        return reinterpret_cast<Function*>(functionOf(library_.get(), name));
     }
 
 public:
-    explicit LoadedPlugin(const std::filesystem::path& file)
-        : library_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL), [](void* handle) {
-              if (handle != nullptr) dlclose(handle);
-          }) {}
+    explicit LoadedPlugin(const std::filesystem::path& file) : library_(loadLibrary(file)) {}
 
     decltype(f0r_init)* init = find<decltype(f0r_init)>("f0r_init");
     decltype(f0r_deinit)* deinit = find<decltype(f0r_deinit)>("f0r_deinit");

@@ -15,6 +15,8 @@ namespace {
 
 #if defined(_WIN32)
 constexpr char separator = ';', architecture[] = "Win64";
+#elif defined(__aarch64__)
+constexpr char separator = ':', architecture[] = "Linux-aarch64";
 #else
 constexpr char separator = ':', architecture[] = "Linux-x86-64";
 #endif

@@ -21,6 +21,7 @@ for await (const { data } of chain.stream(later())) data.subarray(1);
 const stream: Stream = chain.startStream({ rate: 50 });
 const onCanvas = (image: ImageData): ImageData => stream.render(image);
 stream[Symbol.dispose]();
+const onCamera = (camera: MediaStream): MediaStream => chain.live(camera, { rate: 25 }).stream;
 stream.dispose();
 
 let status: VireoError['status'] | undefined;
@@ -35,4 +36,4 @@ try {
 () => [...chain.stream(later())];
 // @ts-expect-error: a key stands at a frame or at a time
 (): Key => ({ value: 3 });
-console.log(JSON.stringify([names, kinds.length > 50, words.length, mine, layout, typeof onCanvas, status]));
+console.log(JSON.stringify([names, kinds.length > 50, words.length, mine, layout, typeof onCanvas, status, typeof onCamera]));

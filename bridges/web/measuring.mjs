@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Keeps scopes at what goes into their filters and what comes out.
+import { wholeText } from './chain.mjs';
+
+/** How often scopes follow while a clip plays, in milliseconds. */
+const playTime = 200;
+
+export class Measuring {
+    #host;
+    #isBusy = false;
+    #isAsked = false;
+
+    /**
+     * `host` is { scopes(), chain(), pictures(chains), isPlaying() }: scopes() gives [{ use, scope }], pictures() what
+     * chains make of the frame on show.
+     */
+    constructor(host) {
+        this.#host = host;
+    }
+
+    /** Something else shows. */
+    async update() {
+        this.#isAsked = true;
+        if (this.#isBusy) return;
+        this.#isBusy = true;
+        while (this.#isAsked) {
+            this.#isAsked = false;
+            for (const shown of this.#host.scopes()) await this.#measure(shown);
+            if (this.#host.isPlaying()) await new Promise((resolve) => setTimeout(resolve, playTime));
+        }
+        this.#isBusy = false;
+    }
+
+    async #measure({ use, scope }) {
+        const chain = this.#host.chain();
+        const position = chain.indexOf(use);
+        const ends = [position, position + 1];
+        try {
+            scope.show(await this.#host.pictures(ends.map((end) => wholeText(chain.slice(0, end)))));
+        } catch {
+            // The frame is gone again; the next one is measured.
+        }
+    }
+}

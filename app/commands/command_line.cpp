@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/command_line.h"
 
+#include "app/base/failures.h"
 #include "app/base/files.h"
 #include "app/base/log.h"
 #include "app/base/messages.h"
@@ -143,7 +144,7 @@ int parseAndRun(CLI::App& program, std::vector<std::string> arguments) {
         printError(error.what());
         return error.status();
     } catch (const std::exception& error) {
-        printError(error.what());
+        printError(sentenceOf(error));
         return 1;
     }
 }
@@ -151,6 +152,7 @@ int parseAndRun(CLI::App& program, std::vector<std::string> arguments) {
 }  // namespace
 
 int runCommandLine(std::vector<std::string> arguments) {
+    endInWordsWithoutMemory();
     takeProgressSignals();
     CLI::App program(introduction, "vireo");
     program.footer(examples);

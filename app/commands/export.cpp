@@ -34,7 +34,7 @@ Examples:
 
 ExportedClip clipOf(const ExportOptions& options) {
     ClipFacts facts;
-    if (!options.clip.empty()) facts = readClipFacts(options.clip);
+    if (!options.clip.empty()) facts = readClipFacts(options.clip, options.chain.job.policy);
     if (!options.frameRate.empty()) {
         facts.frameRate = parseFrameRate("--frame-rate", options.frameRate);
         facts.seconds.clear();
@@ -79,6 +79,7 @@ CLI::App& addTarget(CommandSet& commands, CLI::App& family, const std::string& n
     command.add_option("--clip-length", options->clipLength, "Frames of the clip")
         ->check(wholeNumbers(1, largestNumber))
         ->type_name("N");
+    addPolicyOptions(command, options->chain.job.policy);
     command.option_defaults()->group("Options");
     return command;
 }

@@ -204,6 +204,18 @@ void addInputOptions(CLI::App& command, RenderOptions& options) {
         .add_option("--fps", options.fps, "Drop or repeat frames to this rate, then begin: 25, 30000/1001")
         ->type_name("N");
     command.add_flag("--strict", job.strict, "A damaged input is a failure");
+    addPolicyOptions(command, job.policy);
+}
+
+void addPolicyOptions(CLI::App& command, InputPolicy& policy) {
+    command.add_flag("--allow-references", policy.references,
+                     "Inputs such as playlists may read other files below their folder");
+    command
+        .add_option(
+            "--max-pixels", policy.maxPixels,
+            "Refuse larger pictures: width times height, else " + std::to_string(InputPolicy::usualPixels))
+        ->check(wholeNumbers(1, InputPolicy::mostPixels))
+        ->type_name("N");
 }
 
 void addOutputOptions(CLI::App& command, RenderOptions& options) {

@@ -23,6 +23,9 @@ void addChainOptions(CLI::App& command, RenderOptions& options);
 /// Which frames of the input, and how they are to be understood.
 void addInputOptions(CLI::App& command, RenderOptions& options);
 
+/// What an input may read and ask for.
+void addPolicyOptions(CLI::App& command, InputPolicy& policy);
+
 /// How the output is written.
 void addOutputOptions(CLI::App& command, RenderOptions& options);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/render_queue.h"
 
+#include "app/base/failures.h"
 #include "app/base/files.h"
 #include "app/base/progress_signal.h"
 #include "app/commands/existing_output.h"
@@ -103,7 +104,8 @@ private:
             outcome.error = failure.what();
         } catch (const std::exception& failure) {
             outcome.status = 1;
-            outcome.error = (queued.work->isOneOfMany ? job.input + ": " : std::string()) + failure.what();
+            outcome.error =
+                (queued.work->isOneOfMany ? job.input + ": " : std::string()) + sentenceOf(failure);
         }
         if (outcome.status != 0 && !(jobs && isInterrupted(outcome))) messages.error(outcome.error);
         outcome.messages = messages.said();
@@ -194,8 +196,13 @@ private:
         };
         {
             std::vector<std::jthread> threads;
-            for (std::int64_t i = 0; i < std::min<std::int64_t>(jobs_, count); ++i)
-                threads.emplace_back(work);
+            try {
+                for (std::int64_t i = 0; i < std::min<std::int64_t>(jobs_, count); ++i)
+                    threads.emplace_back(work);
+            } catch (const std::system_error&) {
+                // Those that are there do all of it.
+                if (threads.empty()) throw;
+            }
         }
         Finished* interrupted = nullptr;
         for (; told < finished.size(); ++told) {

@@ -2,6 +2,7 @@
 // vireo sheet: the picture and what each filter makes of it, in a grid as large as the picture.
 #include "app/commands/commands.h"
 #include "app/commands/label_font.h"
+#include "app/commands/render_options.h"
 #include "app/media/render_job.h"
 #include "app/render/chain_processor.h"
 #include "app/render/render_media.h"
@@ -133,6 +134,7 @@ void addSheetCommand(CommandSet& commands) {
         ->required()
         ->type_name("OUT");
     command.add_flag("--overwrite", job->overwrite, "Replace what exists");
+    addPolicyOptions(command, job->policy);
     command.footer("Example:\n  vireo sheet photo.jpg sheet.png");
 }
 

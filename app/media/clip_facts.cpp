@@ -8,10 +8,11 @@
 #include "engine/error.h"
 
 namespace vireo {
-ClipFacts readClipFacts(const std::string& input) {
+ClipFacts readClipFacts(const std::string& input, const InputPolicy& policy) {
     if (input == "-") throw Error(Fault::Usage, "standard input cannot be handed on; give a file");
     RenderJob job;
     job.input = input;
+    job.policy = policy;
     const InterruptionGuard guard;
     StopRequest stop;
     Messages messages(true);
@@ -31,7 +32,7 @@ ClipFacts readClipFacts(const std::string& input) {
     facts.isRgb = formatIsRgb(video.format);
     facts.standardDefinition = video.coding.matrix != AVCOL_SPC_BT709;
     if (source.container == nullptr) return facts;
-    const PacketIndex index = indexPackets(input, source.container->videoStream(), stop);
+    const PacketIndex index = indexPackets(input, policy, source.container->videoStream(), stop);
     throwIfInterrupted();
     const AVFormatContext& container = source.container->input();
     const AVRational timeBase = container.streams[source.container->videoStream()]->time_base;

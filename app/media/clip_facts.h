@@ -3,6 +3,7 @@
 #define VIREO_APP_MEDIA_CLIP_FACTS_H
 
 #include "app/base/ratio.h"
+#include "app/media/input_policy.h"
 #include "engine/chain/clip.h"
 
 #include <cstdint>
@@ -27,7 +28,7 @@ struct ClipFacts {
 };
 
 /// Reads a clip's first frame and the times of all. Throws Error.
-ClipFacts readClipFacts(const std::string& input);
+ClipFacts readClipFacts(const std::string& input, const InputPolicy& policy);
 
 }  // namespace vireo
 

@@ -21,7 +21,7 @@ ClipIndex indexClip(const FfmpegInput& input, const RenderJob& job, const StopRe
     if (const auto exact = exactFrameCount(input.context(), input.videoStream()))
         clip.announcedFrames = clip.frameCount = *exact;
     if (input.isSeekable() && (clip.frameCount == 0 || partWanted || job.preparation.rate)) {
-        PacketIndex packets = indexPackets(job.input, input.videoStream(), stop);
+        PacketIndex packets = indexPackets(job.input, job.policy, input.videoStream(), stop);
         throwIfInterrupted();
         clip.frameCount = packets.count;
         clip.times = std::move(packets.times);

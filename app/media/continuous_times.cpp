@@ -7,6 +7,7 @@ namespace vireo {
 namespace {
 
 constexpr std::int64_t untidy = 100'000;  // some files go back a little and on again
+constexpr std::int64_t uneven = 10'000;
 constexpr std::int64_t farthest = 10'000'000;
 
 std::int64_t micros(std::int64_t time, const AVStream& stream) {
@@ -43,8 +44,12 @@ void ContinuousTimes::correct(AVPacket& packet, const AVFormatContext& input) {
         const std::int64_t shown = packet.pts != AV_NOPTS_VALUE ? micros(packet.pts, stream) : decoded;
         const bool mayJump = (input.iformat->flags & AVFMT_TS_DISCONT) != 0;
         const std::int64_t time = decoded + clock.shift;
-        if (!isFirst && (time + untidy < clock.last || (mayJump && time > clock.end + farthest)))
-            jump(clock, decoded, shown, stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO, mayJump);
+        const bool isVideo = stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
+        // Sound goes on evenly up to where the others jumped.
+        const bool meetsJump =
+            mayJump && !isVideo && clock.shift != shift_ && std::abs(time - clock.end) > uneven;
+        if (!isFirst && (time + untidy < clock.last || (mayJump && time > clock.end + farthest) || meetsJump))
+            jump(clock, decoded, shown, isVideo, mayJump);
         const std::int64_t step = isFirst ? 0 : decoded + clock.shift - clock.last;
         const std::int64_t duration = packet.duration > 0             ? micros(packet.duration, stream)
                                       : !isFirst && step < 2 * untidy ? std::max<std::int64_t>(step, 0)

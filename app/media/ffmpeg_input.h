@@ -3,11 +3,11 @@
 #define VIREO_APP_MEDIA_FFMPEG_INPUT_H
 
 #include "app/media/continuous_times.h"
-#include "app/media/ffmpeg_io.h"
+#include "app/media/guarded_input.h"
 
 #include <cstdint>
 #include <limits>
-#include <memory>
+#include <set>
 #include <string>
 
 namespace vireo {
@@ -18,20 +18,21 @@ inline constexpr double noTime = -std::numeric_limits<double>::infinity();
 class FfmpegInput {
 public:
     /// A file or "-". Throws Error, also where it holds no video.
-    FfmpegInput(const std::string& input, const StopRequest& stop);
+    FfmpegInput(const std::string& input, const InputPolicy& policy, const StopRequest& stop);
 
-    const std::string& name() const { return name_; }  ///< For sentences.
-    const AVFormatContext& context() const { return *context_; }
+    const std::string& name() const { return file_.name(); }  ///< For sentences.
+    const AVFormatContext& context() const { return file_.context(); }
     int videoStream() const { return video_; }
-    const AVStream& video() const { return *context_->streams[video_]; }
+    const AVStream& video() const { return *context().streams[video_]; }
 
     /// The rate of the video's frames; 25 where nothing tells.
     AVRational frameRate() const;
     AVRational pixelAspect(const AVFrame& frame) const;
 
-    bool isPipe() const { return pipe_ != nullptr; }
-    bool isSeekable() const;
-    bool isBroadcast() const { return (context_->iformat->flags & AVFMT_TS_DISCONT) != 0; }
+    const InputPolicy& policy() const { return file_.policy(); }
+    bool isPipe() const { return file_.isPipe(); }
+    bool isSeekable() const { return file_.isSeekable(); }
+    bool isBroadcast() const { return (context().iformat->flags & AVFMT_TS_DISCONT) != 0; }
 
     /// The next packet, whatever its stream; null at the end.
     PacketPtr next();
@@ -46,12 +47,15 @@ public:
     const std::string& breakReason() const { return breakReason_; }
 
 private:
-    const std::string name_;
-    std::unique_ptr<PipeIo> pipe_;
-    InputFormatPtr context_;
+    void note(const AVPacket& packet);
+    std::string earlyEnd() const;
+
+    GuardedInput file_;
     int video_ = -1;
     ContinuousTimes continuous_;
     std::string breakReason_;
+    std::int64_t lastEnd_ = -1;   ///< Of the last packet of the video, in the file.
+    std::set<int> corruptAtEnd_;  ///< Streams whose last packet is there in part.
     bool ended_ = false;
 };
 

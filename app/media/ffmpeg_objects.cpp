@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_objects.h"
 
+#include "app/media/decoder_complaints.h"
 #include "engine/error.h"
 
 #include <cstdarg>
@@ -13,14 +14,17 @@ namespace vireo {
 namespace {
 
 thread_local std::string lastComplaint;
+thread_local bool tooManyStreams = false;
 
-void keepComplaint(void*, int level, const char* format, va_list arguments) {
+void keepComplaint(void* source, int level, const char* format, va_list arguments) {
     if (level > AV_LOG_ERROR) return;
     char text[512];
     std::vsnprintf(text, sizeof text, format, arguments);
     lastComplaint = text;
+    if (lastComplaint.starts_with("Number of streams exceeds")) tooManyStreams = true;
     while (!lastComplaint.empty() && (lastComplaint.back() == '\n' || lastComplaint.back() == '.'))
         lastComplaint.pop_back();
+    if (DecoderComplaints* const decoder = DecoderComplaints::of(source)) decoder->add(lastComplaint);
 }
 
 }  // namespace
@@ -48,6 +52,8 @@ void captureLibraryMessages() {
     std::call_once(once, [] { av_log_set_callback(keepComplaint); });
     lastComplaint.clear();
 }
+
+bool hadTooManyStreams() { return std::exchange(tooManyStreams, false); }
 
 std::string libraryComplaint() { return std::exchange(lastComplaint, {}); }
 

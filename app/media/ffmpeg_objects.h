@@ -89,6 +89,9 @@ std::string errorText(int code);
 /// for error sentences. To be called before their first use.
 void captureLibraryMessages();
 
+/// Whether they refused to add a stream on this thread since this was last asked.
+bool hadTooManyStreams();
+
 /// What the libraries said last on this thread, which is forgotten then; empty where they said nothing.
 std::string libraryComplaint();
 

@@ -2,33 +2,43 @@
 #include "app/media/ffmpeg_pictures.h"
 
 #include "app/base/files.h"
+#include "app/media/decoder_complaints.h"
+#include "app/media/decoder_limits.h"
 #include "app/media/exif.h"
-#include "app/media/ffmpeg_io.h"
-#include "app/media/packet_index.h"
+#include "app/media/guarded_input.h"
 #include "app/media/pixel_format.h"
 #include "engine/error.h"
 
 namespace vireo {
 namespace {
 
+std::unique_ptr<GuardedInput> openPicture(const std::filesystem::path& path, const InputPolicy& policy) {
+    try {
+        return std::make_unique<GuardedInput>(utf8Of(path), policy, nullptr);
+    } catch (const Error& failure) {
+        throwIfInterrupted();
+        throw DamagedFrame(failure.what());
+    }
+}
+
 /// The first picture of a file, with its properties. Throws DamagedFrame.
-FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) {
+FramePtr readPicture(const std::filesystem::path& path, const InputPolicy& policy, VideoProperties& video) {
+    DecoderComplaints complaints;
     const auto checked = [&](int code) {
-        if (code < 0) throw DamagedFrame(utf8Of(path) + ": " + failureText(code));
+        if (code < 0) throw DamagedFrame(utf8Of(path) + ": " + complaints.failure(code, policy));
     };
     captureLibraryMessages();
-    AVFormatContext* context = nullptr;
-    Dictionary options;
-    options.set("pattern_type", "none");  // a name with a per cent sign is a name
-    checked(avformat_open_input(&context, fileUrl(utf8Of(path)).c_str(), nullptr, options.address()));
-    const InputFormatPtr input(context);
+    const auto input = openPicture(path, policy);
+    AVFormatContext* const context = &input->context();
     const AVCodec* codec = nullptr;
     checked(av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0));
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     const CodecContextPtr decoder(avcodec_alloc_context3(codec));
     if (decoder == nullptr) throw std::bad_alloc();
     checked(avcodec_parameters_to_context(decoder.get(), context->streams[stream]->codecpar));
+    complaints.watch(*decoder);
     decoder->thread_count = 1;  // pictures are read side by side
+    limitDecoder(*decoder, policy);
     checked(avcodec_open2(decoder.get(), codec, nullptr));
 
     FramePtr frame = newFrame();
@@ -39,13 +49,13 @@ FramePtr readPicture(const std::filesystem::path& path, VideoProperties& video) 
         av_packet_unref(packet.get());
         const int got = av_read_frame(context, packet.get());
         if (got >= 0 && packet->stream_index != stream) continue;
-        if (got >= 0 && codec->id == AV_CODEC_ID_MJPEG)
-            breaksOff = jpegBreaksOff({packet->data, static_cast<std::size_t>(packet->size)});
+        if (got >= 0) breaksOff = pictureBreaksOff(*packet, codec->id);
+        if (got >= 0) limitPacket(*packet, codec->id);
         checked(avcodec_send_packet(decoder.get(), got >= 0 ? packet.get() : nullptr));
         received = avcodec_receive_frame(decoder.get(), frame.get());
     }
     checked(received);
-    if (breaksOff) frame->flags |= AV_FRAME_FLAG_CORRUPT;
+    if (breaksOff || complaints.takeDamage()) frame->flags |= AV_FRAME_FLAG_CORRUPT;
     video = propertiesOf(*frame, codec->id);
     video.orientation = exifOrientation(exifOrientationTag(path));
     return frame;
@@ -75,9 +85,10 @@ FramePtr prepared(FramePtr frame, VideoProperties& video, const GraphPlan& plan)
 class PictureFrame : public FfmpegFrame {
 public:
     /// `interlacing` is how it is stored, `plan` null where it is rendered as it is.
-    PictureFrame(std::filesystem::path path, std::int64_t number, const VideoProperties& first,
-                 Interlacing interlacing, const GraphPlan* plan)
+    PictureFrame(std::filesystem::path path, const InputPolicy& policy, std::int64_t number,
+                 const VideoProperties& first, Interlacing interlacing, const GraphPlan* plan)
         : path_(std::move(path)),
+          policy_(policy),
           number_(number),
           first_(first),
           interlacing_(interlacing),
@@ -89,7 +100,7 @@ public:
 
     PicturePtr picture(std::uint32_t format) override {
         VideoProperties video;
-        frame_ = readPicture(path_, video);
+        frame_ = readPicture(path_, policy_, video);
         impaired = frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
         frame_->pts = number_;
         frame_->pkt_duration = 1;
@@ -117,6 +128,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    const InputPolicy& policy_;
     std::int64_t number_;
     const VideoProperties& first_;
     const Interlacing interlacing_;
@@ -128,13 +140,14 @@ private:
 
 FfmpegPictureSource::FfmpegPictureSource(const RenderJob& job, Messages& messages)
     : messages_(messages),
+      policy_(job.policy),
       premultiplied_(job.premultiplied),
       dithers_(job.dithers),
       preparation_(job.preparation),
       interlacing_(job.interlacing.value_or(Interlacing::Progressive)) {}
 
 SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
-    FramePtr frame = readPicture(file, video_);
+    FramePtr frame = readPicture(file, policy_, video_);
     video_.premultiplied = premultiplied_ && formatHasAlpha(video_.format);
     video_.dithers = dithers_;
     video_.interlacing = interlacing_;
@@ -163,7 +176,8 @@ SourceInfo FfmpegPictureSource::probe(const std::filesystem::path& file) {
 
 std::unique_ptr<SourceFrame> FfmpegPictureSource::frame(const std::filesystem::path& file,
                                                         std::int64_t number) {
-    return std::make_unique<PictureFrame>(file, number, prepared_, interlacing_, plan_ ? &*plan_ : nullptr);
+    return std::make_unique<PictureFrame>(file, policy_, number, prepared_, interlacing_,
+                                          plan_ ? &*plan_ : nullptr);
 }
 
 FfmpegPictureTarget::FfmpegPictureTarget(const RenderJob& job, const VideoProperties& video, int depth,

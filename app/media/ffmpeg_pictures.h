@@ -22,6 +22,7 @@ public:
 
 private:
     Messages& messages_;
+    const InputPolicy policy_;
     const bool premultiplied_;
     const bool dithers_;
     const Preparation preparation_;

@@ -13,7 +13,7 @@ FfmpegReader::FfmpegReader(const RenderJob& job, int lookBack, const StopRequest
       messages_(messages),
       strict_(job.strict),
       range_(job.frames.value_or(FrameRange{})),
-      input_(job.input, stop),
+      input_(job.input, job.policy, stop),
       others_(input_),
       decoder_(
           input_, job.interlacing, [this] { return nextVideoPacket(); }, stop),
@@ -52,7 +52,8 @@ void FfmpegReader::readToPart(const RenderJob& job, int lookBack) {
     }
     throwIfInterrupted();
     if (video().width == 0)
-        throw Error(input_.name() + ": no frame can be read: " + failureText(AVERROR_INVALIDDATA));
+        throw Error(input_.name() + ": no frame can be read: " +
+                    (decoder_.failure().empty() ? failureText(AVERROR_INVALIDDATA) : decoder_.failure()));
     // Frames and seconds meet where the part begins.
     if (frame != nullptr && job.durationFrames) {
         range_.last = lastOf(frame->position.number, *job.durationFrames);

@@ -37,6 +37,7 @@ void reshape(VideoProperties& video, const SourceInfo& info, const FrameShape& s
 FfmpegSource openSource(const RenderJob& job, const FrameProcessor& processor, const StopRequest& stop,
                         Messages& messages) {
     captureLibraryMessages();
+    refuseAddress(job.input);
     FfmpegSource source;
     const auto pattern = SequencePattern::parse(job.input);
     if (pattern && !std::filesystem::exists(pathOf(job.input))) {

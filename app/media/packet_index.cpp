@@ -2,7 +2,7 @@
 #include "app/media/packet_index.h"
 
 #include "app/media/continuous_times.h"
-#include "app/media/ffmpeg_io.h"
+#include "app/media/guarded_input.h"
 
 #include <algorithm>
 #include <cstring>
@@ -27,27 +27,13 @@ bool holdsShownFrame(const AVPacket& packet, AVCodecID codec) {
     return codec != AV_CODEC_ID_VP8 || (packet.data[0] & 0x10) != 0;
 }
 
-bool jpegBreaksOff(std::span<const std::uint8_t> picture) {
-    constexpr std::uint8_t startOfScan = 0xDA, end[] = {0xFF, 0xD9};
-    std::size_t at = 2;
-    while (at + 4 <= picture.size() && picture[at] == 0xFF && picture[at + 1] != startOfScan) {
-        const std::size_t length = picture[at + 2] << 8 | picture[at + 3];
-        at += 2 + length;
-    }
-    const auto scan = picture.subspan(std::min(at, picture.size()));
-    return std::search(scan.begin(), scan.end(), std::begin(end), std::end(end)) == scan.end();
-}
-
-PacketIndex indexPackets(const std::string& path, int stream, const StopRequest& stop) {
+PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int stream,
+                         const StopRequest& stop) {
     PacketIndex index;
-    AVFormatContext* context = avformat_alloc_context();
-    if (context == nullptr) throw std::bad_alloc();
-    context->interrupt_callback = interruptBy(stop);
-    if (avformat_open_input(&context, fileUrl(path).c_str(), nullptr, nullptr) < 0) return index;
-    const InputFormatPtr input(context);
+    GuardedInput input(path, policy, &stop);
+    AVFormatContext* const context = &input.context();
     // Streams of some containers only appear while packets are looked at.
-    if (avformat_find_stream_info(context, nullptr) < 0 || stream >= static_cast<int>(context->nb_streams))
-        return index;
+    if (input.findStreams() < 0 || stream >= static_cast<int>(context->nb_streams)) return index;
     // Where the clock may jump, sound and picture tell together where to.
     const bool mayJump = (context->iformat->flags & AVFMT_TS_DISCONT) != 0;
     for (unsigned i = 0; i < context->nb_streams; ++i) {

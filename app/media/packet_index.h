@@ -4,10 +4,10 @@
 
 #include "app/base/interruption.h"
 #include "app/media/ffmpeg_objects.h"
+#include "app/media/input_policy.h"
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -25,13 +25,12 @@ struct PacketIndex {
     bool jumps = false;  ///< The times are not the file's own any more: see ContinuousTimes.
 };
 
-PacketIndex indexPackets(const std::string& path, int stream, const StopRequest& stop);
+/// Throws Error.
+PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int stream,
+                         const StopRequest& stop);
 
 /// Whether the packet becomes a frame that is shown.
 bool holdsShownFrame(const AVPacket& packet, AVCodecID codec);
-
-/// Whether a JPEG picture breaks off before its end.
-bool jpegBreaksOff(std::span<const std::uint8_t> picture);
 
 }  // namespace vireo
 

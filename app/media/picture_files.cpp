@@ -49,6 +49,7 @@ SequenceReader::SequenceReader(const RenderJob& job, const SequencePattern& patt
         rate_ = static_cast<double>(rate->numerator) / rate->denominator;
     const std::vector<std::int64_t> numbers = pattern_.existing();
     if (numbers.empty()) throw Error("there is no picture named like " + job.input);
+    refuseLinks(pattern_, numbers, job.policy);
     firstNumber_ = numbers.front();
     const std::int64_t count = numbers.back() - firstNumber_ + 1;
 

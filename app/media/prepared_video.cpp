@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/prepared_video.h"
 
+#include "engine/error.h"
+
 #include <algorithm>
 #include <numeric>
 #include <string_view>
@@ -55,6 +57,11 @@ ClipIndex PreparedVideo::setClip(const ClipIndex& source) {
     const std::int64_t usual = av_rescale_q(1, av_inv_q(input_.frameRate()), source.timeBase);
     const std::int64_t last = source.lastDuration > 0 ? source.lastDuration : usual;
     clip_.frameCount = countUpTo(source.times.back() + last - source.times.front());
+    constexpr std::int64_t mostFrames = 1 << 25;
+    if (clip_.frameCount > mostFrames) {
+        throw Error(input_.name() + " has " + std::to_string(clip_.frameCount) +
+                    " frames at that rate, more than " + std::to_string(mostFrames));
+    }
     const std::int64_t first = av_rescale_q(source.times.front(), source.timeBase, timeBase_);
     for (std::int64_t frame = 0; frame < clip_.frameCount; ++frame)
         clip_.times.push_back(first + av_rescale_q(frame, av_inv_q(*rate_), timeBase_));

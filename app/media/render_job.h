@@ -4,6 +4,7 @@
 
 #include "app/base/messages.h"
 #include "app/base/ratio.h"
+#include "app/media/input_policy.h"
 #include "engine/chain/clip.h"
 
 #include <algorithm>
@@ -58,6 +59,7 @@ struct RenderJob {
     bool quiet = false;
     ProgressStyle progress;
     bool strict = false;  ///< Damage is a failure.
+    InputPolicy policy;
 
     std::optional<FrameRange> frames;
     std::optional<double> start;                 ///< Seconds from the first frame; excludes `frames`.

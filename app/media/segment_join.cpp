@@ -17,14 +17,14 @@ namespace {
 
 /// The file of a segment, and which frames of the clip its packets hold.
 struct OpenSegment {
-    InputFormatPtr input;
+    std::unique_ptr<GuardedInput> input;
     int stream = -1;
     std::vector<std::int64_t> times;    ///< Of its packets in the order in which they are shown; empty where
                                         ///< they are shown as they are stored.
     std::vector<std::int64_t> numbers;  ///< Of its frames, in the order in which they are shown.
     std::string file;
 
-    const AVStream& video() const { return *input->streams[stream]; }
+    const AVStream& video() const { return *input->context().streams[stream]; }
 };
 
 std::string frameNames(const Segment& segment) {
@@ -66,16 +66,11 @@ public:
         std::error_code error;
         if (!std::filesystem::exists(pathOf(segment.file), error))
             throw Error(frameNames(segment) + " are missing: there is no " + segment.file);
-        AVFormatContext* context = avformat_alloc_context();
-        if (context == nullptr) throw std::bad_alloc();
-        context->interrupt_callback = interruptBy(stop_);
-        check(avformat_open_input(&context, fileUrl(segment.file).c_str(), nullptr, nullptr),
-              "cannot open " + segment.file);
-        open.input.reset(context);
-        check(avformat_find_stream_info(context, nullptr), "cannot read " + segment.file);
-        open.stream = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+        open.input = std::make_unique<GuardedInput>(segment.file, job_.policy, &stop_);
+        check(open.input->findStreams(), "cannot read " + segment.file);
+        open.stream = av_find_best_stream(&open.input->context(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
         if (open.stream < 0) throw Error(segment.file + " holds no video");
-        PacketIndex index = indexPackets(segment.file, open.stream, stop_);
+        PacketIndex index = indexPackets(segment.file, job_.policy, open.stream, stop_);
         throwIfInterrupted();
         open.times = std::move(index.times);
         numberFrames(open, segment, index.count);
@@ -162,7 +157,7 @@ public:
         while (segment_ < segments_.size()) {
             OpenSegment& segment = segments_[segment_];
             PacketPtr packet = newPacket();
-            const int got = av_read_frame(segment.input.get(), packet.get());
+            const int got = av_read_frame(&segment.input->context(), packet.get());
             if (got == AVERROR_EOF) {
                 shownBefore_ += segment.numbers.size();
                 storedInSegment_ = 0;

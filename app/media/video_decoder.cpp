@@ -2,6 +2,7 @@
 #include "app/media/video_decoder.h"
 
 #include "app/base/files.h"
+#include "app/media/decoder_limits.h"
 #include "app/media/exif.h"
 #include "app/media/packet_index.h"
 #include "engine/error.h"
@@ -64,6 +65,8 @@ VideoDecoder::VideoDecoder(const FfmpegInput& input, std::optional<Interlacing> 
     decoder_->pkt_timebase = stream.time_base;
     // Filters and the encoder have more to do; each of the decoder's threads holds frames of its own.
     decoder_->thread_count = std::max(1, av_cpu_count() / 2);
+    limitDecoder(*decoder_, input_.policy());
+    complaints_.watch(*decoder_);
     // What is decodable in part is rendered and named.
     decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     check(avcodec_open2(decoder_.get(), codec, nullptr), failure);
@@ -83,6 +86,7 @@ void VideoDecoder::restart() {
     brokenPackets_.clear();
     numbering_ = FrameNumbering(clip_.times);
     drained_ = false;
+    missing_.reset();
 }
 
 std::unique_ptr<FfmpegFrame> VideoDecoder::next() {
@@ -102,6 +106,7 @@ std::unique_ptr<FfmpegFrame> VideoDecoder::next() {
             noteFailure(received);
         }
     }
+    if (decoded_.empty() && missing_) takeNextMissing();
     if (decoded_.empty()) return nullptr;
     std::unique_ptr<FfmpegFrame> frame = std::move(decoded_.front());
     decoded_.pop_front();
@@ -116,6 +121,7 @@ void VideoDecoder::feed() {
         if (packet->pts != AV_NOPTS_VALUE) numbering_.sent(packet->pts);
         if (breaksOff(*packet)) brokenPackets_.insert(packet->pts);
     }
+    if (packet != nullptr) limitPacket(*packet, decoder_->codec_id);
     const int sent = avcodec_send_packet(decoder_.get(), packet.get());
     if (sent < 0) noteFailure(sent);
 }
@@ -127,13 +133,12 @@ bool VideoDecoder::breaksOff(const AVPacket& packet) const {
     // In clips some cameras leave the end out.
     const std::string_view format = input_.context().iformat->name;
     const bool isPicture = format == "image2" || format.ends_with("_pipe");
-    return isPicture && decoder_->codec_id == AV_CODEC_ID_MJPEG &&
-           jpegBreaksOff({packet.data, static_cast<std::size_t>(packet.size)});
+    return isPicture && pictureBreaksOff(packet, decoder_->codec_id);
 }
 
 void VideoDecoder::noteFailure(int code) {
     numbering_.failed();
-    failure_ = failureText(code);
+    failure_ = complaints_.failure(code, input_.policy());
 }
 
 void VideoDecoder::take(FramePtr frame) {
@@ -152,7 +157,7 @@ void VideoDecoder::take(FramePtr frame) {
     if (!firstTime_) firstTime_ = numbered.lost.empty() ? time : numbered.lost.front().time;
     takeLost(numbered.lost);
     const bool impaired = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0 ||
-                          brokenPackets_.erase(time) > 0;
+                          brokenPackets_.erase(time) > 0 || complaints_.takeDamage();
     auto decoded = std::make_unique<DecodedFrame>(std::move(frame), video_);
     decoded->impaired = impaired;
     place(*decoded, numbered.number, time, uprightInterlacing(stored, video_));
@@ -173,14 +178,17 @@ void VideoDecoder::takeMissing() {
     if (shownPackets_ >= clip_.announcedFrames) return;
     failure_ = "the file ends before it";
     cutShort_ = true;
-    std::vector<FrameNumbering::Lost> missing;
-    for (std::int64_t number = numbering_.following(); number < clip_.announcedFrames; ++number) {
-        missing.push_back({number, nextTime_});
-        nextTime_ += usualDuration();
-        // A part may end long before.
-        if (lastWanted_ && number > *lastWanted_) break;
-    }
-    takeLost(missing);
+    missing_ = numbering_.following();
+}
+
+/// One at a time, since a container can announce any number.
+void VideoDecoder::takeNextMissing() {
+    // A part may end long before.
+    const bool isBehindPart = lastWanted_ && *missing_ > *lastWanted_ + 1;
+    if (*missing_ >= clip_.announcedFrames || isBehindPart || stop_.requested()) return;
+    takeLost({{*missing_, nextTime_}});
+    nextTime_ += usualDuration();
+    ++*missing_;
 }
 
 void VideoDecoder::setProperties(const AVFrame& frame) {

@@ -3,6 +3,7 @@
 #define VIREO_APP_MEDIA_VIDEO_DECODER_H
 
 #include "app/media/clip_index.h"
+#include "app/media/decoder_complaints.h"
 #include "app/media/ffmpeg_frame.h"
 #include "app/media/frame_numbering.h"
 
@@ -52,6 +53,9 @@ public:
     /// The number behind the last frame's.
     std::int64_t following() const { return numbering_.following(); }
 
+    /// Why a frame could not be decoded last; empty where all could.
+    const std::string& failure() const { return failure_; }
+
     /// Whether frames that the container announces are missing at the end, and came out as lost.
     bool wasCutShort() const { return cutShort_; }
 
@@ -62,6 +66,7 @@ private:
     void take(FramePtr frame);
     void takeLost(const std::vector<FrameNumbering::Lost>& lost);
     void takeMissing();
+    void takeNextMissing();
     void setProperties(const AVFrame& frame);
     Interlacing interlacingOf(const AVFrame& frame) const;
     std::int64_t usualDuration() const;
@@ -71,6 +76,7 @@ private:
     const std::optional<Interlacing> forcedInterlacing_;
     const PacketSource nextPacket_;
     const StopRequest& stop_;
+    DecoderComplaints complaints_;
     CodecContextPtr decoder_;
     VideoProperties video_;
     ClipIndex clip_;
@@ -83,6 +89,7 @@ private:
     std::string failure_;                   ///< What the decoder said last.
     std::set<std::int64_t> brokenPackets_;  ///< Times of those that are there in part.
     bool drained_ = false;
+    std::optional<std::int64_t> missing_;  ///< The next frame that was announced and is not there.
     bool cutShort_ = false;
 };
 

@@ -96,8 +96,12 @@ public:
 
     std::int64_t run() {
         std::vector<std::jthread> threads;
-        threads.emplace_back([this] { guarded([this] { readAll(); }); });
-        for (int i = 0; i < jobs_; ++i) threads.emplace_back([this] { guarded([this] { renderAll(); }); });
+        // Where one cannot be started, the others have to end too.
+        guarded([&] {
+            threads.emplace_back([this] { guarded([this] { readAll(); }); });
+            for (int i = 0; i < jobs_; ++i)
+                threads.emplace_back([this] { guarded([this] { renderAll(); }); });
+        });
         std::int64_t frames = 0;
         guarded([&] { frames = writeAll(); });
         threads.clear();

@@ -60,6 +60,14 @@ int framesAtOnce(int jobs) {
 
 namespace {
 
+/// How many frames may be on their way, by their size.
+int framesInMemory(const SourceInfo& info) {
+    constexpr std::int64_t pixelsAtOnce = 1 << 29;
+    const std::int64_t pixels =
+        std::max<std::int64_t>(1, static_cast<std::int64_t>(info.width) * info.height);
+    return static_cast<int>(std::clamp<std::int64_t>(pixelsAtOnce / pixels, 1, 1 << 16));
+}
+
 /// Renders to all outputs of a job, or only opens them.
 RenderSummary renderOnce(const RenderJob& job, FrameProcessor& processor, Messages& messages) {
     StopRequest stop;
@@ -71,9 +79,10 @@ RenderSummary renderOnce(const RenderJob& job, FrameProcessor& processor, Messag
     summary.media = media.description;
     if (job.dryRun) return summary;
     const std::int64_t expected = media.reader->info().framesExpected;
-    const int jobs = framesAtOnce(job.jobs);
+    const int threads = framesAtOnce(job.jobs);
+    const int jobs = std::min(threads, framesInMemory(media.reader->info()));
     // Frames side by side keep the cores busier than parts of one.
-    processor.begin(expected == 1 || job.atOnce ? jobs : 1);
+    processor.begin(expected == 1 || job.atOnce ? threads : std::max(1, threads / jobs));
     messages.progress(0, expected);
     messages.enter(Phase::Render);
     summary.frames = runPipeline(

@@ -25,7 +25,7 @@ CLIPS = {
     "plain.gif": [],
 }
 PICTURES = {"plain.png": "rgb24", "deep.png": "rgba64be", "plain.jpg": "yuvj420p", "plain.webp": "bgra", "plain.tif": "rgb24",
-            "float.exr": "gbrpf32le"}
+            "float.exr": "gbrpf32le", "plain.qoi": "rgb24", "plain.jls": "rgb24"}
 
 
 @pytest.fixture(scope="module")
@@ -78,7 +78,8 @@ def test_no_damage_stops_the_program_or_passes_unnamed_by_strict(vireo, whole, n
         assert said[1].returncode == damaged, (how, said)
 
 
-@pytest.mark.parametrize("name", ["h264.mp4", "h264.mkv", "vp9.webm", "ffv1.mkv", "mpeg4.avi", "plain.jpg"])
+@pytest.mark.parametrize("name", ["h264.mp4", "h264.mkv", "vp9.webm", "ffv1.mkv", "mpeg4.avi", "plain.jpg", "plain.y4m",
+                                  "plain.gif", "h264.ts", "float.exr", "plain.qoi", "plain.jls"])
 def test_a_file_that_breaks_off_is_named(vireo, whole, name):
     source, output = place(vireo, name, whole[name][:len(whole[name]) * 6 // 10])
     result = vireo("render", source, output, *IDENTITY)
@@ -88,6 +89,24 @@ def test_a_file_that_breaks_off_is_named(vireo, whole, name):
     output.unlink()
     assert source in vireo("render", source, output, *IDENTITY, "--strict", status=1).stderr.decode()
     assert not output.exists()
+
+
+def test_whole_files_are_named_for_nothing(vireo, whole):
+    for name in whole:
+        source, output = place(vireo, name, whole[name])
+        assert b"warning" not in vireo("render", source, output, *IDENTITY, "--strict", "--overwrite").stderr, name
+
+
+@pytest.mark.parametrize("name, encoding", [("in.gif", []), ("in.tif", ["-compression_algo", "deflate"]), ("in.jpg", []),
+                                            ("in.exr", ["-compression", "zip16", "-pix_fmt", "gbrpf32le"])])
+def test_broken_bits_are_named_where_the_decoder_meets_them(vireo, name, encoding):
+    clip(vireo.folder, name, *encoding, *([] if name == "in.gif" else ["-frames:v", "1"]), source=MOVING)
+    data = bytearray((vireo.folder / name).read_bytes())
+    data[len(data) // 2:len(data) // 2 + 60] = b"\xA5" * 60
+    (vireo.folder / name).write_bytes(data)
+    output = "out.mkv" if name == "in.gif" else "out.png"
+    assert b"damaged and rendered as far as" in vireo("render", name, output, *IDENTITY).stderr
+    assert b"damaged" in vireo("render", name, "strict" + output, *IDENTITY, "--strict", status=1).stderr
 
 
 def test_a_size_or_format_that_changes_within_a_clip_is_brought_to_the_first(vireo):

@@ -4,7 +4,7 @@ import numpy
 import pytest
 
 from conftest import read_picture
-from media_support import IDENTITY, clip, ffmpeg, frames, packets_seconds, probe, times
+from media_support import IDENTITY, clip, ffmpeg, frames, packets_seconds, probe, samples, times
 from PIL import Image
 
 # Steps of 33 ms, as a phone records, with a stutter and a pause.
@@ -79,6 +79,45 @@ def test_a_clock_that_runs_over_goes_on(vireo, tmp_path):
         vireo("render", "in.ts", output, *IDENTITY)
         assert steps(tmp_path, output) == pytest.approx([0.04] * 49, abs=0.0015)
         assert packets_seconds(tmp_path, output, "a:0")[1] == pytest.approx(2.02, abs=0.06)
+
+
+def signals(folder, name, begin, sound="0.5", seconds=3):
+    """A transport stream that flashes and sounds at once, at 0.5 and 2 seconds of its own; its sound begins with the
+    picture or later."""
+    every = "between(mod(t\\,1.5)\\,0.5\\,0.7)"
+    ffmpeg("-f", "lavfi", "-i", f"color=black:s=64x48:r=25:d={seconds},drawbox=c=white:t=fill:enable='{every}'",
+           "-f", "lavfi", "-i", f"aevalsrc=sin(6283*t)*{every}:s=48000:d={seconds}", "-af", f"atrim=start={sound}", "-c:v", "libx264",
+           "-g", "25", "-bf", "2", "-c:a", "mp2", "-muxdelay", "0", "-output_ts_offset", begin, name, cwd=folder)
+    return (folder / name).read_bytes()
+
+
+def rises(values, times, level):
+    """When values rise above a level."""
+    above = numpy.array(values) > level
+    return [times[0]] * bool(above[0]) + [times[i] for i in range(1, len(above)) if above[i] and not above[i - 1]]
+
+
+WRAP = 2**33 / 90000
+
+
+@pytest.mark.parametrize("begins", [(200, 100), (200, 260), (WRAP - 1.4,), (WRAP - 4, WRAP - 1.4), (200, WRAP - 1.4, 50), (200, 200)],
+                         ids=["back", "forward", "wrap", "joined before a wrap", "all", "again"])
+@pytest.mark.parametrize("sound", ["0", "0.3"], ids=["with the picture", "later"])
+def test_what_is_seen_and_heard_together_stays_together(vireo, tmp_path, begins, sound):
+    (tmp_path / "in.ts").write_bytes(b"".join(signals(tmp_path, "part.ts", begin, sound) for begin in begins))
+    vireo("render", "in.ts", "out.mkv", *IDENTITY, "--encoder", "ffv1")
+    shown = times(tmp_path, "out.mkv")
+    luma = samples(tmp_path, "out.mkv", "gray").reshape(len(shown), -1).mean(axis=1)
+    flashes = rises(luma, shown, 128)
+    # Silence where the sound has gaps, so that its samples count time.
+    heard = numpy.abs(numpy.frombuffer(ffmpeg("-i", "out.mkv", "-af", "aresample=async=1:min_hard_comp=0.01:first_pts=0", "-f", "s16le",
+                                              "-ac", "1", "-", cwd=tmp_path), numpy.int16).astype(int))
+    loud = [heard[at:at + 480].mean() for at in range(0, heard.size, 480)]
+    tones = rises(loud, [number / 100 for number in range(len(loud))], 3000)
+    assert len(flashes) == len(tones) == 2 * len(begins)
+    assert tones == pytest.approx(flashes, abs=0.06)
+    # Nothing is lost or lengthened.
+    assert len(shown) == 75 * len(begins) and numpy.diff(shown).max() < 0.4
 
 
 @pytest.mark.parametrize("source", ["in.mp4", "in.mkv", "in.ts"])

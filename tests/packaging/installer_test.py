@@ -25,6 +25,9 @@ TARGET = f"/D={FOLDER}".split(" ")
 SEARCH_PATH = r"%USERPROFILE%\bin;" + ";".join(rf"C:\tools\number {i}" for i in range(120)) + rf";{FOLDER} 2"
 PATH_KEY = r"HKCU\Environment"
 
+# Which Wine makes when they are first needed.
+KEYS_OF_EVERY_USER = [r"HKCU\Software\Classes", r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall"]
+
 pytestmark = pytest.mark.skipif(not shutil.which("makensis"), reason="there is no NSIS")
 
 
@@ -43,10 +46,10 @@ def search_path():
 
 
 def registry(folder):
-    """By keys, without those in which Wine keeps what a session asked of it."""
+    """By keys, without those in which Wine keeps what a session asked of it and how consoles look."""
     windows("reg", "export", "HKCU", f"Z:{folder}/registry.reg", "/y")
     keys = (folder / "registry.reg").read_text(encoding="utf-16").split("\n\n")
-    return sorted(key for key in keys if "\\Temporary System Parameters" not in key)
+    return sorted(key for key in keys if "\\Temporary System Parameters" not in key and "\\Console]" not in key)
 
 
 def files():
@@ -70,6 +73,8 @@ def uninstall():
 def setup(packages):
     (program,) = packages.glob("vireo-filters-*-windows-setup.exe")
     windows("reg", "add", PATH_KEY, "/v", "Path", "/t", "REG_EXPAND_SZ", "/d", SEARCH_PATH, "/f")
+    for key in KEYS_OF_EVERY_USER:
+        windows("reg", "add", key, "/f")
     yield program
     if (INSTALLED / "Uninstall.exe").exists():  # the test failed
         uninstall()
@@ -113,4 +118,4 @@ def test_installs_for_one_user_and_leaves_nothing(setup, packages, picture, tmp_
     assert search_path() == path_before
     assert files() == files_before
     after = registry(tmp_path)
-    assert [key for key in after if key not in before] == [key for key in before if key not in after] == []
+    assert set(after) ^ set(before) == set()

@@ -6,7 +6,11 @@
 const files = [];
 const cacheName = '';
 
-const again = '<!doctype html><script>location.reload()</script>';
+// Waits, since the newer one cannot take over while pages are asked for.
+const again = `<!doctype html><script>
+    navigator.serviceWorker.oncontrollerchange = () => location.reload();
+    setTimeout(() => location.reload(), 1000);
+</script>`;
 
 const sharedCache = 'vireo-shared';
 

@@ -7,7 +7,7 @@
 #
 # The folder is ~/.cache/vireo-windows-ffmpeg/HASH-gpl (or -lgpl; XDG_CACHE_HOME moves it), with a hash of this script, the
 # versions and the options; what lies there is not built again. In it:
-#   bin              the DLLs; ffmpeg.exe and ffprobe.exe, with frei0r, for tests
+#   bin              the DLLs; ffmpeg.exe and ffprobe.exe for tests, with x264 also with frei0r
 #   include, lib     headers, import libraries, lib/pkgconfig
 #   licences         texts, and VERSIONS.txt: what it was made from and where the sources are
 #   sources          the source packages
@@ -43,16 +43,16 @@ options=(
     --disable-filters
     --enable-filter=scale,format,null,bwdif,yadif,fps,transpose,hflip,vflip,crop
     --enable-filter=aformat,anull,aresample,atrim,trim,setpts,asetpts,setsar,split,copy
-    --enable-filter=color,testsrc,testsrc2,sine,anullsrc,psnr,blend,frei0r,frei0r_src
+    --enable-filter=color,testsrc,testsrc2,sine,anullsrc,psnr,blend
     --disable-indevs --enable-indev=lavfi --disable-outdevs
-    --enable-frei0r --extra-ldflags=-Wl,--no-insert-timestamp
+    --extra-ldflags=-Wl,--no-insert-timestamp
 )
 x264_options=(
     --prefix=/ --host=$host --cross-prefix=$host- --enable-static --disable-cli --disable-opencl
 )
 if [[ $licence == gpl ]]; then
     sources+=(x264="$(version_of "$(dpkg-query -Wf '${Depends}' libavcodec59 | grep -o 'libx264-[0-9]*')")")
-    options+=(--enable-gpl --enable-libx264)
+    options+=(--enable-gpl --enable-libx264 --enable-frei0r --enable-filter=frei0r,frei0r_src)
 fi
 
 hash=$({ grep -v '^ *#' "${BASH_SOURCE[0]##*/}"; echo "${sources[@]} ${options[@]}"; } | sha256sum | cut -c 1-12)

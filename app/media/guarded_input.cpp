@@ -130,7 +130,7 @@ void GuardedInput::open(const std::string& url, const AVInputFormat& format) {
     options.set("allowed_extensions", "ALL");
     // It is freed where opening it fails.
     context_.release();
-    hadTooManyStreams();
+    static_cast<void>(hadTooManyStreams());  // what an earlier input left
     const int opened = avformat_open_input(&context, url.c_str(), &format, options.address());
     context_.reset(context);
     throwIfInterrupted();

@@ -101,15 +101,13 @@ void checkFileList(const std::string& list, const InputFolder& folder) {
         if (word() != "file") continue;
         const std::string name = word();
         const std::filesystem::path file = pathOf(list).parent_path() / pathOf(name);
-        if (isAddress(name) || !folder.holdsBelow(file))
-            throw Error(list + " names " + name + ", which does not lie below its folder");
-        if (!std::filesystem::is_regular_file(file))
-            throw Error(list + " names " + name + ", which cannot be opened");
+        const auto refuse = [&](const char* why) { throw Error(list + " names " + name + ", which " + why); };
+        if (isAddress(name) || !folder.holdsBelow(file)) refuse("does not lie below its folder");
+        if (!std::filesystem::is_regular_file(file)) refuse("cannot be opened");
         // These open what lies beside them by themselves.
         constexpr std::string_view listBegin = "ffconcat version";
         const bool isSplit = file.extension() == ".y" || file.extension() == ".Y";
-        if (isSplit || beginOf(file, listBegin.size()) == listBegin)
-            throw Error(list + " names " + name + ", which names other files itself");
+        if (isSplit || beginOf(file, listBegin.size()) == listBegin) refuse("names other files itself");
     }
 }
 

@@ -129,8 +129,8 @@ void GuardedInput::open(const std::string& url, const AVInputFormat& format) {
     options.set("max_reload", "1");
     options.set("allowed_extensions", "ALL");
     // It is freed where opening it fails.
-    context_.release();
-    static_cast<void>(hadTooManyStreams());  // what an earlier input left
+    static_cast<void>(context_.release());
+    hadTooManyStreams();
     const int opened = avformat_open_input(&context, url.c_str(), &format, options.address());
     context_.reset(context);
     throwIfInterrupted();

@@ -101,7 +101,9 @@ void checkFileList(const std::string& list, const InputFolder& folder) {
         if (word() != "file") continue;
         const std::string name = word();
         const std::filesystem::path file = pathOf(list).parent_path() / pathOf(name);
-        const auto refuse = [&](const char* why) { throw Error(list + " names " + name + ", which " + why); };
+        const auto refuse = [&](const char* why) {
+            throw Error(std::string(list).append(" names ").append(name).append(", which ").append(why));
+        };
         if (isAddress(name) || !folder.holdsBelow(file)) refuse("does not lie below its folder");
         if (!std::filesystem::is_regular_file(file)) refuse("cannot be opened");
         // These open what lies beside them by themselves.

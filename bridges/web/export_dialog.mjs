@@ -33,6 +33,7 @@ export class ExportDialog {
     #dialog;
     #tell;
     #control = null; // of the export that runs
+    #isOpening = false;
     #reader = null;
     #parts;
     #chosen = { format: 'vp9', quality: 'good' };
@@ -51,12 +52,17 @@ export class ExportDialog {
 
     /** `job` is { file, name, stem, chain, lookBack }, the chain as its text. Throws PageError. */
     async open(job) {
-        if (this.#dialog.open) return;
-        const reader = job.file && (await ClipReader.open(job.file, job.name));
-        if (!reader) throw new PageError('cannotDecode', { name: job.name });
-        this.#reader = reader;
-        this.#build(job);
-        this.#dialog.showModal();
+        if (this.#isOpening || this.#dialog.open) return;
+        this.#isOpening = true;
+        try {
+            const reader = job.file && (await ClipReader.open(job.file, job.name));
+            if (!reader) throw new PageError('cannotDecode', { name: job.name });
+            this.#reader = reader;
+            this.#build(job);
+            this.#dialog.showModal();
+        } finally {
+            this.#isOpening = false;
+        }
         await this.#choose();
     }
 

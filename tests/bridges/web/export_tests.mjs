@@ -285,6 +285,7 @@ walk('the dialog is all reached by keyboard, has names, and fits a phone in ever
         await page.selectOption('.language', language);
         await page.waitForSelector(`html[lang=${language}]`);
         await page.click('.save-video');
+        await page.waitForSelector('.export[open] .start:enabled');
         const [content, width] = await page.evaluate(() => {
             const dialog = document.querySelector('.export');
             return [dialog.scrollWidth, dialog.clientWidth];

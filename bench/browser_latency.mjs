@@ -37,10 +37,10 @@ const shownTime = (value) => value.toFixed(1);
 /** Runs in the page: moves the slider `count` times and gives the milliseconds until each result of a kind is shown. */
 async function timeMoves({ name, count, isPreview }) {
     const compact = (text) => text.replace(/[\s()]/g, '').toLowerCase();
-    const label = [...document.querySelectorAll('.number label')].find(
-        (node) => compact(node.textContent) === compact(name.replace(/^RGB/, '')),
-    );
-    const slider = label.control;
+    const labels = () => [...document.querySelectorAll('.number label')];
+    const find = () => labels().find((node) => compact(node.textContent) === compact(name.replace(/^RGB/, '')));
+    while (!find()) await new Promise((resolve) => requestAnimationFrame(resolve));
+    const slider = find().control;
     const span = slider.max - slider.min;
     const times = [];
     for (let i = 0; i < count; ++i) {

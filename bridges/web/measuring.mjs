@@ -2,8 +2,8 @@
 // Keeps scopes at what goes into their filters and what comes out.
 import { wholeText } from './chain.mjs';
 
-/** How often scopes follow while a clip plays, in milliseconds. */
-const playTime = 200;
+/** How often scopes follow, in milliseconds: what plays or is dragged has the worker for itself in between. */
+const restTime = 200;
 
 export class Measuring {
     #host;
@@ -11,8 +11,8 @@ export class Measuring {
     #isAsked = false;
 
     /**
-     * `host` is { scopes(), chain(), pictures(chains), isPlaying() }: scopes() gives [{ use, scope }], pictures() what
-     * chains make of the frame on show.
+     * `host` is { scopes(), chain(), measured(chains) }: scopes() gives [{ use, scope }], measured() what a scope shows of
+     * the frame on show behind each of the chains.
      */
     constructor(host) {
         this.#host = host;
@@ -26,7 +26,7 @@ export class Measuring {
         while (this.#isAsked) {
             this.#isAsked = false;
             for (const shown of this.#host.scopes()) await this.#measure(shown);
-            if (this.#host.isPlaying()) await new Promise((resolve) => setTimeout(resolve, playTime));
+            await new Promise((resolve) => setTimeout(resolve, restTime));
         }
         this.#isBusy = false;
     }
@@ -36,7 +36,7 @@ export class Measuring {
         const position = chain.indexOf(use);
         const ends = [position, position + 1];
         try {
-            scope.show(await this.#host.pictures(ends.map((end) => wholeText(chain.slice(0, end)))));
+            scope.show(await this.#host.measured(ends.map((end) => wholeText(chain.slice(0, end)))));
         } catch {
             // The frame is gone again; the next one is measured.
         }

@@ -159,8 +159,7 @@ function thumbnails(chains) {
 const measuring = new Measuring({
     scopes: () => chainList.scopes,
     chain: () => state.chain,
-    pictures: (chains) => renderer.measured(chains, { ...moment(), frames: state.source.frames }),
-    isPlaying: () => state.isPlaying,
+    measured: (chains) => renderer.measured(chains, { ...moment(), frames: state.source.frames }),
 });
 
 /** Makes one chain of the filters that are switched on: what is rendered and handed over. */

@@ -107,9 +107,9 @@ export class Renderer {
         this.#showsBeside = beside !== null || pane.width !== this.#full.width;
     }
 
-    /** What chains make of the frame that was shown last, at preview size. */
+    /** What a scope shows of the frame that was shown last, at preview size, behind each of the chains. */
     async measured(chains, { frame, frames, rate }) {
-        return Promise.all(chains.map((chain) => this.#preview.worker.call('render', { chain, frame, frames, rate })));
+        return Promise.all(chains.map((chain) => this.#preview.worker.call('measure', { chain, frame, frames, rate })));
     }
 
     /** The frames that a job looks at, from the first to its own. */

@@ -2,51 +2,10 @@
 // A histogram and a waveform of a picture, beside the filters that people set by eye.
 import { element } from './dom.mjs';
 import { say } from './language.mjs';
+import { levelAt, levels, waveColumns } from './picture_levels.mjs';
 
-export const levels = 256;
-const waveColumns = 256;
-const histogramSize = { width: 256, height: 72 };
-const waveSize = { width: waveColumns, height: 128 };
-
-/** How often a channel has each level, [red, green, blue, luma], and the pixels that count: transparent ones do not. */
-export function histogramOf({ data }) {
-    const counts = [0, 1, 2, 3].map(() => new Uint32Array(levels));
-    let pixels = 0;
-    for (let at = 0; at < data.length; at += 4) {
-        if (data[at + 3] === 0) continue;
-        ++pixels;
-        ++counts[0][data[at]];
-        ++counts[1][data[at + 1]];
-        ++counts[2][data[at + 2]];
-        ++counts[3][lumaAt(data, at)];
-    }
-    return { counts, pixels };
-}
-
-const lumaAt = (data, at) => (77 * data[at] + 150 * data[at + 1] + 29 * data[at + 2] + 128) >> 8;
-
-/** How often each column has each luma: rows of levels, bright ones on top. */
-export function waveformOf({ width, height, data }) {
-    const counts = new Uint32Array(waveColumns * levels);
-    for (let y = 0, at = 0; y < height; ++y) {
-        for (let x = 0; x < width; ++x, at += 4) {
-            if (data[at + 3] === 0) continue;
-            const column = Math.floor((x * waveColumns) / width);
-            ++counts[(levels - 1 - lumaAt(data, at)) * waveColumns + column];
-        }
-    }
-    return counts;
-}
-
-/** The level below which a share of the pixels lies. */
-export function levelAt(counts, pixels, share) {
-    let seen = 0;
-    for (let level = 0; level < levels; ++level) {
-        seen += counts[level];
-        if (seen > share * pixels) return level;
-    }
-    return levels - 1;
-}
+const histogramSize = { width: levels, height: 72 };
+const waveSize = { width: waveColumns, height: levels / 2 };
 
 const colors = ['#e5484d', '#30a46c', '#3e63dd'];
 
@@ -78,7 +37,10 @@ function drawWaveform(canvas, { waveform: counts, rows }) {
             const count = counts[2 * y * width + x] + counts[(2 * y + 1) * width + x];
             const at = 4 * (y * width + x);
             const share = Math.min(1, Math.sqrt(count / full));
-            image.data.set([150, 220, 160, Math.round(255 * share)], at);
+            image.data[at] = 150;
+            image.data[at + 1] = 220;
+            image.data[at + 2] = 160;
+            image.data[at + 3] = Math.round(255 * share);
         }
     }
     canvas.getContext('2d').putImageData(image, 0, 0);
@@ -114,11 +76,10 @@ export class Scope {
         return this.root.open;
     }
 
-    /** Shows what goes into the filter and what comes out. */
-    show(pictures) {
-        for (const [side, picture] of pictures.entries()) {
-            const histogram = histogramOf(picture);
-            const measured = { histogram, waveform: waveformOf(picture), rows: picture.height };
+    /** Shows what was measured of the picture that goes into the filter and of the one that comes out. */
+    show(sides) {
+        for (const [side, measured] of sides.entries()) {
+            const { histogram } = measured;
             const at = (share) => levelAt(histogram.counts[3], histogram.pixels, share);
             for (const { kind, canvas, draw } of this.#sides[side]) {
                 draw(canvas, measured);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Runs the engine beside the page. Each message { id, action, argument } is answered by { id, result } or { id, error }.
+import { measured } from './picture_levels.mjs';
 import { compressedPixels, readPng, writePng } from './png.mjs';
 import { frameOfPicture, pictureOfFrame } from './video_pictures.mjs';
 import { loadVireo } from './vireo/index.mjs';
@@ -53,6 +54,7 @@ const actions = {
         return made[as](rendered({ ...job, picture: image ? await pictureOfFrame(image) : undefined }), job);
     },
     render: rendered,
+    measure: (job) => measured(rendered(job)),
     png: (job) => writePng(rendered(job)),
     readPng,
 };

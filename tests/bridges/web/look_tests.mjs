@@ -3,7 +3,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { histogramOf, levelAt, levels, waveformOf } from '../../../build/web/scope.mjs';
+import { histogramOf, levelAt, levels, waveformOf } from '../../../build/web/picture_levels.mjs';
 import { shown } from './browser.mjs';
 import { cardTitles, chainText, message, runWalks, walk } from './walks.mjs';
 

@@ -21,6 +21,16 @@ async function showLooks(page) {
     await page.waitForFunction(() => [...document.querySelectorAll('.looks canvas')].every(({ width }) => width > 100));
 }
 
+/** Half a clip saved. */
+async function saveVideo(page) {
+    await page.evaluate(() => delete window.showSaveFilePicker);
+    await page.click('.save-video');
+    await page.click('.export .start');
+    await page.waitForFunction(() => document.querySelector('.export progress').value > 0.5);
+    await page.click('.export .hold');
+    await page.waitForFunction(() => /paused/i.test(document.querySelector('.export output').textContent));
+}
+
 const shots = [
     {
         name: 'light',
@@ -40,6 +50,12 @@ const shots = [
             '#f=Levels:rgbgamma=90@0f..smooth..160@45f..110@74f,mix=0@0f..100@20f&f=ColorPass:similarity=20,color=%23d08030@0f..%23405090@60f,from=10f,to=68f&sample=clip&frame=30',
         ...desktop,
         work: (page) => page.focus('.key >> nth=1'),
+    },
+    {
+        name: 'export',
+        address: '#f=CameraBlur:percentblur=30&f=Levels:rgbgamma=130&f=CameraView:roll=4&sample=clip&frame=38',
+        ...desktop,
+        work: saveVideo,
     },
     { name: 'looks', address: '#f=Solarize&sample=fruit', ...desktop, work: showLooks },
     { name: 'filters', address: '#sample=fruit', ...desktop, work: addFilter },

@@ -18,10 +18,10 @@ protected:
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / L"vireo commands";
 
     CommandFixture() {
-        std::filesystem::remove_all(folder);
+        clear();
         std::filesystem::create_directories(folder);
     }
-    ~CommandFixture() override { std::filesystem::remove_all(folder); }
+    ~CommandFixture() override { clear(); }
 
     static PROCESS_INFORMATION start(const std::wstring& arguments, const wchar_t* name = L"vireo.exe") {
         const std::filesystem::path program = testedModule().parent_path() / name;
@@ -48,6 +48,15 @@ protected:
     static std::string content(const std::filesystem::path& file) {
         std::ifstream in(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    /// A process's console may hold its files a moment longer than the process.
+    void clear() const {
+        EXPECT_TRUE(becomesTrue([&] {
+            std::error_code error;
+            std::filesystem::remove_all(folder, error);
+            return !error;
+        }));
     }
 
     static std::wstring quoted(const std::filesystem::path& file) { return L" \"" + file.wstring() + L"\" "; }

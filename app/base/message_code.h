@@ -11,6 +11,7 @@ enum class MessageCode {
     AlphaDropped,
     DepthReduced,
     DiffersThere,
+    EncoderReplaced,
     FileBreaksOff,
     FramesImpaired,
     FramesLost,
@@ -29,6 +30,7 @@ constexpr std::string_view codeText(MessageCode code) {
         case MessageCode::AlphaDropped: return "alpha-dropped";
         case MessageCode::DepthReduced: return "depth-reduced";
         case MessageCode::DiffersThere: return "differs-there";
+        case MessageCode::EncoderReplaced: return "encoder-replaced";
         case MessageCode::FileBreaksOff: return "file-breaks-off";
         case MessageCode::FramesImpaired: return "frames-impaired";
         case MessageCode::FramesLost: return "frames-lost";

@@ -329,7 +329,8 @@ void chooseQuality(EncoderChoice& choice, int quality) {
                                                 : quality < 75 ? "4444"
                                                                : "4444xq");
     } else if (description == nullptr || (description->props & AV_CODEC_PROP_LOSSY) == 0) {
-        choice.note = "--quality makes no difference, since the encoder " + encoder + " loses nothing";
+        choice.note = {MessageCode::QualityUnused,
+                       "--quality makes no difference, since the encoder " + encoder + " loses nothing"};
     } else {
         throw Error(Fault::Usage,
                     "--quality has no scale for the encoder " + encoder + "; --encoder-option sets its own");
@@ -410,17 +411,23 @@ EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& vi
             pipe ? "there is no format named " + name : "the name " + job.output + " does not tell a format",
             2);
     }
+    const char* usual = nullptr;
     if (!job.encoder.empty()) {
         choice.codec = encoderNamed(job.encoder);
-    } else if (kind != nullptr && kind->encoder != nullptr) {
-        choice.codec =
-            encoderNamed(alpha && kind->alphaEncoder != nullptr ? kind->alphaEncoder : kind->encoder);
-    } else {
+    } else if (kind != nullptr) {
+        usual = alpha && kind->alphaEncoder != nullptr ? kind->alphaEncoder : kind->encoder;
+        choice.codec = avcodec_find_encoder_by_name(usual);
+    }
+    if (choice.codec == nullptr) {
         choice.codec = avcodec_find_encoder(
             av_guess_codec(choice.container, nullptr, job.output.c_str(), nullptr, AVMEDIA_TYPE_VIDEO));
+        if (choice.codec == nullptr)
+            throw Error(std::string("there is no video encoder for ") + choice.container->long_name);
+        if (usual != nullptr)
+            choice.note = {MessageCode::EncoderReplaced, std::string("the encoder is ") + choice.codec->name +
+                                                             ", since there is no " + usual +
+                                                             "; --encoder takes another"};
     }
-    if (choice.codec == nullptr)
-        throw Error(std::string("there is no video encoder for ") + choice.container->long_name);
     chooseFormat(choice, job, video, depth, alpha);
     chooseDefaults(choice, job, video);
     return choice;

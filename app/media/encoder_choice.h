@@ -2,8 +2,10 @@
 #ifndef VIREO_APP_MEDIA_ENCODER_CHOICE_H
 #define VIREO_APP_MEDIA_ENCODER_CHOICE_H
 
+#include "app/base/message_code.h"
 #include "app/media/ffmpeg_frame.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,6 +27,12 @@ struct OutputKind {
 /// The endings that mean something else here than in the libraries, or that they do not know.
 std::span<const OutputKind> knownOutputs();
 
+/// What is unlike what was asked for or is usual.
+struct EncoderNote {
+    MessageCode code;
+    std::string text;
+};
+
 /// What an output is written with.
 struct EncoderChoice {
     const AVOutputFormat* container = nullptr;  ///< Null for a picture.
@@ -35,7 +43,7 @@ struct EncoderChoice {
     EncoderOptions defaults;                    ///< For what was not asked for.
     int frameQuality = 0;                       ///< For encoders that are told with each frame.
     const AVCodecHWConfig* hardware = nullptr;  ///< Of an encoder that takes frames of a device alone.
-    std::string note;                           ///< What was asked for and makes no difference.
+    std::optional<EncoderNote> note;
 };
 
 /// Whether the output is a picture or a sequence of pictures, by its name or by the format of standard

@@ -191,7 +191,7 @@ FfmpegPictureTarget::FfmpegPictureTarget(const RenderJob& job, const VideoProper
 FfmpegPictureTarget::Way FfmpegPictureTarget::way(bool alpha, Messages& messages) const {
     EncoderChoice choice = choosePictureEncoder(job_, video_, depth_, alpha);
     const CodecContextPtr encoder = openedEncoder(choice);
-    if (!alpha && !choice.note.empty()) messages.notice(MessageCode::QualityUnused, choice.note);
+    if (!alpha && choice.note) messages.notice(choice.note->code, choice.note->text);
     return {choice, {choice, *encoder, video_.premultiplied, messages}};
 }
 

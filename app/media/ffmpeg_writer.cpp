@@ -72,7 +72,7 @@ FfmpegWriter::FfmpegWriter(const RenderJob& job, FfmpegReader* reader, const Vid
         setContainerOptions(*encoder_, job, options);
     }
 
-    if (!choice_.note.empty()) messages.notice(MessageCode::QualityUnused, choice_.note);
+    if (choice_.note) messages.notice(choice_.note->code, choice_.note->text);
     frames_.emplace(choice_, *encoder_, video.premultiplied, messages);
     if (firstPass_ != nullptr) {
         if (reader != nullptr) reader->connect([](PacketPtr) {});

@@ -16,7 +16,7 @@ EMULATOR = shlex.split(os.environ.get("VIREO_EMULATOR", "tests/windows/under-win
 
 def test_runs_from_wherever_it_is_unpacked(tmp_path, packages, picture):
     folder = tmp_path / "Program Files (é) & more"
-    with zipfile.ZipFile(only(packages, "vireo-filters-*-windows.zip")) as archive:
+    with zipfile.ZipFile(only(packages, "vireo-filters-*-windows*.zip")) as archive:
         assert archive.namelist() == sorted(archive.namelist())
         archive.extractall(folder)
     (unpacked,) = folder.iterdir()
@@ -62,7 +62,7 @@ def test_runs_from_wherever_it_is_unpacked(tmp_path, packages, picture):
                     work / "clip.mp4"], check=True)
     run(*EMULATOR, unpacked / "vireo.exe", "render", "clip.mp4", "out.mp4", "-f", "Solarize", cwd=work, environment=bare)
     kinds = run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", "-of", "csv=p=0", work / "out.mp4")
-    assert kinds.split() == ["h264", "aac"]
+    assert kinds.split() == ["h264" if "x264" in versions else "mpeg4", "aac"]
     (work / "in.ppm").write_bytes(b"P6\n2 1\n255\nabcdef")
     run(*EMULATOR, unpacked / "chain.exe", "in.ppm", "out.ppm", "Horizontal Flip", cwd=work, environment=bare)
     assert (work / "out.ppm").read_bytes() == b"P6\n2 1\n255\ndefabc"

@@ -71,7 +71,7 @@ def uninstall():
 
 @pytest.fixture
 def setup(packages):
-    (program,) = packages.glob("vireo-filters-*-windows-setup.exe")
+    (program,) = packages.glob("vireo-filters-*-setup.exe")
     windows("reg", "add", PATH_KEY, "/v", "Path", "/t", "REG_EXPAND_SZ", "/d", SEARCH_PATH, "/f")
     for key in KEYS_OF_EVERY_USER:
         windows("reg", "add", key, "/f")

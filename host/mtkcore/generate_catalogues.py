@@ -49,13 +49,15 @@ def main():
     parser.add_argument("catalogues", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
 
-    lines = ['#include "host/mtkcore/catalogues.h"', "", "namespace mtkcore::config {", "namespace {", ""]
+    # Their lengths in the literals: counted by the compiler, these would take it twenty seconds, and a program its start.
+    lines = ['#include "host/mtkcore/catalogues.h"', "", "namespace mtkcore::config {", "namespace {", "",
+             "using namespace std::string_view_literals;", ""]
     for path in arguments.catalogues:
         entries = read_entries(path)
-        lines.append(f"const CatalogueEntry {path.stem}[] = {{")
-        lines += [f"    {{{quoted(key)}, {quoted(text, 'u')}}}," for key, _, text in entries]
+        lines.append(f"constexpr CatalogueEntry {path.stem}[] = {{")
+        lines += [f"    {{{quoted(key)}sv, {quoted(text, 'u')}sv}}," for key, _, text in entries]
         lines += ["};", ""]
-    lines.append("const Catalogue all[] = {")
+    lines.append("constexpr Catalogue all[] = {")
     lines += [f"    {{{PRIMARY_LANGUAGES[path.stem]:#04x}, {path.stem}}}," for path in arguments.catalogues]
     lines += ["};", "", "}  // namespace", "", "const std::span<const Catalogue> catalogues = all;", ""]
     lines += ["}  // namespace mtkcore::config", ""]

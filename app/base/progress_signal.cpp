@@ -31,7 +31,7 @@ extern "C" void noteQuestion(int) {
     errno = kept;
 }
 
-bool takeSignals() {
+bool takeQuestions() {
     sem_init(&questions, 0, 0);
     struct sigaction before {};
     sigaction(SIGUSR1, nullptr, &before);
@@ -45,7 +45,7 @@ bool takeSignals() {
 
 }  // namespace
 
-void takeProgressSignals() { [[maybe_unused]] static const bool once = takeSignals(); }
+void takeProgressSignals() { [[maybe_unused]] static const bool once = takeQuestions(); }
 
 ProgressSignal::ProgressSignal(std::function<void()> answer) : answer_(std::move(answer)) {
     takeProgressSignals();

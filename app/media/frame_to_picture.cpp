@@ -14,8 +14,6 @@
 namespace vireo {
 namespace {
 
-const ColorKernels& kernels = colorKernelsTables.chosen();
-
 /// The row of chroma that belongs to a row of luma.
 int chromaRow(int y, int rowsOfChroma, int shift, bool interlaced) {
     if (!interlaced || shift != 1) return std::min(y >> shift, rowsOfChroma - 1);
@@ -51,10 +49,10 @@ public:
 
 private:
     static void repeat(const std::uint8_t* half, std::uint8_t* full, int width) {
-        kernels.repeat8(half, full, width);
+        colorKernelsTables.chosen().repeat8(half, full, width);
     }
     static void repeat(const std::uint16_t* half, std::uint16_t* full, int width) {
-        kernels.repeat16(half, full, width);
+        colorKernelsTables.chosen().repeat16(half, full, width);
     }
 
     int width_;
@@ -89,11 +87,12 @@ void yuvToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
         const YuvRow<Sample> row{luma, grey ? luma : us.row(c), grey ? luma : vs.row(c),
                                  alpha ? as.row(y) : nullptr};
         if constexpr (sizeof(Sample) == 1) {
-            kernels.unpack8(row, picture.row(y), frame.width, by);
+            colorKernelsTables.chosen().unpack8(row, picture.row(y), frame.width, by);
         } else if (deep) {
-            kernels.unpackDeep(row, reinterpret_cast<std::uint16_t*>(picture.row(y)), frame.width, by);
+            colorKernelsTables.chosen().unpackDeep(row, reinterpret_cast<std::uint16_t*>(picture.row(y)),
+                                                   frame.width, by);
         } else {
-            kernels.unpack16(row, picture.row(y), frame.width, by, dither.row(y));
+            colorKernelsTables.chosen().unpack16(row, picture.row(y), frame.width, by, dither.row(y));
         }
     }
 }

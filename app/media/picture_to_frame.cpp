@@ -17,8 +17,6 @@ namespace {
 
 constexpr int rowAlignment = 64;
 
-const ColorKernels& kernels = colorKernelsTables.chosen();
-
 /// Planar YUV in this machine's byte order, chroma halved at most: what the kernels write.
 bool plainYuv(const AVPixFmtDescriptor& format) {
     const SampleKind kind = sampleKind(format);
@@ -188,13 +186,14 @@ FramePtr FrameConverter::frameOf(const Picture& picture, bool interlaced) const 
         const bool deepPicture = picture.format() == formatBgra16;
         const bool words = sampleKind(format) == SampleKind::Words;
         if (deepPicture && words) {
-            pictureToYuv(kernels.pack16Deep, picture, format, coding_, interlaced, *frame);
+            pictureToYuv(colorKernelsTables.chosen().pack16Deep, picture, format, coding_, interlaced,
+                         *frame);
         } else if (deepPicture) {
-            pictureToYuv(kernels.pack16, picture, format, coding_, interlaced, *frame);
+            pictureToYuv(colorKernelsTables.chosen().pack16, picture, format, coding_, interlaced, *frame);
         } else if (words) {
-            pictureToYuv(kernels.pack8Deep, picture, format, coding_, interlaced, *frame);
+            pictureToYuv(colorKernelsTables.chosen().pack8Deep, picture, format, coding_, interlaced, *frame);
         } else {
-            pictureToYuv(kernels.pack8, picture, format, coding_, interlaced, *frame);
+            pictureToYuv(colorKernelsTables.chosen().pack8, picture, format, coding_, interlaced, *frame);
         }
     } else {
         const FrameConverter first(stepFormat(format), width_, height_, coding_);

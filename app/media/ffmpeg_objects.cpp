@@ -8,22 +8,23 @@
 #include <cstdio>
 #include <mutex>
 #include <new>
+#include <string_view>
 #include <utility>
 
 namespace vireo {
 namespace {
 
-thread_local std::string lastComplaint;
+// Nothing with a destructor: MinGW's runtime frees the storage of a thread before it calls those.
+thread_local char lastComplaint[512];
 thread_local bool tooManyStreams = false;
 
 void keepComplaint(void* source, int level, const char* format, va_list arguments) {
     if (level > AV_LOG_ERROR) return;
-    char text[512];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    lastComplaint = text;
-    if (lastComplaint.starts_with("Number of streams exceeds")) tooManyStreams = true;
-    while (!lastComplaint.empty() && (lastComplaint.back() == '\n' || lastComplaint.back() == '.'))
-        lastComplaint.pop_back();
+    std::vsnprintf(lastComplaint, sizeof lastComplaint, format, arguments);
+    std::string_view text = lastComplaint;
+    if (text.starts_with("Number of streams exceeds")) tooManyStreams = true;
+    while (text.ends_with('\n') || text.ends_with('.')) text.remove_suffix(1);
+    lastComplaint[text.size()] = '\0';
     if (DecoderComplaints* const decoder = DecoderComplaints::of(source)) decoder->add(lastComplaint);
 }
 
@@ -50,12 +51,16 @@ std::string errorText(int code) {
 void captureLibraryMessages() {
     static std::once_flag once;
     std::call_once(once, [] { av_log_set_callback(keepComplaint); });
-    lastComplaint.clear();
+    lastComplaint[0] = '\0';
 }
 
 bool hadTooManyStreams() { return std::exchange(tooManyStreams, false); }
 
-std::string libraryComplaint() { return std::exchange(lastComplaint, {}); }
+std::string libraryComplaint() {
+    std::string complaint = lastComplaint;
+    lastComplaint[0] = '\0';
+    return complaint;
+}
 
 std::string failureText(int code) {
     const std::string complaint = libraryComplaint();

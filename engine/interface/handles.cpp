@@ -6,6 +6,10 @@
 #include <limits>
 #include <new>
 
+#ifdef _WIN32
+#include "host/win32.h"
+#endif
+
 namespace vireo {
 namespace {
 
@@ -15,10 +19,43 @@ struct LastFailure {
     std::string sentence, filter, parameter, value;
 };
 
+#ifdef _WIN32
+
+/// Kept where the system frees it: MinGW's runtime frees the storage of thread_local objects before it calls
+/// their destructors (GCC's bug 80816).
+class FailureStore {
+public:
+    FailureStore() : index_(FlsAlloc([](void* failure) { delete static_cast<LastFailure*>(failure); })) {}
+    ~FailureStore() { FlsFree(index_); }
+    FailureStore(const FailureStore&) = delete;
+    FailureStore& operator=(const FailureStore&) = delete;
+
+    LastFailure& ofThisThread() {
+        if (void* const known = FlsGetValue(index_)) return *static_cast<LastFailure*>(known);
+        auto* const made = new (std::nothrow) LastFailure;
+        if (made != nullptr && FlsSetValue(index_, made)) return *made;
+        delete made;
+        return withoutMemory_;
+    }
+
+private:
+    DWORD index_;
+    LastFailure withoutMemory_;
+};
+
+LastFailure& lastFailure() {
+    static FailureStore store;
+    return store.ofThisThread();
+}
+
+#else
+
 LastFailure& lastFailure() {
     thread_local LastFailure failure;
     return failure;
 }
+
+#endif
 
 VireoStatus statusOf(Fault fault) {
     switch (fault) {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 namespace vireo::test {
 namespace {
@@ -35,6 +36,23 @@ TEST(InterfaceErrors, BelongToTheirThread) {
         EXPECT_EQ(vireoFindFilter(engine(), "nothing", &filter), VireoUnknownFilter);
     }).join();
     EXPECT_EQ(vireoLastError()->status, VireoUsage);
+}
+
+// Threads that end give back what they hold while others take memory.
+TEST(InterfaceErrors, EndWithTheirThreads) {
+    const std::string unknown(300, 'x');
+    const auto fail = [&] {
+        std::uint32_t filter = 0;
+        EXPECT_EQ(vireoFindFilter(engine(), unknown.c_str(), &filter), VireoUnknownFilter);
+        EXPECT_THAT(vireoLastError()->sentence, HasSubstr(unknown));
+    };
+    std::vector<std::thread> beside;
+    for (int i = 0; i < 4; ++i) {
+        beside.emplace_back([&] {
+            for (int round = 0; round < 100; ++round) std::thread(fail).join();
+        });
+    }
+    for (std::thread& thread : beside) thread.join();
 }
 
 /// A place of any type, which nobody may write to: a struct there tells a size that is large enough.

@@ -5,13 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <type_traits>
 
 namespace {
-
-constexpr int minimum = std::numeric_limits<std::int32_t>::min();
-constexpr int maximum = std::numeric_limits<std::int32_t>::max();
 
 using Whole = __int128;
 

@@ -4,12 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace {
-
-constexpr int minimum = std::numeric_limits<std::int32_t>::min();
-constexpr int maximum = std::numeric_limits<std::int32_t>::max();
 
 TEST(VpixFillRect, WritesTheWordInsideRectangleAndBoundsOnly) {
     std::mt19937 random(1);

@@ -7,9 +7,14 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <random>
 #include <vector>
+
+/// What a host may hand over.
+constexpr std::int32_t minimum = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t maximum = std::numeric_limits<std::int32_t>::max();
 
 inline std::ostream& operator<<(std::ostream& out, const FrameRect& rect) {
     return out << '{' << rect.left << ", " << rect.top << ", " << rect.right << ", " << rect.bottom << '}';

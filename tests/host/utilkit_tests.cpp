@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/utilkit/utilkit.h"
+#include "tests/host/test_buffer.h"
 #include "tests/support/test_frame.h"
 
-#include <limits>
-
 namespace {
-
-constexpr std::int32_t minimum = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t maximum = std::numeric_limits<std::int32_t>::max();
 
 TEST(FixedPoint, TruncatesTowardZeroAndSaturates) {
     struct Case {

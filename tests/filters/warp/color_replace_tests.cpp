@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::uint32_t colorReplaceId = 10016;
 
-struct Settings {
+struct ReplaceSettings {
     int similarity = 10;
     bool solid = false;
     /// Stored with red in the low byte.
@@ -13,7 +13,7 @@ struct Settings {
     std::uint32_t replacement = 0x00FF0000;
 };
 
-std::uint32_t replaced(std::uint32_t pixel, const Settings& settings) {
+std::uint32_t replaced(std::uint32_t pixel, const ReplaceSettings& settings) {
     int channels[3];
     for (int i = 0; i < 3; ++i) {
         if (std::abs(channelOf(pixel, i) - channelOf(settings.target, 2 - i)) > 2 * settings.similarity)
@@ -24,7 +24,7 @@ std::uint32_t replaced(std::uint32_t pixel, const Settings& settings) {
     return pixelOf(channels[0], channels[1], channels[2], channelOf(pixel, 3));
 }
 
-void store(FilterUnderTest& filter, const Settings& settings) {
+void store(FilterUnderTest& filter, const ReplaceSettings& settings) {
     auto bytes = littleEndian({static_cast<std::uint16_t>(settings.similarity)});
     bytes.push_back(settings.solid ? 1 : 0);
     for (const std::uint8_t byte : littleEndian({settings.target, settings.replacement}))
@@ -36,7 +36,7 @@ void store(FilterUnderTest& filter, const Settings& settings) {
 TEST(ColorReplace, EqualsThePlainVersionOnAnyFrame) {
     expectEqualsPlain(colorReplaceId, [](FilterUnderTest& filter, Picture& source, Random& random) {
         constexpr int similarities[] = {0, 1, 10, 40, 64, 127, 128, 65535};
-        Settings settings;
+        ReplaceSettings settings;
         if (random() % 8 != 0) {
             settings = {oneOf(similarities, random), random() % 2 == 0, static_cast<std::uint32_t>(random()),
                         static_cast<std::uint32_t>(random())};

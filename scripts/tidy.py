@@ -24,12 +24,13 @@ def sources(build):
     """The product's sources without the kernels, which use vector extensions that clang does not know."""
     commands = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
     files = {Path(command["directory"], command["file"]).resolve() for command in commands}
-    return sorted(file for file in files if is_checked(file))
+    return sorted(file for file in files if is_checked(file, build))
 
 
-def is_checked(file):
-    inside = file.is_relative_to(ROOT) and file.relative_to(ROOT).parts[0] in FOLDERS
-    return is_compiled_together(file) or inside and not file.name.endswith("_kernels.cpp")
+def is_checked(file, build):
+    root = build if is_compiled_together(file) else ROOT
+    inside = file.is_relative_to(root) and file.relative_to(root).parts[0] in FOLDERS
+    return inside and not file.name.endswith("_kernels.cpp")
 
 
 def is_compiled_together(file):

@@ -80,11 +80,11 @@ GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, 
         Dictionary options;
         options.set("protocol_whitelist", localProtocols);
         const int opened = avio_open2(&io, url.c_str(), AVIO_FLAG_READ, &interrupt, options.address());
+        file_.reset(io);
         throwIfInterrupted();
         if (opened == AVERROR(EACCES) && isHeld(pathOf(input)))
             throw Error("cannot open " + name_ + ": another program has it open");
         check(opened, "cannot open " + name_);
-        file_.reset(io);
     }
     const AVInputFormat* format = nullptr;
     const int probed = av_probe_input_buffer2(io, &format, url.c_str(), nullptr, 0, 0);

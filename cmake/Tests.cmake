@@ -40,3 +40,10 @@ function(vireo_threaded_cases test selection)
     set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT ${selection})
   endif()
 endfunction()
+
+# vireo_addressed_cases(TEST SELECTION): a test whose other cases run code under the address sanitizer that these run too.
+function(vireo_addressed_cases test selection)
+  if(VIREO_SANITIZERS MATCHES "address")
+    set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT ${selection})
+  endif()
+endfunction()

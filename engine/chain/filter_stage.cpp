@@ -15,8 +15,6 @@
 namespace vireo {
 namespace {
 
-constexpr int fullMix = 100;
-
 /// Bands of fewer rows cost more in calls than a second thread saves.
 constexpr int leastBandRows = 16;
 
@@ -293,7 +291,7 @@ PicturePtr FilterStage::apply(const PicturePtr& input, const Moment& moment, con
     Execution(*this, *source, *result, moment, inputAt, work).run();
     if (work.isCancelled && work.isCancelled()) throw Error(Fault::Cancelled, "rendering was cancelled");
     if (asVuya) result = bgraFromVuya(*result);
-    if (mix < fullMix) hosting::mixInto(*input->buffer(), *result->buffer(), mix);
+    if (mix < hosting::fullMix) hosting::mixInto(*input->buffer(), *result->buffer(), mix);
     return result;
 }
 

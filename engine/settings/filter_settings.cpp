@@ -5,13 +5,12 @@
 #include "engine/settings/parameter_value.h"
 #include "engine/text.h"
 #include "host/hosting/filter_instance.h"
+#include "host/hosting/mix.h"
 
 #include <algorithm>
 
 namespace vireo {
 namespace {
-
-constexpr int fullMix = 100;
 
 ClipTime parseWordTime(const std::string& owner, std::string_view value) {
     const auto time = parseClipTime(value);
@@ -140,7 +139,7 @@ void FilterSettings::set(ValueIndex index, ValueTrack value) {
         throw Error(Fault::Usage, owner + " is a time and takes no number");
     }
     if (index == mixWord) {
-        checkRange({0, fullMix}, owner, value);
+        checkRange({0, hosting::fullMix}, owner, value);
         mix_ = std::move(value);
         return;
     }
@@ -193,7 +192,7 @@ std::string FilterSettings::text(ValueIndex index) const {
 }
 
 ValueTrack FilterSettings::value(ValueIndex index) const {
-    if (index == mixWord) return mix_.value_or(ValueTrack(fullMix));
+    if (index == mixWord) return mix_.value_or(ValueTrack(hosting::fullMix));
     const hosting::Parameter& parameter = parameterAt(index);
     const Assignment* const given = assignment(static_cast<std::size_t>(index));
     return given != nullptr ? given->value : ValueTrack(readValue(parameter, bytes_));
@@ -255,7 +254,7 @@ bool FilterSettings::covers(const FramePosition& position) const {
 }
 
 int FilterSettings::mixAt(const FramePosition& position) const {
-    return mix_ ? static_cast<int>(mix_->at(position)) : fullMix;
+    return mix_ ? static_cast<int>(mix_->at(position)) : hosting::fullMix;
 }
 
 FilterSettings parseFilterText(const Catalogue& catalogue, std::string_view text) {

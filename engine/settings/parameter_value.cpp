@@ -4,6 +4,7 @@
 #include "engine/error.h"
 #include "engine/settings/css_colors.h"
 #include "engine/text.h"
+#include "host/hosting/mix.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,8 +14,6 @@
 
 namespace vireo {
 namespace {
-
-constexpr std::int64_t fullMix = 100;
 
 std::string rangeText(const hosting::ValueRange& range) {
     return std::to_string(range.minimum) + " to " + std::to_string(range.maximum);
@@ -226,7 +225,7 @@ ValueTrack parseMix(const std::string& owner, std::string_view text) {
         const std::string_view number =
             value.ends_with('%') ? trimmed(value.substr(0, value.size() - 1)) : value;
         const auto percent = parseWholeNumber(number);
-        if (!percent || *percent < 0 || *percent > fullMix) {
+        if (!percent || *percent < 0 || *percent > hosting::fullMix) {
             throw Error(Fault::BadValue,
                         owner + " takes whole per cents from 0 to 100, not " + inQuotes(value), value);
         }

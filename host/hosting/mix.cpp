@@ -11,7 +11,6 @@ namespace {
 
 constexpr int channels = 4;
 constexpr int alphaChannel = 3;
-constexpr int whole = 100;
 
 /// What the channels are computed in: 32 bits hold 255 · 255 · 100 doubled, 64 hold the same of 65535.
 template <class Channel>
@@ -31,11 +30,11 @@ Channel quotient(Wide<Channel> numerator, Wide<Channel> denominator) {
 template <class Channel>
 void mixPixel(const Channel* source, Channel* result, Wide<Channel> percent) {
     using Number = Wide<Channel>;
-    const Number rest = whole - percent;
+    const Number rest = fullMix - percent;
     const Number sourceAlpha = source[alphaChannel], resultAlpha = result[alphaChannel];
     if (sourceAlpha == resultAlpha) {  // equal weights fall out
         for (int i = 0; i < alphaChannel; ++i) {
-            result[i] = quotient<Channel>(source[i] * rest + result[i] * percent, whole);
+            result[i] = quotient<Channel>(source[i] * rest + result[i] * percent, fullMix);
         }
         return;
     }
@@ -44,7 +43,7 @@ void mixPixel(const Channel* source, Channel* result, Wide<Channel> percent) {
         result[i] = quotient<Channel>(source[i] * sourceWeight + result[i] * resultWeight,
                                       sourceWeight + resultWeight);
     }
-    result[alphaChannel] = quotient<Channel>(sourceWeight + resultWeight, whole);
+    result[alphaChannel] = quotient<Channel>(sourceWeight + resultWeight, fullMix);
 }
 
 template <class Channel>

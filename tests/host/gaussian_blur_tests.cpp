@@ -209,8 +209,7 @@ private:
 TEST(GaussianBlur, GivesTheSameBytesOnAnyNumberOfThreads) {
     Workers workers[] = {Workers(1), Workers(2), Workers(3), Workers(8), Workers(5, false)};
     Random random(11);
-    for (const auto& [width, height] :
-         {std::pair{131, 129}, {67, 401}, {3, 6000}, {9, 2001}, {6001, 3}, {5000, 33}, {40, 512}}) {
+    for (const auto& [width, height] : {std::pair{131, 129}, {67, 401}, {3, 6000}, {3000, 19}, {40, 512}}) {
         const Picture source = noise(width, height, random);
         for (const auto& [across, down] :
              {std::pair{1., 1.}, {3, 200}, {77, 5}, {0, 9}, {9, 0}, {4000, 3000}, {1e9, 1e9}}) {

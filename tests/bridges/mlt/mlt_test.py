@@ -87,7 +87,7 @@ def test_every_filter_takes_constants_and_animations(name, tmp_path):
 CHAIN = "Levels:(rgb) gamma=60@0f..300@11f; Ghosting; Bend:vertical source=2,vertical intensity=30; Lens Distortion:curvature=40"
 
 
-@pytest.mark.parametrize("width, height, frames, real_times", [(62, 37, 12, (1, -1, -3)), (1279, 719, 4, (-1, -3))])
+@pytest.mark.parametrize("width, height, frames, real_times", [(62, 37, 12, (1, -1, -3)), (1279, 719, 4, (-3,))])
 def test_threads_make_no_difference(width, height, frames, real_times, tmp_path):
     source = make_clip(tmp_path, width, height, frames=frames)
     expected = vireo(source, *CHAIN.split("; "))

@@ -7,6 +7,9 @@
 
 namespace hosting {
 
+/// The mix, in per cent, at which a filter's result stands alone.
+constexpr int fullMix = 100;
+
 /// Lays `percent` (1 to 99) of a filter's result over its source, at the depth of the buffers. Alpha becomes
 /// (s (100 - m) + d m) / 100; colours the same weighted by their alphas, unweighted where both alphas are 0;
 /// whole numbers are rounded half up. Both buffers have the same bounds and format.

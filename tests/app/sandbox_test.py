@@ -10,7 +10,7 @@ import time
 import pytest
 
 from conftest import PROGRAM
-from media_support import IDENTITY, clip
+from media_support import IDENTITY, clip, frames
 
 PROBE = PROGRAM.with_name("sandbox_probe.so")
 FAR = ("-f", "Solarize:threshold=50%")
@@ -136,8 +136,11 @@ def test_pipes_and_descriptors_stay_what_they_are(confined):
     with subprocess.Popen(["cat", "pipe.mkv"], cwd=folder, stdout=subprocess.PIPE) as reader:
         confined("render", "in.mkv", "pipe.mkv", *FAR)
         assert len(reader.stdout.read()) > 1000
+    with subprocess.Popen(["cp", "in.mkv", "pipe.mkv"], cwd=folder):
+        confined("render", "pipe.mkv", "a.mkv", *FAR)
     assert confined("render", "-", "-", *FAR, input=data).stdout[:4] == data[:4]
     with open(folder / "in.mkv", "rb") as file:
         confined("render", f"/dev/fd/{file.fileno()}", "b.mkv", *FAR, pass_fds=[file.fileno()])
         confined("render", "/dev/stdin", "c.mkv", *FAR, stdin=file)
-    assert all(confined("probe", name, "--json").stdout for name in ("b.mkv", "c.mkv"))
+    confined("render", "/dev/stdin", "d.mkv", *FAR, input=data)
+    assert {len(frames(folder, name)) for name in ("a.mkv", "b.mkv", "c.mkv", "d.mkv")} == {25}

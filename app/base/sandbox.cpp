@@ -145,16 +145,15 @@ constexpr std::uint32_t refusedCalls[] = {
     // Older forms of what follows.
     __NR_fork, __NR_vfork, __NR_chmod, __NR_chown, __NR_lchown, __NR_utime, __NR_utimes, __NR_futimesat,
     __NR_link, __NR_mknod, __NR_inotify_init, __NR_ioperm, __NR_iopl, __NR_modify_ldt, __NR_uselib,
-    __NR_kexec_file_load,
 #endif
     // Networks and local sockets.
     __NR_socket, __NR_socketpair, __NR_connect, __NR_bind, __NR_listen, __NR_accept, __NR_accept4,
     // Programs and other processes.
     __NR_execve, __NR_execveat, __NR_ptrace, __NR_process_vm_readv, __NR_process_vm_writev,
-    __NR_process_madvise, __NR_process_mrelease, __NR_kcmp, __NR_pidfd_open, __NR_pidfd_getfd,
-    __NR_pidfd_send_signal, __NR_rt_sigqueueinfo, __NR_rt_tgsigqueueinfo, __NR_tkill, __NR_setpgid,
-    __NR_setsid, __NR_unshare, __NR_setns, __NR_shmget, __NR_shmat, __NR_semget, __NR_msgget, __NR_mq_open,
-    __NR_mq_unlink,
+    __NR_migrate_pages, __NR_move_pages, __NR_process_madvise, __NR_process_mrelease, __NR_kcmp,
+    __NR_pidfd_open, __NR_pidfd_getfd, __NR_pidfd_send_signal, __NR_rt_sigqueueinfo, __NR_rt_tgsigqueueinfo,
+    __NR_tkill, __NR_setpgid, __NR_setsid, __NR_unshare, __NR_setns, __NR_shmget, __NR_shmat, __NR_semget,
+    __NR_msgget, __NR_mq_open, __NR_mq_unlink,
     // Of files what Landlock does not know.
     __NR_fchmodat, __NR_fchown, __NR_fchownat, __NR_truncate, __NR_utimensat, __NR_setxattr, __NR_lsetxattr,
     __NR_fsetxattr, __NR_removexattr, __NR_lremovexattr, __NR_fremovexattr, __NR_linkat, __NR_mknodat,
@@ -166,9 +165,9 @@ constexpr std::uint32_t refusedCalls[] = {
     __NR_io_uring_setup, __NR_io_uring_enter, __NR_io_uring_register, __NR_bpf, __NR_perf_event_open,
     __NR_userfaultfd, __NR_add_key, __NR_request_key, __NR_keyctl, __NR_personality, __NR_vhangup,
     // The machine.
-    __NR_init_module, __NR_finit_module, __NR_delete_module, __NR_kexec_load, __NR_reboot, __NR_syslog,
-    __NR_sethostname, __NR_setdomainname, __NR_settimeofday, __NR_clock_settime, __NR_clock_adjtime,
-    __NR_adjtimex};
+    __NR_init_module, __NR_finit_module, __NR_delete_module, __NR_kexec_load, __NR_kexec_file_load,
+    __NR_reboot, __NR_syslog, __NR_sethostname, __NR_setdomainname, __NR_settimeofday, __NR_clock_settime,
+    __NR_clock_adjtime, __NR_adjtimex};
 
 class CallFilter {
 public:

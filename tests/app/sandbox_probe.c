@@ -75,6 +75,16 @@ static long makeAFolder(void) { return mkdir("folder", 0700); }
 static long makeALink(void) { return symlink("secret", "link"); }
 static long takeByALink(void) { return link("secret", within("link")); }
 static long takeByARename(void) { return rename("secret", within("taken")); }
+static long replaceAnother(void) {
+    char own[256];
+    snprintf(own, sizeof own, "%s", within("own"));
+    close(open(own, O_WRONLY | O_CREAT, 0600));
+    const long result = rename(own, "other");
+    const int error = errno;
+    unlink(own);
+    errno = error;
+    return result;
+}
 static long renameAnother(void) { return rename("other", "renamed"); }
 static long removeAnother(void) { return unlink("other"); }
 static long changeRights(void) { return chmod("secret", 0777); }
@@ -143,6 +153,7 @@ static const struct {
     ATTEMPT(makeALink),
     ATTEMPT(takeByALink),
     ATTEMPT(takeByARename),
+    ATTEMPT(replaceAnother),
     ATTEMPT(renameAnother),
     ATTEMPT(removeAnother),
     ATTEMPT(changeRights),

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # What makes a fault in our programs and libraries hard to use. tests/packaging/contents_test.py finds it in the packages.
 option(VIREO_HARDENING "Harden programs and libraries, as packages have them" OFF)
-if(NOT VIREO_HARDENING OR EMSCRIPTEN OR VIREO_SANITIZERS)
+if(NOT VIREO_HARDENING OR EMSCRIPTEN OR VIREO_SANITIZERS OR VIREO_COVERAGE)
   return()
 endif()
 

@@ -32,7 +32,7 @@ done
 
 # What ./check --long runs beside.
 long_packages=(
-    debootstrap
+    debootstrap llvm-14
     obs-studio kdenlive shotcut openbox dbus dbus-daemon xdotool imagemagick python3-websockets procps
 )
 

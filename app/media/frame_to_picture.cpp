@@ -130,7 +130,7 @@ void rgbToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
                 } else {
                     float value = scale;
                     if constexpr (floatSamples) {
-                        value *= std::clamp(from[x], 0.0F, 1.0F);
+                        value *= std::isnan(from[x]) ? 0.0F : std::clamp(from[x], 0.0F, 1.0F);
                     } else {
                         value *= static_cast<float>(from[x] >> shift & ((1 << depth) - 1));
                     }

@@ -164,21 +164,13 @@ std::int64_t swapRedAndBlue(std::int64_t color) {
     return (color & 0x0000FF) << 16 | (color & 0x00FF00) | (color & 0xFF0000) >> 16;
 }
 
-std::int64_t parseValue(const hosting::Parameter& parameter, const std::string& owner,
-                        std::string_view text) {
-    switch (parameter.kind) {
-        case hosting::ParameterKind::Boolean: return parseBoolean(owner, text);
-        case hosting::ParameterKind::Color: return parseColor(owner, text);
-        case hosting::ParameterKind::Number: break;
-    }
-    return parseNumber(parameter, owner, text);
-}
-
 ValueTrack parseValueTrack(const hosting::Parameter& parameter, const std::string& owner,
                            std::string_view text) {
     if (parameter.kind == hosting::ParameterKind::Boolean) return ValueTrack(parseBoolean(owner, text));
-    return parseTrack(owner, text, parameter.kind == hosting::ParameterKind::Color,
-                      [&](std::string_view value) { return parseValue(parameter, owner, value); });
+    const bool isColor = parameter.kind == hosting::ParameterKind::Color;
+    return parseTrack(owner, text, isColor, [&](std::string_view value) {
+        return isColor ? parseColor(owner, value) : parseNumber(parameter, owner, value);
+    });
 }
 
 void checkRange(const hosting::ValueRange& range, const std::string& owner, const ValueTrack& track) {

@@ -18,16 +18,13 @@ bool takesPercent(const hosting::Parameter& parameter);
 /// Between 0xRRGGBB and the stored order, red in the low byte.
 std::int64_t swapRedAndBlue(std::int64_t color);
 
-/// One value: a whole number, "N%", a colour or a word for on and off, by the parameter's kind. Colours have
-/// red in the low byte, check boxes are 0 or 1. Throws Error of wrong usage, which names the parameter
-/// as `owner` does ("Threshold of Solarize") and the ends of its range.
-std::int64_t parseValue(const hosting::Parameter& parameter, const std::string& owner, std::string_view text);
-
-/// The same, or key frames of such values.
+/// One value, or key frames: whole numbers, "N%", colours or a word for on and off, by the parameter's kind.
+/// Colours have red in the low byte, check boxes are 0 or 1. Throws Error of wrong usage, which names the
+/// parameter as `owner` does ("Threshold of Solarize") and the ends of its range.
 ValueTrack parseValueTrack(const hosting::Parameter& parameter, const std::string& owner,
                            std::string_view text);
 
-/// Refuse values outside a range, or that a parameter does not take. Throw Error as parseValue() does.
+/// Refuse values outside a range, or that a parameter does not take. Throw Error as parseValueTrack() does.
 void checkRange(const hosting::ValueRange& range, const std::string& owner, const ValueTrack& track);
 void checkTrack(const hosting::Parameter& parameter, const std::string& owner, const ValueTrack& track);
 

@@ -3,6 +3,8 @@
 #include "filters/color/horizontal_hold_dialog_model.h"
 #include "filters/warp/bend_dialog_model.h"
 #include "filters/warp/camera_blur_dialog_model.h"
+#include "framework/dialog_numbers.h"
+#include "host/vireo_host.h"
 
 #include <gtest/gtest.h>
 
@@ -46,6 +48,27 @@ TEST(BendDialogModel, KeepsTheFillColorAndCountsItsPictures) {
     EXPECT_EQ(model.settings().vertical.wave, left.wave);
     EXPECT_EQ(model.settings().fillColor, 0x00123456U);
     for (int step = 0; step < 3; ++step) EXPECT_EQ(model.nextStep(), step);
+}
+
+TEST(BendDialogModel, ReadsListsWithEitherEndAndWithoutOne) {
+    using Keys = std::vector<std::string>;
+    const auto keysOf = [](std::string_view bytes) { return Bend::listKeys(bytes); };
+    EXPECT_EQ(keysOf({"Left=a\0Right\rUp\0\0Down\0", 22}), (Keys{"Left=a", "Right", "Up"}));
+    EXPECT_EQ(keysOf("Sine"), Keys{"Sine"});
+    EXPECT_EQ(keysOf({"\0Sine", 5}), Keys());
+    EXPECT_EQ(keysOf({}), Keys());
+    EXPECT_EQ(Bend::listItem(u"10\\0\\0"), u"1");
+    EXPECT_EQ(Bend::listItem(u"Welle"), u"Welle");
+    EXPECT_EQ(Bend::listItem(u"0"), u"");
+}
+
+TEST(DialogNumbers, AreWrittenAsTheHostsLanguageDoes) {
+    vireoHostSetLanguage(0x0407);
+    EXPECT_EQ(FormatDialogNumber(1.5, true, 2), u"1,50");
+    EXPECT_EQ(FormatDialogNumber(1234.5, true, 0), u"1234") << "as streams round, to the even";
+    EXPECT_EQ(FormatDialogNumber(2.25, false, 0), u"2,25");
+    vireoHostSetLanguage(0x0409);
+    EXPECT_EQ(FormatDialogNumber(-100, false, 0), u"-100");
 }
 
 TEST(DialogModels, PreviewsStandInTheMiddle) {

@@ -103,7 +103,8 @@ TEST(VPixSuites, VPixSuiteServesFormatsAndScopedHandles) {
     host.formatResult = -1;
     EXPECT_THROW(QueryPixelFormat(scoped), QRB::SuiteCallFailed);
     host.disposeResult = -1;
-    EXPECT_THROW(scoped.reset(&second), QRB::SuiteCallFailed);
+    EXPECT_THAT([&] { scoped.reset(&second); },
+                testing::ThrowsMessage<QRB::SuiteCallFailed>("Suite call failed"));
 }
 
 }  // namespace

@@ -156,6 +156,7 @@ protected:
 };
 
 TEST_F(Traits, AreKnownOfEveryFilterAndSafeForOthers) {
+    EXPECT_EQ(module_.path(), VIREO_TESTED_MODULE);
     std::set<std::string_view> files;
     const hosting::FilterTraits& unknown = hosting::filterTraits("of another module");
     EXPECT_TRUE(unknown.id == 0 && unknown.fileName.empty() && unknown.parameters.empty());

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
+#include <sstream>
 
 namespace {
 
@@ -75,13 +77,34 @@ TEST_F(Localisation, TypedNumbersParseWholeOrNotAtAll) {
     }
 }
 
+TEST_F(Localisation, StreamsWriteTheLanguagesDecimalSignAndGroupNothing) {
+    for (const auto& [language, text] : {std::pair(english, L"1234567.25"), {german, L"1234567,25"}}) {
+        vireoHostSetLanguage(language);
+        std::wostringstream stream;
+        stream.imbue(QRB::Locale::Native());
+        stream << std::fixed << std::setprecision(2) << 1234567.25;
+        EXPECT_EQ(stream.str(), text);
+    }
+}
+
 TEST(Utf, SurrogatesAndDamageConvert) {
     const std::string text = "aé€𝄞";
     EXPECT_EQ(mtkcore::utility::Utf8ToUTF16(text), u"aé€𝄞");
     EXPECT_EQ(mtkcore::utility::UTF16ToUtf8(u"aé€𝄞"), text);
     EXPECT_EQ(mtkcore::utility::WcharToUTF16(L"aé€𝄞"), u"aé€𝄞");
     EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("a\xFF\xE2\x82"), u"a\uFFFD\uFFFD");
+    // A tail alone, a tail that is none, a surrogate, beyond the last character, and longer than need be.
+    EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("\x80"
+                                            "b"),
+              u"\uFFFDb");
+    EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("\xC3"
+                                            "b"),
+              u"\uFFFDb");
+    EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("\xED\xA0\x80"), u"\uFFFD");
+    EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("\xF4\x90\x80\x80"), u"\uFFFD");
+    EXPECT_EQ(mtkcore::utility::Utf8ToUTF16("\xE0\x80\xAF"), u"\uFFFD");
     EXPECT_EQ(mtkcore::utility::UTF16ToUtf8(std::u16string{u'a', 0xD800, u'b'}), "a\uFFFDb");
+    EXPECT_EQ(mtkcore::utility::UTF16ToUtf8(std::u16string{0xDC00, 0xD800}), "\uFFFD\uFFFD");
 }
 
 }  // namespace

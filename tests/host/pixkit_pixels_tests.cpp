@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/vrm/suites.h"
 #include "tests/host/test_buffer.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,24 @@ TEST(VpixFillRect, WritesTheWordInsideRectangleAndBoundsOnly) {
             vpixFillRect(buffer.handle(), &rect, color);
             EXPECT_EQ(memory, expected) << rect << ", row bytes " << rowBytes;
         }
+    }
+}
+
+TEST(VPixSuites, GiveAndTakeTheHostsBuffers) {
+    const FrameRect bounds{0, 0, 3, 2};
+    for (const auto& [name, version] :
+         {std::pair(VIREO_VPIX_SUITE, 1), {VIREO_VPIX_CREATOR_SUITE, 1}, {VIREO_VPIX_CREATOR_2_SUITE, 3}}) {
+        const void* found = nullptr;
+        ASSERT_EQ(vrmAcquireSuite(name, version, &found), 0) << name;
+        const auto& suite = *static_cast<const VPixSuite*>(found);
+        FrameBuffer* const buffer = vpixNew(&bounds);
+        vireoHostSetPixelFormat(buffer, PixKit::formatVuya);
+        std::uint32_t format = 0;
+        EXPECT_EQ(suite.getPixelFormat.get()(buffer, &format), 0);
+        EXPECT_EQ(format, PixKit::formatVuya);
+        EXPECT_EQ(suite.dispose.get()(buffer), 0);
+        EXPECT_EQ(vrmAcquireSuite(name, version + 1, &found), -1);
+        EXPECT_EQ(found, nullptr);
     }
 }
 

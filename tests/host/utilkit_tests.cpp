@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/heapkit/heapkit.h"
 #include "host/utilkit/utilkit.h"
 #include "tests/host/test_buffer.h"
 #include "tests/support/test_frame.h"
@@ -28,6 +29,14 @@ TEST(FixedPoint, TruncatesTowardZeroAndSaturates) {
         EXPECT_EQ(FixedMul(each.a, each.b), each.product) << each.a << " * " << each.b;
         EXPECT_EQ(FixedDiv(each.a, each.b), each.quotient) << each.a << " / " << each.b;
     }
+}
+
+TEST(BlockMove, TakesBlocksThatOverlapBothWays) {
+    char text[] = "abcdefgh";
+    VrBlockMove(text, text + 2, 5);
+    EXPECT_STREQ(text, "ababcdeh");
+    VrBlockMove(text + 2, text, 5);
+    EXPECT_STREQ(text, "abcdedeh");
 }
 
 TEST(SmoothAlpha, WeighsNeighboursAndLeavesTheRestAlone) {

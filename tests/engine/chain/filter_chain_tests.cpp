@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <cstring>
+#include <latch>
+#include <thread>
 
 namespace vireo {
 namespace {
@@ -82,6 +84,12 @@ TEST(FilterChain, GivesEarlierFramesAsTheFiltersBeforeMakeThem) {
     EXPECT_EQ(blueOf(chainOf({"echo", "echo"}), clip, 5), (10 * echoOf(5) - echoOf(3)) & 0xFF);
 }
 
+TEST(FilterChain, NamesAnEarlierFrameThatIsNoLongerThere) {
+    const Clip clip({nullptr, nullptr, nullptr, plainPicture(3, 2, 0)});
+    EXPECT_THAT([&] { render(chainOf({"echo"}), clip, 3); },
+                testing::ThrowsMessage<Error>("frame 1 is no longer there for frame 3"));
+}
+
 TEST(FilterChain, GivesEarlierFieldsOfTheSameParity) {
     // Upper rows hold the frame's number, lower ones 100 more.
     for (const int height : {2, 3, 7, 8}) {
@@ -123,6 +131,25 @@ TEST(FilterChain, LetsFailuresOfBandsThrough) {
     }
     callsUntilFailure = 0;
     EXPECT_NO_THROW(render(chain, clip, 0, {&workers, {}}));
+}
+
+TEST(FilterChain, GivesEachOfTwoFramesAtOnceItsOwnSettings) {
+    static std::latch* bothAreIn;
+    std::latch latch(2);
+    bothAreIn = &latch;
+    hosting::Filter waiting = test::fakeFilters()[0];
+    waiting.entry = [](void* data, std::int16_t selector, FilterInvocation** invocation) -> std::int32_t {
+        if (selector == FilterSelectorExecute) bothAreIn->arrive_and_wait();
+        return test::fakeFilters()[0].entry(data, selector, invocation);
+    };
+    const std::vector<hosting::Filter> known = {waiting};
+    const FilterChain chain = chainOf({"addv:amount=0@0f..100@100f"}, std::nullopt, known);
+    const Clip clip = numberedClip(60);
+    int early = 0;
+    std::thread beside([&] { early = blueOf(chain, clip, 10); });
+    EXPECT_EQ(blueOf(chain, clip, 50), 100);
+    beside.join();
+    EXPECT_EQ(early, 20);
 }
 
 TEST(FilterChain, NegotiatesThePixelFormat) {

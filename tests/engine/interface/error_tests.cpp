@@ -20,6 +20,9 @@ TEST(InterfaceErrors, OfOpeningSayWhatIsMissing) {
     const VireoOpenOptions nowhere{sizeof nowhere, "no/such/module.vrmp", nullptr};
     EXPECT_EQ(vireoOpen(&nowhere, &none), VireoNoModule);
     EXPECT_THAT(sentence(), HasSubstr("no/such/module.vrmp"));
+    const VireoOpenOptions another{sizeof another, VIREO_OTHER_LIBRARY, nullptr};
+    EXPECT_EQ(vireoOpen(&another, &none), VireoNoModule);
+    EXPECT_THAT(sentence(), HasSubstr(" is no Vireo module: it does not export "));
     const VireoOpenOptions klingon{sizeof klingon, nullptr, "tlh"};
     EXPECT_EQ(vireoOpen(&klingon, &none), VireoUsage);
     EXPECT_EQ(vireoSetLanguage(engine(), "tlh"), VireoUsage);

@@ -4,8 +4,8 @@
 #include "tests/support/golden_file.h"
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
-#include <ranges>
 
 namespace vireo::test {
 namespace {
@@ -50,7 +50,8 @@ std::string outcomeOf(const std::string& text) {
         EXPECT_EQ(vireoChainCovers(chain.get(), 0, &time, &covers), due);
         return covers;
     };
-    const auto frames = std::views::iota(std::int64_t{0}, std::int64_t{200'000});
+    std::vector<std::int64_t> frames(200'000);
+    std::iota(frames.begin(), frames.end(), 0);
     const auto change = std::ranges::partition_point(frames, [&](auto at) { return works(at) == works(0); });
     if (change != frames.end()) outcome << (works(0) == 1 ? " | ends at " : " | begins at ") << *change;
     std::string unchanged;
@@ -114,6 +115,8 @@ TEST(InterfaceErrors, NameTheValueAndTheFile) {
     EXPECT_THAT(sentence(), StartsWith("a.lvl is no Levels file"));
     EXPECT_EQ(vireoChainAddFile(chain.get(), "no such file.json"), VireoFailed);
     EXPECT_EQ(sentence(), "cannot read no such file.json");
+    EXPECT_EQ(vireoChainAddPreset(chain.get(), "f"), VireoUnknownPreset);
+    EXPECT_EQ(sentence(), "the preset \"f\" may be faded or film-print");
     EXPECT_EQ(vireoChainAddPreset(chain.get(), "no such preset"), VireoUnknownPreset);
     EXPECT_THAT(sentence(), StartsWith("there is no preset \"no such preset\""));
     EXPECT_EQ(textOf(chain), "Levels:(RGB) Gamma=130; Ghosting") << "nothing was added";

@@ -76,8 +76,8 @@ private:
 const char* const timedChains[] = {
     "Solarize:threshold=0@0f..250@9f",
     "Ghosting",
-    "Solarize:threshold=10@0s..smooth..250@0.3s; Ghosting; Color Balance:red=90,from=3f; "
-    "Ghosting:mix=40@2f..90@8f",
+    ("Solarize:threshold=10@0s..smooth..250@0.3s; Ghosting; Color Balance:red=90,from=3f; "
+     "Ghosting:mix=40@2f..90@8f"),
     "Bend:horizontal intensity=20; Vertical Hold; Horizontal Hold:offset=70000",
 };
 

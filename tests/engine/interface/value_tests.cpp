@@ -3,6 +3,8 @@
 #include "tests/engine/interface/interface_support.h"
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 static bool operator==(const VireoKey& a, const VireoKey& b) {
@@ -26,6 +28,14 @@ bool isSet(const ChainHandle& chain, std::int32_t parameter) {
     std::int32_t set = -1;
     EXPECT_EQ(vireoChainIsSet(chain.get(), 0, parameter, &set), VireoDone) << sentence();
     return set == 1;
+}
+
+TEST(InterfaceCatalogue, TellsWhatItIs) {
+    using testing::StrEq;
+    EXPECT_STRNE(vireoVersion(), "");
+    EXPECT_EQ(std::string(vireoVersion()).find_first_not_of("0123456789."), std::string::npos);
+    EXPECT_STRNE(vireoCommit(), "");
+    EXPECT_THAT(vireoInstructionSet(), testing::AnyOf(StrEq("baseline"), StrEq("avx2"), StrEq("avx512")));
 }
 
 TEST(InterfaceCatalogue, DescribesEveryFilterInEveryLanguage) {
@@ -173,7 +183,13 @@ TEST(InterfaceValues, AreSetReadAndTakenAway) {
     EXPECT_THAT(sentence(), testing::HasSubstr("\"16777216\""));
     EXPECT_EQ(vireoChainSetValue(chain.get(), 0, parameterOf(chain, "solid"), 2), VireoBadValue);
 
-    EXPECT_EQ(valueText(chain, VireoFrom), "");
+    for (const std::int32_t word : {VireoFrom, VireoTo}) {
+        EXPECT_EQ(valueText(chain, word), "");
+        EXPECT_EQ(vireoChainSet(chain.get(), 0, word, "2.5s"), VireoDone) << sentence();
+        EXPECT_EQ(valueText(chain, word), "2.5s");
+        EXPECT_EQ(vireoChainUnset(chain.get(), 0, word), VireoDone);
+        EXPECT_EQ(valueText(chain, word), "");
+    }
 }
 
 TEST(InterfaceValues, HaveKeyFrames) {
@@ -200,6 +216,10 @@ TEST(InterfaceValues, HaveKeyFrames) {
     EXPECT_EQ(count, 0U);
     const VireoKey backwards[] = {{5, 0, 1, VireoLinear}, {4, 0, 1, VireoLinear}};
     EXPECT_EQ(vireoChainSetKeys(chain.get(), 0, VireoMix, backwards, 2), VireoBadValue);
+    const ChainHandle box = newChain("Color Replace");
+    const VireoKey on{0, 0, 1, VireoLinear};
+    EXPECT_EQ(vireoChainSetKeys(box.get(), 0, parameterOf(box, "solid"), &on, 1), VireoBadValue);
+    EXPECT_THAT(sentence(), testing::EndsWith("is a check box and takes no key frames"));
     const VireoKey tooHigh{0, 0, 101, VireoLinear};
     EXPECT_EQ(vireoChainSetKeys(chain.get(), 0, VireoMix, &tooHigh, 1), VireoBadValue);
     EXPECT_EQ(valueText(chain, VireoMix), "9%");
@@ -257,6 +277,14 @@ TEST(InterfaceBytes, OfALevelsFileAreInTheTextToo) {
         EXPECT_EQ(std::string(static_cast<char*>(content), length), file) << textOf(same);
         vireoFree(content);
     }
+
+    const auto path = std::filesystem::temp_directory_path() /
+                      ("vireo_levels_" + std::to_string(std::random_device()()) + ".lvl");
+    std::ofstream(path, std::ios::binary) << file;
+    const ChainHandle ofFile = newChain();
+    EXPECT_EQ(vireoChainAddFile(ofFile.get(), path.string().c_str()), VireoDone) << sentence();
+    std::filesystem::remove(path);
+    EXPECT_EQ(textOf(ofFile), textOf(chain));
 }
 
 }  // namespace

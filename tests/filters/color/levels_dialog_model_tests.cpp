@@ -121,6 +121,14 @@ TEST(LevelsDialogModel, EachChannelHasItsOwnValuesAndHistogram) {
     EXPECT_EQ(model.shown(OutputWhite), 255);
     EXPECT_EQ(model.histogramBar(box, 21).height(), 30);
     EXPECT_EQ(model.settings().blue.outputWhite, 7);
+
+    EXPECT_TRUE(model.chooseChannel(1));
+    model.commit(OutputWhite, 9);
+    EXPECT_EQ(model.settings().red.outputWhite, 9);
+    model.load({});
+    EXPECT_EQ(model.channel(), 1);
+    EXPECT_EQ(model.shown(OutputWhite), 255);
+    EXPECT_EQ(model.settings().blue.outputWhite, 255);
 }
 
 class LevelsFile : public testing::Test {

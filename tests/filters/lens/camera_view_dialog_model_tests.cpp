@@ -33,6 +33,35 @@ TEST(CameraViewDialogModel, ThePreviewIsRenderedForNewPositionsAlone) {
     EXPECT_EQ(model.settings().latitude, 90);
 }
 
+TEST(CameraViewDialogModel, ResettingBringsTheFreshFilterBackAndLeavesTheAreas) {
+    DialogModel model = freshModel();
+    model.takePositions({10, 20, 30, 40, 50, 60});
+    model.fillWith(0x00102030);
+    model.fillAlphaChannel(!model.fillsAlphaChannel());
+    EXPECT_EQ(model.fillColor(), 0x00102030U);
+    EXPECT_EQ(model.valueOf(Roll), 30);
+    model.reset();
+    const DialogModel fresh(initialSettings);
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        EXPECT_EQ(model.valueOf(static_cast<Row>(row)), fresh.valueOf(static_cast<Row>(row))) << row;
+    EXPECT_EQ(model.fillColor(), fresh.fillColor());
+    EXPECT_EQ(model.fillsAlphaChannel(), fresh.fillsAlphaChannel());
+    EXPECT_EQ(model.swatch(), boxAt(310, 250, 36, 20));
+}
+
+TEST(CameraViewDialogModel, WhatTheDialogWritesItselfIsNotTyped) {
+    DialogModel model = freshModel();
+    EXPECT_FALSE(model.isWriting());
+    {
+        const DialogModel::OwnWriting outer(model);
+        { const DialogModel::OwnWriting inner(model); }
+        EXPECT_TRUE(model.isWriting()) << "until the outermost ends";
+        model.write(Zoom, 100);
+    }
+    EXPECT_FALSE(model.isWriting());
+    EXPECT_EQ(model.written(Zoom), 100);
+}
+
 TEST(CameraViewDialogModel, EditRules) {
     EXPECT_EQ(DialogModel::editAngle(361).slider, 360);
     EXPECT_EQ(DialogModel::editAngle(361).writeBack, 360);

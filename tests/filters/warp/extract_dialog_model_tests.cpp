@@ -37,6 +37,12 @@ TEST(ExtractDialogModel, DraggingCoversTheWholeRangeAndStopsAtTheOtherHandle) {
 
     model.press(5, 5);
     EXPECT_EQ(model.drag(100), Extract::Nothing);
+
+    auto upper = modelWithLine({40, 255, 0, 0});
+    const Box marker = upper.strip().marker(255);
+    upper.press(marker.left, marker.top);
+    EXPECT_EQ(upper.drag(-100), Extract::High | Extract::Picture);
+    EXPECT_EQ(upper.settings().high, 40);
 }
 
 TEST(ExtractDialogModel, TypedValuesKeepTheirRanges) {
@@ -53,6 +59,14 @@ TEST(ExtractDialogModel, TypedValuesKeepTheirRanges) {
     EXPECT_TRUE(model.commit(Field::Low, std::nullopt).refused);
     EXPECT_EQ(model.commit(Field::Low, 100).redraw, Extract::Low | Extract::Picture);
     EXPECT_EQ(model.commit(Field::High, 100).redraw, Extract::Nothing);
+    EXPECT_EQ(model.commit(Field::Softness, 100).redraw, Extract::Softness | Extract::Picture);
+    EXPECT_EQ(model.slideSoftness(100), Extract::Nothing);
+    EXPECT_EQ(model.slideSoftness(7), Extract::Softness | Extract::Picture);
+    EXPECT_EQ(model.settings().softness, 7);
+    for (const int inverted : {0, 1}) {
+        EXPECT_EQ(model.toggleInvert(), Extract::Picture);
+        EXPECT_EQ(model.settings().invert, inverted);
+    }
 }
 
 TEST(ExtractDialogModel, AHandleStaysUnderThePointerThatGrabbedItsEdge) {
@@ -81,6 +95,16 @@ TEST(ExtractDialogModel, BarsFollowTheCountsAndLeaveTheFrameFromManyPixelsOn) {
     EXPECT_EQ(model.histogramBar(box, 254).height(), 70 * white);
     model.countPixels({nullptr, 0, {}});
     EXPECT_EQ(model.histogramBar(box, 0).height(), 0);
+}
+
+TEST(ExtractDialogModel, TheCurveFillsItsBoxFromEndToEnd) {
+    TransferCurve curve{};
+    curve[255] = 255;
+    curve[128] = 128;
+    const Box box = boxAt(10, 20, 256, 51);
+    EXPECT_EQ(Extract::DialogModel::curveColumn(box, curve, 0), (Box{10, 71, 11, 71}));
+    EXPECT_EQ(Extract::DialogModel::curveColumn(box, curve, 128).height(), 26);
+    EXPECT_EQ(Extract::DialogModel::curveColumn(box, curve, 255).top, 20);
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 
 #if defined(_WIN32)
 #include "host/win32.h"
+#else
+#include <unistd.h>
 #endif
 
 namespace vireo {
@@ -36,6 +38,18 @@ bool isHeld(const std::filesystem::path& path) {
 bool isHeld(const std::filesystem::path&) { return false; }
 
 #endif
+
+void removeFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+        std::filesystem::remove_all(entry.path(), error);
+#if defined(_WIN32)
+    std::filesystem::remove(folder, error);
+#else
+    // The library's own way would first take it for a file, which the sandbox refuses.
+    rmdir(folder.c_str());
+#endif
+}
 
 void refuseExisting(const std::string& path) {
     std::error_code error;

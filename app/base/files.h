@@ -17,6 +17,9 @@ std::string reasonOf(const std::error_code& error);
 /// Windows refuses what is done to a file that a program has open; elsewhere no file is held so.
 bool isHeld(const std::filesystem::path& path);
 
+/// Removes a folder with all that is in it, as far as that can be.
+void removeFolder(const std::filesystem::path& folder);
+
 /// Throws Error where the file exists.
 void refuseExisting(const std::string& path);
 

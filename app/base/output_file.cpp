@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <system_error>
 
 #ifdef _WIN32
@@ -31,16 +32,47 @@ Error cannotWrite(const fs::path& path, const std::error_code& error) {
                  (isHeld(path) ? "another program has it open" : reasonOf(error)));
 }
 
-bool createFile(const fs::path& path, std::error_code& error) {
+/// With the rights of the file whose place it will take, if there is one.
+bool createFile(const fs::path& path, const fs::file_status& former, std::error_code& error) {
 #ifdef _WIN32
     const int file = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
     if (file >= 0) _close(file);
+    std::error_code unimportant;
+    if (file >= 0 && fs::exists(former)) fs::permissions(path, former.permissions(), unimportant);
 #else
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0 && fs::exists(former)) fchmod(file, static_cast<mode_t>(former.permissions()));
     if (file >= 0) close(file);
 #endif
     error = file < 0 ? std::error_code(errno, std::generic_category()) : std::error_code();
     return file >= 0;
+}
+
+bool createFolder(const fs::path& path, std::error_code& error) { return fs::create_directory(path, error); }
+
+/// Folders within which the temporary files of another one lie.
+class PreparedFolders {
+public:
+    PreparedFolders() = default;
+    PreparedFolders(const PreparedFolders&) = delete;
+    PreparedFolders& operator=(const PreparedFolders&) = delete;
+    ~PreparedFolders() {
+        for (const auto& [folder, within] : folders_) removeFolder(within);
+    }
+
+    const fs::path& within(const fs::path& folder) const {
+        const auto found = folders_.find(folder);
+        return found == folders_.end() ? folder : found->second;
+    }
+    void add(const fs::path& folder, const fs::path& within) { folders_.emplace(folder, within); }
+
+private:
+    std::map<fs::path, fs::path> folders_;
+};
+
+PreparedFolders& preparedFolders() {
+    static PreparedFolders folders;
+    return folders;
 }
 
 /// Makes a file or a folder beside `path` by `create(name, error)`, which tells whether it made it. Its name
@@ -49,7 +81,7 @@ template <class Create>
 fs::path makeTemporary(const fs::path& path, const fs::path& shown, Create create) {
     static std::atomic<int> counter = 0;
     while (true) {
-        fs::path name = path.parent_path() /
+        fs::path name = preparedFolders().within(path.parent_path()) /
                         (".vireo-" + std::to_string(getpid()) + '-' + std::to_string(++counter) + ".part");
         std::error_code error;
         if (create(name, error)) return name;
@@ -65,8 +97,7 @@ struct Target {
     bool isSpecial() const { return exists() && !fs::is_regular_file(status); }
 };
 
-/// What an output's name stands for. Throws Error where it may not be written.
-Target targetOf(const fs::path& path, bool overwrite) {
+Target lookedUp(const fs::path& path) {
     std::error_code error;
     Target target{path, {}};
     // What a link points to is replaced, not the link.
@@ -75,6 +106,12 @@ Target targetOf(const fs::path& path, bool overwrite) {
         if (!error) target.path = resolved;
     }
     target.status = fs::status(target.path, error);
+    return target;
+}
+
+/// What an output's name stands for. Throws Error where it may not be written.
+Target targetOf(const fs::path& path, bool overwrite) {
+    Target target = lookedUp(path);
     if (fs::is_directory(target.status)) throw Error(utf8Of(path) + " is a folder");
     if (target.isSpecial()) return target;
     if (target.exists() && !overwrite) throw Error(utf8Of(path) + " exists; --overwrite replaces it");
@@ -105,9 +142,10 @@ OutputFile::OutputFile(const fs::path& path, bool overwrite) {
     const Target target = targetOf(path, overwrite);
     target_ = target.path;
     special_ = target.isSpecial();
-    temporary_ = special_ ? target_ : makeTemporary(target_, path, createFile);
-    std::error_code error;
-    if (target.exists() && !special_) fs::permissions(temporary_, target.status.permissions(), error);
+    const auto create = [&](const fs::path& name, std::error_code& error) {
+        return createFile(name, target.status, error);
+    };
+    temporary_ = special_ ? target_ : makeTemporary(target_, path, create);
 }
 
 OutputFile::~OutputFile() {
@@ -124,6 +162,21 @@ void OutputFile::commit() {
     temporary_.clear();
 }
 
+OutputPlace prepareOutput(const fs::path& path) {
+    const Target target = lookedUp(path);
+    if (target.isSpecial()) return {target.path, {}, {}};
+    OutputPlace place{{}, target.path.parent_path(), {}};
+    place.temporary = preparedFolders().within(place.folder);
+    if (place.temporary != place.folder) return place;
+    try {
+        place.temporary = makeTemporary(target.path, path, createFolder);
+        preparedFolders().add(place.folder, place.temporary);
+    } catch (const Error&) {
+        // Writing the output says it.
+    }
+    return place;
+}
+
 void checkOutputFile(const fs::path& path, bool overwrite, bool folderIsMade) {
     const Target target = targetOf(path, overwrite);
     if (!target.isSpecial()) checkFolder(target.path.parent_path(), path, folderIsMade);
@@ -134,15 +187,9 @@ void checkOutputFolder(const fs::path& folder, bool folderIsMade) {
 }
 
 OutputFileSet::OutputFileSet(const fs::path& folder)
-    : folder_(folder),
-      temporary_(makeTemporary(
-          folder / "x", folder.empty() ? "." : folder,
-          [](const fs::path& path, std::error_code& error) { return fs::create_directory(path, error); })) {}
+    : folder_(folder), temporary_(makeTemporary(folder / "x", folder.empty() ? "." : folder, createFolder)) {}
 
-OutputFileSet::~OutputFileSet() {
-    std::error_code error;
-    fs::remove_all(temporary_, error);
-}
+OutputFileSet::~OutputFileSet() { removeFolder(temporary_); }
 
 fs::path OutputFileSet::add(const fs::path& name) {
     names_.push_back(name);

@@ -39,6 +39,16 @@ private:
 void checkOutputFile(const std::filesystem::path& path, bool overwrite, bool folderIsMade);
 void checkOutputFolder(const std::filesystem::path& folder, bool folderIsMade);
 
+/// Where an output is written and comes to lie.
+struct OutputPlace {
+    std::filesystem::path special;            ///< A pipe or a device, which is all of it.
+    std::filesystem::path folder, temporary;  ///< The same where no folder can be made.
+};
+
+/// From here on the temporary files of that file's folder lie within another one there, which goes when the
+/// program ends: what is confined to that one can write them and nothing beside them.
+OutputPlace prepareOutput(const std::filesystem::path& path);
+
 /// Many files of one folder, which appear together.
 class OutputFileSet {
 public:

@@ -6,6 +6,7 @@
 #include "app/base/log.h"
 #include "app/base/messages.h"
 #include "app/base/progress_signal.h"
+#include "app/base/sandbox.h"
 #include "app/commands/commands.h"
 #include "app/commands/help.h"
 #include "app/media/format_lists.h"
@@ -60,9 +61,12 @@ void addGlobalOptions(CLI::App& program, GlobalOptions& options, bool& version) 
     program
         .add_option("--application-type", options.applicationType, "The kind of host that the module sees")
         ->type_name("N");
+    program.add_flag("--no-sandbox", options.noSandbox,
+                     "Let what reads media use everything that the user may use");
     program.option_defaults()->group("Options");
     program.add_flag("--version", version,
-                     "Print the version, the commit, the instruction set in use and the module's place");
+                     "Print the version, the commit, the instruction set in use, the module's place and "
+                     "whether there is a sandbox");
 }
 
 void addCommands(CommandSet& commands) {
@@ -96,14 +100,25 @@ int run(const CommandSet& commands, const GlobalOptions& global) {
     return status;
 }
 
+const char* sandboxText(const GlobalOptions& global) {
+    if (global.noSandbox) return "off";
+    switch (sandboxStrength()) {
+        case SandboxStrength::None: return "not available";
+        case SandboxStrength::Partial: return "on in part";
+        case SandboxStrength::Full: break;
+    }
+    return "on";
+}
+
 std::string versionText(const GlobalOptions& global) {
     std::string text = std::string("vireo " VIREO_VERSION ", commit ") + builtFrom() + ", instruction set " +
                        std::string(simd::instructionSetName(simd::chosenInstructionSet())) + '\n';
     try {
-        return text + "module " + utf8Of(findModule(global.module)) + '\n';
+        text += "module " + utf8Of(findModule(global.module)) + '\n';
     } catch (const Error&) {
-        return text + "no module\n";
+        text += "no module\n";
     }
+    return text + "sandbox " + sandboxText(global) + '\n';
 }
 
 /// What a log needs to be understood later.

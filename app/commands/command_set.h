@@ -23,6 +23,7 @@ struct GlobalOptions {
     std::string module;  ///< Empty: VIREO_MODULE, or where the program lies.
     std::string log;     ///< Empty: none.
     bool quiet = false;
+    bool noSandbox = false;
 };
 
 /// What a command works with.

@@ -2,6 +2,7 @@
 // vireo compare: before and after in one picture.
 #include "app/base/files.h"
 #include "app/commands/commands.h"
+#include "app/commands/confinement.h"
 #include "app/commands/render_options.h"
 #include "app/commands/table.h"
 #include "app/render/measuring.h"
@@ -114,6 +115,10 @@ int compare(Session& session, const CompareOptions& options) {
     FrameProcessor& shown = options.metrics ? static_cast<FrameProcessor&>(measuring) : *chain;
     Comparison comparison(shown, {layoutNamed(options.layout), job.alpha});
     refuseTakenNames(chainOptions, options);
+    Confinement confinement;
+    confinement.add(options);
+    confinement.add(job);
+    confinement.enter(session.global());
     runJob(job, job.output.empty() ? shown : comparison);
     if (options.metrics) printMetrics(measuring, options.json);
     saveSettings(chainOptions, options);

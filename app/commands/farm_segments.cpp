@@ -4,6 +4,7 @@
 
 #include "app/base/files.h"
 #include "app/base/interruption.h"
+#include "app/commands/confinement.h"
 #include "app/commands/farm_plan.h"
 #include "app/commands/render_options.h"
 #include "app/media/encoder_choice.h"
@@ -70,12 +71,15 @@ bool isOneOf(const std::string& name, std::initializer_list<std::string_view> na
 /// joining agree on it.
 class Farm {
 public:
-    Farm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options)
+    enum class Purpose { Look, Write };
+
+    Farm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options, Purpose purpose)
         : options_(options),
           chainOptions_(readChain(catalogue, options.render)),
           job_(jobOf(global, options)) {
         chain_ = chainOf(chainOptions_, options.render);
         folder_ = job_.output + ".farm-" + digest();
+        confine(global, purpose);
         part_ = partOf(job_, *chain_);
         cut();
     }
@@ -154,6 +158,16 @@ public:
     }
 
 private:
+    void confine(const GlobalOptions& global, Purpose purpose) const {
+        RenderJob job = job_;
+        job.dryRun = purpose == Purpose::Look;
+        Confinement confinement;
+        confinement.add(options_.render);
+        confinement.add(job);
+        if (purpose == Purpose::Write) confinement.keep(pathOf(folder_));
+        confinement.enter(global);
+    }
+
     /// Does a segment if it is missing.
     std::string renderLine(const std::string& numbers, const std::string& file) const {
         const std::string folder = shellWord(folder_);
@@ -208,9 +222,10 @@ private:
             // Options of the farm itself have none.
             const std::string given = words(option);
             if (!given.empty() &&
-                !isOneOf(option.name, {"--overwrite", "--quiet", "--jobs", "--log", "--progress",
-                                       "--progress-fd", "--resume", "--json", "--to", "--name", "--recursive",
-                                       "--skip-existing", "--save-settings", "--save-settings-bytes"}))
+                !isOneOf(option.name,
+                         {"--overwrite", "--quiet", "--jobs", "--log", "--progress", "--progress-fd",
+                          "--resume", "--json", "--to", "--name", "--no-sandbox", "--recursive",
+                          "--skip-existing", "--save-settings", "--save-settings-bytes"}))
                 digest.add(given);
         }
         digest.add(settingsText(chainOptions_.filters));
@@ -336,7 +351,7 @@ private:
 }  // namespace
 
 void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
-    const Farm farm(catalogue, global, options);
+    const Farm farm(catalogue, global, options, Farm::Purpose::Look);
     farm.refuseExistingOutput();
     const FarmPlan plan = farm.plan();
     if (options.format == "sh") {
@@ -353,7 +368,7 @@ void planFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
 }
 
 void showFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
-    const Farm farm(catalogue, global, options);
+    const Farm farm(catalogue, global, options, Farm::Purpose::Look);
     const FarmPlan plan = farm.plan();
     std::error_code error;
     const auto isThere = [&error](const std::string& file) { return fs::exists(pathOf(file), error); };
@@ -364,7 +379,7 @@ void showFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
 }
 
 void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const FarmOptions& options) {
-    const Farm farm(catalogue, global, options);
+    const Farm farm(catalogue, global, options, Farm::Purpose::Write);
     for (const Segment& segment : farm.segments()) {
         std::error_code error;
         if (!fs::exists(pathOf(segment.file), error)) {
@@ -380,8 +395,7 @@ void joinFarm(const Catalogue& catalogue, const GlobalOptions& global, const Far
         messages.tell(farm.job().output + ": " + std::to_string(count) +
                       (count == 1 ? " segment joined" : " segments joined"));
     }
-    std::error_code error;
-    if (!options.keep) fs::remove_all(pathOf(farm.folder()), error);
+    if (!options.keep) removeFolder(pathOf(farm.folder()));
 }
 
 RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& global, FarmOptions options,
@@ -389,7 +403,7 @@ RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& 
     const auto start = std::chrono::steady_clock::now();
     const InterruptionGuard guard;
     options.segments = 0;
-    Farm farm(catalogue, global, options);
+    Farm farm(catalogue, global, options, Farm::Purpose::Write);
     const std::string& output = farm.job().output;
     std::error_code error;
     const bool isBegun = fs::exists(pathOf(farm.folder()), error);
@@ -418,7 +432,7 @@ RenderSummary renderInSegments(const Catalogue& catalogue, const GlobalOptions& 
         throw Error(what.substr(0, what.find(';')) + "; the same command goes on with what is done",
                     failure.status());
     }
-    fs::remove_all(pathOf(farm.folder()), error);
+    removeFolder(pathOf(farm.folder()));
     messages.enter(Phase::Done);
     summary.bytes = farm.writtenBytes();
     summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

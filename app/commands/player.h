@@ -15,6 +15,8 @@ public:
     Player& operator=(const Player&) = delete;
     ~Player();
 
+    int process() const { return process_; }
+
     /// Where to write, in the form of NUT.
     int input() const { return input_; }
 

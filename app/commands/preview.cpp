@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // vireo preview: renders into a player's window.
 #include "app/commands/commands.h"
+#include "app/commands/confinement.h"
 #include "app/commands/render_options.h"
 #include "engine/error.h"
 
+#include <functional>
 #include <memory>
 
 #if defined(_WIN32)
@@ -31,16 +33,19 @@ struct PreviewOptions : RenderOptions {
     std::string layout = "after";
 };
 
+/// Gets the process that shows the pictures.
+using Confine = std::function<void(int)>;
+
 #if defined(_WIN32)
 
-void play(const RenderJob& job, FrameProcessor& processor, const std::string& chain) {
+void play(const RenderJob& job, FrameProcessor& processor, const std::string& chain, const Confine&) {
     const std::string name = utf8Of(pathOf(job.input).filename());
     playInWindow(job, processor, name + (chain.empty() ? "" : " \u2013 " + chain));
 }
 
 #else
 
-void play(RenderJob job, FrameProcessor& processor, const std::string&) {
+void play(RenderJob job, FrameProcessor& processor, const std::string&, const Confine& confine) {
     Player player("vireo: " + job.input);
     job.output = "-";
     job.pipe = player.input();
@@ -49,6 +54,7 @@ void play(RenderJob job, FrameProcessor& processor, const std::string&) {
     job.pixelFormat = "bgr0";  // no player guesses the matrix of RGB
     job.quiet = true;
     job.atOnce = true;
+    confine(player.process());
     try {
         renderMedia(job, processor);
         player.wait();
@@ -82,7 +88,11 @@ void preview(Session& session, const PreviewOptions& options) {
     Comparison comparison(*chain, {layoutNamed(options.layout), false});
     refuseTakenNames(chainOptions, options);
 
-    play(job, comparison, namesOf(chainOptions.filters));
+    Confinement confinement;
+    confinement.add(options);
+    confinement.add(job);
+    play(job, comparison, namesOf(chainOptions.filters),
+         [&](int player) { confinement.enter(session.global(), player); });
     saveSettings(chainOptions, options);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // vireo probe: what inputs are understood to be.
 #include "app/commands/commands.h"
+#include "app/commands/confinement.h"
 #include "app/commands/render_options.h"
 #include "app/commands/render_report.h"
 #include "engine/error.h"
@@ -21,6 +22,12 @@ int probe(const GlobalOptions& global, const ProbeOptions& options) {
     const InterruptionGuard guard;
     const StopRequest stop;
     RenderJob job = commonJob(global, options);
+    Confinement confinement;
+    for (const std::string& name : options.files) {
+        job.input = name;
+        confinement.add(job);
+    }
+    confinement.enter(global);
     Json inputs = Json::array();
     int status = 0;
     for (const std::string& name : options.files) {

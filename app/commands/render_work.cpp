@@ -3,6 +3,7 @@
 
 #include "app/base/files.h"
 #include "app/base/output_file.h"
+#include "app/commands/confinement.h"
 #include "app/commands/input_list.h"
 #include "app/commands/output_options.h"
 #include "app/commands/render_options.h"
@@ -152,11 +153,20 @@ void refuseMixedOutput(const RenderWork& work, bool json) {
 std::vector<RenderReport> doAll(const std::vector<RenderWork>& works, int jobs) {
     std::vector<QueuedRender> renders;
     std::vector<std::string> passedOver;
+    Confinement confinement;
     for (const RenderWork& work : works) {
         if (work.isOneOfMany) makeFolder(work.options.folder, work.options.job.dryRun);
-        for (const RenderJob& job : work.jobs) renders.push_back({&work, &job});
+        confinement.add(work.options);
+        for (const RenderJob& job : work.jobs) {
+            renders.push_back({&work, &job});
+            confinement.add(job);
+            // Segments lie beside the output until they are joined.
+            const bool keepsSegments = work.options.resume && !job.dryRun;
+            if (keepsSegments) confinement.keep(pathOf(job.output).parent_path());
+        }
         passedOver.insert(passedOver.end(), work.passedOver.begin(), work.passedOver.end());
     }
+    if (!renders.empty()) confinement.enter(works.front().session.global());
     const std::vector<RenderOutcome> outcomes = renderQueue(renders, jobs);
 
     std::vector<RenderReport> reports;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // vireo sheet: the picture and what each filter makes of it, in a grid as large as the picture.
 #include "app/commands/commands.h"
+#include "app/commands/confinement.h"
 #include "app/commands/label_font.h"
 #include "app/commands/render_options.h"
 #include "app/media/render_job.h"
@@ -126,6 +127,9 @@ void addSheetCommand(CommandSet& commands) {
         commands.add("sheet", "Render every filter over one picture, on one sheet", [job](Session& session) {
             SheetProcessor processor(session.catalogue());
             job->quiet = session.global().quiet;
+            Confinement confinement;
+            confinement.add(*job);
+            confinement.enter(session.global());
             renderMedia(*job, processor);
             return 0;
         });

@@ -133,13 +133,21 @@ const OutputKind* kindOf(std::string_view extension) {
     return nullptr;
 }
 
-const AVCodec* encoderNamed(const std::string& name) {
+/// Null where there is none.
+const AVCodec* findEncoder(const std::string& name) {
     const AVCodec* codec = avcodec_find_encoder_by_name(name.c_str());
-    if (codec == nullptr) {
-        // A codec's name means its best encoder.
-        const AVCodecDescriptor* codecKind = avcodec_descriptor_get_by_name(name.c_str());
-        if (codecKind != nullptr) codec = avcodec_find_encoder(codecKind->id);
-    }
+    if (codec != nullptr) return codec;
+    // A codec's name means its best encoder.
+    const AVCodecDescriptor* codecKind = avcodec_descriptor_get_by_name(name.c_str());
+    return codecKind == nullptr ? nullptr : avcodec_find_encoder(codecKind->id);
+}
+
+bool worksOnHardware(const AVCodec& codec) {
+    return (codec.capabilities & (AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID)) != 0;
+}
+
+const AVCodec* encoderNamed(const std::string& name) {
+    const AVCodec* codec = findEncoder(name);
     if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
         throw Error(Fault::Usage, "there is no video encoder named " + name);
     return codec;
@@ -530,6 +538,11 @@ void preparePass(AVCodecContext& context, const AVCodec& codec, const RenderJob&
 
 }  // namespace
 
+bool encodesOnHardware(const RenderJob& job) {
+    const AVCodec* const codec = findEncoder(job.encoder);
+    return codec != nullptr && worksOnHardware(*codec);
+}
+
 void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,
                  Dictionary* left) {
     Dictionary own;
@@ -540,8 +553,7 @@ void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const Ren
     if (choice.hardware != nullptr) openDevice(context, choice);
     if (job.pass != 0) preparePass(context, *choice.codec, job, options);
     const int opened = avcodec_open2(&context, choice.codec, options.address());
-    constexpr int hardware = AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID;
-    if (opened < 0 && (choice.codec->capabilities & hardware) != 0)
+    if (opened < 0 && worksOnHardware(*choice.codec))
         throw Error(std::string("the encoder ") + choice.codec->name +
                     " works on hardware that cannot be used here: " + failureText(opened));
     if (opened < 0)

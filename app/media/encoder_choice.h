@@ -55,6 +55,9 @@ bool writesPictures(const RenderJob& job);
 EncoderChoice chooseVideoEncoder(const RenderJob& job, const VideoProperties& video, int depth);
 EncoderChoice choosePictureEncoder(const RenderJob& job, const VideoProperties& video, int depth, bool alpha);
 
+/// Whether the job names an encoder that works on a device.
+bool encodesOnHardware(const RenderJob& job);
+
 /// Opens an encoder of that choice; `context` may have been prepared further. An option that neither the
 /// encoder nor, afterwards, `left` takes is refused. Throws Error.
 void openEncoder(AVCodecContext& context, const EncoderChoice& choice, const RenderJob& job,

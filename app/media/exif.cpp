@@ -83,17 +83,19 @@ int exifOrientationTag(Bytes file) {
 }
 
 int exifOrientationTag(const std::filesystem::path& path) {
+    // A pipe, whose bytes are there but once, has no size.
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path, error);
+    if (error) return upright;
     // JPEG has the record at its begin, the others may have it at the end.
     std::ifstream stream(path, std::ios::binary);
     std::vector<std::uint8_t> bytes(12);
     stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!stream) return upright;
-    const bool picture = begins(bytes, "\xFF\xD8") || begins(bytes, "\x89PNG") || begins(bytes, "RIFF") ||
+    const bool isWebp = begins(bytes, "RIFF") && begins(from(bytes, 8), "WEBP");  // AVI begins so, too.
+    const bool picture = begins(bytes, "\xFF\xD8") || begins(bytes, "\x89PNG") || isWebp ||
                          begins(bytes, "II") || begins(bytes, "MM");
     if (!picture) return upright;
-    std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
-    if (error) return upright;
     bytes.resize(
         static_cast<std::size_t>(begins(bytes, "\xFF\xD8") ? std::min<std::uintmax_t>(size, 1 << 18) : size));
     stream.seekg(0);

@@ -137,8 +137,8 @@ def test_a_log_keeps_what_was_said(vireo, picture):
     assert all(re.match(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z ", line) for line in lines)
     words = [line.split(" ", 1)[1] for line in lines]
     version = vireo("--version").stdout.decode().splitlines()
-    assert words[:2] == version and words[2].startswith("FFmpeg ") and "libavcodec" in words[2]
-    assert json.loads(words[3].removeprefix("command ")) == arguments and words[4] == f"folder {vireo.folder}"
-    assert re.fullmatch(r"vireo: out put.png: 1 frame in [\d.]+ s\.", words[5]) and words[6] == "status 0"
+    assert words[:3] == version and words[3].startswith("FFmpeg ") and "libavcodec" in words[3]
+    assert json.loads(words[4].removeprefix("command ")) == arguments and words[5] == f"folder {vireo.folder}"
+    assert re.fullmatch(r"vireo: out put.png: 1 frame in [\d.]+ s\.", words[6]) and words[7] == "status 0"
     assert words[-2:] == ["vireo: out put.png exists; --overwrite replaces it.", "status 1"]
     assert "cannot write the log" in vireo.error("list", "--log", "no/log.txt", status=1)

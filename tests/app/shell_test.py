@@ -35,7 +35,7 @@ def complete(vireo, line):
     ("vireo render --filter Solarize:threshold=", "words", ["Solarize:threshold=128"]),
     ("vireo render --filter Ghosting:", "words", ["Ghosting:from=", "Ghosting:to=", "Ghosting:mix="]),
     ("vireo completion ", "words", ["bash", "zsh", "fish", "powershell"]),
-    ("vireo nothing --no", "words", []),
+    ("vireo nothing --no", "words", ["--no-sandbox"]),
 ])
 def test_what_may_follow(vireo, line, kind, words):
     assert complete(vireo, line) == (kind, words)

@@ -25,7 +25,7 @@ function makeClips() {
     const withTone = ['-i', sample, ...tone(3), '-map', '0:v', '-map', '1:a'];
     const vp9 = ['-c:v', 'libvpx-vp9', '-deadline', 'realtime', '-cpu-used', '8'];
     ffmpeg(...withTone, '-c:v', 'copy', '-c:a', 'aac', 'aac.mp4');
-    ffmpeg(...withTone, ...vp9, '-b:v', '2M', '-s', '320x180', '-c:a', 'libopus', 'opus.webm');
+    ffmpeg(...withTone, ...vp9, '-t', '1', '-b:v', '2M', '-s', '320x180', '-c:a', 'libopus', 'opus.webm');
     // Every third frame is missing, and the others keep their times.
     ffmpeg('-i', sample, '-vf', 'select=mod(n\\,3),scale=320:180', '-fps_mode', 'vfr', 'uneven.mp4');
     ffmpeg('-i', sample, '-t', '1.4', '-vf', 'scale=320:180,format=gbrp', ...vp9, '-lossless', '1', 'rgb.webm');

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#include "app/base/sandbox.h"
+
+namespace vireo {
+
+SandboxStrength sandboxStrength() { return SandboxStrength::None; }
+void enterSandbox(const std::vector<SandboxPlace>&, int) {}
+
+}  // namespace vireo

@@ -54,16 +54,16 @@ void Confinement::allowIn(const fs::path& folder, unsigned rights) {
 void Confinement::keep(const fs::path& folder) { allowIn(folder, SandboxPlace::Keep); }
 
 void Confinement::add(const RenderOptions& options) {
-    using Kind = SettingsOption::Kind;
     const auto save = [&](const std::string& name) {
         if (!name.empty() && !options.job.dryRun) outputs_.push_back({name, options.job.overwrite, false});
     };
     for (const fs::path& folder : presetFolders()) allowIn(folder, SandboxPlace::Read | SandboxPlace::List);
     for (const SettingsOption& option : options.settings) {
-        if (option.kind == Kind::SaveSettingsBytes) {
-            save(option.value);
-        } else if (option.kind != Kind::Filter && option.kind != Kind::Preset) {
-            allow(pathOf(option.value), SandboxPlace::Read);
+        switch (option.kind) {
+            case SettingsOption::Kind::Filter:
+            case SettingsOption::Kind::Preset: break;
+            case SettingsOption::Kind::SaveSettingsBytes: save(option.value); break;
+            default: allow(pathOf(option.value), SandboxPlace::Read);
         }
     }
     save(options.saveSettings);

@@ -41,9 +41,20 @@ function(vireo_threaded_cases test selection)
   endif()
 endfunction()
 
-# vireo_addressed_cases(TEST SELECTION): a test whose other cases run code under the address sanitizer that these run too.
-function(vireo_addressed_cases test selection)
-  if(VIREO_SANITIZERS MATCHES "address")
+# Whether the tests are those of the address sanitizer that are run at every check; the long one runs all.
+if(VIREO_SANITIZERS MATCHES "address" AND NOT "$ENV{VIREO_LONG}")
+  set(VIREO_BRIEF_ADDRESS_TESTS ON)
+endif()
+
+# vireo_brief_address_cases(TEST SELECTION): a test of which the address sanitizer's brief tests are these.
+function(vireo_brief_address_cases test selection)
+  if(VIREO_BRIEF_ADDRESS_TESTS)
     set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT ${selection})
   endif()
 endfunction()
+
+# The instruction sets that a processor may lack, for which tests are run again.
+set(VIREO_OTHER_SETS baseline avx2)
+if(VIREO_BRIEF_ADDRESS_TESTS)
+  set(VIREO_OTHER_SETS avx2)
+endif()

@@ -31,8 +31,9 @@ TEST_P(InterfaceThreads, RenderOneFrameAsOneDoesAndKeepToItsRows) {
         if (seed == 2) {
             ASSERT_EQ(vireoChainSet(chain.get(), 0, VireoMix, "37"), VireoDone);
         }
-        // The last is high enough for three bands of filters that look far up and down.
         for (const int height : {1, 2, 3, 17, 31, 33, 48, 241, 2500}) {
+            // High enough for three bands of filters that look far up and down.
+            if (height == 2500 && seed > 1) continue;
             const Lie lie{.isBottomUp = seed % 2 == 1, .gap = seed == 1 ? 0 : 60};
             const int width = height > 1000 ? 9 : 37;
             Pixels source(width, height, lie, seed);
@@ -40,7 +41,7 @@ TEST_P(InterfaceThreads, RenderOneFrameAsOneDoesAndKeepToItsRows) {
                 const VireoTime time = moment(11, 40, interlacing);
                 ASSERT_EQ(vireoChainSetThreads(chain.get(), 1), VireoDone);
                 const auto expected = rendered(chain, source.frame, &time, &options);
-                for (const std::uint32_t threads : {1, 2, 3, 5}) {
+                for (const std::uint32_t threads : {1, 2, 5}) {
                     Pixels result(width, height, lie, seed + 1);
                     ASSERT_EQ(vireoChainSetThreads(chain.get(), threads), VireoDone);
                     ASSERT_EQ(vireoChainRender(chain.get(), &source.frame, &result.frame, &time, &options),

@@ -3,12 +3,12 @@
 #include "engine/chain/vuya.h"
 #include "engine/error.h"
 #include "tests/engine/support/fake_filters.h"
+#include "tests/engine/support/gathering.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <cstring>
-#include <latch>
 #include <thread>
 
 namespace vireo {
@@ -134,12 +134,12 @@ TEST(FilterChain, LetsFailuresOfBandsThrough) {
 }
 
 TEST(FilterChain, GivesEachOfTwoFramesAtOnceItsOwnSettings) {
-    static std::latch* bothAreIn;
-    std::latch latch(2);
-    bothAreIn = &latch;
+    static test::Gathering* renderings;
+    test::Gathering both(2);
+    renderings = &both;
     hosting::Filter waiting = test::fakeFilters()[0];
     waiting.entry = [](void* data, std::int16_t selector, FilterInvocation** invocation) -> std::int32_t {
-        if (selector == FilterSelectorExecute) bothAreIn->arrive_and_wait();
+        if (selector == FilterSelectorExecute) renderings->join();
         return test::fakeFilters()[0].entry(data, selector, invocation);
     };
     const std::vector<hosting::Filter> known = {waiting};

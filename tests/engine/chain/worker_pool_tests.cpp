@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "engine/chain/worker_pool.h"
+#include "tests/engine/support/gathering.h"
 
 #include <gtest/gtest.h>
 
@@ -19,24 +20,6 @@ std::vector<int> runs(WorkerPool& pool, int parts) {
 }
 
 std::vector<int> once(int parts) { return std::vector<int>(static_cast<std::size_t>(std::max(parts, 0)), 1); }
-
-/// Lets parts wait until so many of them are under way at once.
-class Gathering {
-public:
-    explicit Gathering(int wanted) : wanted_(wanted) {}
-
-    void join() {
-        std::unique_lock lock(mutex_);
-        if (++here_ == wanted_) complete_.notify_all();
-        complete_.wait(lock, [&] { return here_ >= wanted_; });
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable complete_;
-    int wanted_;
-    int here_ = 0;
-};
 
 std::string failureOf(WorkerPool& pool, int parts, const std::function<void(int)>& work) {
     try {
@@ -59,7 +42,7 @@ TEST_P(WorkerPools, RunEveryPartOnce) {
 
 TEST_P(WorkerPools, WorkOnAsManyThreadsAsTheySay) {
     for (int parts = 1; parts <= GetParam(); ++parts) {
-        Gathering all(parts);  // without so many threads the parts wait for ever
+        test::Gathering all(parts);  // without so many threads the parts wait for ever
         pool.run(parts, [&](int) { all.join(); });
     }
 }

@@ -41,12 +41,15 @@ def version_of(package):
 
 
 @functools.cache
-def owner_of(library):
-    """The package that has a library of this machine's, not of another one's that is compiled for."""
-    for line in output("dpkg", "-S", f"*/{platform.machine()}-linux-gnu/{library}").splitlines():
-        if not line.startswith("diversion"):
-            return line.split(":")[0]
-    return ""
+def owners():
+    """The package of each library of this machine's, not of another one's that is compiled for. A question for one takes
+    the package manager as long as that for all."""
+    found = {}
+    for line in output("dpkg", "-S", f"*/{platform.machine()}-linux-gnu/*.so*").splitlines():
+        folder, library = line.rsplit("/", 1)
+        if folder.endswith("-linux-gnu") and not line.startswith("diversion"):
+            found[library] = line.split(":")[0]
+    return found
 
 
 @functools.cache
@@ -152,7 +155,7 @@ class Bill:
             licences = [licence for prefix, licence in TABLE["linked"].items() if library.startswith(prefix)]
             if not licences:
                 sys.exit(f"cmake/components.toml names no licence of {library}")
-            owner = owner_of(library)
+            owner = owners().get(library, "")
             self.relate(key, "DYNAMIC_LINK", self.other(owner or library, owner and version_of(owner), licences[0]))
 
     def written(self, place):

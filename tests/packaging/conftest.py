@@ -27,7 +27,8 @@ def run(*command, environment=None, **options):
 def packages(tmp_path_factory):
     """The folder with what cpack makes of the build."""
     folder = tmp_path_factory.mktemp("cpack")
-    run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder, "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=gzip")
+    run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder, "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=gzip",
+        "-D", "CPACK_VIREO_INSTALLER_COMPRESSOR=zlib")
     return folder
 
 

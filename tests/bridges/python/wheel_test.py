@@ -38,7 +38,7 @@ def python(tmp_path_factory):
         ROOT / "bridges/python/make_wheel.cmake")
     (wheel,) = (folder / "made").iterdir()
     assert wheel.name.endswith(f"-cp3{sys.version_info.minor}-cp3{sys.version_info.minor}-linux_x86_64.whl")
-    run(sys.executable, "-m", "venv", "--system-site-packages", folder / "venv")
+    run(sys.executable, "-m", "venv", "--system-site-packages", "--without-pip", folder / "venv")
     run(folder / "venv/bin/python", "-m", "pip", "install", "--no-index", "--no-deps", wheel)
     return folder / "venv/bin/python"
 

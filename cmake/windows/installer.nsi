@@ -98,7 +98,9 @@ VIAddVersionKey /LANG=0 LegalCopyright "Vireo developers"
 ; Runs the program that changes the search path; not 0 in $0 where it failed.
 !macro ChangePath VERB
   InitPluginsDir
+  SetDateSave off  ; it has that of its build
   File "/oname=$PLUGINSDIR\user_path.exe" "${PATH_PROGRAM}"
+  SetDateSave on
   nsExec::Exec '"$PLUGINSDIR\user_path.exe" ${VERB} "$INSTDIR"'
   Pop $0
   !insertmacro TellEnvironment

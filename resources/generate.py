@@ -23,7 +23,7 @@ FLAGS = {"number": 8, "color": 8, "checkbox": 0}
 VALUE_BYTES = {"number": 2, "color": 4, "checkbox": 1}
 
 FILTER_KEYS = {"id", "name", "category", "key", "match_name", "old", "descriptor", "parameters", "reads_time",
-               "earlier_frames", "limits", "rows", "neighbour_rows", "needs_filling", "identity", "touches_gaps", "counts_pixels"}
+               "earlier_frames", "limits", "rows", "neighbour_rows", "maps_channels", "needs_filling", "identity", "touches_gaps", "counts_pixels"}
 PARAMETER_KEYS = {"name", "kind", "range", "display", "bytes", "control", "value_type", "flags", "unit", "label",
                   "choices", "in_pixels"}
 LIMITS = {"width": "width", "height": "height", "row_bytes": "rowBytes"}
@@ -194,6 +194,7 @@ class Traits:
             "takesRowsFromTheTop": str(rows == "any").lower(),
             "writesAll": str(not self.entry.get("needs_filling", False)).lower(),
             "neighbourRows": self.entry.get("neighbour_rows", "std::nullopt"),
+            "mapsChannels": str(self.entry.get("maps_channels", False)).lower(),
             "identity": identity_name,
             "touchesGaps": str(self.entry.get("touches_gaps", False)).lower(),
             "countsPixels": str(self.entry.get("counts_pixels", False)).lower(),

@@ -270,6 +270,28 @@ TEST_F(Traits, SayHowManyRowsBandsNeedOfTheirNeighbours) {
     });
 }
 
+TEST_F(Traits, SayWhereTablesMakeThePicture) {
+    Picture ramp{256, 1};
+    for (int value = 0; value < 256; ++value) ramp.row(0)[value] = pixelOf(value, value, value, value);
+    forEachFilter([&](Tested& tested) {
+        const int different = tested.countRounds(60, [&](int) {
+            const Moment moment = momentAtRandom(tested.random);
+            const Picture tables = tested.render(ramp, moment).picture;
+            Picture expected = noise({37, 23}, tested.random);
+            const Picture source = expected;
+            for (std::uint32_t& pixel : expected.pixels) {
+                const auto mapped = [&](int channel) {
+                    return channelOf(tables.pixels[static_cast<std::size_t>(channelOf(pixel, channel))],
+                                     channel);
+                };
+                pixel = pixelOf(mapped(0), mapped(1), mapped(2), channelOf(pixel, 3));
+            }
+            return tested.render(source, moment).picture != expected;
+        });
+        EXPECT_EQ(different == 0, tested.traits.mapsChannels) << different;
+    });
+}
+
 /// Noise with some pixels of the colours that the filter is set to.
 Picture noiseWithSetColors(const Geometry& size, Tested& tested) {
     Picture picture = noise(size, tested.random);

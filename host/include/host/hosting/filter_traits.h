@@ -54,6 +54,8 @@ struct FilterTraits {
     /// Where a filter may be rendered in bands, from buffers that are parts of the frame: so many rows of the
     /// source above and below a row decide what becomes of it, and so many rows beside a cut are wrong.
     std::optional<std::int32_t> neighbourRows;
+    /// Each pixel's blue, green and red become entries of a table for each, and alpha stays.
+    bool mapsChannels = false;
     /// With all these values the result is the source, whatever the others are. Empty where there are none.
     std::span<const IdentityValue> identity;
     bool touchesGaps = false;   ///< Bytes between the rows are read and written, too.

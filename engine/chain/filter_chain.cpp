@@ -4,6 +4,7 @@
 #include "engine/error.h"
 
 #include <algorithm>
+#include <span>
 
 namespace vireo {
 namespace {
@@ -145,12 +146,19 @@ PicturePtr FilterChain::output(std::size_t stages, const Moment& moment, const C
         }
         return moment.field == Field::None ? frame : extractField(*frame, moment.field);
     }
-    const bool isResult = stages == stages_.size() && moment.field == Field::None;
+    const auto target = stages == stages_.size() && moment.field == Field::None ? call.target : nullptr;
     const auto compute = [&] {
+        // What works by rows goes together.
+        std::size_t first = stages;
+        while (first > 0 && stages_[first - 1]->worksByRows()) --first;
+        if (stages - first > 1) {
+            return FilterStage::applyByRows(std::span(stages_).subspan(first, stages - first),
+                                            output(first, moment, call), moment, call.work, target);
+        }
         return stages_[stages - 1]->apply(
             output(stages - 1, moment, call), moment,
             [&](std::int64_t frame) { return earlierOutput(stages - 1, frame, moment, call); }, call.work,
-            isResult ? call.target : nullptr);
+            target);
     };
     if (stages == stages_.size() || call.memory.inputs_[stages] == nullptr) return compute();
     return call.memory.inputs_[stages]->get(moment.position.number, moment.field, compute);

@@ -10,8 +10,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 namespace vireo {
@@ -65,9 +67,25 @@ public:
     PicturePtr apply(const PicturePtr& input, const Moment& moment, const InputAt& inputAt,
                      const StageWork& work, const std::shared_ptr<Picture>& target);
 
+    /// Whether a row of the result hangs on that row of the input alone, in "bgra".
+    bool worksByRows() const;
+
+    /// What apply() of one stage after another makes, all of which work by rows: a few rows at a time go
+    /// through all filters while they are in the processor's cache. `input` is "bgra".
+    static PicturePtr applyByRows(std::span<const std::unique_ptr<FilterStage>> stages,
+                                  const PicturePtr& input, const Moment& moment, const StageWork& work,
+                                  const std::shared_ptr<Picture>& target);
+
 private:
     class Lease;
+    class Calls;
     class Execution;
+    class RowStep;
+
+    /// 0 where the filter does not work on this frame.
+    int mixAt(const Moment& moment) const;
+    void refuseSize(const Picture& source) const;
+    static void mergeTables(std::list<RowStep>& steps);
 
     FilterSettings settings_;
     const hosting::FilterTraits& traits_;

@@ -2,8 +2,11 @@
 // Any number of threads, in a frame and beside one another, give the same bytes.
 #include "tests/engine/interface/interface_support.h"
 
+#include <array>
 #include <atomic>
 #include <cstring>
+#include <deque>
+#include <numeric>
 #include <thread>
 
 namespace vireo::test {
@@ -60,6 +63,57 @@ INSTANTIATE_TEST_SUITE_P(Filters, InterfaceThreads, testing::Range(0U, 22U), [](
     EXPECT_EQ(vireoDescribeFilter(engine(), tested.param, &filter), VireoDone);
     return std::string(filter.fileName);
 });
+
+// Filters that work by rows pass a few rows at a time on to one another, and those that map channels become
+// one table.
+TEST(InterfaceThreads, RenderChainsAsTheirFiltersOneAfterAnother) {
+    std::vector<std::uint32_t> all(22), byRows, tables;
+    std::iota(all.begin(), all.end(), 0);
+    for (const char* name : {"Levels", "Color Balance (RGB)", "Gamma Correction"}) {
+        vireoFindFilter(engine(), name, &tables.emplace_back());
+    }
+    byRows = tables;
+    for (const char* name : {"Solarize", "Horizontal Flip", "Color Replace"}) {
+        vireoFindFilter(engine(), name, &byRows.emplace_back());
+    }
+    std::mt19937 random(5);
+    for (int round = 0; round < 90; ++round) {
+        const std::vector<std::uint32_t>& known = *std::array{&all, &byRows, &tables}[random() % 3];
+        std::vector<ChainHandle> filters;
+        std::string text;
+        while (filters.size() < 2 + random() % 4) {
+            ChainHandle filter = newChain();
+            ASSERT_EQ(vireoChainAddFilter(filter.get(), known[random() % known.size()]), VireoDone);
+            setAllAtRandom(filter, 0, random());
+            if (random() % 3 == 0) {
+                ASSERT_EQ(vireoChainSet(filter.get(), 0, VireoMix, "0%@0f..90%@20f"), VireoDone);
+            }
+            VireoNeeds needs{.structSize = sizeof needs};
+            ASSERT_EQ(vireoChainNeeds(filter.get(), &needs), VireoDone);
+            if (needs.earlierFrames > 0) continue;
+            text += (text.empty() ? "" : "; ") + textOf(filter);
+            filters.push_back(std::move(filter));
+        }
+        static constexpr std::pair<int, int> sizes[] = {{37, 61}, {1, 1}, {3000, 70}};
+        const auto [width, height] = sizes[round % 3];
+        const Lie lie{.isBottomUp = round % 2 == 1, .gap = round % 4 == 0 ? 0 : 60};
+        const VireoTime time = moment(11, 40, round % 5 == 0 ? 2 : 0);
+        std::deque<Pixels> steps;
+        steps.emplace_back(width, height, lie, round);
+        for (const ChainHandle& filter : filters) {
+            const VireoFrame& source = steps.back().frame;
+            steps.emplace_back(width, height, lie, round);
+            ASSERT_EQ(vireoChainRender(filter.get(), &source, &steps.back().frame, &time, &options),
+                      VireoDone);
+        }
+        const ChainHandle chain = newChain(text);
+        for (const std::uint32_t threads : {1, 3}) {
+            ASSERT_EQ(vireoChainSetThreads(chain.get(), threads), VireoDone);
+            EXPECT_EQ(rendered(chain, steps.front().frame, &time, &options), rowsOf(steps.back().frame))
+                << text << ", " << width << " x " << height << ", " << lie;
+        }
+    }
+}
 
 TEST(InterfaceThreads, RenderOneChainAndOpenEnginesSideBySide) {
     const ChainHandle chains[] = {

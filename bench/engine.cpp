@@ -10,9 +10,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <string>
 #include <string_view>
@@ -192,10 +194,44 @@ void printThreads(VireoEngine* engine) {
     }
 }
 
+/// What chains take whose filters work by rows, beside their filters alone.
+void printChains(VireoEngine* engine) {
+    static constexpr std::initializer_list<const char*> chains[] = {
+        {"Levels:(rgb) gamma=150", "Gamma Correction:gamma=7", "Color Balance (RGB):red=150"},
+        {"Solarize:threshold=30", "Color Pass", "Black & White", "Extract", "Color Replace"},
+        {"Levels:(rgb) gamma=150", "Solarize:threshold=30", "Black & White", "Horizontal Flip", "Color Pass"},
+    };
+    std::printf(
+        "\n| One thread | Each alone, ms | The chain, ms | × the slowest | × their sum "
+        "|\n|---|---|---|---|---|\n");
+    for (const auto& [width, height] : {std::pair{1920, 1080}, {3840, 2160}}) {
+        const std::size_t bytes = std::size_t{4} * static_cast<std::size_t>(width * height);
+        const Memory source = painted(bytes), result = painted(bytes);
+        for (const auto& filters : chains) {
+            std::string text;
+            std::deque<Chain> rendered;
+            for (const char* filter : filters) {
+                rendered.emplace_back(engine, filter, 1, width, height, source.get(), result.get());
+                text += (text.empty() ? "" : "; ") + std::string(filter);
+            }
+            rendered.emplace_back(engine, text.c_str(), 1, width, height, source.get(), result.get());
+            std::vector<Job> jobs;
+            for (Chain& chain : rendered) jobs.emplace_back([&chain] { chain.render(); });
+            std::vector<double> alone = best(60, jobs);
+            const double chain = alone.back();
+            alone.pop_back();
+            std::printf("| %d × %d: %s |", width, height, text.c_str());
+            for (const double time : alone) std::printf(" %.2f", time);
+            std::printf(" | %.2f | %.2f | %.2f |\n", chain, chain / *std::ranges::max_element(alone),
+                        chain / std::accumulate(alone.begin(), alone.end(), 0.0));
+        }
+    }
+}
+
 }  // namespace
 }  // namespace bench
 
-/// `overhead`, `conversions` or `threads` print one table, nothing all.
+/// `overhead`, `conversions`, `threads` or `chains` print one table, nothing all.
 int main(int argumentCount, char** arguments) {
     const std::string_view wanted = argumentCount > 1 ? arguments[1] : "";
     const auto wants = [&](std::string_view table) { return wanted.empty() || wanted == table; };
@@ -204,5 +240,6 @@ int main(int argumentCount, char** arguments) {
     if (wants("overhead")) bench::printOverhead(engine);
     if (wants("conversions")) bench::printConversions();
     if (wants("threads")) bench::printThreads(engine);
+    if (wants("chains")) bench::printChains(engine);
     vireoClose(engine);
 }

@@ -12,12 +12,15 @@ BUILD = pathlib.Path(os.environ.get("VIREO_BUILD", pathlib.Path(__file__).resolv
 RATE = 25
 
 
-def run(*command, environment=None, cwd=None, timeout=120):
-    completed = subprocess.run(
-        [str(part) for part in command], capture_output=True, timeout=timeout, cwd=cwd,
-        env={**os.environ, **(environment or {})})
-    assert completed.returncode == 0, completed.stderr.decode(errors="replace")
-    return completed.stdout
+def completed(*command, environment=None, cwd=None, timeout=120):
+    process = subprocess.run([str(part) for part in command], capture_output=True, timeout=timeout, cwd=cwd,
+                             env={**os.environ, **(environment or {})})
+    assert process.returncode == 0, process.stderr.decode(errors="replace")
+    return process
+
+
+def run(*command, **options):
+    return completed(*command, **options).stdout
 
 
 def random_clip(width, height, frames, opaque=False):
@@ -116,18 +119,20 @@ def melt_profile(width, height, progressive=True):
 
 
 def melt(source, result, profile, filters, environment, consumer=("real_time=-1",)):
-    """Renders a file into another without a loss."""
+    """Renders a file into another without a loss, and keeps what melt says in a log beside it."""
     profile_file = result.with_suffix(".profile")
     profile_file.write_text(profile)
     # On a busy machine melt may end before its consumer has begun, and leaves an empty file, or it never ends: the locks
     # of MLT 7.12 do so in one of a thousand runs, also without a filter.
     for _ in range(5):
         try:
-            run("melt", "-silent", "-profile", profile_file, source, *filters, "-consumer", f"avformat:{result}",
-                "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1", *consumer, environment=environment, timeout=60)
+            said = completed("melt", "-silent", "-profile", profile_file, source, *filters, "-consumer", f"avformat:{result}",
+                             "vcodec=ffv1", "pix_fmt=bgra", "mlt_image_format=rgba", "an=1", *consumer,
+                             environment=environment, timeout=60).stderr
         except subprocess.TimeoutExpired:
             continue
         if result.exists() and result.stat().st_size:
+            result.with_suffix(".log").write_bytes(said)
             return result
     raise AssertionError(f"melt made no {result.name}")
 

@@ -67,24 +67,23 @@ public:
           calls_(stage, source.format(), moment, inputAt) {}
 
     void run() {
-        const auto& neighbours = neighbours_;
-        const int bands = neighbours ? bandCount(*neighbours) : 1;
+        const int bands = neighbours_ ? bandCount(*neighbours_) : 1;
         if (bands == 1) {
             // The host's services may share out what the filter asks them for.
             const hosting::WorkerLoan loan(work_.workers);
             // Whole frames keep their own buffers, whose formats go by address.
             calls_.render(source_.buffer(), destination_.buffer(), {0, source_.height()});
-        } else if (*neighbours == 0) {
+        } else if (*neighbours_ == 0) {
             work_.workers->run(bands, [&](int band) { renderBand(rowsOfBand(band, bands)); });
         } else {
             // A filter that reads near rows writes them too, wrongly at a cut: into bands that come later, or
             // over rows that are put back.
             work_.workers->run((bands + 1) / 2, [&](int pair) {
-                renderBand(withNeighbours(rowsOfBand(2 * pair, bands), *neighbours));
+                renderBand(withNeighbours(rowsOfBand(2 * pair, bands), *neighbours_));
             });
             work_.workers->run(bands / 2, [&](int pair) {
                 const Rows band = rowsOfBand(2 * pair + 1, bands);
-                const Rows wide = withNeighbours(band, *neighbours);
+                const Rows wide = withNeighbours(band, *neighbours_);
                 const KeptRows above(destination_, {wide.first, band.first - wide.first});
                 const KeptRows below(destination_, {band.end(), wide.end() - band.end()});
                 renderBand(wide);

@@ -146,9 +146,8 @@ void Filter::nextPreset() {
 
 void Filter::tick() {
     if (!hasHotkeys_) {
-        obs_source_t* const parent = obs_source_get_ref(obs_filter_get_parent(source_));
-        if (parent != nullptr) addHotkeys(parent);
-        obs_source_release(parent);
+        const Source parent(obs_source_get_ref(obs_filter_get_parent(source_)));
+        if (parent != nullptr) addHotkeys(parent.get());
     }
     // Sources are also drawn on other threads, for screenshots.
     const GraphicsContext context;
@@ -164,22 +163,22 @@ void Filter::tick() {
 }
 
 void Filter::render() {
-    obs_source_t* const target = obs_filter_get_target(source_);
-    const std::uint32_t width = obs_source_get_base_width(target),
-                        height = obs_source_get_base_height(target);
+    const Target target(source_);
+    if (!target.isThere()) return;
+    const std::uint32_t width = target.width(), height = target.height();
     if (width == 0 || height == 0 || !screen_->isUsable() || worker_.isEmpty()) {
-        obs_source_skip_video_filter(source_);
+        target.draw();
         return;
     }
     // A source may be drawn several times in one frame.
     if (capturedTick_ != tick_) {
         if (static_cast<double>(tick_ - capturedTick_) > longestSight * rate_) firstShownTick_ = tick_;
         capturedTick_ = tick_;
-        screen_->capture(source_, width, height, tick_);
+        screen_->capture(target, tick_);
     }
     if (worker_.take(picture_)) screen_->show(picture_);
     if (worker_.hasFailed()) {
-        obs_source_skip_video_filter(source_);
+        target.draw();
     } else if (screen_->isShowing() && screen_->shownTick() >= firstShownTick_) {
         screen_->draw(width, height);
     }

@@ -7,18 +7,6 @@
 namespace vireo::obs {
 namespace {
 
-/// Draws what a filter is put on, as the filter's video_render would be given it.
-void drawTarget(obs_source_t* filter) {
-    obs_source_t* const target = obs_filter_get_target(filter);
-    const std::uint32_t flags = obs_source_get_output_flags(target);
-    const bool drawsItself = (flags & (OBS_SOURCE_CUSTOM_DRAW | OBS_SOURCE_ASYNC)) != 0;
-    if (target == obs_filter_get_parent(filter) && !drawsItself) {
-        obs_source_default_render(target);
-    } else {
-        obs_source_video_render(target);
-    }
-}
-
 /// Runs a drawing with OBS's choice between linear and stored colours, and puts that back.
 template <class Draw>
 void withColors(bool isLinear, bool encodes, Draw draw) {
@@ -56,7 +44,23 @@ void drawWith(gs_effect_t* effect, const char* technique, gs_texture_t* image, b
     while (gs_effect_loop(effect, technique)) gs_draw_sprite(image, 0, width, height);
 }
 
+/// A source of its own; null where there is none.
+Source keep(obs_source_t* source) { return Source(obs_source_get_ref(source)); }
+
 }  // namespace
+
+Target::Target(obs_source_t* filter)
+    : parent_(keep(obs_filter_get_parent(filter))), target_(keep(obs_filter_get_target(filter))) {}
+
+void Target::draw() const {
+    const std::uint32_t flags = obs_source_get_output_flags(target_.get());
+    const bool drawsItself = (flags & (OBS_SOURCE_CUSTOM_DRAW | OBS_SOURCE_ASYNC)) != 0;
+    if (target_ == parent_ && !drawsItself) {
+        obs_source_default_render(target_.get());
+    } else {
+        obs_source_video_render(target_.get());
+    }
+}
 
 Screen::Screen()
     : multiplied_(gs_texrender_create(GS_BGRA, GS_ZS_NONE)),
@@ -71,9 +75,10 @@ void Screen::makeSurfaces(std::uint32_t width, std::uint32_t height) {
     isCaptured_ = false;
 }
 
-void Screen::capture(obs_source_t* filter, std::uint32_t width, std::uint32_t height, std::int64_t tick) {
-    const bool drawn = drawInto(multiplied_.get(), width, height,
-                                [filter] { withColors(true, false, [filter] { drawTarget(filter); }); });
+void Screen::capture(const Target& target, std::int64_t tick) {
+    const std::uint32_t width = target.width(), height = target.height();
+    const bool drawn =
+        drawInto(multiplied_.get(), width, height, [&] { withColors(true, false, [&] { target.draw(); }); });
     if (!drawn) return;
     const bool straightened = drawInto(straight_.get(), width, height, [&] {
         withColors(true, true, [&] {

@@ -14,6 +14,29 @@
 
 namespace vireo::obs {
 
+struct Release {
+    void operator()(obs_source_t* source) const { obs_source_release(source); }
+};
+using Source = std::unique_ptr<obs_source_t, Release>;
+
+/// What a filter is put on: its source, or another filter of that. OBS forgets both as soon as the filter is
+/// taken off, which may happen on another thread while it is drawn.
+class Target {
+public:
+    explicit Target(obs_source_t* filter);
+
+    bool isThere() const { return parent_ != nullptr && target_ != nullptr; }
+    std::uint32_t width() const { return obs_source_get_base_width(target_.get()); }
+    std::uint32_t height() const { return obs_source_get_base_height(target_.get()); }
+
+    /// As it is where there is no filter.
+    void draw() const;
+
+private:
+    Source parent_;
+    Source target_;
+};
+
 struct Destroy {
     void operator()(gs_effect_t* effect) const { gs_effect_destroy(effect); }
     void operator()(gs_texrender_t* texrender) const { gs_texrender_destroy(texrender); }
@@ -31,8 +54,8 @@ public:
     /// Without the effect, which is one of the plug-in's files, nothing is drawn.
     bool isUsable() const { return effect_ != nullptr; }
 
-    /// Draws what a filter filters and has it copied to memory, which may take the graphics card a frame.
-    void capture(obs_source_t* filter, std::uint32_t width, std::uint32_t height, std::int64_t tick);
+    /// Draws a target and has it copied to memory, which may take the graphics card a frame.
+    void capture(const Target& target, std::int64_t tick);
 
     /// What was captured last, once.
     bool read(Picture& picture);

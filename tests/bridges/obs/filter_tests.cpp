@@ -7,6 +7,8 @@
 #include <util/bmem.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -14,6 +16,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -338,6 +341,22 @@ TEST_F(ObsFilter, AHundredFiltersComeAndGoWithoutGrowth) {
     for (int i = 0; i < 100; ++i) comeAndGo();
     obs_wait_for_destroy_queue();
     EXPECT_LT(bnum_allocs() - before, 20);
+}
+
+TEST_F(ObsFilter, AFilterIsTakenOffWhileItIsDrawn) {
+    studio.show(image);
+    std::atomic<bool> isEnding = false;
+    std::thread drawing([&] {
+        while (!isEnding) studio.seen();
+    });
+    for (int i = 0; i < 400; ++i) {
+        studio.addFilter(i % 2 == 0 ? text("Solarize") : "{}");
+        std::this_thread::sleep_for(std::chrono::microseconds(i % 20 * 200));
+        studio.removeFilter();
+    }
+    isEnding = true;
+    drawing.join();
+    EXPECT_TRUE(studio.becomes(image));
 }
 
 TEST(ObsPlugin, EveryLanguageHasEveryText) {

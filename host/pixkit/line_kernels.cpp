@@ -4,6 +4,7 @@
 #include "simd/floats.h"
 #include "simd/gather.h"
 #include "simd/ints.h"
+#include "simd/pixels.h"
 #include "simd/words.h"
 
 #include <cstring>
@@ -175,8 +176,37 @@ void grow(const SourceLine& source, const DestinationLine& destination, const Li
 
 #endif
 
+void transpose(const std::uint8_t* source, std::int64_t sourceStep, std::uint8_t* destination,
+               std::int64_t destinationStep, std::int64_t width, std::int64_t height) {
+    using Four = Vector<std::uint32_t, 16>;
+    const std::int64_t squaresAcross = width / 4 * 4;
+    const std::int64_t squaresDown = height / 4 * 4;
+    const auto square = [&](std::int64_t x, std::int64_t y) {
+        Four rows[4];
+        for (int i = 0; i < 4; ++i) rows[i] = load<Four>(source + (y + i) * sourceStep + 4 * x);
+        transposeSquares(rows);
+        for (int i = 0; i < 4; ++i) store(destination + (x + i) * destinationStep + 4 * y, rows[i]);
+    };
+    const auto pixel = [&](std::int64_t x, std::int64_t y) {
+        std::memcpy(destination + x * destinationStep + 4 * y, source + y * sourceStep + 4 * x, 4);
+    };
+    // Along the longer side, so that both walk their memory once.
+    if (height > width) {
+        for (std::int64_t y = 0; y < squaresDown; y += 4) {
+            for (std::int64_t x = 0; x < squaresAcross; x += 4) square(x, y);
+        }
+    } else {
+        for (std::int64_t x = 0; x < squaresAcross; x += 4) {
+            for (std::int64_t y = 0; y < squaresDown; y += 4) square(x, y);
+        }
+    }
+    for (std::int64_t x = 0; x < width; ++x) {
+        for (std::int64_t y = x < squaresAcross ? squaresDown : 0; y < height; ++y) pixel(x, y);
+    }
+}
+
 }  // namespace
 
-const LineKernels lineKernels{grow};
+const LineKernels lineKernels{grow, transpose};
 
 }  // namespace VIREO_KERNEL_NAMESPACE

@@ -35,6 +35,11 @@ struct Neighbourhood {
     PixelPairs lower;
 };
 
+/// Fetches what the destination's next row will need.
+inline void prefetchBelow(const SampledPicture& picture, std::int32_t column, std::int32_t row) {
+    __builtin_prefetch(picture.at(column, row + 2));
+}
+
 #if defined(__AVX2__)
 /// The same for positions that lie close together, as those of neighbours do unless the picture shrinks or
 /// turns much: whole pieces of rows are read instead of pixel after pixel. False where it did nothing.
@@ -55,7 +60,7 @@ bool gatherFromRows(const SampledPicture& picture, Ints columns, Ints rows, Neig
         const std::uint8_t* const address = picture.at(first, here);
         const PixelWindow upper(address);
         const PixelWindow lower(address + picture.rowStep);
-        __builtin_prefetch(address + 2 * picture.rowStep);  // For the destination's next row.
+        prefetchBelow(picture, first, here);
         found.upper.left = inRow ? upper[indices] : found.upper.left;
         found.upper.right = inRow ? upper[indices + 1] : found.upper.right;
         found.lower.left = inRow ? lower[indices] : found.lower.left;
@@ -75,6 +80,7 @@ Neighbourhood gathered(const SampledPicture& picture, Ints columns, Ints rows) {
     const Ints offsets = rows * static_cast<std::int32_t>(picture.rowStep) + columns * 4;
     found.upper = gatherPairs(picture.top, offsets);
     found.lower = gatherPairs(picture.top + picture.rowStep, offsets);
+    prefetchBelow(picture, columns[0], rows[0]);
     return found;
 }
 

@@ -210,6 +210,8 @@ public:
         for (; x + 2 <= width; x += 2) {
             std::uint64_t pair;
             std::memcpy(&pair, source + 4 * x, 8);
+            // Else compilers look several pairs up at once and join the entries in vectors.
+            asm("" : "+r"(pair));
             const std::uint64_t result = mapped(static_cast<std::uint32_t>(pair)) |
                                          std::uint64_t{mapped(static_cast<std::uint32_t>(pair >> 32))} << 32;
             std::memcpy(destination + 4 * x, &result, 8);

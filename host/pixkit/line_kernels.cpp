@@ -7,6 +7,7 @@
 #include "simd/pixels.h"
 #include "simd/words.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace VIREO_KERNEL_NAMESPACE {
@@ -126,7 +127,15 @@ void growScattered(LineWalk walk, std::int64_t step, const DestinationLine& dest
     }
 }
 
+/// The pixel at each index from `source` on, and the one beside it. Indices are below a register's pixels.
+PixelPairs pairsFrom(const std::uint8_t* source, Ints indices) {
 #if defined(__AVX2__)
+    return {permute(load<Pixels>(source), indices), permute(load<Pixels>(source + 4), indices)};
+#else
+    return gatherPairs(source, indices * 4);
+#endif
+}
+
 /// Neighbours in memory: the pixels before a register's are among as many neighbours, since the line grows.
 void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosition& position) {
     const Interpolation<vectorBytes> interpolation(position);
@@ -138,25 +147,19 @@ void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosi
         Ints indices;
         Ints phases;
         interpolation.place(walk.phase, indices, phases);
-        const Pixels before = permute(load<Pixels>(walk.source), indices);
-        const Pixels after = permute(load<Pixels>(walk.source + 4), indices);
-        store(destination.pixels, interpolation.between(before, after, phases));
+        const PixelPairs pairs = pairsFrom(walk.source, indices);
+        store(destination.pixels, interpolation.between(pairs.left, pairs.right, phases));
         destination.pixels += 4 * pixels;
         destination.count -= pixels;
         walk.advance(wholePixels, rest, 4, position.unit);
     }
 }
-#endif
 
 void grow(const SourceLine& source, const DestinationLine& destination, const LinePosition& position) {
     LineWalk walk{source.pixels, source.count, position.phase};
     DestinationLine rest = destination;
-#if defined(__AVX2__)
     if (source.step == 4 && destination.step == 4) growNeighbours(walk, rest, position);
-    growScattered<32>(walk, source.step, rest, position);
-#else
-    growScattered<16>(walk, source.step, rest, position);
-#endif
+    growScattered<std::min(vectorBytes, 32)>(walk, source.step, rest, position);
 }
 
 #else

@@ -36,6 +36,7 @@ private:
 CachedSuite vpixSuite(VIREO_VPIX_SUITE, 1);
 CachedSuite vpixCreatorSuite(VIREO_VPIX_CREATOR_SUITE, 1);
 CachedSuite vpixCreator2Suite(VIREO_VPIX_CREATOR_2_SUITE, 3);
+CachedSuite vpixBatchSuite(VIREO_VPIX_BATCH_SUITE, 1);
 
 void check(std::int32_t result) {
     if (result < 0) throw QRB::SuiteCallFailed();
@@ -60,6 +61,10 @@ const VPixSuite* FindVPixSuite() { return static_cast<const VPixSuite*>(vpixSuit
 const void* FindVPixCreatorSuite() { return vpixCreatorSuite.find(); }
 
 const void* FindVPixCreator2Suite() { return vpixCreator2Suite.find(); }
+
+const VPixBatchSuite* FindVPixBatchSuite() {
+    return static_cast<const VPixBatchSuite*>(vpixBatchSuite.find());
+}
 
 void ScopedVPix::reset(FrameBuffer* handle) {
     FrameBuffer* old = release();

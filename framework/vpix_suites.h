@@ -35,6 +35,7 @@ const void* AcquireVPixCreator2Suite();
 const VPixSuite* FindVPixSuite();
 const void* FindVPixCreatorSuite();
 const void* FindVPixCreator2Suite();
+const VPixBatchSuite* FindVPixBatchSuite();
 
 /// Holds a VPix handle. Only reset() disposes one.
 class ScopedVPix {

@@ -23,7 +23,7 @@ for folder in "${folders[@]}"; do
         SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
         export SOURCE_DATE_EPOCH
         for preset in "${presets[@]}"; do
-            cmake --preset "$preset" >/dev/null
+            cmake --preset "$preset" -D VIREO_TOGETHER=ON >/dev/null
             cmake --build --preset "$preset" -j "$(nproc)" >/dev/null
             # A Debian package's outer archive has the modes of files that cpack made on the way.
             (umask 022 && cpack --preset "$preset" >/dev/null)

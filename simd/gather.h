@@ -4,7 +4,7 @@
 #ifndef VIREO_SIMD_GATHER_H
 #define VIREO_SIMD_GATHER_H
 
-#include "simd/vectors.h"
+#include "simd/ints.h"
 
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
@@ -62,6 +62,32 @@ inline PixelPairs gatherPairs(const std::uint8_t* base, Ints offsets) {
     store(each, offsets);
     return separated(pairsAt(base, each, Half()), pairsAt(base, each + half, Half()), lanesOf<Pixels>);
 }
+
+#if defined(__AVX2__)
+
+/// Neighbours in memory, of which any can come to any lane.
+class PixelWindow {
+public:
+    static constexpr int width = 2 * laneCount<Pixels>;
+
+    explicit PixelWindow(const std::uint8_t* address)
+        : first_(load<Pixels>(address)), second_(load<Pixels>(address + vectorBytes)) {}
+
+    Pixels operator[](Ints indices) const {
+#if defined(__AVX512BW__)
+        return (Pixels)_mm512_permutex2var_epi32((__m512i)first_, (__m512i)indices, (__m512i)second_);
+#else
+        return (Pixels)_mm256_blendv_ps((__m256)permute(first_, indices), (__m256)permute(second_, indices),
+                                        (__m256)(indices << 28));
+#endif
+    }
+
+private:
+    Pixels first_;
+    Pixels second_;
+};
+
+#endif
 
 }  // namespace VIREO_KERNEL_NAMESPACE
 }  // namespace simd

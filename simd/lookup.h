@@ -4,6 +4,7 @@
 #define VIREO_SIMD_LOOKUP_H
 
 #include "simd/bytes.h"
+#include "simd/pixels.h"
 
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
@@ -124,37 +125,19 @@ public:
 private:
     static constexpr std::int64_t blockPixels = 32;
 
-    struct Four {
-        Bytes v[4];
-    };
-
-    /// The rows of a square of four by four 32-bit values in each half of the registers become its columns.
-    static Four transposed(const Four& rows) {
-        using Pairs = Vector<std::uint64_t>;
-        const auto row = [&](int i) { return (Pixels)rows.v[i]; };
-        const auto low01 = (Pairs)unpacklo(row(0), row(1));
-        const auto high01 = (Pairs)unpackhi(row(0), row(1));
-        const auto low23 = (Pairs)unpacklo(row(2), row(3));
-        const auto high23 = (Pairs)unpackhi(row(2), row(3));
-        return {{(Bytes)unpacklo(low01, low23), (Bytes)unpackhi(low01, low23),
-                 (Bytes)unpacklo(high01, high23), (Bytes)unpackhi(high01, high23)}};
-    }
-
-    /// The same of the bytes of four pixels: from pixels to channels, and back.
+    /// From four pixels' bytes to their channels, and back.
     static Bytes regrouped(Bytes pixels) {
         static constexpr std::uint8_t places[] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
         return shuffle(pixels, loadTwice(places));
     }
 
     void block(const std::uint8_t* source, std::uint8_t* destination) const {
-        Four pixels;
-        for (int i = 0; i < 4; ++i) pixels.v[i] = regrouped(load<Bytes>(source + 32 * i));
-        Four channels = transposed(pixels);
-        for (int i = 0; i < 3; ++i) {
-            channels.v[i] = found<4>(parts_[i], channels.v[i], channels.v[i] & 0x0F);
-        }
-        pixels = transposed(channels);
-        for (int i = 0; i < 4; ++i) store(destination + 32 * i, regrouped(pixels.v[i]));
+        Bytes squares[4];
+        for (int i = 0; i < 4; ++i) squares[i] = regrouped(load<Bytes>(source + 32 * i));
+        transposeSquares(squares);
+        for (int i = 0; i < 3; ++i) squares[i] = found<4>(parts_[i], squares[i], squares[i] & 0x0F);
+        transposeSquares(squares);
+        for (int i = 0; i < 4; ++i) store(destination + 32 * i, regrouped(squares[i]));
     }
 
     /// Among 2^bits registers; bit 3 + bits of the values chooses the half.
@@ -227,6 +210,8 @@ public:
         for (; x + 2 <= width; x += 2) {
             std::uint64_t pair;
             std::memcpy(&pair, source + 4 * x, 8);
+            // Else compilers look several pairs up at once and join the entries in vectors.
+            asm("" : "+r"(pair));
             const std::uint64_t result = mapped(static_cast<std::uint32_t>(pair)) |
                                          std::uint64_t{mapped(static_cast<std::uint32_t>(pair >> 32))} << 32;
             std::memcpy(destination + 4 * x, &result, 8);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Lays the current frame and one further back over an earlier one, so that moving objects leave trails.
 #include "framework/filter.h"
+#include "framework/frame_view.h"
 #include "framework/registration_order.h"
 #include "host/pixkit/pixkit.h"
+
+#include <algorithm>
 
 namespace Ghosting {
 namespace {
@@ -23,6 +26,21 @@ std::uint32_t earlier(std::uint32_t time, std::uint32_t step) {
     return static_cast<std::int32_t>(difference) < 0 ? 0 : difference;
 }
 
+/// Calls blend(band) for bands of rows that stay in the cache from one blend to the next, the last rows
+/// first.
+template <class Blend>
+void forEachBand(const FrameRect& bounds, Blend&& blend) {
+    constexpr std::int64_t bandBytes = 1 << 17;
+    const std::int64_t width = std::int64_t{bounds.right} - bounds.left;
+    const std::int64_t rows =
+        std::max(std::int64_t{1}, bandBytes / (bytesPerPixel * std::max(width, std::int64_t{1})));
+    for (std::int64_t end = bounds.bottom; end > bounds.top; end -= rows) {
+        const auto begin = std::max<std::int64_t>(bounds.top, end - rows);
+        blend(FrameRect{bounds.left, static_cast<std::int32_t>(begin), bounds.right,
+                        static_cast<std::int32_t>(end)});
+    }
+}
+
 std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     FrameBuffer* const source = invocation.sourceFrame;
     FrameBuffer* const destination = invocation.destFrame;
@@ -37,14 +55,14 @@ std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {
     const std::uint32_t step = timeStep(invocation);
     void* const data = invocation.frameCallbackData;
     getFrame(earlier(invocation.frameTime, step), destination, &bounds, data);
-    vpixCopy(source, destination, &bounds, &bounds, currentFrameMode);
-
     const VPixFunctions& vpix = *invocation.hostCallbacks->vpix;
     FrameBuffer* const oldest = vpix.newVPix.get()(&bounds);
-    if (oldest == nullptr) return 0;
-    getFrame(earlier(invocation.frameTime, 2 * step), oldest, &bounds, data);
-    vpixCopy(oldest, destination, &bounds, &bounds, oldestFrameMode);
-    vpix.disposeVPix.get()(oldest);
+    if (oldest != nullptr) getFrame(earlier(invocation.frameTime, 2 * step), oldest, &bounds, data);
+    forEachBand(bounds, [&](const FrameRect& band) {
+        vpixCopy(source, destination, &band, &band, currentFrameMode);
+        if (oldest != nullptr) vpixCopy(oldest, destination, &band, &band, oldestFrameMode);
+    });
+    if (oldest != nullptr) vpix.disposeVPix.get()(oldest);
     return 0;
 }
 

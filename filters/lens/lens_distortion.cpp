@@ -2,6 +2,7 @@
 // Bends the frame as an imperfect lens would: curvature, decentering and prism in 16.16 fixed point about the
 // frame's centre. The prism and the decentering named vertical move across and those named horizontal move
 // down, and both coordinates take the same sum of squares: old projects depend on it.
+#include "filters/lens/kept_positions.h"
 #include "filters/lens/lens_mapping.h"
 #include "filters/lens/sampler.h"
 #include "framework/filter.h"
@@ -36,6 +37,8 @@ struct Settings {
 };
 
 const LensDistortionKernels& kernels = lensDistortionKernelsTables.chosen();
+
+KeptPositions keptPositions;
 
 /// The first row and column of a lens that bends nothing: places are moved into the picture, whose border
 /// does not fade there.
@@ -77,12 +80,27 @@ void distort(FrameBuffer* source, const FrameView& destination, const Settings& 
     const SampledPicture picture = sampledPicture(frame, fill);
     if (mapping.fitsKernels()) {
         const LensFrame shared = mapping.forKernels();
-        renderSampled(picture, destination, [&](std::int32_t first, std::int32_t columns) {
+        const auto makeTile = [&](std::int32_t first, std::int32_t columns) {
             return [&, offsets = TileColumns(mapping, first, columns), columns](
                        std::int32_t row, std::int32_t* x, std::int32_t* y) {
                 kernels.place(shared, offsets.forKernels(), rowForKernels(mapping.row(row)), x, y, columns);
             };
-        });
+        };
+        const SampledSize size(picture, destination);
+        const auto makeAll = [&](Positions& positions) {
+            forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t) {
+                for (std::int32_t row = 0; row < size.rows; ++row) {
+                    place(row, positions.x(row) + first, positions.y(row) + first);
+                }
+            });
+        };
+        if (const auto kept = keptPositions.find({mapping, size.columns, size.rows}, makeAll)) {
+            for (std::int32_t row = 0; row < size.rows; ++row) {
+                renderSampledRow(picture, destination, row, 0, size.columns, kept->x(row), kept->y(row));
+            }
+        } else {
+            renderSampled(picture, destination, makeTile);
+        }
     } else {
         renderSampled(picture, destination, [&](std::int32_t first, std::int32_t columns) {
             return [&, first, columns](std::int32_t row, std::int32_t* x, std::int32_t* y) {

@@ -24,6 +24,8 @@ struct Lens {
     std::int64_t verticalPrism;
     std::int64_t horizontalPrism;
 
+    bool operator==(const Lens&) const = default;
+
     bool neutral() const { return largest() == 0; }
 
     std::int64_t largest() const {
@@ -63,6 +65,8 @@ public:
           norm_(fixedMul(fixedDiv(fixed(height_ / 2), fixed(10)), fixedDiv(fixed(width_ / 2), fixed(10)))),
           xEnd_(fixed(std::min<std::int64_t>(source.bounds.right, source.width()))),
           yEnd_(fixed(std::min<std::int64_t>(source.bounds.bottom, source.height()))) {}
+
+    bool operator==(const LensMapping&) const = default;
 
     Offset column(std::int64_t index) const { return offset(index * steps_.x - width_ / 2); }
     Offset row(std::int64_t index) const { return offset(index * steps_.y - height_ / 2); }

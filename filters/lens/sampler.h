@@ -15,6 +15,8 @@
 struct LensSteps {
     int x;
     int y;
+
+    bool operator==(const LensSteps&) const = default;
 };
 
 /// Half frames count double in the direction that is halved, and single where both are.
@@ -56,24 +58,45 @@ private:
 /// So many columns are placed and sampled at a time.
 inline constexpr std::int32_t tileWidth = 512;
 
-/// Renders as many pixels as the picture has into the destination, tile after tile of columns.
-/// makeTile(firstColumn, columns) gives a function place(row, x, y) that writes the positions of those
-/// columns of a row for SamplerKernels::row.
+/// As many pixels as the picture and its destination have in common.
+struct SampledSize {
+    std::int32_t columns;
+    std::int32_t rows;
+
+    SampledSize(const SampledPicture& picture, const FrameView& destination)
+        : columns(static_cast<std::int32_t>(std::min<std::int64_t>(picture.width, destination.width()))),
+          rows(static_cast<std::int32_t>(std::min<std::int64_t>(picture.height, destination.height()))) {}
+};
+
+/// Renders columns of a row, counted from the last in memory, at the positions x and y.
+inline void renderSampledRow(const SampledPicture& picture, const FrameView& destination, std::int32_t row,
+                             std::int32_t first, std::int32_t columns, const std::int32_t* x,
+                             const std::int32_t* y) {
+    std::uint8_t* const to = destination.pixels + (destination.height() - 1 - row) * destination.rowBytes;
+    samplerKernelsTables.chosen().row(picture, x, y, to + bytesPerPixel * first, columns);
+}
+
+/// Calls use(place, first, columns) for each tile of columns. makeTile(first, columns) gives a function
+/// place(row, x, y) that writes the positions of those columns of a row for SamplerKernels::row.
+template <class MakeTile, class Use>
+void forEachTile(std::int32_t columns, MakeTile&& makeTile, Use&& use) {
+    for (std::int32_t first = 0; first < columns; first += tileWidth) {
+        const std::int32_t inTile = std::min(tileWidth, columns - first);
+        use(makeTile(first, inTile), first, inTile);
+    }
+}
+
+/// Renders the whole size, tile after tile.
 template <class MakeTile>
 void renderSampled(const SampledPicture& picture, const FrameView& destination, MakeTile&& makeTile) {
-    static const SamplerKernels& kernels = samplerKernelsTables.chosen();
-    const auto width = static_cast<std::int32_t>(std::min<std::int64_t>(picture.width, destination.width()));
-    const auto rows = static_cast<std::int32_t>(std::min<std::int64_t>(picture.height, destination.height()));
+    const SampledSize size(picture, destination);
     std::int32_t x[tileWidth], y[tileWidth];
-    for (std::int32_t first = 0; first < width; first += tileWidth) {
-        const std::int32_t columns = std::min(tileWidth, width - first);
-        const auto place = makeTile(first, columns);
-        for (std::int32_t row = 0; row < rows; ++row) {
-            std::uint8_t* to = destination.pixels + (destination.height() - 1 - row) * destination.rowBytes;
+    forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t columns) {
+        for (std::int32_t row = 0; row < size.rows; ++row) {
             place(row, x, y);
-            kernels.row(picture, x, y, to + bytesPerPixel * first, columns);
+            renderSampledRow(picture, destination, row, first, columns, x, y);
         }
-    }
+    });
 }
 
 #endif

@@ -5,6 +5,8 @@
 #include "simd/ints.h"
 #include "simd/pixels.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <limits>
 
@@ -27,36 +29,92 @@ Words fractionOf(Ints positions) {
     return (Words)(fraction | fraction << 16);
 }
 
+/// The pixels about each lane's position.
+struct Neighbourhood {
+    PixelPairs upper;
+    PixelPairs lower;
+};
+
+/// Fetches what the destination's next row will need.
+inline void prefetchBelow(const SampledPicture& picture, std::int32_t column, std::int32_t row) {
+    __builtin_prefetch(picture.at(column, row + 2));
+}
+
+#if defined(__AVX2__)
+/// The same for positions that lie close together, as those of neighbours do unless the picture shrinks or
+/// turns much: whole pieces of rows are read instead of pixel after pixel. False where it did nothing.
+bool gatherFromRows(const SampledPicture& picture, Ints columns, Ints rows, Neighbourhood& found) {
+    constexpr int last = laneCount<Ints> - 1;
+    constexpr std::int32_t mostRows = 3;
+    std::int32_t row[laneCount<Ints>];
+    store(row, rows);
+    if (std::abs(row[last] - row[0]) >= mostRows) return false;
+    const std::int32_t first =
+        std::min({columns[0], columns[last], picture.width - std::int32_t{PixelWindow::width}});
+    const Ints indices = columns - first;
+    if (first < 0 || !allTrue((Pixels)indices < PixelWindow::width - 1)) return false;
+    std::uint32_t left = movemask(Ints{} == 0);
+    do {
+        const std::int32_t here = row[std::countr_zero(left)];
+        const Ints inRow = rows == here;
+        const std::uint8_t* const address = picture.at(first, here);
+        const PixelWindow upper(address);
+        const PixelWindow lower(address + picture.rowStep);
+        prefetchBelow(picture, first, here);
+        found.upper.left = inRow ? upper[indices] : found.upper.left;
+        found.upper.right = inRow ? upper[indices + 1] : found.upper.right;
+        found.lower.left = inRow ? lower[indices] : found.lower.left;
+        found.lower.right = inRow ? lower[indices + 1] : found.lower.right;
+        left &= ~movemask(inRow);
+    } while (left != 0);
+    return true;
+}
+#endif
+
+/// Offsets in the picture fit 32 bits.
+Neighbourhood gathered(const SampledPicture& picture, Ints columns, Ints rows) {
+    Neighbourhood found{};
+#if defined(__AVX2__)
+    if (gatherFromRows(picture, columns, rows, found)) return found;
+#endif
+    const Ints offsets = rows * static_cast<std::int32_t>(picture.rowStep) + columns * 4;
+    found.upper = gatherPairs(picture.top, offsets);
+    found.lower = gatherPairs(picture.top + picture.rowStep, offsets);
+    prefetchBelow(picture, columns[0], rows[0]);
+    return found;
+}
+
 void row(const SampledPicture& picture, const std::int32_t* x, const std::int32_t* y,
          std::uint8_t* destination, std::int64_t width) {
     const auto sample = [&](std::int64_t i) {
         const std::uint32_t pixel = x[i] < 0 ? picture.fill : sampleWithEdgeFill(picture, x[i], y[i]);
         std::memcpy(destination + 4 * i, &pixel, sizeof pixel);
     };
-    // Offsets count from the second pixel of the second row, where the pixels begin that have all neighbours.
+    // The pixels that have all neighbours begin at the second pixel of the second row.
     const bool offsetsFit =
         std::abs(picture.rowStep) * picture.height <= std::numeric_limits<std::int32_t>::max();
     const bool hasInterior = picture.width > 2 && picture.height > 2 && offsetsFit;
     const std::uint32_t interiorWidth = hasInterior ? static_cast<std::uint32_t>(picture.width - 2) << 8 : 0;
     const std::uint32_t interiorHeight =
         hasInterior ? static_cast<std::uint32_t>(picture.height - 2) << 8 : 0;
-    const std::uint8_t* interior = picture.top + picture.rowStep + 4;
-    const auto rowStep = static_cast<std::int32_t>(hasInterior ? picture.rowStep : 0);
 
     std::int64_t i = 0;
     for (; i + vectorPixels <= width; i += vectorPixels) {
-        const Ints xs = load<Ints>(x + i) - 256;
-        const Ints ys = load<Ints>(y + i) - 256;
-        if (!allTrue(((Pixels)xs < interiorWidth) & ((Pixels)ys < interiorHeight))) {
-            for (std::int64_t lane = 0; lane < vectorPixels; ++lane) sample(i + lane);
+        const Ints xs = load<Ints>(x + i);
+        const Ints ys = load<Ints>(y + i);
+        if (!allTrue(((Pixels)(xs - 256) < interiorWidth) & ((Pixels)(ys - 256) < interiorHeight))) {
+            if (allTrue(xs < 0)) {
+                store(destination + 4 * i, broadcast<Pixels>(picture.fill));
+            } else {
+                for (std::int64_t lane = 0; lane < vectorPixels; ++lane) sample(i + lane);
+            }
             continue;
         }
-        const Ints offsets = (ys >> 8) * rowStep + (xs >> 8) * 4;
+        const Neighbourhood found = gathered(picture, xs >> 8, ys >> 8);
         const Words xFraction = fractionOf(xs);
-        const PixelPairs upper = gatherPairs(interior, offsets);
-        const PixelPairs lower = gatherPairs(interior + rowStep, offsets);
-        store(destination + 4 * i, mixed(mixed(upper.left, upper.right, xFraction),
-                                         mixed(lower.left, lower.right, xFraction), fractionOf(ys)));
+        store(destination + 4 * i,
+              mixed(mixed(found.upper.left, found.upper.right, xFraction),
+                    mixed(found.lower.left, found.lower.right, xFraction), fractionOf(ys)));
     }
     for (; i < width; ++i) sample(i);
 }

@@ -6,6 +6,7 @@
 #include "framework/filter.h"
 #include "framework/module_resources.h"
 #include "framework/registration_order.h"
+#include "framework/vpix_suites.h"
 
 #include <algorithm>
 #include <array>
@@ -125,16 +126,54 @@ void fill(FrameBuffer* frame, std::uint32_t color) {
     vpixFillRect(frame, &bounds, color);
 }
 
+/// Copies rectangles onto others, many in one call where the host takes them so.
+class CopyQueue {
+public:
+    CopyQueue(FrameBuffer* source, FrameBuffer* destination, std::uint32_t mode)
+        : source_(source), destination_(destination), mode_(mode) {}
+    CopyQueue(const CopyQueue&) = delete;
+    CopyQueue& operator=(const CopyQueue&) = delete;
+    ~CopyQueue() { copyAll(); }
+
+    void add(const FrameRect& from, const FrameRect& to) {
+        if (count_ == capacity) copyAll();
+        from_[count_] = from;
+        to_[count_] = to;
+        ++count_;
+    }
+
+private:
+    static constexpr std::int32_t capacity = 512;
+
+    void copyAll() {
+        if (const VPixBatchSuite* const suite = FindVPixBatchSuite()) {
+            suite->copy.get()(source_, destination_, from_, to_, count_, mode_);
+        } else {
+            for (std::int32_t i = 0; i < count_; ++i) {
+                vpixCopy(source_, destination_, &from_[i], &to_[i], mode_);
+            }
+        }
+        count_ = 0;
+    }
+
+    FrameBuffer* source_;
+    FrameBuffer* destination_;
+    std::uint32_t mode_;
+    std::int32_t count_ = 0;
+    FrameRect from_[capacity];
+    FrameRect to_[capacity];
+};
+
 void bendColumns(FrameBuffer* source, FrameBuffer* destination, const FrameRect& bounds, const Insets& insets,
                  std::uint32_t fillColor) {
     fill(destination, fillColor);
     const std::int64_t height = std::int64_t{bounds.bottom} - bounds.top;
     const std::int64_t width = std::int64_t{bounds.right} - bounds.left;
+    CopyQueue copies(source, destination, VPixCopyReplaceColumns);
     forEachLine(insets, width, bounds.left, bounds.right, [&](std::int32_t x, std::int32_t inset) {
         const std::int32_t pixels = insetInPixels(inset, height);
-        const FrameRect from{x, moved(bounds.top, pixels), x + 1, moved(bounds.bottom, -pixels)};
-        const FrameRect to{x, bounds.top, x + 1, bounds.bottom};
-        vpixCopy(source, destination, &from, &to, VPixCopyReplaceColumns);
+        copies.add({x, moved(bounds.top, pixels), x + 1, moved(bounds.bottom, -pixels)},
+                   {x, bounds.top, x + 1, bounds.bottom});
     });
 }
 
@@ -143,11 +182,11 @@ void bendRows(FrameBuffer* source, FrameBuffer* destination, const FrameRect& bo
     fill(destination, fillColor);
     const std::int64_t height = std::int64_t{bounds.bottom} - bounds.top;
     const std::int64_t width = std::int64_t{bounds.right} - bounds.left;
+    CopyQueue copies(source, destination, VPixCopyReplace);
     forEachLine(insets, height, bounds.top, bounds.bottom, [&](std::int32_t y, std::int32_t inset) {
         const std::int32_t pixels = insetInPixels(inset, width);
-        const FrameRect from{moved(bounds.left, pixels), y, moved(bounds.right, -pixels), y + 1};
-        const FrameRect to{bounds.left, y, bounds.right, y + 1};
-        vpixCopy(source, destination, &from, &to, VPixCopyReplace);
+        copies.add({moved(bounds.left, pixels), y, moved(bounds.right, -pixels), y + 1},
+                   {bounds.left, y, bounds.right, y + 1});
     });
 }
 

@@ -21,6 +21,9 @@ struct Taps {
 /// How one axis of a copy scales. Weights are whole numbers, so that sums over them are exact.
 class AxisScale {
 public:
+    /// Writes nothing.
+    AxisScale() = default;
+
     /// The rectangles' sides fix the scale, the buffers' sides what exists and what may be written.
     AxisScale(const Range& source, const Range& sourceBuffer, const Range& destination,
               const Range& destinationBuffer);
@@ -56,9 +59,9 @@ private:
     Taps linearTaps(std::uint64_t index) const;
 
     Range written_{0, 0};
-    Range existing_;  // Source that exists, relative to the source rectangle.
-    std::int64_t sourceOrigin_;
-    std::int64_t destinationOrigin_;
+    Range existing_{0, 0};  // Source that exists, relative to the source rectangle.
+    std::int64_t sourceOrigin_ = 0;
+    std::int64_t destinationOrigin_ = 0;
     std::uint64_t sourceSize_ = 1;
     std::uint64_t destinationSize_ = 1;
 };

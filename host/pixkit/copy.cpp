@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/pixkit/axis_scale.h"
+#include "host/pixkit/column_run.h"
+#include "host/pixkit/copy_rects.h"
 #include "host/pixkit/pixkit.h"
 #include "host/pixkit/scaled_copy.h"
 
@@ -115,15 +117,46 @@ void copy(const PixelView& source, const PixelView& destination, const AxisScale
     scaledCopy(aside.view(), destination, columns, rows, blend);
 }
 
+void copyRect(const PixelView& source, const PixelView& destination, const FrameRect& from,
+              const FrameRect& to, std::uint32_t mode) {
+    if (source.pixelBytes != destination.pixelBytes) return;
+    copy(source, destination, AxisScale(columnsOf(from), source.columns, columnsOf(to), destination.columns),
+         AxisScale(rowsOf(from), source.rows, rowsOf(to), destination.rows), mode);
+}
+
+/// False where the order of the columns matters, or without memory; then nothing is copied.
+bool copyTogether(const ColumnRun& run, const PixelView& source, const PixelView& destination,
+                  ColumnRun::Lines& lines) {
+    const Block from = blockOf(source, run.sourceColumns(), run.sourceRows());
+    const Block to = blockOf(destination, run.destinationColumns(), run.destinationRows());
+    return to.step >= to.rowLength && !overlap(from, to) && run.copy(source, destination, lines);
+}
+
 }  // namespace
+
+void copyRects(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRects,
+               const FrameRect* destinationRects, std::int64_t count, std::uint32_t mode) {
+    const PixelView from = viewOf(source);
+    const PixelView to = viewOf(destination);
+    const bool replacesBytes = (mode & VPixCopyBlend) == 0 && from.pixelBytes == 4 && to.pixelBytes == 4;
+    ColumnRun::Lines lines;
+    for (std::int64_t i = 0; i < count;) {
+        if (replacesBytes) {
+            const ColumnRun run(from, to, sourceRects + i, destinationRects + i, count - i);
+            if (run.count() > 1 && copyTogether(run, from, to, lines)) {
+                i += run.count();
+                continue;
+            }
+        }
+        copyRect(from, to, sourceRects[i], destinationRects[i], mode);
+        ++i;
+    }
+}
+
 }  // namespace PixKit
 
 void vpixCopy(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRect,
               const FrameRect* destinationRect, std::uint32_t mode) {
-    using namespace PixKit;
-    const PixelView from = viewOf(source);
-    const PixelView to = viewOf(destination);
-    if (from.pixelBytes != to.pixelBytes) return;
-    copy(from, to, AxisScale(columnsOf(*sourceRect), from.columns, columnsOf(*destinationRect), to.columns),
-         AxisScale(rowsOf(*sourceRect), from.rows, rowsOf(*destinationRect), to.rows), mode);
+    PixKit::copyRect(PixKit::viewOf(source), PixKit::viewOf(destination), *sourceRect, *destinationRect,
+                     mode);
 }

@@ -4,8 +4,10 @@
 #include "simd/floats.h"
 #include "simd/gather.h"
 #include "simd/ints.h"
+#include "simd/pixels.h"
 #include "simd/words.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace VIREO_KERNEL_NAMESPACE {
@@ -125,7 +127,15 @@ void growScattered(LineWalk walk, std::int64_t step, const DestinationLine& dest
     }
 }
 
+/// The pixel at each index from `source` on, and the one beside it. Indices are below a register's pixels.
+PixelPairs pairsFrom(const std::uint8_t* source, Ints indices) {
 #if defined(__AVX2__)
+    return {permute(load<Pixels>(source), indices), permute(load<Pixels>(source + 4), indices)};
+#else
+    return gatherPairs(source, indices * 4);
+#endif
+}
+
 /// Neighbours in memory: the pixels before a register's are among as many neighbours, since the line grows.
 void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosition& position) {
     const Interpolation<vectorBytes> interpolation(position);
@@ -137,25 +147,19 @@ void growNeighbours(LineWalk& walk, DestinationLine& destination, const LinePosi
         Ints indices;
         Ints phases;
         interpolation.place(walk.phase, indices, phases);
-        const Pixels before = permute(load<Pixels>(walk.source), indices);
-        const Pixels after = permute(load<Pixels>(walk.source + 4), indices);
-        store(destination.pixels, interpolation.between(before, after, phases));
+        const PixelPairs pairs = pairsFrom(walk.source, indices);
+        store(destination.pixels, interpolation.between(pairs.left, pairs.right, phases));
         destination.pixels += 4 * pixels;
         destination.count -= pixels;
         walk.advance(wholePixels, rest, 4, position.unit);
     }
 }
-#endif
 
 void grow(const SourceLine& source, const DestinationLine& destination, const LinePosition& position) {
     LineWalk walk{source.pixels, source.count, position.phase};
     DestinationLine rest = destination;
-#if defined(__AVX2__)
     if (source.step == 4 && destination.step == 4) growNeighbours(walk, rest, position);
-    growScattered<32>(walk, source.step, rest, position);
-#else
-    growScattered<16>(walk, source.step, rest, position);
-#endif
+    growScattered<std::min(vectorBytes, 32)>(walk, source.step, rest, position);
 }
 
 #else
@@ -175,8 +179,37 @@ void grow(const SourceLine& source, const DestinationLine& destination, const Li
 
 #endif
 
+void transpose(const std::uint8_t* source, std::int64_t sourceStep, std::uint8_t* destination,
+               std::int64_t destinationStep, std::int64_t width, std::int64_t height) {
+    using Four = Vector<std::uint32_t, 16>;
+    const std::int64_t squaresAcross = width / 4 * 4;
+    const std::int64_t squaresDown = height / 4 * 4;
+    const auto square = [&](std::int64_t x, std::int64_t y) {
+        Four rows[4];
+        for (int i = 0; i < 4; ++i) rows[i] = load<Four>(source + (y + i) * sourceStep + 4 * x);
+        transposeSquares(rows);
+        for (int i = 0; i < 4; ++i) store(destination + (x + i) * destinationStep + 4 * y, rows[i]);
+    };
+    const auto pixel = [&](std::int64_t x, std::int64_t y) {
+        std::memcpy(destination + x * destinationStep + 4 * y, source + y * sourceStep + 4 * x, 4);
+    };
+    // Along the longer side, so that both walk their memory once.
+    if (height > width) {
+        for (std::int64_t y = 0; y < squaresDown; y += 4) {
+            for (std::int64_t x = 0; x < squaresAcross; x += 4) square(x, y);
+        }
+    } else {
+        for (std::int64_t x = 0; x < squaresAcross; x += 4) {
+            for (std::int64_t y = 0; y < squaresDown; y += 4) square(x, y);
+        }
+    }
+    for (std::int64_t x = 0; x < width; ++x) {
+        for (std::int64_t y = x < squaresAcross ? squaresDown : 0; y < height; ++y) pixel(x, y);
+    }
+}
+
 }  // namespace
 
-const LineKernels lineKernels{grow};
+const LineKernels lineKernels{grow, transpose};
 
 }  // namespace VIREO_KERNEL_NAMESPACE

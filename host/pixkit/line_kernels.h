@@ -34,6 +34,11 @@ struct LineKernels {
     /// Linear interpolation between neighbours, rounded half up. Both neighbours of every pixel lie in the
     /// source; phase < unit, 0 < advance < unit.
     void (*grow)(const SourceLine& source, const DestinationLine& destination, const LinePosition& position);
+
+    /// Pixel x of the source's row y becomes pixel y of the destination's row x. Steps are the bytes from row
+    /// to row, of either sign.
+    void (*transpose)(const std::uint8_t* source, std::int64_t sourceStep, std::uint8_t* destination,
+                      std::int64_t destinationStep, std::int64_t width, std::int64_t height);
 };
 
 VIREO_KERNEL_TABLES(LineKernels, lineKernels)

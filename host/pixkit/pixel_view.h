@@ -17,6 +17,7 @@ struct Range {
 
     std::int64_t size() const { return end - begin; }
     bool empty() const { return begin >= end; }
+    bool operator==(const Range&) const = default;
 };
 
 constexpr Range intersection(const Range& a, const Range& b) {

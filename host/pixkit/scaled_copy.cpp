@@ -2,7 +2,7 @@
 #include "host/pixkit/scaled_copy.h"
 
 #include "host/pixkit/copy_kernels.h"
-#include "host/pixkit/line_kernels.h"
+#include "host/pixkit/lines.h"
 
 #include <cstring>
 #include <type_traits>
@@ -11,7 +11,6 @@ namespace PixKit {
 namespace {
 
 const CopyKernels& kernels = copyKernelsTables.chosen();
-const LineKernels& lines = lineKernelsTables.chosen();
 
 /// Sums over weighted samples are exact for whole numbers, whatever the rectangles.
 template <class Sample>
@@ -96,31 +95,6 @@ void copyPixels(const PixelView& source, const PixelView& destination, const Axi
     forEachRowInMemory(rows, [&](std::int64_t y) {
         put(source.at(from, fromRow + y), destination.at(to.begin, y), source.pixelBytes * to.size(), blend);
     });
-}
-
-/// One line of a growing axis: the ends, which repeat a pixel, and what lies between neighbours.
-void growLine(const SourceLine& source, const DestinationLine& destination, const AxisScale& axis) {
-    const std::int64_t origin = axis.read().begin;
-    Range between = axis.written();
-    const auto pixelAt = [&](std::int64_t position) {
-        return destination.pixels + (position - axis.written().begin) * destination.step;
-    };
-    const auto copyAlone = [&](std::int64_t position) {
-        const Taps taps = axis.taps(position);
-        if (taps.count > 1) return false;
-        std::memcpy(pixelAt(position), source.pixels + (taps.first - origin) * source.step, 4);
-        return true;
-    };
-    while (!between.empty() && copyAlone(between.begin)) ++between.begin;
-    while (!between.empty() && copyAlone(between.end - 1)) --between.end;
-    if (between.empty()) return;
-
-    const Taps first = axis.taps(between.begin);
-    const std::int64_t skipped = first.first - origin;
-    lines.grow({source.pixels + skipped * source.step, source.step, source.count - skipped},
-               {pixelAt(between.begin), destination.step, between.size()},
-               {static_cast<std::uint32_t>(first.tail), static_cast<std::uint32_t>(axis.advance()),
-                static_cast<std::uint32_t>(first.total)});
 }
 
 void growRows(const PixelView& source, const PixelView& destination, const AxisScale& columns,
@@ -220,8 +194,6 @@ bool exactInBlocks(const AxisScale& columns, const AxisScale& rows) {
     return columns.largestTotal() <= largestExactTotal && rows.largestTotal() <= largestExactTotal &&
            columns.largestCount() <= blockSourcePixels;
 }
-
-bool growsByLine(const AxisScale& axis) { return axis.grows() && 2 * axis.bodyWeight() <= largestLineUnit; }
 
 void scaleBytePixels(const PixelView& source, const PixelView& destination, const AxisScale& columns,
                      const AxisScale& rows, Blend blend) {

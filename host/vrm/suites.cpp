@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/vrm/suites.h"
 
+#include "host/pixkit/copy_rects.h"
 #include "host/pixkit/pixel_formats.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
@@ -25,10 +26,18 @@ const VPixSuite vpixSuite{disposeFrame, {}, getPixelFormat};
 /// The creator suites offer the same buffers; no filter calls a slot of theirs.
 const VPixSuite creatorSuite{disposeFrame, {}, getPixelFormat};
 
+std::int32_t copyRects(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRects,
+                       const FrameRect* destinationRects, std::int32_t count, std::uint32_t mode) {
+    PixKit::copyRects(source, destination, sourceRects, destinationRects, count, mode);
+    return 0;
+}
+
+const VPixBatchSuite batchSuite{copyRects};
+
 struct OfferedSuite {
     std::string_view name;
     std::int32_t version;
-    const VPixSuite* suite;
+    const void* suite;
     std::atomic<bool> offered;
 };
 
@@ -36,6 +45,7 @@ OfferedSuite suites[] = {
     {VIREO_VPIX_SUITE, 1, &vpixSuite, true},
     {VIREO_VPIX_CREATOR_SUITE, 1, &creatorSuite, true},
     {VIREO_VPIX_CREATOR_2_SUITE, 3, &creatorSuite, true},
+    {VIREO_VPIX_BATCH_SUITE, 1, &batchSuite, true},
 };
 
 }  // namespace

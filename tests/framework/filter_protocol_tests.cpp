@@ -71,4 +71,18 @@ TEST_F(FilterProtocol, SuitesThrowUntilTheyAreFoundAndStayFromThenOn) {
     EXPECT_EQ(older, nullptr);
 }
 
+TEST_F(FilterProtocol, BendCopiesLineByLineWhereTheHostTakesNoMoreAtOnce) {
+    constexpr Geometry geometry{.width = 45, .height = 70};
+    Random random(3);
+    TestFrame source(geometry, random), together(geometry), alone(geometry);
+    const auto filter = std::ranges::find(plugin.filters(), 10004U, &hosting::Filter::id);
+    const hosting::FilterInstance bend(filter->entry);
+    vireoHostOfferSuite(VIREO_VPIX_BATCH_SUITE, 0);
+    EXPECT_EQ(bend.render({source.handle(), alone.handle()}), 0);
+    vireoHostOfferSuite(VIREO_VPIX_BATCH_SUITE, 1);
+    EXPECT_EQ(bend.render({source.handle(), together.handle()}), 0);
+    EXPECT_TRUE(samePicture(alone.picture(), together.picture()));
+    EXPECT_FALSE(samePicture(alone.picture(), source.picture()));
+}
+
 }  // namespace

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/vrm/suites.h"
 #include "tests/host/test_buffer.h"
 
 #include <gtest/gtest.h>
@@ -264,6 +265,57 @@ TEST(VpixCopy, RowsThatShareBytesAreCopiedAside) {
         expectCopies(source, destination, {0, 2, 7, 3}, {1, 0, 8, 1}, 0, memory, memory);
         expectCopies(source, destination, {0, 0, 7, 5}, {0, 0, 9, 1}, 0, memory, memory);
         if (HasFatalFailure()) return;
+    }
+}
+
+/// Columns and rows beside each other, each of a size of its own, among other rectangles.
+void addNeighbours(std::vector<FrameRect>& from, std::vector<FrameRect>& to, const FrameRect& source,
+                   const FrameRect& destination, std::mt19937& random) {
+    const bool areColumns = random() % 4 != 0, isSteady = random() % 2 == 0;
+    const int count = between(random, 1, 40), reach = between(random, 0, 9);
+    const auto line = [&](const FrameRect& bounds, int i, int begin, int end) {
+        return areColumns
+                   ? FrameRect{bounds.left + i, bounds.top + begin, bounds.left + i + 1, bounds.bottom - end}
+                   : FrameRect{bounds.left + begin, bounds.top + i, bounds.right - end, bounds.top + i + 1};
+    };
+    for (int i = 0; i < count; ++i) {
+        from.push_back(line(source, i + 1, between(random, -2, reach), between(random, -2, reach)));
+        to.push_back(line(destination, i, isSteady ? 0 : between(random, -2, 2), 0));
+    }
+}
+
+TEST(VpixBatch, CopiesAsOneAfterAnother) {
+    const void* suite = nullptr;
+    ASSERT_EQ(vrmAcquireSuite(VIREO_VPIX_BATCH_SUITE, 1, &suite), 0);
+    const auto copyAll = static_cast<const VPixBatchSuite*>(suite)->copy.get();
+    std::mt19937 random(7);
+    Memory sourceMemory = noise(memorySize, random), destinationMemory = noise(memorySize, random);
+    for (int round = 0; round < 3000; ++round) {
+        // One in four overlaps; some have rows that share bytes.
+        const bool shared = random() % 4 == 0;
+        const std::uint32_t format = PixKit::formatCode(random() % 8 == 0 ? "Bgra" : "bgra");
+        const auto source = randomBuffer(shared ? destinationMemory : sourceMemory, random, format);
+        const auto destination = randomBuffer(destinationMemory, random, format);
+        if (random() % 8 == 0) destination->handle()->rowBytes = between(random, -3, 3) * 8;
+        std::vector<FrameRect> from, to;
+        for (int i = 0; i < 3; ++i) {
+            addNeighbours(from, to, source->bounds(), destination->bounds(), random);
+            from.push_back(randomRect(source->bounds(), random));
+            to.push_back(randomRect(destination->bounds(), random));
+        }
+        const std::uint32_t mode = random() % 4 == 0 ? randomMode(random) : 0;
+        const Memory before = destinationMemory;
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            vpixCopy(source->handle(), destination->handle(), &from[i], &to[i], mode);
+        }
+        const Memory expected = destinationMemory;
+        destinationMemory = before;
+        ASSERT_EQ(copyAll(source->handle(), destination->handle(), from.data(), to.data(),
+                          static_cast<std::int32_t>(from.size()), mode),
+                  0);
+        ASSERT_EQ(expected == destinationMemory, true)
+            << "round " << round << ", " << source->bounds() << " to " << destination->bounds()
+            << ", row bytes " << source->handle()->rowBytes << " and " << destination->handle()->rowBytes;
     }
 }
 

@@ -58,6 +58,14 @@ TEST_F(GhostingTest, LaysThreeMomentsOverOneAnother) {
     EXPECT_TRUE(samePicture(blended(clip.at(92), twoLayers, 68), filter.rendered(source)));
 }
 
+TEST_F(GhostingTest, BlendsEveryRowOfLargeFrames) {
+    clip.geometry = {.width = 700, .height = 151, .left = 3, .top = -40};
+    TestFrame large(clip.geometry, random);
+    filter.invocation.frameTime = 100;
+    const Picture twoLayers = blended(large.picture(), clip.at(96), 187);
+    EXPECT_TRUE(samePicture(blended(clip.at(92), twoLayers, 68), filter.rendered(large)));
+}
+
 TEST_F(GhostingTest, AsksForTimesInSteps) {
     const struct {
         std::uint16_t fieldFlags;

@@ -6,7 +6,10 @@
 #include "tests/support/instruction_sets.h"
 
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <memory>
+#include <thread>
 
 namespace {
 
@@ -72,6 +75,54 @@ TEST(LensDistortion, EqualsThePlainVersionOnAnyFrame) {
             });
         };
     });
+}
+
+/// A frame like the one before is rendered from positions that were kept.
+TEST(LensDistortion, RendersTheSameOverAndOverWhateverComesBetween) {
+    struct Shot {
+        std::array<std::uint8_t, 16> record{};
+        TestFrame source;
+        std::uint16_t fieldFlags = 0;
+        Picture first{};
+
+        Shot(Random& random, const Geometry& geometry) : source(geometry, random) {
+            for (std::size_t i = 0; i < 10; i += 2) record[i] = static_cast<std::uint8_t>(random() % 30);
+        }
+        Picture rendered() {
+            FilterUnderTest filter(lensDistortionId);
+            filter.setSettings(record);
+            filter.invocation.fieldFlags = fieldFlags;
+            return filter.rendered(source);
+        }
+    };
+    Random random(9);
+    std::vector<std::unique_ptr<Shot>> shots;
+    for (const Geometry& geometry : {Geometry{.width = 530, .height = 40}, {.width = 530, .height = 41}}) {
+        for (int i = 0; i < 2; ++i) shots.push_back(std::make_unique<Shot>(random, geometry));
+    }
+    shots[1]->record = shots[0]->record;
+    shots[1]->fieldFlags = FieldFlagUpper;
+    for (const auto& shot : shots) shot->first = shot->rendered();
+    for (int i = 0; i < 60; ++i) {
+        Shot& shot = *shots[random() % shots.size()];
+        for (int j = random() % 4; j >= 0; --j) ASSERT_TRUE(samePicture(shot.first, shot.rendered()));
+    }
+    std::vector<std::thread> threads;
+    std::atomic<int> different = 0;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            Shot& shot = *shots[static_cast<std::size_t>(i) / 2];
+            TestFrame own(shot.source.geometry(), shot.source.picture());
+            for (int round = 0; round < 20; ++round) {
+                FilterUnderTest filter(lensDistortionId);
+                filter.setSettings(shot.record);
+                filter.invocation.fieldFlags = shot.fieldFlags;
+                different += samePicture(shot.first, filter.rendered(own)) ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(different, 0);
 }
 
 Lens randomLens(Random& random, int range) {

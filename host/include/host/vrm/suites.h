@@ -9,6 +9,7 @@
 #define VIREO_VPIX_SUITE "Vireo VPix Suite"
 #define VIREO_VPIX_CREATOR_SUITE "Vireo VPix Creator Suite"
 #define VIREO_VPIX_CREATOR_2_SUITE "Vireo VPix Creator 2 Suite"
+#define VIREO_VPIX_BATCH_SUITE "Vireo VPix Batch Suite"
 
 /// Slots return a negative value on failure.
 typedef int32_t VPixSuiteDispose(FrameBuffer* handle);
@@ -19,6 +20,16 @@ typedef struct VPixSuite {
     uint64_t hostData1[4];
     VIREO_POINTER(VPixSuiteGetPixelFormat) getPixelFormat;
 } VPixSuite;
+
+/// Copies each of `count` rectangles onto the one of the same index, in this order and as vpixCopy does. A
+/// host that sees many at once can copy neighbours together.
+typedef int32_t VPixBatchSuiteCopy(FrameBuffer* source, FrameBuffer* destination,
+                                   const FrameRect* sourceRects, const FrameRect* destinationRects,
+                                   int32_t count, uint32_t mode);
+
+typedef struct VPixBatchSuite {
+    VIREO_POINTER(VPixBatchSuiteCopy) copy;
+} VPixBatchSuite;
 
 /// Finds a suite. 0 with the suite written, or non-zero with null written when it is not offered. The host
 /// owns the suite.

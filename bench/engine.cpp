@@ -2,59 +2,23 @@
 // Prints what the engine adds to its filters, what conversions of pixels cost, and what threads take off.
 // What a table compares runs in turn, and the best of many rounds counts: all that disturbs only adds.
 #include "bench/filter_call.h"
+#include "bench/rounds.h"
 #include "engine/include/vireo/vireo.h"
 #include "engine/pixels/pixel_layout.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <functional>
-#include <limits>
 #include <memory>
 #include <numeric>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace bench {
 namespace {
-
-using Job = std::function<void()>;
-
-/// Milliseconds of each job's best round. Each follows itself, since what ran before leaves its own lines in
-/// the cache, to be written back by the next.
-std::vector<double> best(int rounds, const std::vector<Job>& jobs) {
-    std::vector<double> times(jobs.size(), std::numeric_limits<double>::infinity());
-    for (int round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < jobs.size(); ++i) {
-            jobs[i]();
-            const auto begin = std::chrono::steady_clock::now();
-            jobs[i]();
-            const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
-            times[i] = std::min(times[i], time.count());
-        }
-    }
-    return times;
-}
-
-struct FreeMemory {
-    void operator()(std::uint8_t* memory) const { std::free(memory); }
-};
-using Memory = std::unique_ptr<std::uint8_t, FreeMemory>;
-
-/// Bytes of a smooth picture with noise.
-Memory painted(std::size_t bytes) {
-    Memory memory(static_cast<std::uint8_t*>(std::aligned_alloc(4096, (bytes + 4095) / 4096 * 4096)));
-    std::minstd_rand noise(1);
-    for (std::size_t i = 0; i < bytes; ++i) {
-        memory.get()[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 200 : i / 60000 + (noise() >> 12) % 32);
-    }
-    return memory;
-}
 
 void check(VireoStatus status) {
     if (status == VireoDone) return;

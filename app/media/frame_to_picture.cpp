@@ -7,7 +7,6 @@
 #include "engine/pixels/dither.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <type_traits>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Prints what the engine adds to its filters, what conversions of pixels cost, and what threads take off.
-// What a table compares runs in turn, and the best of many rounds counts: all that disturbs only adds.
+// Prints what the engine adds to its filters, what conversions of pixels cost, what threads take
+// off, and what each filter takes of a frame. What a table compares runs in turn, and the best of many rounds
+// counts: all that disturbs only adds.
 #include "bench/filter_call.h"
 #include "bench/rounds.h"
 #include "engine/include/vireo/vireo.h"
@@ -192,10 +193,65 @@ void printChains(VireoEngine* engine) {
     }
 }
 
+/// Every filter, with its defaults unless they do nothing.
+constexpr const char* filterTexts[] = {
+    "Alpha Glow",
+    "Antialias",
+    "Bend",
+    "Black & White",
+    "Camera Blur",
+    "Camera View:longitude=30,latitude=20,roll=10,distance=50",
+    "Color Balance (RGB):red=300",
+    "Color Pass",
+    "Color Replace",
+    "Convolution Kernel",
+    "Edge Feather",
+    "Extract",
+    "Gamma Correction:gamma=7",
+    "Ghosting",
+    "Horizontal Flip",
+    "Horizontal Hold:offset=65536,end step=65536",
+    "Lens Distortion:curvature=20,vertical decentering=10,horizontal decentering=-10,vertical prism=5,"
+    "horizontal prism=-5",
+    "Levels:(rgb) gamma=150",
+    "Replicate",
+    "Solarize",
+    "Vertical Flip",
+    "Vertical Hold",
+};
+
+/// Every filter alone, on one thread. Another program reads this table.
+void printFilters(VireoEngine* engine) {
+    constexpr int width = 1920, height = 1080;
+    const std::size_t bytes = std::size_t{4} * width * height;
+    const Memory source = painted(bytes), result = painted(bytes);
+    std::printf("\n| 1920 × 1080, one thread | ms |\n|---|---|\n");
+    for (const char* text : filterTexts) {
+        Chain chain(engine, text, 1, width, height, source.get(), result.get());
+        std::printf("| %s | %.3f |\n", text, best(40, {[&] { chain.render(); }})[0]);
+    }
+}
+
+/// Whether frames of a live picture keep up with the display.
+void printLive(VireoEngine* engine) {
+    constexpr int width = 3840, height = 2160;
+    constexpr double frameTime = 1000.0 / 60;
+    const std::size_t bytes = std::size_t{4} * width * height;
+    const Memory source = painted(bytes), result = painted(bytes);
+    std::printf("\n| 3840 × 2160, two threads | ms | × memcpy on one | 60 a second |\n|---|---|---|---|\n");
+    for (const char* text : filterTexts) {
+        Chain chain(engine, text, 2, width, height, source.get(), result.get());
+        const auto times =
+            best(40, {[&] { std::memcpy(result.get(), source.get(), bytes); }, [&] { chain.render(); }});
+        std::printf("| %s | %.1f | %.2f | %s |\n", text, times[1], times[1] / times[0],
+                    times[1] <= frameTime ? "yes" : "no");
+    }
+}
+
 }  // namespace
 }  // namespace bench
 
-/// `overhead`, `conversions`, `threads` or `chains` print one table, nothing all.
+/// `overhead`, `conversions`, `threads`, `chains`, `live` or `filters` print one table, nothing all.
 int main(int argumentCount, char** arguments) {
     const std::string_view wanted = argumentCount > 1 ? arguments[1] : "";
     const auto wants = [&](std::string_view table) { return wanted.empty() || wanted == table; };
@@ -205,5 +261,7 @@ int main(int argumentCount, char** arguments) {
     if (wants("conversions")) bench::printConversions();
     if (wants("threads")) bench::printThreads(engine);
     if (wants("chains")) bench::printChains(engine);
+    if (wants("live")) bench::printLive(engine);
+    if (wants("filters")) bench::printFilters(engine);
     vireoClose(engine);
 }

@@ -27,20 +27,22 @@ void check(VireoStatus status) {
     std::exit(1);
 }
 
-/// A chain with frames of one size, rows from the bottom as filters have them.
+/// A chain with frames of one size.
 class Chain {
 public:
+    /// Rows from the bottom as filters have them, or from the top as pages do.
     Chain(VireoEngine* engine, const char* text, unsigned threads, int width, int height,
-          std::uint8_t* source, std::uint8_t* result) {
+          std::uint8_t* source, std::uint8_t* result, bool fromTop = false) {
         check(vireoChainNew(engine, &chain_));
         check(vireoChainAddText(chain_, text));
         check(vireoChainSetThreads(chain_, threads));
         const std::int64_t rowBytes = std::int64_t{4} * width;
-        source_ = {
-            sizeof source_, width,  height, VireoBgra, VireoDepth8, 0, source + rowBytes * (height - 1),
-            -rowBytes,      nullptr};
+        const std::int64_t first = fromTop ? 0 : rowBytes * (height - 1);
+        source_ = {sizeof source_, width, height,         VireoBgra,
+                   VireoDepth8,    0,     source + first, fromTop ? rowBytes : -rowBytes,
+                   nullptr};
         result_ = source_;
-        result_.pixels = result + rowBytes * (height - 1);
+        result_.pixels = result + first;
     }
     Chain(const Chain&) = delete;
     Chain& operator=(const Chain&) = delete;
@@ -220,14 +222,14 @@ constexpr const char* filterTexts[] = {
     "Vertical Hold",
 };
 
-/// Every filter alone, on one thread. Another program reads this table.
+/// Every filter alone, on one thread, of frames as pages have them; browser_filters.mjs reads this table.
 void printFilters(VireoEngine* engine) {
     constexpr int width = 1920, height = 1080;
     const std::size_t bytes = std::size_t{4} * width * height;
     const Memory source = painted(bytes), result = painted(bytes);
     std::printf("\n| 1920 × 1080, one thread | ms |\n|---|---|\n");
     for (const char* text : filterTexts) {
-        Chain chain(engine, text, 1, width, height, source.get(), result.get());
+        Chain chain(engine, text, 1, width, height, source.get(), result.get(), true);
         std::printf("| %s | %.3f |\n", text, best(40, {[&] { chain.render(); }})[0]);
     }
 }

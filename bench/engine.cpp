@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Prints what the engine adds to its filters, what conversions of pixels cost, and what threads take off.
-// What a table compares runs in turn, and the best of many rounds counts: all that disturbs only adds.
+// Prints what the engine adds to its filters, what conversions of pixels cost, what threads take
+// off, and what each filter takes of a frame. What a table compares runs in turn, and the best of many rounds
+// counts: all that disturbs only adds.
 #include "bench/filter_call.h"
+#include "bench/rounds.h"
 #include "engine/include/vireo/vireo.h"
 #include "engine/pixels/pixel_layout.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <functional>
-#include <limits>
 #include <memory>
 #include <numeric>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,59 +21,28 @@
 namespace bench {
 namespace {
 
-using Job = std::function<void()>;
-
-/// Milliseconds of each job's best round. Each follows itself, since what ran before leaves its own lines in
-/// the cache, to be written back by the next.
-std::vector<double> best(int rounds, const std::vector<Job>& jobs) {
-    std::vector<double> times(jobs.size(), std::numeric_limits<double>::infinity());
-    for (int round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < jobs.size(); ++i) {
-            jobs[i]();
-            const auto begin = std::chrono::steady_clock::now();
-            jobs[i]();
-            const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
-            times[i] = std::min(times[i], time.count());
-        }
-    }
-    return times;
-}
-
-struct FreeMemory {
-    void operator()(std::uint8_t* memory) const { std::free(memory); }
-};
-using Memory = std::unique_ptr<std::uint8_t, FreeMemory>;
-
-/// Bytes of a smooth picture with noise.
-Memory painted(std::size_t bytes) {
-    Memory memory(static_cast<std::uint8_t*>(std::aligned_alloc(4096, (bytes + 4095) / 4096 * 4096)));
-    std::minstd_rand noise(1);
-    for (std::size_t i = 0; i < bytes; ++i) {
-        memory.get()[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 200 : i / 60000 + (noise() >> 12) % 32);
-    }
-    return memory;
-}
-
 void check(VireoStatus status) {
     if (status == VireoDone) return;
     std::fprintf(stderr, "%s\n", vireoLastError()->sentence);
     std::exit(1);
 }
 
-/// A chain with frames of one size, rows from the bottom as filters have them.
+/// A chain with frames of one size.
 class Chain {
 public:
+    /// Rows from the bottom as filters have them, or from the top as pages do.
     Chain(VireoEngine* engine, const char* text, unsigned threads, int width, int height,
-          std::uint8_t* source, std::uint8_t* result) {
+          std::uint8_t* source, std::uint8_t* result, bool fromTop = false) {
         check(vireoChainNew(engine, &chain_));
         check(vireoChainAddText(chain_, text));
         check(vireoChainSetThreads(chain_, threads));
         const std::int64_t rowBytes = std::int64_t{4} * width;
-        source_ = {
-            sizeof source_, width,  height, VireoBgra, VireoDepth8, 0, source + rowBytes * (height - 1),
-            -rowBytes,      nullptr};
+        const std::int64_t first = fromTop ? 0 : rowBytes * (height - 1);
+        source_ = {sizeof source_, width, height,         VireoBgra,
+                   VireoDepth8,    0,     source + first, fromTop ? rowBytes : -rowBytes,
+                   nullptr};
         result_ = source_;
-        result_.pixels = result + rowBytes * (height - 1);
+        result_.pixels = result + first;
     }
     Chain(const Chain&) = delete;
     Chain& operator=(const Chain&) = delete;
@@ -228,10 +195,65 @@ void printChains(VireoEngine* engine) {
     }
 }
 
+/// Every filter, with its defaults unless they do nothing.
+constexpr const char* filterTexts[] = {
+    "Alpha Glow",
+    "Antialias",
+    "Bend",
+    "Black & White",
+    "Camera Blur",
+    "Camera View:longitude=30,latitude=20,roll=10,distance=50",
+    "Color Balance (RGB):red=300",
+    "Color Pass",
+    "Color Replace",
+    "Convolution Kernel",
+    "Edge Feather",
+    "Extract",
+    "Gamma Correction:gamma=7",
+    "Ghosting",
+    "Horizontal Flip",
+    "Horizontal Hold:offset=65536,end step=65536",
+    "Lens Distortion:curvature=20,vertical decentering=10,horizontal decentering=-10,vertical prism=5,"
+    "horizontal prism=-5",
+    "Levels:(rgb) gamma=150",
+    "Replicate",
+    "Solarize",
+    "Vertical Flip",
+    "Vertical Hold",
+};
+
+/// Every filter alone, on one thread, of frames as pages have them; browser_filters.mjs reads this table.
+void printFilters(VireoEngine* engine) {
+    constexpr int width = 1920, height = 1080;
+    const std::size_t bytes = std::size_t{4} * width * height;
+    const Memory source = painted(bytes), result = painted(bytes);
+    std::printf("\n| 1920 × 1080, one thread | ms |\n|---|---|\n");
+    for (const char* text : filterTexts) {
+        Chain chain(engine, text, 1, width, height, source.get(), result.get(), true);
+        std::printf("| %s | %.3f |\n", text, best(40, {[&] { chain.render(); }})[0]);
+    }
+}
+
+/// Whether frames of a live picture keep up with the display.
+void printLive(VireoEngine* engine) {
+    constexpr int width = 3840, height = 2160;
+    constexpr double frameTime = 1000.0 / 60;
+    const std::size_t bytes = std::size_t{4} * width * height;
+    const Memory source = painted(bytes), result = painted(bytes);
+    std::printf("\n| 3840 × 2160, two threads | ms | × memcpy on one | 60 a second |\n|---|---|---|---|\n");
+    for (const char* text : filterTexts) {
+        Chain chain(engine, text, 2, width, height, source.get(), result.get());
+        const auto times =
+            best(40, {[&] { std::memcpy(result.get(), source.get(), bytes); }, [&] { chain.render(); }});
+        std::printf("| %s | %.1f | %.2f | %s |\n", text, times[1], times[1] / times[0],
+                    times[1] <= frameTime ? "yes" : "no");
+    }
+}
+
 }  // namespace
 }  // namespace bench
 
-/// `overhead`, `conversions`, `threads` or `chains` print one table, nothing all.
+/// `overhead`, `conversions`, `threads`, `chains`, `live` or `filters` print one table, nothing all.
 int main(int argumentCount, char** arguments) {
     const std::string_view wanted = argumentCount > 1 ? arguments[1] : "";
     const auto wants = [&](std::string_view table) { return wanted.empty() || wanted == table; };
@@ -241,5 +263,7 @@ int main(int argumentCount, char** arguments) {
     if (wants("conversions")) bench::printConversions();
     if (wants("threads")) bench::printThreads(engine);
     if (wants("chains")) bench::printChains(engine);
+    if (wants("live")) bench::printLive(engine);
+    if (wants("filters")) bench::printFilters(engine);
     vireoClose(engine);
 }

@@ -4,6 +4,9 @@
 
 #include "simd/vectors.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
 
@@ -62,7 +65,23 @@ V adds(V a, V b) {
 #endif
 }
 
+#endif
+
 /// a's lanes, then b's, limited to what the narrower lanes hold. Works within every 16 bytes.
+template <class Result, class V>
+Result packLimited(V a, V b) {
+    using Ends = std::numeric_limits<LaneOf<Result>>;
+    const auto limited = [](LaneOf<V> lane) {
+        return static_cast<LaneOf<Result>>(std::clamp<LaneOf<V>>(lane, Ends::min(), Ends::max()));
+    };
+    Result result;
+    for (int i = 0; i < laneCount<V>; ++i) {
+        result[i] = limited(a[i]);
+        result[laneCount<V> + i] = limited(b[i]);
+    }
+    return result;
+}
+
 template <VectorOf<std::int32_t> V>
 Vector<std::int16_t, sizeof(V)> packs(V a, V b) {
     using Result = Vector<std::int16_t, sizeof(V)>;
@@ -72,8 +91,28 @@ Vector<std::int16_t, sizeof(V)> packs(V a, V b) {
     if constexpr (sizeof(V) == 16) return (Result)_mm_packs_epi32((__m128i)a, (__m128i)b);
 #elif defined(__wasm_simd128__)
     return (Result)wasm_i16x8_narrow_i32x4((v128_t)a, (v128_t)b);
-#else
+#elif defined(__aarch64__)
     return (Result)vqmovn_high_s32(vqmovn_s32((int32x4_t)a), (int32x4_t)b);
+#else
+    return packLimited<Result>(a, b);
+#endif
+}
+
+template <VectorOf<std::int32_t> V>
+Vector<std::uint16_t, sizeof(V)> packus(V a, V b) {
+    using Result = Vector<std::uint16_t, sizeof(V)>;
+#if defined(__AVX2__)
+    if constexpr (sizeof(V) == 64) return (Result)_mm512_packus_epi32((__m512i)a, (__m512i)b);
+    if constexpr (sizeof(V) == 32) return (Result)_mm256_packus_epi32((__m256i)a, (__m256i)b);
+    if constexpr (sizeof(V) == 16) return (Result)_mm_packus_epi32((__m128i)a, (__m128i)b);
+#elif defined(__wasm_simd128__)
+    return (Result)wasm_u16x8_narrow_i32x4((v128_t)a, (v128_t)b);
+#elif defined(__aarch64__)
+    return (Result)vqmovun_high_s32(vqmovun_s32((int32x4_t)a), (int32x4_t)b);
+#elif defined(__SSE2__)
+    return (Result)packs(a - 0x8000, b - 0x8000) ^ 0x8000;
+#else
+    return packLimited<Result>(a, b);
 #endif
 }
 
@@ -86,12 +125,12 @@ Vector<std::uint8_t, sizeof(V)> packus(V a, V b) {
     if constexpr (sizeof(V) == 16) return (Result)_mm_packus_epi16((__m128i)a, (__m128i)b);
 #elif defined(__wasm_simd128__)
     return (Result)wasm_u8x16_narrow_i16x8((v128_t)a, (v128_t)b);
-#else
+#elif defined(__aarch64__)
     return (Result)vqmovun_high_s16(vqmovun_s16((int16x8_t)a), (int16x8_t)b);
+#else
+    return packLimited<Result>(a, b);
 #endif
 }
-
-#endif
 
 }  // namespace VIREO_KERNEL_NAMESPACE
 }  // namespace simd

@@ -21,7 +21,9 @@ ClipIndex indexClip(const FfmpegInput& input, const RenderJob& job, const StopRe
     if (const auto exact = exactFrameCount(input.context(), input.videoStream()))
         clip.announcedFrames = clip.frameCount = *exact;
     if (input.isSeekable() && (clip.frameCount == 0 || partWanted || job.preparation.rate)) {
-        PacketIndex packets = indexPackets(job.input, job.policy, input.videoStream(), stop);
+        // Of a picture, seeing once more what it is takes as long as reading it.
+        PacketIndex packets = indexPackets(job.input, job.policy, input.videoStream(), stop,
+                                           input.isPicture() ? input.video().codecpar : nullptr);
         throwIfInterrupted();
         clip.frameCount = packets.count;
         clip.times = std::move(packets.times);

@@ -33,7 +33,8 @@ struct YuvRow {
     const Sample* y;
     const Sample* u;
     const Sample* v;
-    const Sample* a;  ///< Null: opaque.
+    const Sample* a;        ///< Null: opaque.
+    bool isHalved = false;  ///< A sample of u and v belongs to two columns.
 };
 
 /// From channels of BGRA to samples. Rows of chroma are means over two rows (which may be the same) and,
@@ -55,7 +56,7 @@ struct ColorKernels {
 
     void (*unpack8)(const YuvRow<std::uint8_t>& row, std::uint8_t* bgra, std::int64_t width,
                     const YuvToRgb& by);
-    /// `dither` is added before cutting to whole numbers: `width` values from 0 to below 1.
+    /// `dither` is added before cutting to whole numbers: values from 0 to below 1 of eight columns, by turns.
     void (*unpack16)(const YuvRow<std::uint16_t>& row, std::uint8_t* bgra, std::int64_t width,
                      const YuvToRgb& by, const float* dither);
     void (*unpackDeep)(const YuvRow<std::uint16_t>& row, std::uint16_t* bgra, std::int64_t width,

@@ -45,6 +45,11 @@ AVRational FfmpegInput::pixelAspect(const AVFrame& frame) const {
                                         const_cast<AVFrame*>(&frame));
 }
 
+bool FfmpegInput::isPicture() const {
+    const std::string_view format = context().iformat->name;
+    return format == "image2" || format.ends_with("_pipe");
+}
+
 PacketPtr FfmpegInput::next() {
     if (ended_) return nullptr;
     PacketPtr packet = newPacket();

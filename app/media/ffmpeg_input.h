@@ -34,6 +34,9 @@ public:
     bool isSeekable() const { return file_.isSeekable(); }
     bool isBroadcast() const { return (context().iformat->flags & AVFMT_TS_DISCONT) != 0; }
 
+    /// Whether it is a file of pictures, mostly one, rather than a clip.
+    bool isPicture() const;
+
     /// The next packet, whatever its stream; null at the end.
     PacketPtr next();
 

@@ -7,7 +7,6 @@
 #include "engine/pixels/dither.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <type_traits>
 
@@ -22,29 +21,26 @@ int chromaRow(int y, int rowsOfChroma, int shift, bool interlaced) {
     return row < rowsOfChroma ? row : std::max(row - 2, 0);
 }
 
-/// Rows of a chroma component at the width of luma; the last row made is kept, since it serves two rows.
+/// Rows of a chroma component, at the width of luma or half of it; the last row made is kept, since it serves
+/// more rows than one.
 template <class Sample>
-class FullChromaRows {
+class ChromaRows {
 public:
-    FullChromaRows(const AVFrame& frame, const AVPixFmtDescriptor& format, int component)
-        : width_(frame.width),
-          shift_(format.log2_chroma_w),
-          rows_(frame, format, component, AV_CEIL_RSHIFT(frame.width, shift_)),
-          full_{std::vector<Sample>(shift_ > 0 ? static_cast<std::size_t>(width_) : 0),
-                std::vector<Sample>(shift_ > 1 ? static_cast<std::size_t>(width_) : 0)} {}
+    ChromaRows(const AVFrame& frame, const AVPixFmtDescriptor& format, int component)
+        : width_(AV_CEIL_RSHIFT(frame.width, 1)),
+          rows_(frame, format, component, AV_CEIL_RSHIFT(frame.width, format.log2_chroma_w)),
+          half_(format.log2_chroma_w > 1 ? static_cast<std::size_t>(width_) : 0) {}
 
     const Sample* row(int y) {
-        if (shift_ == 0) return rows_.row(y);
         if (y != made_) {
-            const Sample* from = rows_.row(y);
-            for (int level = shift_ - 1; level >= 0; --level) {
-                Sample* const to = full_[static_cast<std::size_t>(level)].data();
-                repeat(from, to, AV_CEIL_RSHIFT(width_, level));
-                from = to;
+            row_ = rows_.row(y);
+            if (!half_.empty()) {
+                repeat(row_, half_.data(), width_);
+                row_ = half_.data();
             }
             made_ = y;
         }
-        return full_[0].data();
+        return row_;
     }
 
 private:
@@ -56,9 +52,9 @@ private:
     }
 
     int width_;
-    int shift_;
     ComponentRows<Sample> rows_;
-    std::array<std::vector<Sample>, 2> full_;
+    std::vector<Sample> half_;
+    const Sample* row_ = nullptr;
     int made_ = -1;
 };
 
@@ -75,17 +71,17 @@ void yuvToPicture(const AVFrame& frame, const AVPixFmtDescriptor& format, Pictur
         by = {by.luma, 0, 0, 0, 0, black, black, black, by.alpha};
     }
     ComponentRows<Sample> ys(frame, format, 0, frame.width);
-    FullChromaRows<Sample> us(frame, format, grey ? 0 : 1);
-    FullChromaRows<Sample> vs(frame, format, grey ? 0 : 2);
+    ChromaRows<Sample> us(frame, format, grey ? 0 : 1);
+    ChromaRows<Sample> vs(frame, format, grey ? 0 : 2);
     ComponentRows<Sample> as(frame, format, format.nb_components - 1, frame.width);
-    const DitherRows dither(sizeof(Sample) == 2 && !deep ? frame.width : 0, dithers);
+    const DitherRows dither(8, dithers);
     const int rowsOfChroma = AV_CEIL_RSHIFT(frame.height, format.log2_chroma_h);
 
     for (int y = 0; y < frame.height; ++y) {
         const Sample* const luma = ys.row(y);
         const int c = chromaRow(y, rowsOfChroma, format.log2_chroma_h, interlaced);
         const YuvRow<Sample> row{luma, grey ? luma : us.row(c), grey ? luma : vs.row(c),
-                                 alpha ? as.row(y) : nullptr};
+                                 alpha ? as.row(y) : nullptr, !grey && format.log2_chroma_w > 0};
         if constexpr (sizeof(Sample) == 1) {
             colorKernelsTables.chosen().unpack8(row, picture.row(y), frame.width, by);
         } else if (deep) {
@@ -213,7 +209,12 @@ std::shared_ptr<Picture> frameToPicture(const AVFrame& frame, int width, int hei
                               interlaced, dithers);
     }
     auto picture = std::make_shared<Picture>(width, height, pictureFormat);
-    if (isRgb) {
+    const std::optional<PixelFormat> packed = packedRgb(code);
+    if (packed && bytesOf(PixelLayout::Bgra, packed->depth) == PixKit::bytesPerPixel(pictureFormat)) {
+        for (int y = 0; y < height; ++y) {
+            rowToBgra(*packed, frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0], picture->row(y), width);
+        }
+    } else if (isRgb) {
         switch (kind) {
             case SampleKind::Bytes: rgbToPicture<std::uint8_t>(frame, format, *picture, dithers); break;
             case SampleKind::Words: rgbToPicture<std::uint16_t>(frame, format, *picture, dithers); break;

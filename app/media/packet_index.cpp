@@ -28,10 +28,12 @@ bool holdsShownFrame(const AVPacket& packet, AVCodecID codec) {
 }
 
 PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int stream,
-                         const StopRequest& stop) {
+                         const StopRequest& stop, const AVCodecParameters* known) {
     PacketIndex index;
     GuardedInput input(path, policy, &stop);
     AVFormatContext* const context = &input.context();
+    if (known != nullptr && stream < static_cast<int>(context->nb_streams))
+        check(avcodec_parameters_copy(context->streams[stream]->codecpar, known), "cannot read " + path);
     // Streams of some containers only appear while packets are looked at.
     if (input.findStreams() < 0 || stream >= static_cast<int>(context->nb_streams)) return index;
     // Where the clock may jump, sound and picture tell together where to.

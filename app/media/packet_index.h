@@ -25,9 +25,10 @@ struct PacketIndex {
     bool jumps = false;  ///< The times are not the file's own any more: see ContinuousTimes.
 };
 
-/// Throws Error.
+/// `known` is what the stream was found to be, or null: then the libraries decode some of it to see. Throws
+/// Error.
 PacketIndex indexPackets(const std::string& path, const InputPolicy& policy, int stream,
-                         const StopRequest& stop);
+                         const StopRequest& stop, const AVCodecParameters* known = nullptr);
 
 /// Whether the packet becomes a frame that is shown.
 bool holdsShownFrame(const AVPacket& packet, AVCodecID codec);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/picture_to_frame.h"
 
+#include "app/media/pixel_format.h"
 #include "app/media/sample_layout.h"
 #include "engine/error.h"
 
@@ -71,16 +72,20 @@ void pictureToYuv(const PackKernels<Channel, Sample>& by, const Picture& picture
     const auto to = [&](int plane, int y) {
         return reinterpret_cast<Sample*>(frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane]);
     };
-    for (int y = 0; y < frame.height; ++y) by.luma(from(y), to(0, y), frame.width, matrix);
-    if ((format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0) {
-        const int plane = format.comp[format.nb_components - 1].plane;
-        for (int y = 0; y < frame.height; ++y) by.alpha(from(y), to(plane, y), frame.width, matrix);
-    }
-    if (format.nb_components < 3) return;
+    const bool hasAlpha = (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+    const bool hasChroma = format.nb_components >= 3;
+    const int alphaPlane = format.comp[format.nb_components - 1].plane;
     const auto chroma = format.log2_chroma_w == 1 ? by.halfChroma : by.chroma;
-    const int rows = AV_CEIL_RSHIFT(frame.height, format.log2_chroma_h);
-    for (int y = 0; y < rows; ++y) {
-        const auto [above, below] = lumaRows(y, frame.height, format.log2_chroma_h, interlaced);
+    const int shift = hasChroma ? format.log2_chroma_h : 0;
+    // Rows of chroma are made while their rows of colours lie in the cache, and the picture is read as it
+    // lies in memory, from its last row.
+    for (int y = AV_CEIL_RSHIFT(frame.height, shift) - 1; y >= 0; --y) {
+        for (int row = std::min(frame.height, (y + 1) << shift) - 1; row >= y << shift; --row) {
+            by.luma(from(row), to(0, row), frame.width, matrix);
+            if (hasAlpha) by.alpha(from(row), to(alphaPlane, row), frame.width, matrix);
+        }
+        if (!hasChroma) continue;
+        const auto [above, below] = lumaRows(y, frame.height, shift, interlaced);
         chroma(from(above), from(below), to(format.comp[1].plane, y), to(format.comp[2].plane, y),
                frame.width, matrix);
     }
@@ -175,7 +180,13 @@ FramePtr FrameConverter::emptyFrame() const {
 FramePtr FrameConverter::frameOf(const Picture& picture, bool interlaced) const {
     const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(format_);
     FramePtr frame = emptyFrame();
-    if (plainRgb(format)) {
+    const std::optional<PixelFormat> packed = packedRgb(format_);
+    if (packed && bytesOf(PixelLayout::Bgra, packed->depth) == PixKit::bytesPerPixel(picture.format())) {
+        for (int y = 0; y < height_; ++y) {
+            rowFromBgra(*packed, picture.row(y), frame->data[0] + std::ptrdiff_t{y} * frame->linesize[0],
+                        width_);
+        }
+    } else if (plainRgb(format)) {
         switch (picture.format()) {
             case formatBgra16: pictureToRgb<std::uint16_t>(picture, format, *frame); break;
             case formatBgraFloat: pictureToRgb<float>(picture, format, *frame); break;

@@ -3,6 +3,9 @@
 #define VIREO_APP_MEDIA_PIXEL_FORMAT_H
 
 #include "app/media/ffmpeg_objects.h"
+#include "engine/pixels/pixel_layout.h"
+
+#include <optional>
 
 namespace vireo {
 
@@ -16,6 +19,9 @@ bool formatHasAlpha(AVPixelFormat format);
 
 /// Whether samples of the format are colours (or a palette's numbers) and not luma and chroma.
 bool formatIsRgb(AVPixelFormat format);
+
+/// How RGB lies in memory whose pixels are whole and one behind the other; nothing for other formats.
+std::optional<PixelFormat> packedRgb(AVPixelFormat format);
 
 }  // namespace vireo
 

@@ -5,18 +5,12 @@
 
 #include <algorithm>
 #include <numeric>
-#include <string_view>
 
 namespace vireo {
 namespace {
 
-bool isPicture(const FfmpegInput& input) {
-    const std::string_view format = input.context().iformat->name;
-    return format == "image2" || format.ends_with("_pipe");
-}
-
 std::optional<AVRational> rateOf(const Preparation& preparation, const FfmpegInput& input) {
-    if (!preparation.rate || isPicture(input)) return std::nullopt;
+    if (!preparation.rate || input.isPicture()) return std::nullopt;
     AVRational rate{};
     av_reduce(&rate.num, &rate.den, preparation.rate->numerator, preparation.rate->denominator,
               std::numeric_limits<int>::max());

@@ -131,9 +131,7 @@ bool VideoDecoder::breaksOff(const AVPacket& packet) const {
     // In broadcasts the mark stands at every joint; their decoders tell what is broken.
     if (!input_.isBroadcast() && (packet.flags & AV_PKT_FLAG_CORRUPT) != 0) return true;
     // In clips some cameras leave the end out.
-    const std::string_view format = input_.context().iformat->name;
-    const bool isPicture = format == "image2" || format.ends_with("_pipe");
-    return isPicture && pictureBreaksOff(packet, decoder_->codec_id);
+    return input_.isPicture() && pictureBreaksOff(packet, decoder_->codec_id);
 }
 
 void VideoDecoder::noteFailure(int code) {

@@ -39,6 +39,9 @@ public:
         return picture_;
     }
 
+    /// Gives the pixels up, where nobody looks back at them.
+    void release() { picture_.reset(); }
+
     /// Why the frame cannot be read; nothing where it can. Known once picture() was called.
     const std::optional<std::string>& damage() const { return damage_; }
 
@@ -142,8 +145,8 @@ private:
         while (std::unique_ptr<SourceFrame> frame = media_.reader->read()) {
             const bool preRoll = frame->preRoll;
             const std::int64_t oldest = frame->position.number - lookBack;
-            recent.push_back(
-                std::make_shared<SourceSlot>(std::move(frame), recent.empty() ? nullptr : recent.back()));
+            recent.push_back(std::make_shared<SourceSlot>(
+                std::move(frame), lookBack == 0 || recent.empty() ? nullptr : recent.back()));
             while (recent.front()->position().number < oldest) recent.pop_front();
             if (preRoll) continue;
 
@@ -175,10 +178,12 @@ private:
 
     Result render(const SlotHistory& history) const {
         SourceSlot& slot = history.current();
-        const PicturePtr source = slot.picture(media_.pictureFormat);
+        PicturePtr source = slot.picture(media_.pictureFormat);
         const std::int64_t number = slot.position().number;
         if (slot.damage()) return {number, nullptr, false, *slot.damage()};
         const PicturePtr rendered = processor_.process(source, slot.position(), history);
+        source.reset();
+        if (processor_.lookBack() == 0) slot.release();
         return {number, media_.writer->convert(*rendered, slot.frame()), slot.frame().impaired, {}};
     }
 

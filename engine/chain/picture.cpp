@@ -19,6 +19,9 @@ constexpr std::align_val_t alignment{64};
 /// The blocks that were given back last. Fresh memory costs a page fault every 4096 bytes, which is as long
 /// as rendering the frame in it.
 class BlockStore {
+    /// Larger ones are stills', which nobody waits for again.
+    static constexpr std::size_t largestKept = std::size_t{160} << 20;
+
 public:
     ~BlockStore() {
         for (const Block& block : blocks_) ::operator delete[](block.pixels, alignment);
@@ -39,6 +42,7 @@ public:
     }
 
     void giveBack(std::uint8_t* pixels, std::size_t bytes) {
+        if (bytes > largestKept) return ::operator delete[](pixels, alignment);
         const std::lock_guard lock(mutex_);
         // Of another size are those of a clip that has ended, or of a band.
         if (blocks_.size() == blocks_.capacity()) {

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Colour conversion: every instruction set gives the same bytes, and known colours are what they should be.
 #include "app/media/color_coding.h"
+#include "app/media/frame_to_picture.h"
+#include "app/media/picture_to_frame.h"
 
 #include "tests/support/instruction_sets.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
+#include <cstring>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -88,7 +93,7 @@ TEST(ColorKernels, EverySetGivesTheSameBytes) {
         SCOPED_TRACE(static_cast<int>(set));
         const ColorKernels& kernels = colorKernelsTables.at(set);
         const auto unpack16 = [&](const auto& row, U8* bgra, std::int64_t width, const YuvToRgb& by) {
-            const std::vector<float> dither(static_cast<std::size_t>(width), 0.5F);
+            const std::vector<float> dither(8, 0.5F);
             kernels.unpack16(row, bgra, width, by, dither.data());
         };
         EXPECT_EQ((unpacked<U8, U8>(8, kernels.unpack8)), 0xC66F8A2B2FB5361C);
@@ -106,6 +111,107 @@ TEST(ColorKernels, EverySetGivesTheSameBytes) {
         EXPECT_EQ(packed(kernels.pack16Deep, 16), 0x3D70D6912F94A2C1);
         EXPECT_EQ(repeated(kernels.repeat8), 0x9AE60B4F926819AF);
         EXPECT_EQ(repeated(kernels.repeat16), 0x1E8F7B01DD06F701);
+    }
+}
+
+TEST(ColorKernels, HalvedChromaIsThatOfBothColumns) {
+    std::mt19937 random(14);
+    for (const auto set : runnableInstructionSets()) {
+        const ColorKernels& kernels = colorKernelsTables.at(set);
+        for (std::int64_t width = 1; width <= 70; ++width) {
+            const auto y = noise<U16>(width, 10, random), a = noise<U16>(width, 10, random);
+            const auto halfU = noise<U16>((width + 1) / 2, 10, random),
+                       halfV = noise<U16>((width + 1) / 2, 10, random);
+            auto u = y, v = y;
+            kernels.repeat16(halfU.data(), u.data(), width);
+            kernels.repeat16(halfV.data(), v.data(), width);
+            const YuvToRgb by = yuvToRgb({AVCOL_SPC_BT709, false}, 10, 0, 16);
+            auto halved = emptyRow<U16>(4 * width), full = halved;
+            kernels.unpackDeep({y.data(), halfU.data(), halfV.data(), a.data(), true}, halved.data(), width,
+                               by);
+            kernels.unpackDeep({y.data(), u.data(), v.data(), a.data()}, full.data(), width, by);
+            ASSERT_EQ(halved, full) << width;
+        }
+    }
+}
+
+/// A channel of samples as bytes, the products and constants added one by one.
+int channelOf(float luma, float first, float second, float offset) {
+    return static_cast<int>(std::clamp(luma + first + second + offset + 0.5F, 0.0F, 255.0F));
+}
+
+TEST(ColorKernels, BytesAreWhatSumsOneByOneGive) {
+    std::vector<U8> y(256), u(256), v(256), bgra(4 * 256);
+    for (std::size_t i = 0; i < 256; ++i) y[i] = static_cast<U8>(i);
+    for (const AVColorSpace matrix :
+         {AVCOL_SPC_BT709, AVCOL_SPC_SMPTE170M, AVCOL_SPC_FCC, AVCOL_SPC_SMPTE240M, AVCOL_SPC_BT2020_NCL}) {
+        for (const bool fullRange : {false, true}) {
+            const YuvToRgb by = yuvToRgb({matrix, fullRange}, 8, 0, 8);
+            std::int64_t wrong = 0;
+            for (int c = 0; c < 0x10000; ++c) {
+                std::fill(u.begin(), u.end(), static_cast<U8>(c >> 8));
+                std::fill(v.begin(), v.end(), static_cast<U8>(c & 0xFF));
+                colorKernelsTables.chosen().unpack8({y.data(), u.data(), v.data(), nullptr}, bgra.data(), 256,
+                                                    by);
+                const auto chromaU = static_cast<float>(c >> 8), chromaV = static_cast<float>(c & 0xFF);
+                for (std::size_t i = 0; i < 256; ++i) {
+                    const float luma = by.luma * static_cast<float>(i);
+                    wrong += bgra[4 * i] != channelOf(luma, by.blueU * chromaU, 0, by.blue);
+                    wrong += bgra[4 * i + 1] !=
+                             channelOf(luma, by.greenU * chromaU, by.greenV * chromaV, by.green);
+                    wrong += bgra[4 * i + 2] != channelOf(luma, by.redV * chromaV, 0, by.red);
+                }
+            }
+            EXPECT_EQ(wrong, 0) << matrix << fullRange;
+        }
+    }
+}
+
+/// The channel of every pixel stands where the libraries' description says, on the way in and out.
+template <class Sample>
+void expectPixelsInPlace(AVPixelFormat code, std::uint32_t pictureFormat) {
+    constexpr int width = 37, height = 3;
+    std::mt19937 random(15);
+    const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(code);
+    FrameConverter converter(code, width, height, {});
+    Picture picture(width, height, pictureFormat);
+    for (int y = 0; y < height; ++y) {
+        const auto row = noise<Sample>(4 * width, 8 * sizeof(Sample), random);
+        std::memcpy(picture.row(y), row.data(), row.size() * sizeof(Sample));
+    }
+    const FramePtr frame = converter.frameOf(picture, false);
+    const auto back = frameToPicture(*frame, width, height, pictureFormat, {}, false, true);
+    for (int y = 0; y < height; ++y) {
+        const auto* const from = reinterpret_cast<const Sample*>(picture.row(y));
+        const auto* const read = reinterpret_cast<const Sample*>(back->row(y));
+        for (int i = 0; i < 4 * width; ++i) {
+            constexpr int componentOf[] = {2, 1, 0, 3};
+            const int component = componentOf[i % 4];
+            if (component == format.nb_components) {
+                ASSERT_EQ(read[i], std::numeric_limits<Sample>::max());
+                continue;
+            }
+            const AVComponentDescriptor& place = format.comp[component];
+            Sample stored;
+            std::memcpy(&stored, frame->data[0] + y * frame->linesize[0] + i / 4 * place.step + place.offset,
+                        sizeof stored);
+            ASSERT_EQ(stored, from[i]);
+            ASSERT_EQ(read[i], from[i]);
+        }
+    }
+}
+
+TEST(PackedRgb, ChannelsStandWhereTheyBelong) {
+    for (const AVPixelFormat format :
+         {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA, AV_PIX_FMT_ARGB, AV_PIX_FMT_ABGR, AV_PIX_FMT_BGR0,
+          AV_PIX_FMT_RGB0, AV_PIX_FMT_0RGB, AV_PIX_FMT_0BGR, AV_PIX_FMT_BGR24, AV_PIX_FMT_RGB24}) {
+        SCOPED_TRACE(av_get_pix_fmt_name(format));
+        expectPixelsInPlace<U8>(format, PixKit::formatBgra);
+    }
+    for (const AVPixelFormat format :
+         {AV_PIX_FMT_BGRA64, AV_PIX_FMT_RGBA64, AV_PIX_FMT_BGR48, AV_PIX_FMT_RGB48}) {
+        SCOPED_TRACE(av_get_pix_fmt_name(format));
+        expectPixelsInPlace<U16>(format, formatBgra16);
     }
 }
 

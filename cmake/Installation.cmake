@@ -44,7 +44,7 @@ endif()
 # The same holds for GStreamer, which then says where it looks.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND VIREO_GSTREAMER_FOUND)
   pkg_get_variable(folder gstreamer-1.0 pluginsdir)
-  file(RELATIVE_PATH VIREO_INSTALL_GSTREAMERDIR ${CMAKE_INSTALL_PREFIX} ${folder})
+  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${GSTREAMER_PREFIX} OUTPUT_VARIABLE VIREO_INSTALL_GSTREAMERDIR)
 else()
   set(VIREO_INSTALL_GSTREAMERDIR ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0)
 endif()

@@ -11,7 +11,6 @@ import hashlib
 import json
 import os
 import pathlib
-import platform
 import re
 import subprocess
 import sys
@@ -36,16 +35,18 @@ def output(*command):
 
 @functools.cache
 def version_of(package):
-    """As the system's package manager has it; none where there is no such."""
-    return output("dpkg-query", "-W", "-f", "${Version}\n", package).split("\n")[0]
+    """As the system that is built for has it, else this machine; none where there is no such."""
+    query = ["-W", "-f", "${Version}\n", package]
+    found = output("dpkg-query", *query) or output("dpkg-query", "--admindir=/var/lib/dpkg", *query)
+    return found.split("\n")[0]
 
 
 @functools.cache
 def owners():
-    """The package of each library of this machine's, not of another one's that is compiled for. A question for one takes
-    the package manager as long as that for all."""
+    """The package of each library of the system that is built for. A question for one takes the package manager as long as
+    that for all."""
     found = {}
-    for line in output("dpkg", "-S", f"*/{platform.machine()}-linux-gnu/*.so*").splitlines():
+    for line in output("dpkg-query", "-S", "*-linux-gnu/*.so*").splitlines():
         folder, library = line.rsplit("/", 1)
         if folder.endswith("-linux-gnu") and not line.startswith("diversion"):
             found[library] = line.split(":")[0]
@@ -137,7 +138,8 @@ class Bill:
         for entry in TABLE["inside"]:
             if (fits(name, entry["files"]) and entry.get("on", system) == system
                     and entry.get("says", "").encode() in content):
-                self.relate(key, "STATIC_LINK", self.other(entry["name"], version_of(entry["debian"]), entry["licence"]))
+                debian = entry["cross"] if "cross" in entry and "DPKG_ADMINDIR" in os.environ else entry["debian"]
+                self.relate(key, "STATIC_LINK", self.other(entry["name"], version_of(debian), entry["licence"]))
         for library in needed_libraries(path, content):
             self.link(path, key, library, system)
 

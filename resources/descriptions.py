@@ -96,7 +96,7 @@ def describe(entry, told):
 
 
 def filters(vireo):
-    """Every filter, in the order of the catalogue."""
+    """Every filter, in the order of the catalogue, as the program tells that these words call."""
     for entry in generate.read("filters.toml")["filter"]:
-        answer = subprocess.run([vireo, "info", "--json", str(entry["id"])], check=True, capture_output=True)
+        answer = subprocess.run([*vireo, "info", "--json", str(entry["id"])], check=True, capture_output=True)
         yield describe(entry, json.loads(answer.stdout))

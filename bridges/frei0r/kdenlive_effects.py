@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Describes every plug-in's parameters to Kdenlive, one file each.
 
-kdenlive_effects.py VIREO FOLDER
+kdenlive_effects.py FOLDER VIREO...
 """
 
 import math
@@ -62,10 +62,10 @@ def describe(filter):
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         sys.exit(__doc__)
-    for filter in descriptions.filters(sys.argv[1]):
-        describe(filter).write(Path(sys.argv[2]) / f"vireo_{filter.file}.xml")
+    for filter in descriptions.filters(sys.argv[2:]):
+        describe(filter).write(Path(sys.argv[1]) / f"vireo_{filter.file}.xml")
 
 
 if __name__ == "__main__":

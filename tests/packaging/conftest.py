@@ -2,6 +2,7 @@
 """Packs and installs the build that is tested."""
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import zipfile
@@ -21,6 +22,12 @@ def run(*command, environment=None, **options):
     completed = subprocess.run([*map(str, command)], env=environment, capture_output=True, timeout=200, **options)
     assert completed.returncode == 0, completed.stderr.decode() + completed.stdout.decode()[-2000:]
     return completed.stdout.decode()
+
+
+def packages_linked_to(*question):
+    """What dpkg-query tells of the packages that the build was linked to: for another processor, not the machine's."""
+    sysroot = re.search(r'CPACK_VIREO_SYSROOT "(.+)"', (BUILD / "CPackConfig.cmake").read_text())
+    return run("dpkg-query", f"--admindir={sysroot[1] if sysroot else ''}/var/lib/dpkg", *question)
 
 
 @pytest.fixture(scope="session")

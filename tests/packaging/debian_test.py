@@ -6,16 +6,16 @@ import shutil
 import numpy
 import pytest
 
-from conftest import BARE, only, pixels, run
+from conftest import BARE, only, packages_linked_to, pixels, run
 
 
 @pytest.fixture(scope="module")
 def package(packages):
-    return only(packages, "vireo-filters_*_amd64.deb")
+    return only(packages, "vireo-filters_*.deb")
 
 
 def beside(package, name):
-    packages = list(package.parent.glob(f"{name}_*_amd64.deb"))
+    packages = list(package.parent.glob(f"{name}_*.deb"))
     if not packages:
         pytest.skip(f"built without {name}")
     return packages[0]
@@ -63,7 +63,8 @@ def elf_files(root):
 def test_files_lie_where_debian_has_them(package, root):
     assert len(list((root / "usr/lib/frei0r-1").glob("vireo_*.so"))) == 22
     bundle = root / "usr/OFX/Plugins/Vireo.ofx.bundle/Contents"
-    assert (bundle / "Linux-x86-64/Vireo.ofx").is_file() and (bundle / "Info.plist").is_file()
+    processor = {"amd64": "x86-64", "arm64": "aarch64"}[field(package, "Architecture")]
+    assert (bundle / f"Linux-{processor}/Vireo.ofx").is_file() and (bundle / "Info.plist").is_file()
     assert len(list((bundle / "Resources").glob("vireo.*.png"))) == 22
     shlibs = run("dpkg-deb", "--info", package, "shlibs")
     for library in ("libVireo", "libVireoHost"):
@@ -92,8 +93,8 @@ def test_dependencies_name_every_library(package, root):
     depends = {entry.split()[0] for entry in re.split(r"[,|] *", field(package, "Depends"))}
     assert "libavcodec59" in depends
     # Who has MLT has its library.
-    others = needed - {"ld-linux-x86-64.so.2", "libmlt-7.so.7"}
-    owners = run("dpkg", "-S", *(f"*/{library}" for library in others)).splitlines()
+    others = needed - {"ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1", "libmlt-7.so.7"}
+    owners = packages_linked_to("-S", *(f"*/{library}" for library in others)).splitlines()
     for library in others:
         owning = {line.split(":")[0] for line in owners if line.endswith(f"/{library}") and not line.startswith("diversion")}
         assert owning & depends, f"{library} of {owning} is not in {depends}"

@@ -3,7 +3,7 @@
 """Describes the filters' services to Kdenlive: a folder of files for each language, and groups, a line for each of
 Kdenlive's groups with the services that stand in it.
 
-effects.py VIREO FOLDER
+effects.py FOLDER VIREO...
 """
 
 import sys
@@ -34,11 +34,11 @@ def describe(filter, language):
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         sys.exit(__doc__)
-    folder = Path(sys.argv[2])
+    folder = Path(sys.argv[1])
     groups = {}
-    for filter in descriptions.filters(sys.argv[1]):
+    for filter in descriptions.filters(sys.argv[2:]):
         if group(filter):
             groups.setdefault(group(filter), []).append(filter.service)
         for language in descriptions.LANGUAGES:

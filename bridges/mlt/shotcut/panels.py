@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Describes the filters' services to Shotcut: what its list says of each, and a panel.
 
-panels.py VIREO FOLDER
+panels.py FOLDER VIREO...
 """
 
 import json
@@ -123,11 +123,11 @@ def write(filter, folder):
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         sys.exit(__doc__)
-    folder = Path(sys.argv[2])
+    folder = Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
-    for filter in descriptions.filters(sys.argv[1]):
+    for filter in descriptions.filters(sys.argv[2:]):
         write(filter, folder)
 
 

@@ -56,7 +56,8 @@ struct ColorKernels {
 
     void (*unpack8)(const YuvRow<std::uint8_t>& row, std::uint8_t* bgra, std::int64_t width,
                     const YuvToRgb& by);
-    /// `dither` is added before cutting to whole numbers: values from 0 to below 1 of eight columns, by turns.
+    /// `dither` is added before cutting to whole numbers: values from 0 to below 1 of eight columns, by
+    /// turns.
     void (*unpack16)(const YuvRow<std::uint16_t>& row, std::uint8_t* bgra, std::int64_t width,
                      const YuvToRgb& by, const float* dither);
     void (*unpackDeep)(const YuvRow<std::uint16_t>& row, std::uint16_t* bgra, std::int64_t width,

@@ -415,6 +415,19 @@ constexpr PackKernels<Channel, Sample> packKernels{luma<Channel, Sample>, alpha<
                                                    packChroma<1, Channel, Sample>,
                                                    packChroma<2, Channel, Sample>};
 
+bool hasAll(const std::uint8_t* row, std::int64_t bytes, std::uint64_t bits) {
+    using Eights = Vector<std::uint64_t>;
+    constexpr std::int64_t step = sizeof(Eights);
+    const auto wanted = broadcast<Eights>(bits);
+    Eights all = wanted;
+    std::int64_t i = 0;
+    for (; i + step <= bytes; i += step) all &= load<Eights>(row + i);
+    auto rest = broadcast<Eights>(~std::uint64_t{0});
+    std::memcpy(&rest, row + i, static_cast<std::size_t>(bytes - i));
+    all &= rest;
+    return std::memcmp(&all, &wanted, sizeof all) == 0;
+}
+
 }  // namespace
 
 const ColorKernels colorKernels{
@@ -427,6 +440,7 @@ const ColorKernels colorKernels{
     packKernels<std::uint8_t, std::uint16_t>,
     packKernels<std::uint16_t, std::uint8_t>,
     packKernels<std::uint16_t, std::uint16_t>,
+    hasAll,
 };
 
 }  // namespace vireo::VIREO_KERNEL_NAMESPACE

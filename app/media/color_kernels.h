@@ -67,6 +67,10 @@ struct ColorKernels {
     PackKernels<std::uint8_t, std::uint16_t> pack8Deep;
     PackKernels<std::uint16_t, std::uint8_t> pack16;
     PackKernels<std::uint16_t, std::uint16_t> pack16Deep;
+
+    /// Whether every eight bytes of a row, of which the last may lack half, have all of the bits that are
+    /// set.
+    bool (*hasAll)(const std::uint8_t* row, std::int64_t bytes, std::uint64_t bits);
 };
 
 VIREO_KERNEL_TABLES(ColorKernels, colorKernels)

@@ -205,7 +205,7 @@ CodecContextPtr FfmpegPictureTarget::openedEncoder(const EncoderChoice& choice) 
 std::vector<std::uint8_t> FfmpegPictureTarget::encode(const Picture& picture, const SourceFrame& source,
                                                       bool alpha) {
     Way& used = alpha ? transparent_ : opaque_;
-    const FramePtr frame = used.frames.frameOf(picture, dynamic_cast<const FfmpegFrame&>(source));
+    const FramePtr frame = used.frames.frameOf(picture, dynamic_cast<const FfmpegFrame&>(source), !alpha);
     frame->pts = 0;
     const CodecContextPtr encoder = openedEncoder(used.choice);
     check(avcodec_send_frame(encoder.get(), frame.get()), "cannot encode a picture");

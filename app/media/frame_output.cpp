@@ -29,8 +29,8 @@ FrameOutput::FrameOutput(const EncoderChoice& choice, const AVCodecContext& enco
       converter_(choice.format, encoder.width, encoder.height, choice.coding),
       messages_(messages) {}
 
-FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source) {
-    if (!alpha_ && !alphaDropped_ && hasTransparency(picture) && !alphaDropped_.exchange(true)) {
+FramePtr FrameOutput::frameOf(const Picture& picture, const FfmpegFrame& source, bool isOpaque) {
+    if (!alpha_ && !isOpaque && !alphaDropped_ && hasTransparency(picture) && !alphaDropped_.exchange(true)) {
         messages_.notice(
             MessageCode::AlphaDropped,
             std::string("some pixels are transparent and the output holds no alpha: ") + alphaKeepers_);

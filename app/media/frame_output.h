@@ -16,8 +16,8 @@ public:
     FrameOutput(const EncoderChoice& choice, const AVCodecContext& encoder, bool premultiply,
                 Messages& messages);
 
-    /// The picture with the properties of the frame that it came from.
-    FramePtr frameOf(const Picture& picture, const FfmpegFrame& source);
+    /// The picture with the properties of the frame that it came from. `isOpaque` where that is known.
+    FramePtr frameOf(const Picture& picture, const FfmpegFrame& source, bool isOpaque = false);
 
 private:
     bool alpha_;

@@ -31,7 +31,7 @@ class PictureTarget {
 public:
     virtual ~PictureTarget() = default;
 
-    /// The bytes of a file. Called on any thread. Throws Error.
+    /// The bytes of a file; without `alpha` all pixels are opaque. Called on any thread. Throws Error.
     virtual std::vector<std::uint8_t> encode(const Picture& picture, const SourceFrame& source,
                                              bool alpha) = 0;
 };

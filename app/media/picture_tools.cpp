@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/picture_tools.h"
 
+#include "app/media/color_kernels.h"
 #include "engine/pixels/pixel_layout.h"
 
 #include <algorithm>
@@ -41,14 +42,21 @@ PixelFormat premultipliedFormat(const Picture& picture) {
     return {PixelLayout::Bgra, depth, true};
 }
 
-template <class Channel>
-bool hasLessThan(Channel opaque, const Picture& picture) {
-    bool transparent = false;
-    for (int y = 0; y < picture.height(); ++y) {
-        const Channel* const row = reinterpret_cast<const Channel*>(picture.row(y));
-        for (int x = 0; x < picture.width(); ++x) transparent |= row[4 * x + 3] < opaque;
+bool isOpaque(const Picture& picture, int y) {
+    const std::uint8_t* const row = picture.row(y);
+    const std::int64_t width = picture.width();
+    const ColorKernels& kernels = colorKernelsTables.chosen();
+    switch (picture.format()) {
+        case formatBgra16: return kernels.hasAll(row, 8 * width, 0xFFFF000000000000);
+        case formatBgraFloat: {
+            const auto* const channels = reinterpret_cast<const float*>(row);
+            for (std::int64_t x = 0; x < width; ++x) {
+                if (channels[4 * x + 3] < 1.0F) return false;
+            }
+            return true;
+        }
+        default: return kernels.hasAll(row, 4 * width, 0xFF000000FF000000);
     }
-    return transparent;
 }
 
 }  // namespace
@@ -91,11 +99,10 @@ void premultiply(Picture& picture) {
 }
 
 bool hasTransparency(const Picture& picture) {
-    switch (picture.format()) {
-        case formatBgra16: return hasLessThan<std::uint16_t>(0xFFFF, picture);
-        case formatBgraFloat: return hasLessThan(1.0F, picture);
-        default: return hasLessThan<std::uint8_t>(0xFF, picture);
+    for (int y = 0; y < picture.height(); ++y) {
+        if (!isOpaque(picture, y)) return true;
     }
+    return false;
 }
 
 }  // namespace vireo

@@ -135,6 +135,24 @@ TEST(ColorKernels, HalvedChromaIsThatOfBothColumns) {
     }
 }
 
+TEST(ColorKernels, MissingBitsAreSeenAnywhereInARow) {
+    constexpr std::uint64_t alphas = 0xFF000000FF000000;
+    for (const auto set : runnableInstructionSets()) {
+        const auto hasAll = colorKernelsTables.at(set).hasAll;
+        for (std::size_t bytes = 4; bytes <= 200; bytes += 4) {
+            std::vector<U8> row(bytes);
+            for (std::size_t i = 3; i < bytes; i += 4) row[i] = 0xFF;
+            EXPECT_TRUE(hasAll(row.data(), static_cast<std::int64_t>(bytes), alphas));
+            for (std::size_t i = 3; i < bytes; i += 4) {
+                row[i] = 0xEF;
+                EXPECT_FALSE(hasAll(row.data(), static_cast<std::int64_t>(bytes), alphas))
+                    << i << " of " << bytes;
+                row[i] = 0xFF;
+            }
+        }
+    }
+}
+
 /// A channel of samples as bytes, the products and constants added one by one.
 int channelOf(float luma, float first, float second, float offset) {
     return static_cast<int>(std::clamp(luma + first + second + offset + 0.5F, 0.0F, 255.0F));

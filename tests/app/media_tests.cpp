@@ -124,6 +124,30 @@ TEST(Orientation, EveryTagBringsItsPictureUpright) {
     EXPECT_TRUE(exifOrientation(9).upright());
 }
 
+TEST(Transparency, IsSeenInEveryPixelAndInNoColour) {
+    const auto expectSeen = [](std::uint32_t format, auto full, auto less) {
+        using Channel = decltype(full);
+        for (int width = 1; width <= 20; ++width) {
+            Picture picture(width, 2, format);
+            const auto channel = [&picture](int i, int y) -> Channel& {
+                return reinterpret_cast<Channel*>(picture.row(y))[i];
+            };
+            for (int i = 0; i < 8 * width; ++i) {
+                channel(i % (4 * width), i / (4 * width)) = i % 4 == 3 ? full : Channel{0};
+            }
+            EXPECT_FALSE(hasTransparency(picture));
+            for (int x = 0; x < width; ++x) {
+                channel(4 * x + 3, 1) = less;
+                EXPECT_TRUE(hasTransparency(picture)) << x << " of " << width;
+                channel(4 * x + 3, 1) = full;
+            }
+        }
+    };
+    expectSeen(PixKit::formatBgra, std::uint8_t{0xFF}, std::uint8_t{0x7F});
+    expectSeen(formatBgra16, std::uint16_t{0xFFFF}, std::uint16_t{0xFEFF});
+    expectSeen(formatBgraFloat, 1.0F, 0.99F);
+}
+
 TEST(Exif, BrokenRecordsMeanUpright) {
     // A TIFF head, one entry: the orientation 6.
     const std::string tiff("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0", 26);

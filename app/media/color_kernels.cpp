@@ -338,10 +338,11 @@ void storeSamples(std::uint8_t* samples, const Ints (&values)[group], const RgbT
 }
 
 void storeSamples(std::uint16_t* samples, const Ints (&values)[group], const RgbToYuv& by) {
-    const Ints highest = broadcast<Ints>(static_cast<std::int32_t>(by.highest));
-    const auto limited = [&](int i) { return values[i] < highest ? values[i] : highest; };
+    const Words highest = broadcast<Words>(static_cast<std::uint16_t>(by.highest));
     for (int i = 0; i < group; i += 2) {
-        store(samples + lanes * i, inOrder<2>((Pixels)packus(limited(i), limited(i + 1)), lanesOf<Pixels>));
+        const Words packed = packus(values[i], values[i + 1]);
+        store(samples + lanes * i,
+              inOrder<2>((Pixels)(packed < highest ? packed : highest), lanesOf<Pixels>));
     }
 }
 

@@ -103,11 +103,12 @@ class Jobs:
 
     def prores(self):
         """HEVC, 10 bits, to ProRes"""
+        # ffmpeg's way to 8 bits rounds; a dither's noise is more to encode.
         source = self.make("in.mkv", "-c:v", "libx265", "-preset", "ultrafast", "-crf", "20", "-pix_fmt", "yuv420p10le",
                            "-x265-params", "log-level=error", frames=50)
         return self.commands(source, "mov", "yuv422p10le",
                              ["--encoder", "prores_ks", "--pixel-format", "yuv422p10le", "--encoder-option",
-                              "profile=hq"],
+                              "profile=hq", "--dither", "none"],
                              ["-c:v", "prores_ks", "-profile:v", "hq"])
 
     def y4m(self):

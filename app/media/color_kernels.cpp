@@ -5,8 +5,6 @@
 #include "simd/gather.h"
 #include "simd/ints.h"
 
-#include <algorithm>
-
 namespace vireo::VIREO_KERNEL_NAMESPACE {
 namespace {
 
@@ -426,7 +424,8 @@ bool hasAll(const std::uint8_t* row, std::int64_t bytes, std::uint64_t bits) {
     auto rest = broadcast<Eights>(~std::uint64_t{0});
     std::memcpy(&rest, row + i, static_cast<std::size_t>(bytes - i));
     all &= rest;
-    return std::memcmp(&all, &wanted, sizeof all) == 0;
+    for (int lane = 0; lane < laneCount<Eights>; ++lane) bits &= all[lane];
+    return bits == wanted[0];
 }
 
 }  // namespace

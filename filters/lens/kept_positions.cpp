@@ -13,8 +13,7 @@ std::shared_ptr<Positions> Positions::make(std::int32_t columns, std::int32_t ro
     if (count > largestBytes / static_cast<std::int64_t>(sizeof(std::int32_t))) return nullptr;
     try {
         auto positions = std::make_shared<Positions>();
-        positions->coordinates_ =
-            std::make_unique_for_overwrite<std::int32_t[]>(static_cast<std::size_t>(count));
+        positions->coordinates_.reset(new std::int32_t[static_cast<std::size_t>(count)]);
         positions->step_ = step;
         return positions;
     } catch (const std::bad_alloc&) {

@@ -23,11 +23,6 @@ struct Rows {
     int end() const { return first + count; }
 };
 
-/// Where part `i` of several begins, which are as near to equal as can be.
-inline int partEdge(int length, int i, int parts) {
-    return static_cast<int>(std::int64_t{length} * i / parts);
-}
-
 inline void throwIfCancelled(const StageWork& work) {
     if (work.isCancelled && work.isCancelled()) throw Error(Fault::Cancelled, "rendering was cancelled");
 }

@@ -18,9 +18,6 @@ namespace {
 /// Bands of fewer rows cost more in calls than a second thread saves.
 constexpr int leastBandRows = 16;
 
-/// More bands than threads, so that one that is held up does not hold up all.
-constexpr int bandsPerThread = 8;
-
 /// Puts rows of a picture back as they were.
 class KeptRows {
 public:
@@ -69,7 +66,7 @@ public:
     void run() {
         const int bands = neighbours_ ? bandCount(*neighbours_) : 1;
         if (bands == 1) {
-            // The host's services may share out what the filter asks them for.
+            // The filter and the host's services may share out what they do.
             const hosting::WorkerLoan loan(work_.workers);
             // Whole frames keep their own buffers, whose formats go by address.
             calls_.render(source_.buffer(), destination_.buffer(), {0, source_.height()});
@@ -94,15 +91,13 @@ public:
 private:
     int bandCount(int neighbours) const {
         // Formats are kept by a buffer's address, and parts of one have addresses of their own.
-        if (work_.workers == nullptr || work_.workers->count() < 2 || source_.format() != PixKit::formatBgra)
-            return 1;
-        const int rows = std::max(leastBandRows, 8 * neighbours);
-        return std::clamp(source_.height() / rows, 1, bandsPerThread * work_.workers->count());
+        if (source_.format() != PixKit::formatBgra) return 1;
+        return hosting::partCount(work_.workers, source_.height(), std::max(leastBandRows, 8 * neighbours));
     }
 
     Rows rowsOfBand(int band, int bands) const {
-        const int first = partEdge(source_.height(), band, bands);
-        return {first, partEdge(source_.height(), band + 1, bands) - first};
+        const int first = hosting::partEdge(source_.height(), band, bands);
+        return {first, hosting::partEdge(source_.height(), band + 1, bands) - first};
     }
 
     Rows withNeighbours(const Rows& band, int neighbours) const {

@@ -109,8 +109,8 @@ PicturePtr FilterStage::applyByRows(std::span<const std::unique_ptr<FilterStage>
         std::optional<Picture> between[2];
         for (std::size_t i = 0; i < std::min<std::size_t>(steps.size() - 1, 2); ++i)
             between[i].emplace(input->width(), bandRows, input->format(), input->rowBytes());
-        const int end = partEdge(height, part + 1, parts);
-        for (int row = partEdge(height, part, parts); row < end; row += bandRows) {
+        const int end = hosting::partEdge(height, part + 1, parts);
+        for (int row = hosting::partEdge(height, part, parts); row < end; row += bandRows) {
             if (work.isCancelled && work.isCancelled()) return;
             const Rows band{row, std::min(bandRows, end - row)};
             FrameBuffer source = rowsOf(*input->buffer(), band);

@@ -86,16 +86,17 @@ void project(FrameBuffer* source, FrameBuffer* destination, const Settings& sett
         fill = fillPixel(settings.fillColor);
     }
     const SampledPicture picture = sampledPicture(sampled, fill);
-    CameraRow place{.mapping = mappingOf(frame, settings, steps),
-                    .xStep = steps.x,
-                    .yStep = steps.y,
-                    .firstColumn = 0,
-                    .row = 0,
-                    .width = picture.width,
-                    .height = picture.height};
+    const CameraRow firstRow{.mapping = mappingOf(frame, settings, steps),
+                             .xStep = steps.x,
+                             .yStep = steps.y,
+                             .firstColumn = 0,
+                             .row = 0,
+                             .width = picture.width,
+                             .height = picture.height};
     renderSampled(picture, frameThroughPixKit(destination), [&](std::int32_t first, std::int32_t columns) {
-        place.firstColumn = first;
-        return [&place, columns](std::int32_t row, std::int32_t* x, std::int32_t* y) {
+        return [=, &firstRow](std::int32_t row, std::int32_t* x, std::int32_t* y) {
+            CameraRow place = firstRow;
+            place.firstColumn = first;
             place.row = row;
             kernels.place(place, x, y, columns);
         };

@@ -88,16 +88,20 @@ void distort(FrameBuffer* source, const FrameView& destination, const Settings& 
         };
         const SampledSize size(picture, destination);
         const auto makeAll = [&](Positions& positions) {
-            forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t) {
-                for (std::int32_t row = 0; row < size.rows; ++row) {
-                    place(row, positions.x(row) + first, positions.y(row) + first);
-                }
+            shareRows(size.rows, [&](std::int32_t begin, std::int32_t end) {
+                forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t) {
+                    for (std::int32_t row = begin; row < end; ++row) {
+                        place(row, positions.x(row) + first, positions.y(row) + first);
+                    }
+                });
             });
         };
         if (const auto kept = keptPositions.find({mapping, size.columns, size.rows}, makeAll)) {
-            for (std::int32_t row = 0; row < size.rows; ++row) {
-                renderSampledRow(picture, destination, row, 0, size.columns, kept->x(row), kept->y(row));
-            }
+            shareRows(size.rows, [&](std::int32_t begin, std::int32_t end) {
+                for (std::int32_t row = begin; row < end; ++row) {
+                    renderSampledRow(picture, destination, row, 0, size.columns, kept->x(row), kept->y(row));
+                }
+            });
         } else {
             renderSampled(picture, destination, makeTile);
         }

@@ -6,6 +6,7 @@
 
 #include "filters/lens/sampler_kernels.h"
 #include "framework/frame_view.h"
+#include "framework/shared_rows.h"
 #include "host/vrm/filter_invocation.h"
 
 #include <algorithm>
@@ -79,23 +80,25 @@ inline void renderSampledRow(const SampledPicture& picture, const FrameView& des
 /// Calls use(place, first, columns) for each tile of columns. makeTile(first, columns) gives a function
 /// place(row, x, y) that writes the positions of those columns of a row for SamplerKernels::row.
 template <class MakeTile, class Use>
-void forEachTile(std::int32_t columns, MakeTile&& makeTile, Use&& use) {
+void forEachTile(std::int32_t columns, const MakeTile& makeTile, Use&& use) {
     for (std::int32_t first = 0; first < columns; first += tileWidth) {
         const std::int32_t inTile = std::min(tileWidth, columns - first);
         use(makeTile(first, inTile), first, inTile);
     }
 }
 
-/// Renders the whole size, tile after tile.
+/// Renders the whole size, tile after tile, on the threads that the host has.
 template <class MakeTile>
-void renderSampled(const SampledPicture& picture, const FrameView& destination, MakeTile&& makeTile) {
+void renderSampled(const SampledPicture& picture, const FrameView& destination, const MakeTile& makeTile) {
     const SampledSize size(picture, destination);
-    std::int32_t x[tileWidth], y[tileWidth];
-    forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t columns) {
-        for (std::int32_t row = 0; row < size.rows; ++row) {
-            place(row, x, y);
-            renderSampledRow(picture, destination, row, first, columns, x, y);
-        }
+    shareRows(size.rows, [&](std::int32_t begin, std::int32_t end) {
+        std::int32_t x[tileWidth], y[tileWidth];
+        forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t columns) {
+            for (std::int32_t row = begin; row < end; ++row) {
+                place(row, x, y);
+                renderSampledRow(picture, destination, row, first, columns, x, y);
+            }
+        });
     });
 }
 

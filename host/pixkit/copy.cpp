@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/hosting/worker_threads.h"
 #include "host/pixkit/axis_scale.h"
 #include "host/pixkit/column_run.h"
 #include "host/pixkit/copy_rects.h"
@@ -6,6 +7,7 @@
 #include "host/pixkit/scaled_copy.h"
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <new>
 
@@ -124,33 +126,73 @@ void copyRect(const PixelView& source, const PixelView& destination, const Frame
          AxisScale(rowsOf(from), source.rows, rowsOf(to), destination.rows), mode);
 }
 
-/// False where the order of the columns matters, or without memory; then nothing is copied.
-bool copyTogether(const ColumnRun& run, const PixelView& source, const PixelView& destination,
-                  ColumnRun::Lines& lines) {
-    const Block from = blockOf(source, run.sourceColumns(), run.sourceRows());
-    const Block to = blockOf(destination, run.destinationColumns(), run.destinationRows());
-    return to.step >= to.rowLength && !overlap(from, to) && run.copy(source, destination, lines);
-}
+/// Copies that are written beside one another.
+class CopyList {
+public:
+    CopyList(const PixelView& source, const PixelView& destination, const FrameRect* from,
+             const FrameRect* to, std::uint32_t mode)
+        : source_(source), destination_(destination), from_(from), to_(to), mode_(mode) {}
+
+    /// Copies [begin, end) in their order.
+    void copy(std::int64_t begin, std::int64_t end) const {
+        const bool replacesBytes =
+            (mode_ & VPixCopyBlend) == 0 && source_.pixelBytes == 4 && destination_.pixelBytes == 4;
+        ColumnRun::Lines lines;
+        for (std::int64_t i = begin; i < end;) {
+            if (replacesBytes) {
+                const ColumnRun run(source_, destination_, from_ + i, to_ + i, end - i);
+                if (run.count() > 1 && copyTogether(run, lines)) {
+                    i += run.count();
+                    continue;
+                }
+            }
+            copyRect(source_, destination_, from_[i], to_[i], mode_);
+            ++i;
+        }
+    }
+
+    /// Whether their order cannot be seen: the frames share no memory, and each rectangle lies below the one
+    /// before or to its right.
+    bool isUnordered(std::int64_t count) const {
+        const Block from = blockOf(source_, source_.columns, source_.rows);
+        const Block to = blockOf(destination_, destination_.columns, destination_.rows);
+        if (to.step < to.rowLength || overlap(from, to)) return false;
+        const auto follows = [&](auto begin, auto end) {
+            for (std::int64_t i = 1; i < count; ++i) {
+                if (to_[i].*begin < to_[i - 1].*end || to_[i].*end < to_[i].*begin) return false;
+            }
+            return true;
+        };
+        return follows(&FrameRect::left, &FrameRect::right) || follows(&FrameRect::top, &FrameRect::bottom);
+    }
+
+private:
+    /// False where the order of the columns matters, or without memory; then nothing is copied.
+    bool copyTogether(const ColumnRun& run, ColumnRun::Lines& lines) const {
+        const Block from = blockOf(source_, run.sourceColumns(), run.sourceRows());
+        const Block to = blockOf(destination_, run.destinationColumns(), run.destinationRows());
+        return to.step >= to.rowLength && !overlap(from, to) && run.copy(source_, destination_, lines);
+    }
+
+    const PixelView& source_;
+    const PixelView& destination_;
+    const FrameRect* from_;
+    const FrameRect* to_;
+    std::uint32_t mode_;
+};
 
 }  // namespace
 
 void copyRects(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRects,
-               const FrameRect* destinationRects, std::int64_t count, std::uint32_t mode) {
+               const FrameRect* destinationRects, std::int32_t count, std::uint32_t mode) {
+    constexpr int leastRects = 64;
     const PixelView from = viewOf(source);
     const PixelView to = viewOf(destination);
-    const bool replacesBytes = (mode & VPixCopyBlend) == 0 && from.pixelBytes == 4 && to.pixelBytes == 4;
-    ColumnRun::Lines lines;
-    for (std::int64_t i = 0; i < count;) {
-        if (replacesBytes) {
-            const ColumnRun run(from, to, sourceRects + i, destinationRects + i, count - i);
-            if (run.count() > 1 && copyTogether(run, from, to, lines)) {
-                i += run.count();
-                continue;
-            }
-        }
-        copyRect(from, to, sourceRects[i], destinationRects[i], mode);
-        ++i;
-    }
+    const CopyList copies(from, to, sourceRects, destinationRects, mode);
+    const hosting::LentParts parts(count, leastRects);
+    if (parts.count() == 1 || !copies.isUnordered(count)) return copies.copy(0, count);
+    const auto copyPart = [&](int part) { copies.copy(parts.begin(part), parts.end(part)); };
+    parts.run(std::ref(copyPart));
 }
 
 }  // namespace PixKit

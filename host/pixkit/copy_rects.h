@@ -8,9 +8,10 @@
 
 namespace PixKit {
 
-/// Copies each rectangle onto the one of the same index, in this order and as vpixCopy does.
+/// Copies each rectangle onto the one of the same index, in this order and as vpixCopy does. Where nobody
+/// sees the order, the threads that are lent to the caller share the copies.
 void copyRects(FrameBuffer* source, FrameBuffer* destination, const FrameRect* sourceRects,
-               const FrameRect* destinationRects, std::int64_t count, std::uint32_t mode);
+               const FrameRect* destinationRects, std::int32_t count, std::uint32_t mode);
 
 }  // namespace PixKit
 

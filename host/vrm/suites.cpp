@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "host/vrm/suites.h"
 
+#include "host/hosting/worker_threads.h"
 #include "host/pixkit/copy_rects.h"
 #include "host/pixkit/pixel_formats.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
 
 #include <atomic>
+#include <functional>
 #include <string_view>
 
 namespace {
@@ -34,6 +36,15 @@ std::int32_t copyRects(FrameBuffer* source, FrameBuffer* destination, const Fram
 
 const VPixBatchSuite batchSuite{copyRects};
 
+std::int32_t share(TaskSuitePart* part, void* task, std::int32_t length, std::int32_t least) {
+    const hosting::LentParts parts(length, least);
+    const auto run = [&](int i) { part(task, parts.begin(i), parts.end(i)); };
+    parts.run(std::ref(run));
+    return 0;
+}
+
+const TaskSuite taskSuite{share};
+
 struct OfferedSuite {
     std::string_view name;
     std::int32_t version;
@@ -46,6 +57,7 @@ OfferedSuite suites[] = {
     {VIREO_VPIX_CREATOR_SUITE, 1, &creatorSuite, true},
     {VIREO_VPIX_CREATOR_2_SUITE, 3, &creatorSuite, true},
     {VIREO_VPIX_BATCH_SUITE, 1, &batchSuite, true},
+    {VIREO_TASK_SUITE, 1, &taskSuite, true},
 };
 
 }  // namespace

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // The suite layer on a host of this test's own, which can refuse, forget and fail.
+#include "framework/shared_rows.h"
 #include "framework/vpix_suites.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -17,6 +21,7 @@ struct FakeHost {
     std::vector<FrameBuffer*> disposed;
     std::int32_t disposeResult = 0;
     std::int32_t formatResult = 0;
+    std::int32_t shareResult = 0;
     std::uint32_t format = 0;  ///< 0 leaves the caller's value alone.
 };
 
@@ -107,11 +112,39 @@ TEST(VPixSuites, VPixSuiteServesFormatsAndScopedHandles) {
                 testing::ThrowsMessage<QRB::SuiteCallFailed>("Suite call failed"));
 }
 
+std::int32_t shareFromTheEnd(TaskSuitePart* part, void* task, std::int32_t length, std::int32_t least) {
+    if (host.shareResult < 0) return host.shareResult;
+    for (; length > 0; length -= least) part(task, std::max(length - least, 0), length);
+    return host.shareResult;
+}
+
+const TaskSuite sharing{shareFromTheEnd};
+
+TEST(TaskSuite, SharesRowsOrElseTheyAreRenderedAtOnce) {
+    std::vector<std::pair<int, int>> parts;
+    const auto rendered = [&] {
+        parts.clear();
+        shareRows(100, [&](std::int32_t begin, std::int32_t end) { parts.emplace_back(begin, end); });
+        return parts;
+    };
+    const std::string name = "Vireo Task Suite 1";
+    const auto atOnce = testing::ElementsAre(std::pair(0, 100));
+    host.answers[name] = Answer::Refuse;
+    EXPECT_THAT(rendered(), atOnce);
+    host.answers[name] = Answer::Offer;
+    EXPECT_THAT(rendered(), testing::ElementsAre(std::pair(68, 100), std::pair(36, 68), std::pair(4, 36),
+                                                 std::pair(0, 4)));
+    host.shareResult = -1;
+    EXPECT_THAT(rendered(), atOnce);
+}
+
 }  // namespace
 
 std::int32_t vrmAcquireSuite(const char* name, std::int32_t version, const void** out) {
     ++host.requests;
     const Answer answer = host.answers[std::string(name) + ' ' + std::to_string(version)];
-    if (answer == Answer::Offer || answer == Answer::RefuseWithPointer) *out = &suite;
+    const bool isOfTasks = std::string(name) == VIREO_TASK_SUITE;
+    if (answer == Answer::Offer || answer == Answer::RefuseWithPointer)
+        *out = isOfTasks ? static_cast<const void*>(&sharing) : &suite;
     return answer == Answer::Offer || answer == Answer::ForgetToWrite ? 0 : -1;
 }

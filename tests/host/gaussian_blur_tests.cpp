@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/fxkit/fxkit.h"
 #include "host/fxkit/gaussian_blur.h"
-#include "host/hosting/worker_threads.h"
 #include "tests/host/short_memory.h"
+#include "tests/host/workers.h"
 #include "tests/support/instruction_sets.h"
 #include "tests/support/test_frame.h"
 
@@ -182,29 +182,6 @@ TEST(GaussianBlur, WritesTheFrameAloneAndTakesRowsOfEitherSign) {
         }
     }
 }
-
-class Workers : public hosting::WorkerThreads {
-public:
-    /// Without threads, which are promised all the same, the last part comes first.
-    explicit Workers(int count, bool hasThreads = true) : count_(count), hasThreads_(hasThreads) {}
-
-    int count() const override { return count_; }
-    void run(int parts, const std::function<void(int)>& work) override {
-        ++runs;
-        std::vector<std::thread> threads;
-        for (int part = parts - 1; part >= 0; --part) {
-            if (hasThreads_) threads.emplace_back(work, part);
-            if (!hasThreads_) work(part);
-        }
-        for (std::thread& thread : threads) thread.join();
-    }
-
-    int runs = 0;
-
-private:
-    int count_;
-    bool hasThreads_;
-};
 
 TEST(GaussianBlur, GivesTheSameBytesOnAnyNumberOfThreads) {
     Workers workers[] = {Workers(1), Workers(2), Workers(3), Workers(8), Workers(5, false)};

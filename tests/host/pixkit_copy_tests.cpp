@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/vrm/suites.h"
 #include "tests/host/test_buffer.h"
+#include "tests/host/workers.h"
 
 #include <gtest/gtest.h>
 
@@ -284,10 +285,14 @@ void addNeighbours(std::vector<FrameRect>& from, std::vector<FrameRect>& to, con
     }
 }
 
-TEST(VpixBatch, CopiesAsOneAfterAnother) {
+VPixBatchSuiteCopy* batchCopy() {
     const void* suite = nullptr;
-    ASSERT_EQ(vrmAcquireSuite(VIREO_VPIX_BATCH_SUITE, 1, &suite), 0);
-    const auto copyAll = static_cast<const VPixBatchSuite*>(suite)->copy.get();
+    EXPECT_EQ(vrmAcquireSuite(VIREO_VPIX_BATCH_SUITE, 1, &suite), 0);
+    return static_cast<const VPixBatchSuite*>(suite)->copy.get();
+}
+
+TEST(VpixBatch, CopiesAsOneAfterAnother) {
+    const auto copyAll = batchCopy();
     std::mt19937 random(7);
     Memory sourceMemory = noise(memorySize, random), destinationMemory = noise(memorySize, random);
     for (int round = 0; round < 3000; ++round) {
@@ -316,6 +321,48 @@ TEST(VpixBatch, CopiesAsOneAfterAnother) {
         ASSERT_EQ(expected == destinationMemory, true)
             << "round " << round << ", " << source->bounds() << " to " << destination->bounds()
             << ", row bytes " << source->handle()->rowBytes << " and " << destination->handle()->rowBytes;
+    }
+}
+
+TEST(VpixBatch, SharesWithWorkersWhatNobodySeesTheOrderOf) {
+    constexpr int lines = 200, length = 11;
+    const auto copyAll = batchCopy();
+    std::mt19937 random(8);
+    Memory sourceMemory = noise(memorySize, random), destinationMemory = noise(memorySize, random);
+    for (int round = 0; round < 120; ++round) {
+        const bool areColumns = round % 2 == 0;
+        const FrameRect bounds =
+            areColumns ? FrameRect{3, -2, 3 + lines, length - 2} : FrameRect{3, -2, 3 + length, lines - 2};
+        const std::int32_t rowBytes = 4 * (bounds.right - bounds.left) + between(random, 0, 1) * 12;
+        std::vector<FrameRect> from, to;
+        for (int i = 0; i < lines; ++i) {
+            const int inset = between(random, 0, 3);
+            from.push_back(areColumns ? FrameRect{3 + i, -2 + inset, 4 + i, length - 2 - inset}
+                                      : FrameRect{3 + inset, -2 + i, 3 + length - inset, -1 + i});
+            to.push_back(areColumns ? FrameRect{3 + i, -2, 4 + i, length - 2}
+                                    : FrameRect{3, -2 + i, 3 + length, -1 + i});
+        }
+        // The order of those that share a place, of one that is empty, or of a frame onto itself is kept.
+        const int fault = round / 2 % 5;
+        if (fault == 1) to[150] = to[151];
+        if (fault == 2) std::swap(to[20], to[120]);
+        if (fault == 3 && areColumns) std::swap(to[90].left, to[90].right);
+        if (fault == 3 && !areColumns) std::swap(to[90].top, to[90].bottom);
+        TestBuffer source(fault == 4 ? destinationMemory : sourceMemory, 1 << 16, bounds, rowBytes);
+        TestBuffer destination(destinationMemory, (1 << 16) + 40, bounds, rowBytes);
+        const std::uint32_t mode = randomMode(random);
+        const auto copied = [&](hosting::WorkerThreads* workers) {
+            const Memory before = destinationMemory;
+            const hosting::WorkerLoan loan(workers);
+            EXPECT_EQ(copyAll(source.handle(), destination.handle(), from.data(), to.data(), lines, mode), 0);
+            const Memory after = destinationMemory;
+            destinationMemory = before;  // in its place
+            return after;
+        };
+        Workers workers(2, round % 3 != 0);
+        const Memory expected = copied(nullptr);
+        ASSERT_EQ(copied(&workers) == expected, true) << "round " << round;
+        EXPECT_EQ(workers.runs, fault == 0 ? 1 : 0) << "round " << round;
     }
 }
 

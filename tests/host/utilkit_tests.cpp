@@ -2,6 +2,7 @@
 #include "host/heapkit/heapkit.h"
 #include "host/utilkit/utilkit.h"
 #include "tests/host/test_buffer.h"
+#include "tests/host/workers.h"
 #include "tests/support/test_frame.h"
 
 namespace {
@@ -41,8 +42,10 @@ TEST(BlockMove, TakesBlocksThatOverlapBothWays) {
 
 TEST(SmoothAlpha, WeighsNeighboursAndLeavesTheRestAlone) {
     Random random(1);
-    for (int round = 0; round < 400; ++round) {
-        const Geometry geometry{1 + round % 70, 1 + round / 60, 4 * (round % 3), 0, 0, round % 2 == 0};
+    for (int round = 0; round < 430; ++round) {
+        // The last ones are high enough to be shared.
+        const int height = round < 400 ? 1 + round / 60 : 63 + 7 * (round - 400);
+        const Geometry geometry{1 + round % 70, height, 4 * (round % 3), 0, 0, round % 2 == 0};
         TestFrame frame(geometry, random);
         const Picture before = frame.picture();
         Picture expected = before;
@@ -56,7 +59,10 @@ TEST(SmoothAlpha, WeighsNeighboursAndLeavesTheRestAlone) {
             }
             expected.at(x, y) = (before.at(x, y) & 0xFFFFFF) | static_cast<std::uint32_t>(sum / 16) << 24;
         }
+        Workers workers(2, round % 3 != 0);
+        const hosting::WorkerLoan loan(round % 4 == 0 ? nullptr : &workers);
         SmoothAlpha(frame.row(0), frame.handle()->rowBytes, geometry.width, geometry.height);
+        EXPECT_EQ(workers.runs, round % 4 == 0 || height < 128 ? 0 : 1);
         ASSERT_TRUE(samePicture(expected, frame.picture())) << geometry;
         ASSERT_TRUE(frame.guardsHold());
         SmoothAlpha(frame.row(0), 16, -1, 4);

@@ -10,6 +10,7 @@
 #define VIREO_VPIX_CREATOR_SUITE "Vireo VPix Creator Suite"
 #define VIREO_VPIX_CREATOR_2_SUITE "Vireo VPix Creator 2 Suite"
 #define VIREO_VPIX_BATCH_SUITE "Vireo VPix Batch Suite"
+#define VIREO_TASK_SUITE "Vireo Task Suite"
 
 /// Slots return a negative value on failure.
 typedef int32_t VPixSuiteDispose(FrameBuffer* handle);
@@ -30,6 +31,18 @@ typedef int32_t VPixBatchSuiteCopy(FrameBuffer* source, FrameBuffer* destination
 typedef struct VPixBatchSuite {
     VIREO_POINTER(VPixBatchSuiteCopy) copy;
 } VPixBatchSuite;
+
+/// Does [begin, end) of a task. Throws nothing.
+typedef void TaskSuitePart(void* task, int32_t begin, int32_t end);
+
+/// Calls part(task, begin, end) for ranges that are [0, length) together, in any order, on the caller's
+/// thread and others of the host's, and returns when all have returned. A range is not shorter than `least`
+/// unless it is the only one.
+typedef int32_t TaskSuiteShare(TaskSuitePart* part, void* task, int32_t length, int32_t least);
+
+typedef struct TaskSuite {
+    VIREO_POINTER(TaskSuiteShare) share;
+} TaskSuite;
 
 /// Finds a suite. 0 with the suite written, or non-zero with null written when it is not offered. The host
 /// owns the suite.

@@ -1,18 +1,42 @@
 // SPDX-License-Identifier: MIT
 #include "filters/warp/black_white_kernels.h"
 
+#include "simd/bytes.h"
+#include "simd/floats.h"
+#include "simd/pixels.h"
+
 #include <cstring>
 
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-void grey(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
-    for (std::int64_t i = 0; i < width; ++i) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, source + 4 * i, 4);
-        const std::uint32_t result = greyPixel(pixel);
-        std::memcpy(destination + 4 * i, &result, 4);
+using namespace simd;
+
+/// A byte in place of the three colours of each pixel.
+Pixels repeatedBytes(Pixels bytes) {
+#if defined(VIREO_SIMD_SHUFFLE)
+    Bytes places;
+    for (int i = 0; i < laneCount<Bytes>; ++i) {
+        places[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 0x80 : i % 16 / 4 * 4);
     }
+    return (Pixels)shuffle((Bytes)bytes, places);
+#else
+    return bytes | bytes << 8 | bytes << 16;
+#endif
+}
+
+/// greyPixel of every lane. Colours become numbers where they stand in the pixel; their weights are as many
+/// powers of two smaller, to the same digits.
+Pixels greyPixels(Pixels pixels) {
+    const auto color = [&](std::uint32_t mask) { return toFloats((Ints)(pixels & mask)); };
+    const Floats sum =
+        ((0.299f * 0x1p-16f * color(0xFF0000) + 0.587f * 0x1p-8f * color(0xFF00)) + 0.114f * color(0xFF)) +
+        0.5f;
+    return (pixels & 0xFF000000) | repeatedBytes((Pixels)toInts(sum));
+}
+
+void grey(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
+    mapPixels(source, destination, width, greyPixels);
 }
 
 void neutralChroma(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {

@@ -77,7 +77,7 @@ public:
         return {};
     }
 
-    PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    PicturePtr process(PicturePtr source, const FramePosition& position,
                        const SourceHistory& history) override {
         const auto sheet = std::make_shared<Picture>(source->width(), source->height());
         clear(*sheet);

@@ -16,7 +16,7 @@ public:
     std::uint32_t sourceFormat(int depth) const override {
         return depth == 32 ? formatBgraFloat : depth > 8 ? formatBgra16 : PixKit::formatBgra;
     }
-    PicturePtr process(const PicturePtr& source, const FramePosition&, const SourceHistory&) override {
+    PicturePtr process(PicturePtr source, const FramePosition&, const SourceHistory&) override {
         return source;
     }
 };

@@ -41,8 +41,9 @@ public:
     /// The shape of the frames that process() makes of the source's.
     virtual FrameShape outputShape(const FrameShape& source) const { return source; }
 
-    /// Renders one frame. The result has the source's format. Throws std::exception on failure.
-    virtual PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    /// Renders one frame. The result has the source's format, and may lie in its memory where nobody else
+    /// holds it. Throws std::exception on failure.
+    virtual PicturePtr process(PicturePtr source, const FramePosition& position,
                                const SourceHistory& history) = 0;
 };
 

@@ -13,7 +13,7 @@ class Unfiltered : public FrameProcessor {
 public:
     int lookBack() const override { return 0; }
     std::uint32_t sourceFormat(int) const override { return PixKit::formatBgra; }
-    PicturePtr process(const PicturePtr& source, const FramePosition&, const SourceHistory&) override {
+    PicturePtr process(PicturePtr source, const FramePosition&, const SourceHistory&) override {
         return source;
     }
 };

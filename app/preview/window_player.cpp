@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace vireo {
 namespace {
@@ -50,9 +51,10 @@ public:
         return processor_.refusal(width, height, format, interlacing);
     }
     FrameShape outputShape(const FrameShape& source) const override { return processor_.outputShape(source); }
-    PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    PicturePtr process(PicturePtr source, const FramePosition& position,
                        const SourceHistory& history) override {
-        return playback_.isTooLate(position) ? nothing_ : processor_.process(source, position, history);
+        return playback_.isTooLate(position) ? nothing_
+                                             : processor_.process(std::move(source), position, history);
     }
 
     bool isNothing(const Picture& picture) const { return &picture == nothing_.get(); }

@@ -26,9 +26,10 @@ public:
     std::string refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const override {
         return chain_.refusal(width, height, format, interlacing);
     }
-    PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    PicturePtr process(PicturePtr source, const FramePosition& position,
                        const SourceHistory& history) override {
-        return chain_.render({source, position, history, *memory_, {workers_.get(), {}}});
+        const auto target = chain_.rendersInPlace(*source, position) ? overwritable(source) : nullptr;
+        return chain_.render({source, position, history, *memory_, {workers_.get(), {}}, target});
     }
 
 private:

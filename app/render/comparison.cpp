@@ -146,7 +146,7 @@ FrameShape Comparison::outputShape(const FrameShape& source) const {
     return {placement.width, placement.height, source.alpha && options_.keepAlpha};
 }
 
-PicturePtr Comparison::process(const PicturePtr& source, const FramePosition& position,
+PicturePtr Comparison::process(PicturePtr source, const FramePosition& position,
                                const SourceHistory& history) {
     const PicturePtr after = processor_.process(source, position, history);
     const Layout layout = options_.layout.value_or(fittingLayout({source->width(), source->height()}));

@@ -40,7 +40,7 @@ public:
         return processor_.refusal(width, height, format, interlacing);
     }
     FrameShape outputShape(const FrameShape& source) const override;
-    PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    PicturePtr process(PicturePtr source, const FramePosition& position,
                        const SourceHistory& history) override;
 
 private:

@@ -153,7 +153,7 @@ double peakSignalToNoise(double squared) {
     return squared > 0 ? -10 * std::log10(squared) : std::numeric_limits<double>::infinity();
 }
 
-PicturePtr Measuring::process(const PicturePtr& source, const FramePosition& position,
+PicturePtr Measuring::process(PicturePtr source, const FramePosition& position,
                               const SourceHistory& history) {
     PicturePtr result = processor_.process(source, position, history);
     const PictureDistance distance = distanceOf(*source, *result);

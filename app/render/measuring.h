@@ -52,7 +52,7 @@ public:
     std::string refusal(int width, int height, std::uint32_t format, Interlacing interlacing) const override {
         return processor_.refusal(width, height, format, interlacing);
     }
-    PicturePtr process(const PicturePtr& source, const FramePosition& position,
+    PicturePtr process(PicturePtr source, const FramePosition& position,
                        const SourceHistory& history) override;
 
 private:

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace vireo {
@@ -39,8 +40,11 @@ public:
         return picture_;
     }
 
-    /// Gives the pixels up, where nobody looks back at them.
-    void release() { picture_.reset(); }
+    /// Hands the pixels over, where nobody looks back at them.
+    PicturePtr take(std::uint32_t format) {
+        picture(format);
+        return std::move(picture_);
+    }
 
     /// Why the frame cannot be read; nothing where it can. Known once picture() was called.
     const std::optional<std::string>& damage() const { return damage_; }
@@ -178,12 +182,11 @@ private:
 
     Result render(const SlotHistory& history) const {
         SourceSlot& slot = history.current();
-        PicturePtr source = slot.picture(media_.pictureFormat);
+        PicturePtr source =
+            processor_.lookBack() == 0 ? slot.take(media_.pictureFormat) : slot.picture(media_.pictureFormat);
         const std::int64_t number = slot.position().number;
         if (slot.damage()) return {number, nullptr, false, *slot.damage()};
-        const PicturePtr rendered = processor_.process(source, slot.position(), history);
-        source.reset();
-        if (processor_.lookBack() == 0) slot.release();
+        const PicturePtr rendered = processor_.process(std::move(source), slot.position(), history);
         return {number, media_.writer->convert(*rendered, slot.frame()), slot.frame().impaired, {}};
     }
 

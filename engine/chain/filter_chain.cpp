@@ -89,6 +89,12 @@ bool FilterChain::isIdentity(const FramePosition& position) const {
                        [&](const auto& stage) { return stage->isIdentity(position); });
 }
 
+bool FilterChain::rendersInPlace(const Picture& source, const FramePosition& position) const {
+    return source.format() == PixKit::formatBgra && isRenderedWhole(position.interlacing, source.height()) &&
+           std::all_of(stages_.begin(), stages_.end(),
+                       [](const auto& stage) { return stage->worksByRows(); });
+}
+
 bool FilterChain::takesFormat(std::uint32_t format) const {
     if (deepFormat_) return format == *deepFormat_;
     return format == PixKit::formatBgra ||
@@ -151,7 +157,7 @@ PicturePtr FilterChain::output(std::size_t stages, const Moment& moment, const C
         // What works by rows goes together.
         std::size_t first = stages;
         while (first > 0 && stages_[first - 1]->worksByRows()) --first;
-        if (stages - first > 1) {
+        if (stages - first > 1 || (target != nullptr && target == call.source)) {
             return FilterStage::applyByRows(std::span(stages_).subspan(first, stages - first),
                                             output(first, moment, call), moment, call.work, target);
         }

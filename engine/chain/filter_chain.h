@@ -30,7 +30,8 @@ struct ChainFrame {
     const SourceHistory& history;
     ChainMemory& memory;  ///< Of the clip.
     StageWork work = {};
-    std::shared_ptr<Picture> target = nullptr;  ///< Takes the result; it has the source's shape.
+    /// Takes the result; it has the source's shape, and may be the source where rendersInPlace() says so.
+    std::shared_ptr<Picture> target = nullptr;
 };
 
 /// Filters one after another. Interlaced frames are rendered as their two fields. A filter that looks back
@@ -59,6 +60,9 @@ public:
 
     /// Whether the chain leaves a frame as it is, as its settings tell.
     bool isIdentity(const FramePosition& position) const;
+
+    /// Whether the result of a frame may be written over its source.
+    bool rendersInPlace(const Picture& source, const FramePosition& position) const;
 
     /// The formats that source frames may have: "bgra", and deeper ones for a single filter that offers them.
     bool takesFormat(std::uint32_t format) const;

@@ -71,7 +71,7 @@ public:
     bool worksByRows() const;
 
     /// What apply() of one stage after another makes, all of which work by rows: a few rows at a time go
-    /// through all filters while they are in the processor's cache. `input` is "bgra".
+    /// through all filters while they are in the processor's cache. `input` is "bgra"; it may be the target.
     static PicturePtr applyByRows(std::span<const std::unique_ptr<FilterStage>> stages,
                                   const PicturePtr& input, const Moment& moment, const StageWork& work,
                                   const std::shared_ptr<Picture>& target);

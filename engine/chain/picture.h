@@ -49,6 +49,8 @@ public:
     std::uint32_t format() const { return format_; }
     int rowBytes() const { return buffer_.rowBytes; }
 
+    bool ownsMemory() const { return pixels_ != nullptr; }
+
     /// Row y of the picture, from the top.
     std::uint8_t* row(int y) {
         return static_cast<std::uint8_t*>(buffer_.pixels.get()) +
@@ -71,6 +73,12 @@ private:
 };
 
 using PicturePtr = std::shared_ptr<const Picture>;
+
+/// A picture that may be overwritten, since nobody else holds it or its memory; else null.
+inline std::shared_ptr<Picture> overwritable(const PicturePtr& picture) {
+    return picture.use_count() == 1 && picture->ownsMemory() ? std::const_pointer_cast<Picture>(picture)
+                                                             : nullptr;
+}
 
 /// Draws a picture, scaled as the host scales, into a rectangle of another.
 void drawScaled(const Picture& picture, Picture& target, const FrameRect& area);

@@ -3,6 +3,7 @@
 // processor's cache.
 #include "engine/chain/filter_calls.h"
 #include "host/hosting/mix.h"
+#include "host/pixkit/pixkit.h"
 
 #include <array>
 #include <cstdlib>
@@ -101,28 +102,33 @@ PicturePtr FilterStage::applyByRows(std::span<const std::unique_ptr<FilterStage>
     mergeTables(steps);
 
     auto result = target != nullptr ? target : pictureLike(*input);
+    const bool isInPlace = result == input;
     const int height = input->height();
     const int bandRows = std::clamp(rowsInCache(input->rowBytes()), 1, height);
     const int parts = std::clamp(height / bandRows, 1, work.workers == nullptr ? 1 : work.workers->count());
     const auto renderPart = [&](int part) {
-        // Every filter but the last writes into one of two bands, from which the next one reads.
+        // Every filter but the last writes into one of two bands, from which the next one reads; so does the
+        // last where it would overwrite what it reads.
         std::optional<Picture> between[2];
-        for (std::size_t i = 0; i < std::min<std::size_t>(steps.size() - 1, 2); ++i)
+        for (std::size_t i = 0; i < std::min<std::size_t>(steps.size() - (isInPlace ? 0 : 1), 2); ++i)
             between[i].emplace(input->width(), bandRows, input->format(), input->rowBytes());
         const int end = hosting::partEdge(height, part + 1, parts);
         for (int row = hosting::partEdge(height, part, parts); row < end; row += bandRows) {
             if (work.isCancelled && work.isCancelled()) return;
             const Rows band{row, std::min(bandRows, end - row)};
             FrameBuffer source = rowsOf(*input->buffer(), band);
+            FrameBuffer destination = rowsOf(*result->buffer(), band);
             int into = 0;
             for (RowStep& step : steps) {
-                const FrameBuffer made = &step == &steps.back()
-                                             ? rowsOf(*result->buffer(), band)
+                const FrameBuffer made = &step == &steps.back() && !isInPlace
+                                             ? destination
                                              : rowsOf(*between[into]->buffer(), {0, band.count});
                 step.run(source, made, band);
                 source = made;
                 into = 1 - into;
             }
+            if (isInPlace)
+                vpixCopy(&source, &destination, &source.bounds, &destination.bounds, VPixCopyReplace);
         }
     };
     if (parts == 1) {

@@ -130,10 +130,12 @@ public:
         const bool isAlike = !isWhole() || picture->rowBytes() == -result.stride();
         const bool isDirect =
             isAlike && keepsToRows(result, built.chain) && result.isPlainBgra() && !source.overlaps(result);
-        const auto target = isDirect ? result.picture() : nullptr;
+        const bool isInPlace = !isDirect && built.chain.rendersInPlace(*picture, position);
+        const auto target = isDirect ? result.picture() : isInPlace ? overwritable(picture) : nullptr;
         PicturePtr rendered = built.chain.render({picture, position, history, memory, work, target});
         // A chain that left the source alone hands it back: rows that are still to be read must stay.
-        if (rendered == picture && source.overlaps(result)) rendered = copied(*rendered);
+        if (rendered == picture && !picture->ownsMemory() && source.overlaps(result))
+            rendered = copied(*rendered);
         if (!isDirect) result.copyFrom(*rendered);
         result_.handOver();
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Any number of threads, in a frame and beside one another, give the same bytes.
+#include "engine/chain/worker_pool.h"
 #include "tests/engine/interface/interface_support.h"
+#include "tests/engine/support/fake_filters.h"
 
 #include <array>
 #include <atomic>
@@ -77,6 +79,7 @@ TEST(InterfaceThreads, RenderChainsAsTheirFiltersOneAfterAnother) {
         vireoFindFilter(engine(), name, &byRows.emplace_back());
     }
     std::mt19937 random(5);
+    int rendersInPlace = 0;
     for (int round = 0; round < 90; ++round) {
         const std::vector<std::uint32_t>& known = *std::array{&all, &byRows, &tables}[random() % 3];
         std::vector<ChainHandle> filters;
@@ -112,7 +115,21 @@ TEST(InterfaceThreads, RenderChainsAsTheirFiltersOneAfterAnother) {
             EXPECT_EQ(rendered(chain, steps.front().frame, &time, &options), rowsOf(steps.back().frame))
                 << text << ", " << width << " x " << height << ", " << lie;
         }
+
+        // Over the source.
+        const FilterChain engines = engineChain(text);
+        const std::shared_ptr<Picture> picture = steps.front().picture();
+        const FramePosition position{11, 40, 11 / 25.0, 25, static_cast<Interlacing>(time.interlacing)};
+        if (!engines.rendersInPlace(*picture, position)) continue;
+        ++rendersInPlace;
+        WorkerPool workers(1 + round % 3);
+        const Clip none({});
+        EXPECT_EQ(engines.render({picture, position, none, *engines.newMemory(1), {&workers, {}}, picture}),
+                  picture);
+        EXPECT_TRUE(steps.back().holds(*picture)) << text << ", " << width << " x " << height;
     }
+    EXPECT_GT(rendersInPlace, 20);
+    EXPECT_LT(rendersInPlace, 70);
 }
 
 TEST(InterfaceThreads, RenderOneChainAndOpenEnginesSideBySide) {

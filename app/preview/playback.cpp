@@ -33,16 +33,16 @@ void Playback::step(int frames) {
     const std::lock_guard lock(mutex_);
     isPaused_ = true;
     if (frames == 1 && !wish_) {
-        isFirst_ = true;
+        if (!isEnded_) ++steps_;
         changed_.notify_all();
     } else {
-        wishFor(wish_.value_or(shown_.number) + frames);
+        wishFor(goal() + frames);
     }
 }
 
 void Playback::skip(double seconds) {
     const std::lock_guard lock(mutex_);
-    wishFor(wish_.value_or(shown_.number) + std::llround(seconds * part_.frameRate));
+    wishFor(goal() + std::llround(seconds * part_.frameRate));
 }
 
 void Playback::jump(double share) {
@@ -60,7 +60,15 @@ void Playback::close() {
 void Playback::wishFor(std::int64_t frame) {
     if (part_.last) frame = std::min(frame, *part_.last);
     wish_ = std::max(frame, part_.first);
+    steps_ = 0;
     stop();
+}
+
+/// The frame that is shown once everything asked for is done.
+std::int64_t Playback::goal() const {
+    if (wish_) return *wish_;
+    const std::int64_t frame = awaited_.value_or(shown_.number) + steps_;
+    return part_.last ? std::min(frame, *part_.last) : frame;
 }
 
 void Playback::stop() {
@@ -85,8 +93,9 @@ void Playback::end() {
 bool Playback::waitFor(const FramePosition& position) {
     std::unique_lock lock(mutex_);
     while (!isClosed_ && !wish_ && !stop_->requested()) {
-        if (isFirst_) {
-            isFirst_ = false;
+        if (isFirst_ || steps_ > 0) {
+            if (!std::exchange(isFirst_, false)) --steps_;
+            awaited_.reset();
             clock_.start(now(), position.seconds);
             clock_.showed(now());
             shown_ = position;
@@ -115,12 +124,15 @@ bool Playback::isTooLate(const FramePosition& position) const {
 std::optional<std::int64_t> Playback::nextWish() {
     std::unique_lock lock(mutex_);
     isEnded_ = true;
+    steps_ = 0;
     while (!isClosed_ && !wish_) {
         throwIfInterrupted();
         changed_.wait_for(lock, longestWait);
     }
     if (isClosed_) return std::nullopt;
-    return std::exchange(wish_, std::nullopt);
+    isEnded_ = false;
+    awaited_ = std::exchange(wish_, std::nullopt);
+    return awaited_;
 }
 
 bool Playback::isOver() const {

@@ -53,6 +53,7 @@ public:
 
 private:
     void wishFor(std::int64_t frame);
+    std::int64_t goal() const;
     void stop();
 
     mutable std::mutex mutex_;
@@ -61,11 +62,13 @@ private:
     StopRequest* stop_ = nullptr;
     Part part_;
     FramePosition shown_;
-    bool isFirst_ = true;  ///< The next frame is shown at once.
+    bool isFirst_ = true;  ///< The pipeline's first frame is shown at once.
+    int steps_ = 0;        ///< So many frames behind it, too.
     bool isPaused_ = false;
     bool isEnded_ = false;  ///< The last frame is shown.
     bool isClosed_ = false;
     std::optional<std::int64_t> wish_;
+    std::optional<std::int64_t> awaited_;  ///< What was wished for and is not shown yet.
 };
 
 }  // namespace vireo

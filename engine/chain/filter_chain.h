@@ -30,7 +30,8 @@ struct ChainFrame {
     const SourceHistory& history;
     ChainMemory& memory;  ///< Of the clip.
     StageWork work = {};
-    /// Takes the result; it has the source's shape, and may be the source where rendersInPlace() says so.
+    /// Takes the result; its rows lie as the source's do. It may be the source where rendersInPlace() says
+    /// so.
     std::shared_ptr<Picture> target = nullptr;
 };
 

@@ -24,16 +24,12 @@ int rowsInCache(std::int32_t rowBytes) {
 /// What becomes of each value of blue, green and red.
 using ChannelTables = std::array<std::array<std::uint8_t, 256>, 3>;
 
+/// The bands' rows lie alike.
 void applyTables(const ChannelTables& tables, const FrameBuffer& source, const FrameBuffer& destination) {
     const auto* const services = static_cast<const UtilityServices*>(vireoHostServices());
-    const auto apply = [&](std::int64_t row, std::int32_t rows) {
-        services->applyChannelTables.get()(
-            static_cast<const std::uint8_t*>(source.pixels.get()) + row * source.rowBytes,
-            static_cast<std::uint8_t*>(destination.pixels.get()) + row * destination.rowBytes,
-            source.rowBytes, source.bounds.right, rows, tables[2].data(), tables[1].data(), tables[0].data());
-    };
-    if (source.rowBytes == destination.rowBytes) return apply(0, source.bounds.bottom);
-    for (std::int32_t row = 0; row < source.bounds.bottom; ++row) apply(row, 1);
+    services->applyChannelTables.get()(source.pixels.get(), destination.pixels.get(), source.rowBytes,
+                                       source.bounds.right, source.bounds.bottom, tables[2].data(),
+                                       tables[1].data(), tables[0].data());
 }
 
 }  // namespace

@@ -47,6 +47,12 @@ public:
     /// Whether two frames share memory.
     bool overlaps(const FrameView& other) const;
 
+    /// Whether two frames of one size are the same pixels.
+    bool isAt(const FrameView& other) const {
+        return frame_.pixels == other.frame_.pixels && frame_.stride == other.frame_.stride &&
+               format() == other.format();
+    }
+
     /// The format in which filters take it.
     std::uint32_t filterFormat() const;
 

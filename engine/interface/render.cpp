@@ -130,13 +130,19 @@ public:
         const bool isAlike = !isWhole() || picture->rowBytes() == -result.stride();
         const bool isDirect =
             isAlike && keepsToRows(result, built.chain) && result.isPlainBgra() && !source.overlaps(result);
-        const bool isInPlace = !isDirect && built.chain.rendersInPlace(*picture, position);
-        const auto target = isDirect ? result.picture() : isInPlace ? overwritable(picture) : nullptr;
+        const bool isOverSource = !picture->ownsMemory() && result.isAt(source);
+        std::shared_ptr<Picture> target;
+        if (isDirect) {
+            target = result.picture();
+        } else if (built.chain.rendersInPlace(*picture, position)) {
+            target = isOverSource ? std::const_pointer_cast<Picture>(picture) : overwritable(picture);
+        }
         PicturePtr rendered = built.chain.render({picture, position, history, memory, work, target});
+        const bool isThere = isDirect || (isOverSource && rendered == picture);
         // A chain that left the source alone hands it back: rows that are still to be read must stay.
-        if (rendered == picture && !picture->ownsMemory() && source.overlaps(result))
+        if (!isThere && rendered == picture && !picture->ownsMemory() && source.overlaps(result))
             rendered = copied(*rendered);
-        if (!isDirect) result.copyFrom(*rendered);
+        if (!isThere) result.copyFrom(*rendered);
         result_.handOver();
     }
 

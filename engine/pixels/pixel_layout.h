@@ -27,6 +27,8 @@ struct PixelFormat {
     PixelLayout layout = PixelLayout::Bgra;
     SampleDepth depth = SampleDepth::Eight;
     bool premultiplied = false;  ///< Colours are multiplied by alpha.
+
+    bool operator==(const PixelFormat&) const = default;
 };
 
 /// Converts `width` pixels to B, G, R, A of the same depth, straight alpha; grey becomes three equal colours.

@@ -19,7 +19,7 @@ public:
     /// So many bytes at most: a frame of 3840 x 2160.
     static constexpr std::int64_t largestBytes = std::int64_t{64} << 20;
 
-    /// To be filled. Null where the frame is larger, and without memory.
+    /// To be filled, for at least one of each. Null where the frame is larger, and without memory.
     static std::shared_ptr<Positions> make(std::int32_t columns, std::int32_t rows);
 
     /// Rows have room up to the end of a block of columns.

@@ -87,6 +87,7 @@ void distort(FrameBuffer* source, const FrameView& destination, const Settings& 
             };
         };
         const SampledSize size(picture, destination);
+        if (size.columns <= 0 || size.rows <= 0) return;
         const auto makeAll = [&](Positions& positions) {
             shareRows(size.rows, [&](std::int32_t begin, std::int32_t end) {
                 forEachTile(size.columns, makeTile, [&](const auto& place, std::int32_t first, std::int32_t) {

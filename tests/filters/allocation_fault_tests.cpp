@@ -242,6 +242,30 @@ TEST(AntialiasFaults, MissingRowsAreReplacedByTheirNeighbours) {
     }
 }
 
+// Without memory to keep positions in they are computed as they are needed.
+TEST(LensDistortionFaults, OfKeptPositionsDoNotShow) {
+    Random random;
+    TestFrame source(geometry, random);
+    FilterUnderTest filter(10034);
+    filter.invocation.sourceFrame = source.handle();
+    bool hasFailed = true;
+    for (std::uint8_t failing = 1; hasFailed; ++failing) {
+        // Each time another lens, which is kept from the second frame on. Nothing is filled.
+        filter.setSettings(std::vector<std::uint8_t>{failing, 0, 20, 0, 30, 0, 1, 0, 2, 0, 0, 0, 0, 0, 0, 0});
+        TestFrame first(geometry), second(geometry);
+        filter.invocation.destFrame = first.handle();
+        EXPECT_EQ(filter.call(FilterSelectorExecute), 0);
+        filter.invocation.destFrame = second.handle();
+        {
+            const CountedMemory memory(failing);
+            EXPECT_EQ(filter.call(FilterSelectorExecute), 0);
+            hasFailed = memory.hasFailed();
+        }
+        EXPECT_TRUE(samePicture(first.picture(), second.picture())) << "allocation " << int{failing};
+        EXPECT_GE(failing, hasFailed ? 1 : 3) << "too few allocations";
+    }
+}
+
 // A module that runs out of memory while it registers its filters is ended before anybody else starts it.
 TEST(HostFaults, LeaveNoModuleHalfInitialised) {
     const std::filesystem::path path = testedModule();

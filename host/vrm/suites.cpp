@@ -7,6 +7,7 @@
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <string_view>
@@ -37,7 +38,7 @@ std::int32_t copyRects(FrameBuffer* source, FrameBuffer* destination, const Fram
 const VPixBatchSuite batchSuite{copyRects};
 
 std::int32_t share(TaskSuitePart* part, void* task, std::int32_t length, std::int32_t least) {
-    const hosting::LentParts parts(length, least);
+    const hosting::LentParts parts(length, std::max(least, 1));
     const auto run = [&](int i) { part(task, parts.begin(i), parts.end(i)); };
     parts.run(std::ref(run));
     return 0;

@@ -37,7 +37,7 @@ typedef void TaskSuitePart(void* task, int32_t begin, int32_t end);
 
 /// Calls part(task, begin, end) for ranges that are [0, length) together, in any order, on the caller's
 /// thread and others of the host's, and returns when all have returned. A range is not shorter than `least`
-/// unless it is the only one.
+/// (1 where that is less) unless it is the only one.
 typedef int32_t TaskSuiteShare(TaskSuitePart* part, void* task, int32_t length, int32_t least);
 
 typedef struct TaskSuite {

@@ -4,7 +4,35 @@
 #include "app/media/frame_to_picture.h"
 #include "app/media/picture_tools.h"
 
+#include <cstring>
+#include <type_traits>
+
 namespace vireo {
+namespace {
+
+template <class Tag>
+Tag tagBelow(Tag end, const Tag& tag, Tag unspecified) {
+    // As a number, since C++ has no such enumerator to read.
+    std::underlying_type_t<Tag> number;
+    std::memcpy(&number, &tag, sizeof number);
+    return number < static_cast<std::underlying_type_t<Tag>>(end) ? tag : unspecified;
+}
+
+}  // namespace
+
+AVColorRange knownTag(const AVColorRange& tag) {
+    return tagBelow(AVCOL_RANGE_NB, tag, AVCOL_RANGE_UNSPECIFIED);
+}
+
+AVColorSpace knownTag(const AVColorSpace& tag) { return tagBelow(AVCOL_SPC_NB, tag, AVCOL_SPC_UNSPECIFIED); }
+
+AVColorPrimaries knownTag(const AVColorPrimaries& tag) {
+    return tagBelow(AVCOL_PRI_NB, tag, AVCOL_PRI_UNSPECIFIED);
+}
+
+AVColorTransferCharacteristic knownTag(const AVColorTransferCharacteristic& tag) {
+    return tagBelow(AVCOL_TRC_NB, tag, AVCOL_TRC_UNSPECIFIED);
+}
 
 VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
     VideoProperties video;
@@ -13,11 +41,11 @@ VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec) {
     video.width = frame.width;
     video.height = frame.height;
     video.pixelAspect = frame.sample_aspect_ratio;
-    video.range = frame.color_range;
-    video.matrix = frame.colorspace;
-    video.primaries = frame.color_primaries;
-    video.transfer = frame.color_trc;
-    video.chromaLocation = frame.chroma_location;
+    video.range = knownTag(frame.color_range);
+    video.matrix = knownTag(frame.colorspace);
+    video.primaries = knownTag(frame.color_primaries);
+    video.transfer = knownTag(frame.color_trc);
+    video.chromaLocation = tagBelow(AVCHROMA_LOC_NB, frame.chroma_location, AVCHROMA_LOC_UNSPECIFIED);
     video.coding = colorCoding(video.matrix, video.range, video.format, video.height);
     // These two are one matrix at any size and whatever is tagged.
     if (codec == AV_CODEC_ID_MJPEG || codec == AV_CODEC_ID_WEBP) video.coding.matrix = AVCOL_SPC_SMPTE170M;

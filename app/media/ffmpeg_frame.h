@@ -37,6 +37,12 @@ struct VideoProperties {
     }
 };
 
+/// A colour tag of FFmpeg's structures, unspecified where a file gave it a number without a meaning.
+AVColorRange knownTag(const AVColorRange& tag);
+AVColorSpace knownTag(const AVColorSpace& tag);
+AVColorPrimaries knownTag(const AVColorPrimaries& tag);
+AVColorTransferCharacteristic knownTag(const AVColorTransferCharacteristic& tag);
+
 /// Reads the properties off a decoded frame; those that belong to a stream are left alone.
 VideoProperties propertiesOf(const AVFrame& frame, AVCodecID codec);
 

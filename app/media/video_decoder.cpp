@@ -194,10 +194,12 @@ void VideoDecoder::setProperties(const AVFrame& frame) {
     const AVCodecParameters& tags = *stream.codecpar;
     FramePtr tagged(av_frame_clone(&frame));
     if (tagged == nullptr) throw std::bad_alloc();
-    if (frame.color_range == AVCOL_RANGE_UNSPECIFIED) tagged->color_range = tags.color_range;
-    if (frame.colorspace == AVCOL_SPC_UNSPECIFIED) tagged->colorspace = tags.color_space;
-    if (frame.color_primaries == AVCOL_PRI_UNSPECIFIED) tagged->color_primaries = tags.color_primaries;
-    if (frame.color_trc == AVCOL_TRC_UNSPECIFIED) tagged->color_trc = tags.color_trc;
+    if (knownTag(frame.color_range) == AVCOL_RANGE_UNSPECIFIED)
+        tagged->color_range = knownTag(tags.color_range);
+    if (knownTag(frame.colorspace) == AVCOL_SPC_UNSPECIFIED) tagged->colorspace = knownTag(tags.color_space);
+    if (knownTag(frame.color_primaries) == AVCOL_PRI_UNSPECIFIED)
+        tagged->color_primaries = knownTag(tags.color_primaries);
+    if (knownTag(frame.color_trc) == AVCOL_TRC_UNSPECIFIED) tagged->color_trc = knownTag(tags.color_trc);
     tagged->sample_aspect_ratio = input_.pixelAspect(frame);
 
     const AVRational timeBase = video_.timeBase;

@@ -132,8 +132,11 @@ FramePosition positionOf(const VireoTime* given) {
     const VireoTime time = read(given);
     require(time.frame >= 0 && time.frame <= mostFrames && time.frames >= 0 && time.frames <= mostFrames,
             "frames are counted from 0 to 1073741823");
-    require(std::isfinite(time.rate) && time.rate >= 0 && !std::isnan(time.seconds),
-            "a frame rate must not be negative, and times must be numbers");
+    // Products with them stay finite.
+    constexpr double slowestRate = 1e-6, latestSecond = 1e15;
+    require(time.rate == 0 || (std::isfinite(time.rate) && time.rate >= slowestRate),
+            "a frame rate is 0, for 25, or at least 0.000001");
+    require(time.seconds <= latestSecond, "seconds are a number up to 1000000000000000");
     require(time.interlacing >= 0 && time.interlacing <= 2, "interlacing is 0, 1 or 2");
     FramePosition position;
     position.number = time.frame;

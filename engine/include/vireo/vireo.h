@@ -225,8 +225,8 @@ typedef struct VireoTime {
     int32_t interlacing;  ///< 0 progressive, 1 top field first, 2 bottom field first.
     int64_t frame;        ///< From 0.
     int64_t frames;       ///< Of the whole clip; 0 where unknown.
-    double rate;          ///< Frames a second; 0: 25.
-    double seconds;       ///< From the first frame; negative: frame / rate.
+    double rate;          ///< Frames a second, at least 0.000001; 0: 25.
+    double seconds;       ///< From the first frame, up to 1e15; negative: frame / rate.
 } VireoTime;
 
 /// What goes by a name or by the unambiguous beginning of one: an index, or one of the three words.

@@ -249,8 +249,8 @@ TEST(InterfaceErrors, OfFramesAndTimesAreUsage) {
     expectTimeRefused(&VireoTime::interlacing, 3, -1);
     expectTimeRefused(&VireoTime::frame, std::int64_t{-1}, std::int64_t{1} << 30, INT64_MAX);
     expectTimeRefused(&VireoTime::frames, std::int64_t{-1}, std::int64_t{1} << 30, INT64_MAX);
-    expectTimeRefused(&VireoTime::rate, -1.0, std::nan(""), HUGE_VAL);
-    expectTimeRefused(&VireoTime::seconds, std::nan(""));
+    expectTimeRefused(&VireoTime::rate, -1.0, std::nan(""), HUGE_VAL, 1e-9);
+    expectTimeRefused(&VireoTime::seconds, std::nan(""), 1e300);
     EXPECT_EQ(render(source.frame, own.frame, moment(0)), VireoDone) << sentence();
 }
 

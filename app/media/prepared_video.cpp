@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace vireo {
 namespace {
@@ -64,19 +65,7 @@ ClipIndex PreparedVideo::setClip(const ClipIndex& source) {
 
 std::unique_ptr<FfmpegFrame> PreparedVideo::next() {
     if (isPassedOn_) return decoder_.next();
-    while (ready_.empty() && !ended_) {
-        std::unique_ptr<FfmpegFrame> frame = decoder_.next();
-        if (frame != nullptr) {
-            enter(std::move(frame));
-        } else {
-            ended_ = true;
-            if (rate_ && clip_.frameCount == 0) clip_.frameCount = countUpTo(end_);
-            // As many frames as were counted.
-            if (rate_)
-                end_ = std::max(end_, av_rescale_q_rnd(clip_.frameCount, av_inv_q(*rate_), source_.timeBase,
-                                                       AV_ROUND_UP));
-            end(end_);
-        }
+    while (ready_.empty() && advance()) {
     }
     if (ready_.empty()) return nullptr;
     std::unique_ptr<FfmpegFrame> frame = std::move(ready_.front());
@@ -84,9 +73,42 @@ std::unique_ptr<FfmpegFrame> PreparedVideo::next() {
     return frame;
 }
 
+/// One frame out of the graph or, where it has none, one more into it; a pause at a rate, or a graph that
+/// ends, may give more frames than memory holds. False behind the last one.
+bool PreparedVideo::advance() {
+    if (FramePtr frame = graph_ ? graph_->pull() : nullptr) {
+        if (rate_) {
+            emitAtRate(std::move(frame));
+        } else {
+            emit(std::move(frame));
+        }
+    } else if (isEmptying_) {
+        isEmptying_ = false;
+        graph_.reset();
+        emitLost();
+        if (waiting_ != nullptr) push(*std::exchange(waiting_, nullptr));
+    } else if (std::unique_ptr<FfmpegFrame> next = ended_ ? nullptr : decoder_.next()) {
+        enter(std::move(next));
+    } else if (!ended_) {
+        ended_ = true;
+        if (rate_ && clip_.frameCount == 0) clip_.frameCount = countUpTo(end_);
+        // As many frames as were counted.
+        if (rate_) {
+            end_ = std::max(
+                end_, av_rescale_q_rnd(clip_.frameCount, av_inv_q(*rate_), source_.timeBase, AV_ROUND_UP));
+        }
+        end(end_);
+    } else {
+        return false;
+    }
+    return true;
+}
+
 void PreparedVideo::restart() {
     decoder_.restart();
     graph_.reset();
+    isEmptying_ = false;
+    waiting_.reset();
     entered_.clear();
     ready_.clear();
     impaired_.clear();
@@ -147,16 +169,22 @@ void PreparedVideo::enter(std::unique_ptr<FfmpegFrame> frame) {
         }
         return;
     }
-    FramePtr pixels = decoded->takePixels();
-    if (!graph_ || !graph_->takes(*pixels)) {
+    if (graph_ && graph_->takes(decoded->properties())) {
+        push(*decoded);
+    } else {
+        (void)frame.release();
+        waiting_.reset(decoded);
         end(time);
-        build(*pixels);
     }
-    if (!rate_) entered_.push_back({nullptr, decoded->position, pixels->pts, pixels->pkt_duration});
-    if (decoded->impaired) pixels->flags |= AV_FRAME_FLAG_CORRUPT;
-    pixels->pts = time;
+}
+
+void PreparedVideo::push(DecodedFrame& frame) {
+    FramePtr pixels = frame.takePixels();
+    if (!graph_) build(*pixels);
+    if (!rate_) entered_.push_back({nullptr, frame.position, pixels->pts, pixels->pkt_duration});
+    if (frame.impaired) pixels->flags |= AV_FRAME_FLAG_CORRUPT;
+    pixels->pts -= decoder_.firstTime();
     graph_->push(std::move(pixels));
-    collect();
 }
 
 void PreparedVideo::build(const AVFrame& first) {
@@ -178,24 +206,10 @@ void PreparedVideo::build(const AVFrame& first) {
     if (rate_) video_.frameRate = *rate_;
 }
 
-/// The graph gives what it still holds.
+/// Has the graph give what it still holds.
 void PreparedVideo::end(std::int64_t time) {
-    if (graph_) {
-        graph_->end(time);
-        collect();
-        graph_.reset();
-    }
-    emitLost();
-}
-
-void PreparedVideo::collect() {
-    while (FramePtr frame = graph_->pull()) {
-        if (rate_) {
-            emitAtRate(std::move(frame));
-        } else {
-            emit(std::move(frame));
-        }
-    }
+    if (graph_) graph_->end(time);
+    isEmptying_ = true;
 }
 
 void PreparedVideo::emit(FramePtr frame) {

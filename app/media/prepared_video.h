@@ -48,10 +48,11 @@ private:
         std::int64_t time = 0, duration = 0;
     };
 
+    bool advance();
     void enter(std::unique_ptr<FfmpegFrame> frame);
+    void push(DecodedFrame& frame);
     void build(const AVFrame& first);
     void end(std::int64_t time);
-    void collect();
     void emit(FramePtr frame);
     void emitAtRate(FramePtr frame);
     void emitLost();
@@ -69,6 +70,8 @@ private:
     AVRational timeBase_{1, 25};
     std::optional<GraphPlan> plan_;
     std::optional<FrameGraph> graph_;
+    bool isEmptying_ = false;                ///< The graph takes no more frames.
+    std::unique_ptr<DecodedFrame> waiting_;  ///< For a graph of its own, when this one is empty.
     VideoProperties video_;
     std::deque<Entered> entered_;
     std::deque<std::unique_ptr<FfmpegFrame>> ready_;

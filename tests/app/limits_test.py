@@ -123,6 +123,15 @@ def test_many_keys_and_long_gaps(vireo):
 
 
 @SANITIZED
+def test_a_pause_is_filled_frame_by_frame(vireo):
+    clip(vireo.folder, "pause.mkv", "-vf", "setpts='if(eq(N,2),50,N/25)/TB'", "-fps_mode", "passthrough", "-frames:v", "3", "-c:v", "ffv1")
+    status, said = bounded(vireo.folder, "render", "pause.mkv", "out.mkv", *IDENTITY, "--encoder", "ffv1", "--fps", "25", "--scale", "1280:720",
+                           "--frames", "1247-1250", megabytes=1200)
+    assert status == 0, said
+    assert len(frames(vireo.folder, "out.mkv")) == 4
+
+
+@SANITIZED
 def test_short_memory_is_told_in_a_sentence(vireo):
     clip(vireo.folder, "in.mp4", "-c:v", "libx264", "-c:a", "aac", sound=True, seconds=0.2, source="testsrc2=s=1280x720:r=25:d={seconds}")
     for number in (1, 2, 3):

@@ -161,8 +161,7 @@ void PreparedVideo::enter(std::unique_ptr<FfmpegFrame> frame) {
     auto* const decoded = dynamic_cast<DecodedFrame*>(frame.get());
     if (decoded == nullptr) {
         if (rate_) {
-            for (std::int64_t lost = numberAt(time); lost < numberAt(time + duration); ++lost)
-                impaired_.insert(lost);
+            impaired_.push_back({numberAt(time), numberAt(time + duration)});
         } else {
             entered_.push_back({std::move(frame), {}});
             if (entered_.size() == 1) emitLost();
@@ -228,9 +227,8 @@ void PreparedVideo::emitAtRate(FramePtr frame) {
     const bool isKnown = clip_.frameCount > 0 && ended_;
     if (number <= lastNumber_ || (isKnown && number >= clip_.frameCount)) return;
     lastNumber_ = number;
-    const auto isBefore = [&](std::int64_t lost) { return lost < number; };
-    std::erase_if(impaired_, isBefore);
-    if (impaired_.erase(number) > 0) frame->flags |= AV_FRAME_FLAG_CORRUPT;
+    while (!impaired_.empty() && impaired_.front().end <= number) impaired_.pop_front();
+    if (!impaired_.empty() && impaired_.front().begin <= number) frame->flags |= AV_FRAME_FLAG_CORRUPT;
     const AVRational step = av_inv_q(*rate_);
     frame->pts = firstTime() + av_rescale_q(number, step, timeBase_);
     frame->pkt_duration = av_rescale_q(1, step, timeBase_);

@@ -7,7 +7,6 @@
 
 #include <deque>
 #include <optional>
-#include <set>
 
 namespace vireo {
 
@@ -75,7 +74,10 @@ private:
     VideoProperties video_;
     std::deque<Entered> entered_;
     std::deque<std::unique_ptr<FfmpegFrame>> ready_;
-    std::set<std::int64_t> impaired_;  ///< Frames at a rate, in the place of those that were lost.
+    struct Span {
+        std::int64_t begin, end;
+    };
+    std::deque<Span> impaired_;  ///< Frames at a rate, in the place of those that were lost.
     std::int64_t lastNumber_ = -1;
     std::int64_t end_ = 0;  ///< Of the input so far, from its first frame.
     bool ended_ = false;

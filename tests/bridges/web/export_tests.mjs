@@ -12,6 +12,7 @@ import { drop, launch, open, pageFolder, root, serve, shown } from './browser.mj
 const sample = path.join(pageFolder, 'samples/clip.mp4');
 const vireo = path.join(root, 'build/linux/bin/vireo');
 const frames = 75; // of the sample, at 25 a second
+const long = Boolean(process.env.VIREO_LONG);
 
 const folder = mkdtempSync(path.join(tmpdir(), 'vireo-export-'));
 const fileOf = (name) => path.join(folder, name);
@@ -20,7 +21,10 @@ const run = (program, ...words) =>
 const ffmpeg = (...words) => run('ffmpeg', '-v', 'error', '-y', ...words);
 const tone = (seconds) => ['-f', 'lavfi', '-i', `sine=frequency=440:sample_rate=44100:duration=${seconds}`];
 
-/** The sample with a tone, which is AAC in MP4 and Opus in WebM. */
+/**
+ * The sample with a tone, which is AAC in MP4 and Opus in WebM. All are made before the walks begin: this process serves
+ * the page to them, and cannot while it waits for a program.
+ */
 function makeClips() {
     const withTone = ['-i', sample, ...tone(3), '-map', '0:v', '-map', '1:a'];
     const vp9 = ['-c:v', 'libvpx-vp9', '-deadline', 'realtime', '-cpu-used', '8'];
@@ -34,6 +38,8 @@ function makeClips() {
     const bytes = readFileSync(fileOf('opus.webm'));
     bytes.fill(0x55, bytes.length >> 1, (bytes.length >> 1) + 20_000);
     writeFileSync(fileOf('broken.webm'), bytes);
+    const small = ['-s', '192x108', '-preset', 'ultrafast', '-c:a', 'copy'];
+    if (long) ffmpeg('-stream_loop', '199', '-i', 'aac.mp4', ...small, 'long.mp4');
 }
 
 function probed(file) {
@@ -327,8 +333,6 @@ walk('a tab that is closed meanwhile leaves nothing that is in the way', async (
 walk(
     'ten minutes need no more memory than one',
     async (page) => {
-        const small = ['-s', '192x108', '-preset', 'ultrafast', '-c:a', 'copy'];
-        ffmpeg('-stream_loop', '199', '-i', 'aac.mp4', ...small, 'long.mp4');
         await chooseFile(page, '');
         await page.evaluate(() => (location.hash = '#f=Ghosting'));
         await page.setInputFiles('.file', fileOf('long.mp4'));
@@ -353,7 +357,7 @@ walk(
         });
         assert.equal(written, Number(probed('long.mp4').video.nb_read_frames));
     },
-    { skip: process.env.VIREO_LONG ? false : 'takes minutes; ./check --long runs it', timeout: 900_000 },
+    { skip: long ? false : 'takes minutes; ./check --long runs it', timeout: 900_000 },
 );
 
 walk('the filtered camera is recorded, with the microphone', async (page) => {

@@ -3,6 +3,8 @@
 #define VIREO_FRAMEWORK_FRAME_VIEW_H
 
 #include "host/pixkit/pixkit.h"
+#include "simd/past_caches.h"
+#include "simd/pixel_row.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -32,9 +34,6 @@ inline FrameView frameThroughPixKit(FrameBuffer* handle) {
 }
 
 inline constexpr std::int64_t bytesPerPixel = 4;
-
-/// Frames from this size on are gone from the caches before anybody reads them.
-inline constexpr std::int64_t largeFrameBytes = 16 << 20;
 
 /// Row bytes rounded toward zero to whole pixels: how most filters step from row to row.
 constexpr std::int64_t wholePixels(std::int32_t rowBytes) { return rowBytes / bytesPerPixel * bytesPerPixel; }
@@ -96,15 +95,19 @@ void forEachBlock(const FrameView& source, const FrameView& destination, const R
     emit(begin, walk.height - begin, walk.width);
 }
 
-/// The same row by row: calls row(source, destination, width).
+/// The same row by row: calls row(PixelRow).
 template <class Row>
 void forEachRow(const FrameView& source, const FrameView& destination, const RowWalk& walk, Row&& row) {
+    const bool pastCaches =
+        goesPastCaches(source.pixels, destination.pixels, walk.width * walk.pixelBytes, walk.height);
     forEachBlock(source, destination, walk,
                  [&](const std::uint8_t* from, std::uint8_t* to, std::int64_t width, std::int64_t rows) {
                      for (std::int64_t y = 0; y < rows; ++y) {
-                         row(from + y * walk.sourceStride, to + y * walk.destinationStride, width);
+                         row(PixelRow{from + y * walk.sourceStride, to + y * walk.destinationStride, width,
+                                      pastCaches});
                      }
                  });
+    if (pastCaches) fencePastCaches();
 }
 
 #endif

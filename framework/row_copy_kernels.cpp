@@ -8,12 +8,12 @@
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-#if defined(__AVX2__)
+#if defined(__SSE2__)
 
 using namespace simd;
 
 // Wider lines than these were measured to be slower.
-constexpr std::int64_t lineBytes = 32;
+constexpr std::int64_t lineBytes = vectorBytes < 32 ? vectorBytes : 32;
 using Line = Vector<std::uint8_t, lineBytes>;
 
 /// Writes whole aligned lines; the ends that are none are covered by lines that overlap them.
@@ -37,11 +37,13 @@ void copyLines(const std::uint8_t* source, std::uint8_t* destination, std::int64
     }
     store(destination, first);
     store(destination + bytes - lineBytes, last);
-    if constexpr (pastCaches) fence();
 }
 
+#endif
+
+#if defined(__AVX2__)
+
 constexpr auto copy = copyLines<false>;
-constexpr auto copyPastCaches = copyLines<true>;
 
 #else
 
@@ -49,8 +51,12 @@ void copy(const std::uint8_t* source, std::uint8_t* destination, std::int64_t by
     std::memmove(destination, source, static_cast<std::size_t>(bytes));
 }
 
-constexpr auto copyPastCaches = copy;
+#endif
 
+#if defined(__SSE2__)
+constexpr auto copyPastCaches = copyLines<true>;
+#else
+constexpr auto copyPastCaches = copy;
 #endif
 
 }  // namespace

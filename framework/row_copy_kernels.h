@@ -10,7 +10,7 @@
 /// Source and destination do not overlap, unless they are the same: else the destination holds any bytes.
 struct RowCopyKernels {
     void (*copy)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes);
-    /// The same past the caches, for whole rows of frames that no cache holds.
+    /// The same past the caches; fencePastCaches() follows the last row.
     void (*copyPastCaches)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t bytes);
 };
 

@@ -9,7 +9,60 @@
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
 
-#if defined(__aarch64__)
+#if defined(__AVX512VBMI__)
+
+/// A table of 256 in four registers.
+class ByteTable {
+public:
+    explicit ByteTable(const std::uint8_t* table) { std::memcpy(quarters_, table, sizeof quarters_); }
+
+    Bytes operator[](Bytes index) const {
+        // A shuffle of two vectors takes its indices modulo 128.
+        const auto shuffled = [&](const Bytes& first, const Bytes& second) {
+            return (Bytes)_mm512_permutex2var_epi8((__m512i)first, (__m512i)index, (__m512i)second);
+        };
+        const Bytes low = shuffled(quarters_[0], quarters_[1]);
+        const Bytes high = shuffled(quarters_[2], quarters_[3]);
+        return index < 128 ? low : high;
+    }
+
+private:
+    Bytes quarters_[4];
+};
+
+#elif defined(__AVX2__)
+
+/// A table of 256 in sixteen registers, of which each but the first of a half holds what differs from the one
+/// before. An index's lower seven bits are looked up in all while they go down by 16, as long as they are not
+/// negative: the differences up to there make the entry.
+class ByteTable {
+public:
+    explicit ByteTable(const std::uint8_t* table) {
+        for (int i = 0; i < 2 * half; ++i) {
+            parts_[i] = loadTwice(table + 16 * i);
+            if (i % half != 0) parts_[i] ^= loadTwice(table + 16 * (i - 1));
+        }
+    }
+
+    Bytes operator[](Bytes index) const {
+        Bytes left = index & 0x7F;
+        Bytes low = shuffle(parts_[0], left);
+        Bytes high = shuffle(parts_[half], left);
+        for (int i = 1; i < half; ++i) {
+            left -= 16;
+            low ^= shuffle(parts_[i], left);
+            high ^= shuffle(parts_[half + i], left);
+        }
+        return blend(low, high, index);
+    }
+
+private:
+    static constexpr int half = 8;
+
+    Bytes parts_[2 * half];
+};
+
+#elif defined(__aarch64__)
 
 /// A table of 256 in sixteen registers.
 class ByteTable {
@@ -19,43 +72,44 @@ public:
                     vld1q_u8_x4(table + 192)} {}
 
     /// An index beyond a quarter leaves what is there.
-    uint8x16_t operator[](uint8x16_t index) const {
-        uint8x16_t found = vqtbl4q_u8(quarters_[0], index);
+    Bytes operator[](Bytes index) const {
+        auto left = (uint8x16_t)index;
+        uint8x16_t found = vqtbl4q_u8(quarters_[0], left);
         for (int i = 1; i < 4; ++i) {
-            index -= 64;
-            found = vqtbx4q_u8(found, quarters_[i], index);
+            left -= 64;
+            found = vqtbx4q_u8(found, quarters_[i], left);
         }
-        return found;
+        return (Bytes)found;
     }
 
 private:
     uint8x16x4_t quarters_[4];
 };
 
+#else
+
+/// Looks bytes up one by one.
+class ByteTable {
+public:
+    explicit ByteTable(const std::uint8_t* table) : table_(table) {}
+
+    std::uint8_t operator[](std::uint8_t index) const { return table_[index]; }
+
+private:
+    const std::uint8_t* table_;
+};
+
 #endif
 
-/// Each byte becomes its entry in a table. Where bytes can be permuted over 64 lanes the table stays in four
-/// registers, several times as fast as a load for each byte.
-inline void lookup(const std::uint8_t* table, std::uint8_t* bytes, std::int64_t count) {
-    std::int64_t i = 0;
-#if defined(__AVX512VBMI__)
-    Bytes quarters[4];
-    std::memcpy(quarters, table, sizeof quarters);
-    for (; i + 64 <= count; i += 64) {
-        const auto index = load<Bytes>(bytes + i);
-        // A shuffle of two vectors takes its indices modulo 128.
-        const auto shuffled = [&](const Bytes& first, const Bytes& second) {
-            return (Bytes)_mm512_permutex2var_epi8((__m512i)first, (__m512i)index, (__m512i)second);
-        };
-        const Bytes low = shuffled(quarters[0], quarters[1]);
-        const Bytes high = shuffled(quarters[2], quarters[3]);
-        store(bytes + i, index < 128 ? low : high);
-    }
-#elif defined(__aarch64__)
-    const ByteTable entries(table);
-    for (; i + 16 <= count; i += 16) vst1q_u8(bytes + i, entries[vld1q_u8(bytes + i)]);
-#endif
-    for (; i < count; ++i) bytes[i] = table[bytes[i]];
+/// Whether a table takes whole vectors, several times as fast as a load for each byte.
+inline constexpr bool looksVectorsUp =
+    std::is_invocable_v<decltype(&ByteTable::operator[]), ByteTable, Bytes>;
+
+/// Each byte of some vectors becomes its entry in the table.
+inline void lookUp(const ByteTable& table, std::uint8_t* bytes, std::int64_t count) {
+    constexpr int step = looksVectorsUp ? vectorBytes : 1;
+    using Step = std::conditional_t<looksVectorsUp, Bytes, std::uint8_t>;
+    for (std::int64_t i = 0; i < count; i += step) store(bytes + i, table[load<Step>(bytes + i)]);
 }
 
 #if defined(__AVX512VBMI__)
@@ -73,14 +127,8 @@ public:
         }
     }
 
-    void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) const {
-        std::int64_t x = 0;
-        for (; x + 16 <= width; x += 16) {
-            _mm512_storeu_si512(destination + 4 * x, mapped(_mm512_loadu_si512(source + 4 * x)));
-        }
-        const auto rest = static_cast<__mmask16>((1U << (width - x)) - 1);
-        _mm512_mask_storeu_epi32(destination + 4 * x, rest,
-                                 mapped(_mm512_maskz_loadu_epi32(rest, source + 4 * x)));
+    void row(const PixelRow& row) const {
+        mapPixels(row, [this](Pixels pixels) { return (Pixels)mapped((__m512i)pixels); });
     }
 
 private:
@@ -98,97 +146,48 @@ private:
     __m512i quarters_[3][4];
 };
 
-#elif defined(__AVX2__)
+#elif defined(__AVX2__) || defined(__aarch64__)
 
-/// Rows of 4-byte pixels through a table for each of the first three bytes. Sixteen registers hold a table,
-/// each the bytes of one upper half of the value. The lower half looks a byte up in each, and the bits of the
-/// upper half choose between them.
+/// Rows of 4-byte pixels through a table for each of the first three bytes, one table at a time.
 class PixelTables {
 public:
-    explicit PixelTables(const std::uint8_t* const tables[3]) {
-        for (int i = 0; i < 3; ++i) {
-            for (int part = 0; part < 16; ++part) parts_[i][part] = loadTwice(tables[i] + 16 * part);
-        }
-    }
+    explicit PixelTables(const std::uint8_t* const tables[3])
+        : tables_{ByteTable(tables[0]), ByteTable(tables[1]), ByteTable(tables[2])} {}
 
-    void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) const {
-        std::int64_t x = 0;
-        for (; x + blockPixels <= width; x += blockPixels) block(source + 4 * x, destination + 4 * x);
-        if (x == width) return;
-        const auto rest = static_cast<std::size_t>(4 * (width - x));
-        std::uint8_t pixels[4 * blockPixels] = {};
-        std::memcpy(pixels, source + 4 * x, rest);
-        block(pixels, pixels);
-        std::memcpy(destination + 4 * x, pixels, rest);
+    void row(const PixelRow& row) const {
+        mapBlocks<squares * vectorBytes>(
+            row, [this](const std::uint8_t* source, std::uint8_t* destination, const auto& put) {
+                Bytes channels[squares][4];
+                for (int i = 0; i < squares; ++i) {
+                    for (int j = 0; j < 4; ++j) {
+                        channels[i][j] = regrouped(load<Bytes>(source + (4 * i + j) * vectorBytes));
+                    }
+                    transposeSquares(channels[i]);
+                }
+                for (int c = 0; c < 3; ++c) {
+                    for (auto& square : channels) square[c] = tables_[c][square[c]];
+                }
+                for (int i = 0; i < squares; ++i) {
+                    transposeSquares(channels[i]);
+                    for (int j = 0; j < 4; ++j) {
+                        put(destination + (4 * i + j) * vectorBytes, regrouped(channels[i][j]));
+                    }
+                }
+            });
     }
 
 private:
-    static constexpr std::int64_t blockPixels = 32;
+    /// So many times four vectors of pixels. More, and registers are missing beside a table's.
+    static constexpr int squares = 32 / vectorBytes;
 
     /// From four pixels' bytes to their channels, and back.
     static Bytes regrouped(Bytes pixels) {
-        static constexpr std::uint8_t places[] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
-        return shuffle(pixels, loadTwice(places));
+        Bytes places;
+        for (int i = 0; i < vectorBytes; ++i) places[i] = static_cast<std::uint8_t>(i % 4 * 4 + i % 16 / 4);
+        return shuffle(pixels, places);
     }
 
-    void block(const std::uint8_t* source, std::uint8_t* destination) const {
-        Bytes squares[4];
-        for (int i = 0; i < 4; ++i) squares[i] = regrouped(load<Bytes>(source + 32 * i));
-        transposeSquares(squares);
-        for (int i = 0; i < 3; ++i) squares[i] = found<4>(parts_[i], squares[i], squares[i] & 0x0F);
-        transposeSquares(squares);
-        for (int i = 0; i < 4; ++i) store(destination + 32 * i, regrouped(squares[i]));
-    }
-
-    /// Among 2^bits registers; bit 3 + bits of the values chooses the half.
-    template <int bits>
-    static Bytes found(const Bytes* parts, Bytes values, Bytes lowerHalves) {
-        if constexpr (bits == 0) {
-            return shuffle(*parts, lowerHalves);
-        } else {
-            return blend(found<bits - 1>(parts, values, lowerHalves),
-                         found<bits - 1>(parts + (1 << (bits - 1)), values, lowerHalves),
-                         (Bytes)((Words)values << (4 - bits)));
-        }
-    }
-
-    Bytes parts_[3][16];
-};
-
-#elif defined(__aarch64__)
-
-/// Rows of 4-byte pixels through a table for each of the first three bytes, one table in the registers at a
-/// time.
-class PixelTables {
-public:
-    explicit PixelTables(const std::uint8_t* const tables[3]) : tables_{tables[0], tables[1], tables[2]} {}
-
-    void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) const {
-        std::int64_t x = 0;
-        for (; x + blockPixels <= width; x += blockPixels) block(source + 4 * x, destination + 4 * x);
-        if (x == width) return;
-        const auto rest = static_cast<std::size_t>(4 * (width - x));
-        std::uint8_t pixels[4 * blockPixels] = {};
-        std::memcpy(pixels, source + 4 * x, rest);
-        block(pixels, pixels);
-        std::memcpy(destination + 4 * x, pixels, rest);
-    }
-
-private:
-    static constexpr int parts = 3;
-    static constexpr std::int64_t blockPixels = 16 * parts;
-
-    void block(const std::uint8_t* source, std::uint8_t* destination) const {
-        uint8x16x4_t channels[parts];
-        for (int i = 0; i < parts; ++i) channels[i] = vld4q_u8(source + 64 * i);
-        for (int c = 0; c < 3; ++c) {
-            const ByteTable table(tables_[c]);
-            for (uint8x16x4_t& part : channels) part.val[c] = table[part.val[c]];
-        }
-        for (int i = 0; i < parts; ++i) vst4q_u8(destination + 64 * i, channels[i]);
-    }
-
-    const std::uint8_t* tables_[3];
+    ByteTable tables_[3];
 };
 
 #else
@@ -205,7 +204,8 @@ public:
         }
     }
 
-    void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) const {
+    void row(const PixelRow& row) const {
+        const auto [source, destination, width, pastCaches] = row;
         std::int64_t x = 0;
         for (; x + 2 <= width; x += 2) {
             std::uint64_t pair;

@@ -96,7 +96,7 @@ void store(void* address, V vector) {
     std::memcpy(address, &vector, sizeof vector);
 }
 
-/// Past the caches, to an address that is a multiple of the vector's size.
+/// Past the caches, to an address that is a multiple of the vector's size; fencePastCaches() belongs behind.
 template <class V>
 void stream(void* address, V vector) {
 #if defined(__SSE2__)
@@ -112,11 +112,14 @@ void stream(void* address, V vector) {
 #endif
 }
 
-/// Other threads see nothing late that was streamed before this.
-inline void fence() {
-#if defined(__SSE2__)
-    _mm_sfence();
-#endif
+inline constexpr int cacheLineBytes = 64;
+
+/// Asks for what a walk up memory will need soon, as many bytes as one of its steps takes. Processors read
+/// ahead by themselves, but not from one page of memory to the next.
+template <int bytes>
+void prefetchAhead(const std::uint8_t* address) {
+    constexpr int ahead = 2048;
+    for (int line = 0; line < bytes; line += cacheLineBytes) __builtin_prefetch(address + ahead + line);
 }
 
 /// Not as a sum with 0, which would make 0 of -0.

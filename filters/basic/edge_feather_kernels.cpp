@@ -27,7 +27,7 @@ Pixels scaled(Pixels pixels, Pixels factors) {
 
 void scaleAlpha(std::uint8_t* pixels, std::int64_t width, int factor) {
     const Pixels factors = broadcast<Pixels>(static_cast<std::uint32_t>(factor));
-    mapPixels(pixels, pixels, width, [=](Pixels vector) { return scaled(vector, factors); });
+    mapPixels({pixels, pixels, width}, [=](Pixels vector) { return scaled(vector, factors); });
 }
 
 void scaleAlphaByColumn(std::uint8_t* pixels, std::int64_t width, const std::uint8_t* factors) {

@@ -21,9 +21,7 @@ std::int32_t render(const FilterInvocation& invocation, const Settings& settings
     // The destination is walked with the source's geometry.
     const std::int64_t stride = wholePixels(source.rowBytes);
     forEachRow(source, destination, {stride, stride, source.width(), source.height()},
-               [&settings](const std::uint8_t* from, std::uint8_t* to, std::int64_t width) {
-                   kernels.row(from, to, width, settings.threshold);
-               });
+               [&settings](const PixelRow& row) { kernels.row(row, settings.threshold); });
     return 0;
 }
 

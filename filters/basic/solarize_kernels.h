@@ -3,13 +3,12 @@
 #define VIREO_FILTERS_BASIC_SOLARIZE_KERNELS_H
 
 #include "simd/kernel_tables.h"
-
-#include <cstdint>
+#include "simd/pixel_row.h"
 
 struct SolarizeKernels {
-    /// `width` pixels of 4 bytes. A pixel whose luma is below the threshold has every channel c replaced by
+    /// A pixel whose luma is below the threshold has every channel c replaced by
     /// (threshold - c) mod 256, or by 0 where c is not below the threshold.
-    void (*row)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width, int threshold);
+    void (*row)(const PixelRow& row, int threshold);
 };
 
 VIREO_KERNEL_TABLES(SolarizeKernels, solarizeKernels)

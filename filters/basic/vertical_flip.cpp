@@ -24,7 +24,8 @@ void copyRows(const FrameView& source, const FrameView& destination, const Geome
     const FrameExtent destinationExtent(destination);
     const std::int64_t rows = geometry.height - 1;
     const std::int64_t rowLength = std::abs(geometry.rowBytes);
-    const auto copy = rows * rowLength < largeFrameBytes ? kernels.copy : kernels.copyPastCaches;
+    const bool pastCaches = goesPastCaches(source.pixels, destination.pixels, rowLength, rows);
+    const auto copy = pastCaches ? kernels.copyPastCaches : kernels.copy;
     for (std::int64_t row = 0; row < rows; ++row) {
         const std::int64_t from = row * geometry.rowBytes;
         const std::int64_t to = (rows - 1 - row) * geometry.rowBytes;
@@ -32,6 +33,7 @@ void copyRows(const FrameView& source, const FrameView& destination, const Geome
             std::min(sourceExtent.fitting(from, rowLength, 1), destinationExtent.fitting(to, rowLength, 1));
         copy(source.pixels + from, destination.pixels + to, length);
     }
+    if (pastCaches) fencePastCaches();
 }
 
 std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {

@@ -39,9 +39,7 @@ std::int32_t render(const FilterInvocation& invocation, const Settings& settings
     const std::int64_t stride = wholePixels(source.rowBytes);
     forEachRow(source, frameThroughPixKit(invocation.destFrame),
                {stride, stride, source.width(), source.height()},
-               [&](const std::uint8_t* from, std::uint8_t* to, std::int64_t width) {
-                   kernels.row(from, to, width, selection);
-               });
+               [&](const PixelRow& row) { kernels.row(row, selection); });
     return 0;
 }
 

@@ -11,13 +11,12 @@ using namespace simd;
 
 constexpr std::uint32_t colorBits = 0x00FFFFFF;
 
-void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
-         const ColorPassSelection& selection) {
+void row(const PixelRow& row, const ColorPassSelection& selection) {
     const auto lowest = (Bytes)broadcast<Pixels>(selection.lowest);
     const auto highest = (Bytes)broadcast<Pixels>(selection.highest);
     const Pixels greysFar = broadcast<Pixels>(selection.greysNear ? 0 : ~0U);
     const LumaVectors lumaOf(lumaWeight2, lumaWeight1, lumaWeight0);
-    mapPixels(source, destination, width, [=](Pixels pixels) {
+    mapPixels(row, [=](Pixels pixels) {
         const auto bytes = (Bytes)pixels;
         const Bytes capped = bytes < highest ? bytes : highest;
         const Bytes nearest = capped > lowest ? capped : lowest;

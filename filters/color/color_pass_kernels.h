@@ -3,6 +3,7 @@
 #define VIREO_FILTERS_COLOR_COLOR_PASS_KERNELS_H
 
 #include "simd/kernel_tables.h"
+#include "simd/pixel_row.h"
 
 #include <cstdint>
 
@@ -14,9 +15,8 @@ struct ColorPassSelection {
 };
 
 struct ColorPassKernels {
-    /// Turns to grey what the selection says of `width` pixels, alpha kept.
-    void (*row)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
-                const ColorPassSelection& selection);
+    /// Turns to grey what the selection says, alpha kept.
+    void (*row)(const PixelRow& row, const ColorPassSelection& selection);
 };
 
 VIREO_KERNEL_TABLES(ColorPassKernels, colorPassKernels)

@@ -6,7 +6,8 @@
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
-void copyAlpha(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
+void copyAlpha(const PixelRow& row) {
+    const auto [source, destination, width, pastCaches] = row;
     for (std::int64_t i = 0; i < width; ++i) {
         std::uint32_t from, to;
         std::memcpy(&from, source + 4 * i, 4);

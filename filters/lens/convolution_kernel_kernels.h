@@ -3,12 +3,11 @@
 #define VIREO_FILTERS_LENS_CONVOLUTION_KERNEL_KERNELS_H
 
 #include "simd/kernel_tables.h"
-
-#include <cstdint>
+#include "simd/pixel_row.h"
 
 struct ConvolutionKernelKernels {
-    /// Replaces the fourth byte of `width` destination pixels of 4 bytes by the source's.
-    void (*copyAlpha)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width);
+    /// Replaces the fourth byte of the destination's pixels by the source's.
+    void (*copyAlpha)(const PixelRow& row);
 };
 
 VIREO_KERNEL_TABLES(ConvolutionKernelKernels, convolutionKernelKernels)

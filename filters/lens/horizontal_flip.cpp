@@ -38,24 +38,23 @@ constexpr auto formatCodes = [] {
     return codes;
 }();
 
-HorizontalFlipKernels::Row rowKernel(std::int64_t pixelBytes, bool large) {
+HorizontalFlipKernels::Row rowKernel(std::int64_t pixelBytes) {
     switch (pixelBytes) {
         case 16: return kernels.row16;
         case 8: return kernels.row8;
-        default: return large ? kernels.row4PastCaches : kernels.row4;
+        default: return kernels.row4;
     }
 }
 
 void mirror(const FrameView& source, const FrameView& destination, const Format& format) {
     const RowWalk walk{source.rowBytes, destination.rowBytes, destination.width(), destination.height(),
                        format.pixelBytes};
-    const bool large = walk.width * walk.height * walk.pixelBytes >= largeFrameBytes;
-    const auto mirrorRow = rowKernel(format.pixelBytes, large);
-    forEachRow(source, destination, walk,
-               [&](const std::uint8_t* from, std::uint8_t* to, std::int64_t width) {
-                   // What a short source row lacks is missing at the start of the mirrored one.
-                   mirrorRow(from, to + (walk.width - width) * format.pixelBytes, width);
-               });
+    const auto mirrorRow = rowKernel(format.pixelBytes);
+    forEachRow(source, destination, walk, [&](PixelRow row) {
+        // What a short source row lacks is missing at the start of the mirrored one.
+        row.destination += (walk.width - row.width) * format.pixelBytes;
+        mirrorRow(row);
+    });
 }
 
 std::int32_t render(const FilterInvocation& invocation, const NoSettings&) {

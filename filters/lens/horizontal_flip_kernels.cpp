@@ -16,8 +16,9 @@ struct Unit16 {
 };
 
 template <class Pixel>
-void row(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
+void mirror(const PixelRow& row) {
     constexpr std::int64_t size = sizeof(Pixel);
+    const auto [source, destination, width, pastCaches] = row;
     for (std::int64_t i = 0; i < width; ++i) {
         Pixel pixel;
         std::memcpy(&pixel, source + size * (width - 1 - i), sizeof pixel);
@@ -30,24 +31,20 @@ Pixels reversed(Pixels pixels, std::integer_sequence<int, i...>) {
     return __builtin_shufflevector(pixels, pixels, vectorPixels - 1 - i...);
 }
 
-void row4PastCaches(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
-    const auto misaligned = reinterpret_cast<std::uintptr_t>(destination) % vectorBytes;
-    // Rows that begin within a pixel have no aligned vectors.
-    std::int64_t begin = misaligned == 0 ? 0 : (vectorBytes - static_cast<std::int64_t>(misaligned)) / 4;
-    if (misaligned % 4 != 0 || begin > width) begin = width;
-    row<std::uint32_t>(source + 4 * (width - begin), destination, begin);
+void row4(const PixelRow& row) {
+    if (!streams(row)) return mirror<std::uint32_t>(row);
+    const std::int64_t begin = pixelsBeforeStream(row);
+    mirror<std::uint32_t>({row.source + 4 * (row.width - begin), row.destination, begin});
     std::int64_t i = begin;
-    for (; i + vectorPixels <= width; i += vectorPixels) {
-        const Pixels pixels = load<Pixels>(source + 4 * (width - i - vectorPixels));
-        stream(destination + 4 * i, reversed(pixels, lanesOf<Pixels>));
+    for (; i + vectorPixels <= row.width; i += vectorPixels) {
+        const Pixels pixels = load<Pixels>(row.source + 4 * (row.width - i - vectorPixels));
+        stream(row.destination + 4 * i, reversed(pixels, lanesOf<Pixels>));
     }
-    fence();
-    row<std::uint32_t>(source, destination + 4 * i, width - i);
+    mirror<std::uint32_t>({row.source, row.destination + 4 * i, row.width - i});
 }
 
 }  // namespace
 
-const HorizontalFlipKernels horizontalFlipKernels{row<std::uint32_t>, row<std::uint64_t>, row<Unit16>,
-                                                  row4PastCaches};
+const HorizontalFlipKernels horizontalFlipKernels{row4, mirror<std::uint64_t>, mirror<Unit16>};
 
 }  // namespace VIREO_KERNEL_NAMESPACE

@@ -4,6 +4,8 @@
 #include "simd/ints.h"
 #include "simd/pixels.h"
 
+#include <cstring>
+
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
@@ -86,6 +88,17 @@ private:
     Words oddColor_;
 };
 
+/// Writes map(Pixels) over the first vector of `width` pixels, or over all where they are fewer.
+template <class Map>
+void mapFirst(std::uint8_t* pixels, std::int64_t width, Map&& map) {
+    if (width >= vectorPixels) return store(pixels, map(load<Pixels>(pixels)));
+    const auto bytes = static_cast<std::size_t>(4 * width);
+    Pixels few{};
+    std::memcpy(&few, pixels, bytes);
+    few = map(few);
+    std::memcpy(pixels, &few, bytes);
+}
+
 void blendRow(const MarkWord* marks, std::uint8_t* pixels, std::int64_t width, std::uint32_t color,
               int opacity) {
     const Blend blend(color, opacity);
@@ -97,8 +110,8 @@ void blendRow(const MarkWord* marks, std::uint8_t* pixels, std::int64_t width, s
             const auto marked = (Pixels)maskOf(static_cast<std::uint32_t>(left >> first & vectorBits));
             const std::int64_t x = begin + first;
             if (x >= width) return;
-            mapPixels(pixels + 4 * x, pixels + 4 * x, width - x < vectorPixels ? width - x : vectorPixels,
-                      [&](Pixels old) { return (blend(old) & marked) | (old & ~marked); });
+            mapFirst(pixels + 4 * x, width - x,
+                     [&](Pixels old) { return (blend(old) & marked) | (old & ~marked); });
             left &= ~(vectorBits << first);
         }
     }

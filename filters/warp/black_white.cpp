@@ -18,7 +18,8 @@ constexpr std::uint32_t formats[] = {PixKit::formatVuya, PixKit::formatBgra};
 
 KernelChoice kernelChoice;
 
-void portableGrey(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
+void portableGrey(const PixelRow& row) {
+    const auto [source, destination, width, pastCaches] = row;
     for (std::int64_t i = 0; i < width; ++i) {
         std::uint32_t pixel;
         std::memcpy(&pixel, source + 4 * i, 4);

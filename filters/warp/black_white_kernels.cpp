@@ -5,8 +5,6 @@
 #include "simd/floats.h"
 #include "simd/pixels.h"
 
-#include <cstring>
-
 namespace VIREO_KERNEL_NAMESPACE {
 namespace {
 
@@ -35,17 +33,12 @@ Pixels greyPixels(Pixels pixels) {
     return (pixels & 0xFF000000) | repeatedBytes((Pixels)toInts(sum));
 }
 
-void grey(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
-    mapPixels(source, destination, width, greyPixels);
+void grey(const PixelRow& row) {
+    mapPixels(row, [](Pixels pixels) { return greyPixels(pixels); });
 }
 
-void neutralChroma(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width) {
-    for (std::int64_t i = 0; i < width; ++i) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, source + 4 * i, 4);
-        const std::uint32_t result = (pixel & ~0x7F7Fu) | 0x8080u;
-        std::memcpy(destination + 4 * i, &result, 4);
-    }
+void neutralChroma(const PixelRow& row) {
+    mapPixels(row, [](Pixels pixels) { return (pixels & 0xFFFF0000) | 0x8080; });
 }
 
 }  // namespace

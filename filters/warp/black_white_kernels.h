@@ -3,15 +3,15 @@
 #define VIREO_FILTERS_WARP_BLACK_WHITE_KERNELS_H
 
 #include "simd/kernel_tables.h"
+#include "simd/pixel_row.h"
 
 #include <cstdint>
 
-/// Rows of `width` pixels of 4 bytes; source and destination may be the same.
 struct BlackWhiteKernels {
     /// "bgra": blue, green and red become the pixel's luma, alpha stays.
-    void (*grey)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width);
+    void (*grey)(const PixelRow& row);
     /// "vuya": V and U become 128, Y and alpha stay.
-    void (*neutralChroma)(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width);
+    void (*neutralChroma)(const PixelRow& row);
 };
 
 VIREO_KERNEL_TABLES(BlackWhiteKernels, blackWhiteKernels)

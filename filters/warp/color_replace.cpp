@@ -41,11 +41,10 @@ std::int32_t render(const FilterInvocation& invocation, const Settings& settings
     // The tolerance is a cube around the target of twice the similarity.
     const ColorSwap swap{pixelOrder(settings.target), pixelOrder(settings.replacement),
                          static_cast<std::uint8_t>(std::min(2 * settings.similarity, 255))};
-    const auto row = settings.solid != 0 ? kernels.solid : kernels.shaded;
+    const auto replace = settings.solid != 0 ? kernels.solid : kernels.shaded;
     const std::int64_t stride = wholePixels(narrowed(source.rowBytes));
-    forEachRow(
-        source, destination, {stride, stride, narrowed(source.width()), narrowed(source.height())},
-        [&](const std::uint8_t* from, std::uint8_t* to, std::int64_t width) { row(from, to, width, swap); });
+    forEachRow(source, destination, {stride, stride, narrowed(source.width()), narrowed(source.height())},
+               [&](const PixelRow& row) { replace(row, swap); });
     return 0;
 }
 

@@ -13,11 +13,10 @@ constexpr std::uint32_t colorBits = 0x00FFFFFF;
 
 /// Writes colorOf(pixels) with the pixels' own alpha where they are close to the target.
 template <class ColorOf>
-void replaceClose(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
-                  const ColorSwap& swap, ColorOf&& colorOf) {
+void replaceClose(const PixelRow& row, const ColorSwap& swap, ColorOf&& colorOf) {
     const auto target = (Bytes)broadcast<Pixels>(swap.target);
     const Bytes tolerance = broadcast<Bytes>(swap.tolerance);
-    mapPixels(source, destination, width, [&](Pixels pixels) {
+    mapPixels(row, [&](Pixels pixels) {
         const auto bytes = (Bytes)pixels;
         const Bytes difference = bytes > target ? bytes - target : target - bytes;
         const auto farBytes = (Pixels)(difference > tolerance);
@@ -26,17 +25,16 @@ void replaceClose(const std::uint8_t* source, std::uint8_t* destination, std::in
     });
 }
 
-void solid(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width, const ColorSwap& swap) {
+void solid(const PixelRow& row, const ColorSwap& swap) {
     const Pixels replacement = broadcast<Pixels>(swap.replacement);
-    replaceClose(source, destination, width, swap, [=](Pixels) { return replacement; });
+    replaceClose(row, swap, [=](Pixels) { return replacement; });
 }
 
-void shaded(const std::uint8_t* source, std::uint8_t* destination, std::int64_t width,
-            const ColorSwap& swap) {
+void shaded(const PixelRow& row, const ColorSwap& swap) {
     const LumaVectors lumaOf(lumaWeight2, lumaWeight1, lumaWeight0);
     const auto evenBytes = (Words)broadcast<Pixels>(swap.replacement & 0x00FF00FF);
     const auto oddBytes = (Words)broadcast<Pixels>(swap.replacement >> 8 & 0x000000FF);
-    replaceClose(source, destination, width, swap, [=](Pixels pixels) {
+    replaceClose(row, swap, [=](Pixels pixels) {
         const Pixels luma = lumaOf(pixels);
         const auto lumaWords = (Words)(luma | luma << 16);
         return (Pixels)((evenBytes * lumaWords >> 8) | (oddBytes * lumaWords & 0xFF00));

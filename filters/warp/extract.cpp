@@ -60,9 +60,7 @@ void drawMatte(FrameBuffer* source, FrameBuffer* destination, const Settings& se
     const TransferCurve curve = transferCurve(settings);
     forEachRow(from, frameThroughPixKit(destination),
                {from.rowBytes, from.rowBytes, from.width(), from.height()},
-               [&](const std::uint8_t* sourceRow, std::uint8_t* destinationRow, std::int64_t width) {
-                   kernels.row(sourceRow, destinationRow, width, curve);
-               });
+               [&](const PixelRow& row) { kernels.row(row, curve); });
 }
 
 void Register(VSK::PluginRegistry& registry) { registerFilter<filter>(registry); }

@@ -3,6 +3,7 @@
 
 #include "simd/floats.h"
 #include "simd/lookup.h"
+#include "simd/past_caches.h"
 #include "simd/words.h"
 
 namespace VIREO_KERNEL_NAMESPACE {
@@ -13,9 +14,11 @@ using namespace simd;
 void applyTables(const std::uint8_t* source, std::uint8_t* destination, std::ptrdiff_t rowBytes,
                  std::int64_t width, std::int64_t height, const std::uint8_t* const tables[3]) {
     const PixelTables pixelTables(tables);
+    const bool pastCaches = goesPastCaches(source, destination, 4 * width, height);
     for (std::int64_t y = 0; y < height; ++y) {
-        pixelTables.row(source + y * rowBytes, destination + y * rowBytes, width);
+        pixelTables.row({source + y * rowBytes, destination + y * rowBytes, width, pastCaches});
     }
+    if (pastCaches) fencePastCaches();
 }
 
 int rowSum(const std::uint8_t* row, std::int64_t i, const std::int16_t weights[3]) {

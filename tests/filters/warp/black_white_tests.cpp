@@ -76,8 +76,8 @@ TEST(BlackWhite, EveryKernelAgreesOnEveryColor) {
             expected[i] = grey(colors[i]);
         }
         for (const auto kernel : {portable, vector, chosen}) {
-            kernel(reinterpret_cast<const std::uint8_t*>(colors.data()),
-                   reinterpret_cast<std::uint8_t*>(greys.data()), width);
+            kernel({reinterpret_cast<const std::uint8_t*>(colors.data()),
+                    reinterpret_cast<std::uint8_t*>(greys.data()), width});
             ASSERT_EQ(greys, expected) << "red " << red;
         }
     }

@@ -51,6 +51,8 @@ void blend(const std::uint8_t* source, std::uint8_t* destination, std::int64_t b
     const BlendedBytes blended(weight);
     constexpr auto lanes = static_cast<std::int64_t>(sizeof(Bytes));
     for (; i + lanes <= bytes; i += lanes) {
+        prefetchAhead<lanes>(source + i);
+        prefetchAhead<lanes>(destination + i);
         store(destination + i, blended(load<Bytes>(source + i), load<Bytes>(destination + i)));
     }
 #endif

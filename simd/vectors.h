@@ -117,9 +117,11 @@ inline constexpr int cacheLineBytes = 64;
 /// Asks for what a walk up memory will need soon, as many bytes as one of its steps takes. Processors read
 /// ahead by themselves, but not from one page of memory to the next.
 template <int bytes>
-void prefetchAhead(const std::uint8_t* address) {
+void prefetchAhead(const void* address) {
     constexpr int ahead = 2048;
-    for (int line = 0; line < bytes; line += cacheLineBytes) __builtin_prefetch(address + ahead + line);
+    for (int line = 0; line < bytes; line += cacheLineBytes) {
+        __builtin_prefetch(static_cast<const std::uint8_t*>(address) + ahead + line);
+    }
 }
 
 /// Not as a sum with 0, which would make 0 of -0.

@@ -35,9 +35,12 @@ struct Neighbourhood {
     PixelPairs lower;
 };
 
-/// Fetches what the destination's next row will need.
+/// Fetches what the destination's next row will need: a vector's pixels fill more than one line, unless the
+/// picture grows.
 inline void prefetchBelow(const SampledPicture& picture, std::int32_t column, std::int32_t row) {
-    __builtin_prefetch(picture.at(column, row + 2));
+    const std::uint8_t* const below = picture.at(column, row + 2);
+    __builtin_prefetch(below);
+    __builtin_prefetch(below + cacheLineBytes);
 }
 
 #if defined(__AVX2__)
@@ -100,6 +103,8 @@ void row(const SampledPicture& picture, const std::int32_t* x, const std::int32_
 
     std::int64_t i = 0;
     for (; i + vectorPixels <= width; i += vectorPixels) {
+        prefetchAhead<vectorBytes>(x + i);
+        prefetchAhead<vectorBytes>(y + i);
         const Ints xs = load<Ints>(x + i);
         const Ints ys = load<Ints>(y + i);
         if (!allTrue(((Pixels)(xs - 256) < interiorWidth) & ((Pixels)(ys - 256) < interiorHeight))) {

@@ -14,8 +14,8 @@ inline bool goesPastCaches(const std::uint8_t* source, const std::uint8_t* desti
     return source != destination && rows > 0 && rowLength >= largeFrameBytes / rows;
 }
 
-/// Behind a frame that was: other threads see nothing of it late. Waits for the memory, which behind every
-/// row would take a third of the time.
+/// Behind a frame that was: other threads see nothing of it late. It waits for the memory, and so does not
+/// belong behind every row.
 inline void fencePastCaches() {
 #if defined(__SSE2__)
     __builtin_ia32_sfence();

@@ -211,8 +211,12 @@ Image Studio::seen() const {
 }
 
 bool Studio::becomes(const Image& image, int seconds) const {
+    return becomes([&](const Image& seen) { return seen == image; }, seconds);
+}
+
+bool Studio::becomes(const std::function<bool(const Image&)>& isSo, int seconds) const {
     for (int i = 0; i < seconds * framesASecond; ++i) {
-        if (seen() == image) return true;
+        if (isSo(seen())) return true;
         wait(1);
     }
     return false;

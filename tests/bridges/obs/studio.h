@@ -61,6 +61,7 @@ public:
 
     /// Whether the source looks like that within some seconds.
     bool becomes(const Image& image, int seconds = 2) const;
+    bool becomes(const std::function<bool(const Image& seen)>& isSo, int seconds = 2) const;
 
     long long statistic(const char* name) const;
     std::string problem() const;

@@ -27,13 +27,16 @@ void copyLines(const std::uint8_t* source, std::uint8_t* destination, std::int64
     const auto last = load<Line>(source + bytes - lineBytes);
     const auto misaligned =
         static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(destination) % lineBytes);
-    for (std::int64_t i = lineBytes - misaligned; i + lineBytes <= bytes; i += lineBytes) {
-        const auto line = load<Line>(source + i);
-        if constexpr (pastCaches) {
-            stream(destination + i, line);
-        } else {
-            store(destination + i, line);
+    std::int64_t i = lineBytes - misaligned;
+    for (; i + cacheLineBytes <= bytes; i += cacheLineBytes) {
+        prefetchAhead<cacheLineBytes>(source + i);
+        if constexpr (!pastCaches) prefetchAhead<cacheLineBytes>(destination + i);
+        for (std::int64_t at = i; at < i + cacheLineBytes; at += lineBytes) {
+            storeOrStream<pastCaches>(destination + at, load<Line>(source + at));
         }
+    }
+    for (; i + lineBytes <= bytes; i += lineBytes) {
+        storeOrStream<pastCaches>(destination + i, load<Line>(source + i));
     }
     store(destination, first);
     store(destination + bytes - lineBytes, last);

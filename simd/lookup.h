@@ -192,45 +192,38 @@ private:
 
 #else
 
-/// Rows of 4-byte pixels through a table for each of the first three bytes. The tables hold their bytes where
-/// a pixel has them, so that three look-ups are joined without shifts.
+/// Rows of 4-byte pixels through a table for each of the first three bytes. Two pixels are looked up at once:
+/// the tables hold their bytes where the pair has them, so that six entries are joined without shifts.
 class PixelTables {
 public:
     explicit PixelTables(const std::uint8_t* const tables[3]) {
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 8; ++i) {
+            if (i % 4 == 3) continue;
             for (int value = 0; value < 256; ++value) {
-                placed_[i][value] = std::uint32_t{tables[i][value]} << 8 * i;
+                placed_[i][value] = std::uint64_t{tables[i % 4][value]} << 8 * i;
             }
         }
     }
 
     void row(const PixelRow& row) const {
-        const auto [source, destination, width, pastCaches] = row;
-        std::int64_t x = 0;
-        for (; x + 2 <= width; x += 2) {
-            std::uint64_t pair;
-            std::memcpy(&pair, source + 4 * x, 8);
-            // Else compilers look several pairs up at once and join the entries in vectors.
-            asm("" : "+r"(pair));
-            const std::uint64_t result = mapped(static_cast<std::uint32_t>(pair)) |
-                                         std::uint64_t{mapped(static_cast<std::uint32_t>(pair >> 32))} << 32;
-            std::memcpy(destination + 4 * x, &result, 8);
-        }
-        if (x < width) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, source + 4 * x, 4);
-            pixel = mapped(pixel);
-            std::memcpy(destination + 4 * x, &pixel, 4);
-        }
+        mapBlocks<cacheLineBytes / 4>(
+            row, [this](const std::uint8_t* source, std::uint8_t* destination, const auto& put) {
+                const auto& placed = placed_;
+                for (int at = 0; at < cacheLineBytes; at += 8) {
+                    auto pair = load<std::uint64_t>(source + at);
+                    // Else compilers look several pairs up at once and join the entries in vectors.
+                    asm("" : "+r"(pair));
+                    std::uint64_t result = pair & 0xFF000000FF000000;
+                    for (int i = 0; i < 8; ++i) {
+                        if (i % 4 != 3) result |= placed[i][pair >> 8 * i & 0xFF];
+                    }
+                    put(destination + at, result);
+                }
+            });
     }
 
 private:
-    std::uint32_t mapped(std::uint32_t pixel) const {
-        return placed_[0][pixel & 0xFF] | placed_[1][pixel >> 8 & 0xFF] | placed_[2][pixel >> 16 & 0xFF] |
-               (pixel & 0xFF000000);
-    }
-
-    std::uint32_t placed_[3][256];
+    std::uint64_t placed_[8][256];
 };
 
 #endif

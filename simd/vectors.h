@@ -104,12 +104,24 @@ void stream(void* address, V vector) {
         _mm512_stream_si512(static_cast<__m512i*>(address), (__m512i)vector);
     } else if constexpr (sizeof(V) == 32) {
         _mm256_stream_si256(static_cast<__m256i*>(address), (__m256i)vector);
-    } else {
+    } else if constexpr (sizeof(V) == 16) {
         _mm_stream_si128(static_cast<__m128i*>(address), (__m128i)vector);
+    } else {
+        _mm_stream_si64(static_cast<long long*>(address), static_cast<long long>(vector));
     }
 #else
     store(address, vector);
 #endif
+}
+
+/// To an address that is such a multiple if it goes past the caches.
+template <bool pastCaches, class V>
+void storeOrStream(void* address, V vector) {
+    if constexpr (pastCaches) {
+        stream(address, vector);
+    } else {
+        store(address, vector);
+    }
 }
 
 inline constexpr int cacheLineBytes = 64;

@@ -181,6 +181,7 @@ class Traits:
             "ParameterTraits", f"parameters{self.filter.id}",
             [self.parameter(parameter) for parameter in self.filter.parameters])
         limits = [f".{LIMITS[key]} = {value}" for key, value in self.entry.get("limits", {}).items()]
+        needs_filling = self.entry.get("needs_filling", False)
         rows = self.entry.get("rows", "any")
         if rows not in ("any", "bottom-up"):
             raise ValueError(f'{self.filter.name} cannot have its rows "{rows}"')
@@ -192,7 +193,7 @@ class Traits:
             "readsTime": str(self.entry.get("reads_time", False)).lower(),
             "earlierFrames": self.entry.get("earlier_frames", 0),
             "takesRowsFromTheTop": str(rows == "any").lower(),
-            "writesAll": str(not self.entry.get("needs_filling", False)).lower(),
+            "unwrittenRows": "std::nullopt" if needs_filling is True else int(needs_filling),
             "neighbourRows": self.entry.get("neighbour_rows", "std::nullopt"),
             "mapsChannels": str(self.entry.get("maps_channels", False)).lower(),
             "identity": identity_name,

@@ -60,7 +60,7 @@ struct FilterStage::Calls::FrameSource {
 FilterStage::Calls::Calls(FilterStage& stage, std::uint32_t format, const Moment& moment,
                           const InputAt& inputAt)
     : stage_(stage),
-      needsFilling_(!stage.traits_.writesAll || format != PixKit::formatBgra),
+      filledRows_(format == PixKit::formatBgra ? stage.traits_.unwrittenRows : std::nullopt),
       moment_(moment),
       inputAt_(inputAt),
       instance_(stage, moment.position) {}
@@ -70,7 +70,7 @@ void FilterStage::Calls::render(FrameBuffer* source, FrameBuffer* destination, c
     const std::int32_t result = (*instance_)
                                     .render({source, destination, moment_.time(),
                                              static_cast<std::uint32_t>(2 * moment_.position.clipLength),
-                                             fieldFlags(moment_.field), getFrame, &frames, needsFilling_});
+                                             fieldFlags(moment_.field), getFrame, &frames, filledRows_});
     if (frames.failure) std::rethrow_exception(frames.failure);
     if (result != 0) {
         throw std::runtime_error(stage_.settings_.filter().properties.name + " failed on frame " +

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -69,7 +70,7 @@ private:
     PicturePtr earlier(std::int64_t number);
 
     FilterStage& stage_;
-    const bool needsFilling_;
+    const std::optional<std::int32_t> filledRows_;
     const Moment& moment_;
     const InputAt& inputAt_;
     const Lease instance_;

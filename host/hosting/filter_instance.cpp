@@ -3,9 +3,12 @@
 
 #include "host/heapkit/memory_handles.h"
 #include "host/hosting/meta_plugin.h"
+#include "host/hosting/worker_threads.h"
 #include "host/pixkit/pixkit.h"
 #include "host/vireo_host.h"
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -26,6 +29,20 @@ FilterInvocation makeInvocation(MemoryHandle settings) {
 std::int32_t callFilter(FilterEntryProc entry, std::int16_t selector, FilterInvocation& invocation) {
     FilterInvocation* pointer = &invocation;
     return entry(nullptr, selector, &pointer);
+}
+
+void fillTop(FrameBuffer& source, FrameBuffer& destination, const std::optional<std::int32_t>& filledRows) {
+    constexpr int leastRows = 64;
+    FrameRect bounds;
+    vpixGetBounds(&source, &bounds);
+    const std::int32_t height = bounds.bottom - bounds.top;
+    const LentParts parts(std::min(filledRows.value_or(height), height), leastRows);
+    const auto fill = [&](int part) {
+        const FrameRect rows{bounds.left, bounds.top + parts.begin(part), bounds.right,
+                             bounds.top + parts.end(part)};
+        vpixCopy(&source, &destination, &rows, &rows, VPixCopyReplace);
+    };
+    parts.run(std::ref(fill));
 }
 
 }  // namespace
@@ -65,11 +82,7 @@ std::vector<std::uint32_t> FilterInstance::pixelFormats() const {
 }
 
 std::int32_t FilterInstance::render(const FrameRequest& request) const {
-    if (request.isFilled) {
-        FrameRect bounds;
-        vpixGetBounds(request.source, &bounds);
-        vpixCopy(request.source, request.destination, &bounds, &bounds, VPixCopyReplace);
-    }
+    fillTop(*request.source, *request.destination, request.filledRows);
     FilterInvocation invocation = makeInvocation(settings_);
     invocation.sourceFrame = request.source;
     invocation.destFrame = request.destination;

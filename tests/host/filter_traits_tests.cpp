@@ -90,7 +90,7 @@ struct Tested {
     hosting::FilterInstance instance = hosting::newInstance(filter);
     Random random{7};
 
-    /// `unfilled`: what the destination holds where the host does not fill it.
+    /// `unfilled`: what the destination holds where the host fills no more than the traits say.
     Rendered render(const Picture& source, const Moment& moment = {}, const Geometry& layout = {},
                     const Picture* unfilled = nullptr) const {
         TestFrame from = frameOf(source, layout);
@@ -104,7 +104,7 @@ struct Tested {
                                    .fieldFlags = moment.fieldFlags,
                                    .getFrame = Clip::get,
                                    .getFrameData = &clip,
-                                   .isFilled = unfilled == nullptr}),
+                                   .filledRows = unfilled == nullptr ? std::nullopt : traits.unwrittenRows}),
                   0);
         return {to.picture(), moment.frame - clip.earliest, clip.latest > moment.frame,
                 bool{to.guardsHold()}};
@@ -161,7 +161,7 @@ TEST_F(Traits, AreKnownOfEveryFilterAndSafeForOthers) {
     const hosting::FilterTraits& unknown = hosting::filterTraits("of another module");
     EXPECT_TRUE(unknown.id == 0 && unknown.fileName.empty() && unknown.parameters.empty());
     EXPECT_TRUE(unknown.readsTime && unknown.touchesGaps && unknown.identity.empty());
-    EXPECT_FALSE(unknown.takesRowsFromTheTop || unknown.neighbourRows || unknown.writesAll);
+    EXPECT_FALSE(unknown.takesRowsFromTheTop || unknown.neighbourRows || unknown.unwrittenRows);
     forEachFilter([&](const Tested& tested) {
         EXPECT_EQ(tested.traits.id, tested.filter.id);
         EXPECT_TRUE(files.insert(tested.traits.fileName).second) << tested.traits.fileName;
@@ -212,7 +212,7 @@ TEST_F(Traits, SayHowRowsMayLieAndWhatIsWritten) {
             const Rendered fromTheTop = tested.render(source, moment, downward);
             EXPECT_EQ(padded.picture, expected) << upward.padding;
             if (!padded.gapsHold || !fromTheTop.gapsHold) ++touched;
-            if (traits.writesAll) {
+            if (traits.unwrittenRows) {
                 const Geometry& layout = traits.takesRowsFromTheTop ? downward : upward;
                 EXPECT_EQ(tested.render(source, moment, layout, &before).picture, expected);
             }

@@ -6,6 +6,7 @@
 #include "host/vrm/filter_invocation.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -25,7 +26,9 @@ struct FrameRequest {
     std::uint16_t fieldFlags = 0;
     GetFrameFunction* getFrame = nullptr;
     void* getFrameData = nullptr;
-    bool isFilled = true;  ///< Whether the destination is the source's copy before the filter writes there.
+    /// So many rows at the destination's top become copies of the source's before the filter writes there;
+    /// null: all.
+    std::optional<std::int32_t> filledRows = {};
 };
 
 /// A filter in use with settings of its own. The constructor runs InitSettings; the settings handle goes with

@@ -49,8 +49,9 @@ struct FilterTraits {
     bool readsTime = false;            ///< The picture changes with the frame's number or the clip's length.
     std::int32_t earlierFrames = 0;    ///< So many frames back it asks its host for, at most.
     bool takesRowsFromTheTop = false;  ///< Negative row bytes give the picture that positive ones give.
-    /// Every pixel of the destination is written, also where memory is short.
-    bool writesAll = false;
+    /// How many rows at the picture's top may stay as they were although Execute succeeds; null where any
+    /// pixel may.
+    std::optional<std::int32_t> unwrittenRows;
     /// Where a filter may be rendered in bands, from buffers that are parts of the frame: so many rows of the
     /// source above and below a row decide what becomes of it, and so many rows beside a cut are wrong.
     std::optional<std::int32_t> neighbourRows;

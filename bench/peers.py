@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs vireo_bench once for each instruction set, peers held to the same one, and prints how many times as long as
-ours each job's best peer takes, with the geometric means. Takes a quarter of an hour on an idle machine.
+"""Runs vireo_bench for each instruction set, peers held to the same one, and prints how many times as long as ours each
+job's best peer takes, medians over the runs, with the geometric means. A round of the three sets takes a quarter of an
+hour on an idle machine.
 """
 import argparse
-import math
 import os
 import pathlib
+import statistics
 import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
@@ -38,25 +39,27 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", default=ROOT / "build/bench/bin/vireo_bench")
     parser.add_argument("--set", choices=SETS, action="append", help="only this one; may be given several times")
+    parser.add_argument("--rounds", type=int, default=1, help="how often each set is run, in turn")
     arguments = parser.parse_args()
 
     sets = arguments.set or list(SETS)
-    ratios = {}  # (job, set): [(ratio, peer) at each size]
-    for name in sets:
+    ratios = {}  # (job, set): for each size, for each run, (ratio, peer)
+    for name in sets * arguments.rounds:
         for job, who in measured(arguments.program, SETS[name]).items():
             ours = who.pop("Vireo")
-            if who:
-                best = [min(who.items(), key=lambda peer, i=i: peer[1][i]) for i in range(len(SIZES))]
-                ratios[job, name] = [(peer[1][i] / ours[i], peer[0]) for i, peer in enumerate(best)]
+            for i in range(len(SIZES) if who else 0):
+                peer, theirs = min(who.items(), key=lambda entry, i=i: entry[1][i])
+                ratios.setdefault((job, name), [[] for _ in SIZES])[i].append((theirs[i] / ours[i], peer))
+    medians = {key: [statistics.median(ratio for ratio, _ in runs) for runs in row] for key, row in ratios.items()}
     print("| Job | Best peer |" + "".join(f" {name}, {size} |" for name in sets for size in SIZES))
     print("|---|---|" + "---|" * (len(sets) * len(SIZES)))
     for job in dict.fromkeys(job for job, _ in ratios):
-        peers = dict.fromkeys(peer for name in sets for _, peer in ratios[job, name])
+        peers = dict.fromkeys(peer for name in sets for runs in ratios[job, name] for _, peer in runs)
         print(f"| {job} | {'; '.join(peers)} |"
               + "".join(f" {ratio:.1f} |" if ratio >= 2 else f" {ratio:.2f} |"
-                        for name in sets for ratio, _ in ratios[job, name]))
-    means = [math.exp(sum(math.log(row[i][0]) for (_, of), row in ratios.items() if of == name)
-                      / sum(of == name for _, of in ratios)) for name in sets for i in range(len(SIZES))]
+                        for name in sets for ratio in medians[job, name]))
+    means = [statistics.geometric_mean(row[i] for (_, of), row in medians.items() if of == name)
+             for name in sets for i in range(len(SIZES))]
     print("| Geometric mean | |" + "".join(f" {mean:.2f} |" for mean in means))
 
 

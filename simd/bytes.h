@@ -4,8 +4,22 @@
 
 #include "simd/vectors.h"
 
+#include <array>
+
 namespace simd {
 inline namespace VIREO_KERNEL_NAMESPACE {
+
+/// What a function without state makes of each byte's place. Made by the compiler: some keep a loop that
+/// fills a register, and take every byte through memory.
+template <class Function>
+Bytes bytesByPlace(Function) {
+    static constexpr auto bytes = [] {
+        std::array<std::uint8_t, vectorBytes> all{};
+        for (std::size_t i = 0; i < all.size(); ++i) all[i] = Function{}(static_cast<int>(i));
+        return all;
+    }();
+    return load<Bytes>(bytes.data());
+}
 
 /// Means, halves rounded up.
 template <VectorOf<std::uint8_t> V>

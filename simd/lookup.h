@@ -182,9 +182,8 @@ private:
 
     /// From four pixels' bytes to their channels, and back.
     static Bytes regrouped(Bytes pixels) {
-        Bytes places;
-        for (int i = 0; i < vectorBytes; ++i) places[i] = static_cast<std::uint8_t>(i % 4 * 4 + i % 16 / 4);
-        return shuffle(pixels, places);
+        return shuffle(pixels,
+                       bytesByPlace([](int i) { return static_cast<std::uint8_t>(i % 4 * 4 + i % 16 / 4); }));
     }
 
     ByteTable tables_[3];

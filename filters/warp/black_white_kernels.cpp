@@ -13,10 +13,8 @@ using namespace simd;
 /// A byte in place of the three colours of each pixel.
 Pixels repeatedBytes(Pixels bytes) {
 #if defined(VIREO_SIMD_SHUFFLE)
-    Bytes places;
-    for (int i = 0; i < laneCount<Bytes>; ++i) {
-        places[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 0x80 : i % 16 / 4 * 4);
-    }
+    const Bytes places =
+        bytesByPlace([](int i) { return static_cast<std::uint8_t>(i % 4 == 3 ? 0x80 : i % 16 / 4 * 4); });
     return (Pixels)shuffle((Bytes)bytes, places);
 #else
     return bytes | bytes << 8 | bytes << 16;

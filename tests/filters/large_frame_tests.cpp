@@ -41,8 +41,8 @@ TEST_P(LargeFrames, ComeOutAsTheirPartsDo) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Filters, LargeFrames, testing::ValuesIn(works), [](const auto& info) {
-    std::string name = info.param.name;
+INSTANTIATE_TEST_SUITE_P(Filters, LargeFrames, testing::ValuesIn(works), [](const auto& instance) {
+    std::string name = instance.param.name;
     std::erase_if(name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; });
     return name;
 });

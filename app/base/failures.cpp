@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/base/failures.h"
 
+#include "engine/error.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -37,6 +39,11 @@ std::string sentenceOf(const std::exception& failure) {
     if (system != nullptr && system->code() == std::errc::resource_unavailable_try_again)
         return "another thread cannot be started: there is not enough memory, or there are too many threads";
     return failure.what();
+}
+
+int statusOf(const std::exception& failure) {
+    const auto* const error = dynamic_cast<const Error*>(&failure);
+    return error == nullptr ? 1 : error->status();
 }
 
 void endInWordsWithoutMemory() {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // vireo batch: renders that a file describes.
+#include "app/base/failures.h"
 #include "app/base/files.h"
 #include "app/base/messages.h"
 #include "app/commands/batch_file.h"
@@ -129,10 +130,10 @@ int runBatch(Session& session, const BatchOptions& options) {
         Batch batch(session, options);
         batch.read(text);
         report = batch.run();
-    } catch (const Error& failure) {
-        report.status = failure.status();
-        report.error = failure.what();
-        printError(failure.what());
+    } catch (const std::exception& failure) {
+        report.status = statusOf(failure);
+        report.error = sentenceOf(failure);
+        printError(report.error);
     }
     printReport(report, options.json);
     return report.status;

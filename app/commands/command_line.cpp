@@ -155,12 +155,9 @@ int parseAndRun(CLI::App& program, std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         printError(sentenceOf(error));
         return wrongUsage;
-    } catch (const Error& error) {
-        printError(error.what());
-        return error.status();
     } catch (const std::exception& error) {
         printError(sentenceOf(error));
-        return 1;
+        return statusOf(error);
     }
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // vireo render.
+#include "app/base/failures.h"
 #include "app/base/messages.h"
 #include "app/commands/commands.h"
 #include "app/commands/render_options.h"
@@ -57,10 +58,10 @@ int renderAndReport(Session& session, const RenderCommandOptions& options) {
         refuseMixedOutput(works.front(), options.json);
         report.chain = works.front().chain.filters;
         report = doAll(works, options.job.jobs).front();
-    } catch (const Error& failure) {
-        report.status = failure.status();
-        report.error = failure.what();
-        printError(failure.what());
+    } catch (const std::exception& failure) {
+        report.status = statusOf(failure);
+        report.error = sentenceOf(failure);
+        printError(report.error);
     }
     printReport(report, options.json);
     return report.status;

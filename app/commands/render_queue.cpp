@@ -10,6 +10,7 @@
 #include "engine/error.h"
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -90,10 +91,13 @@ private:
     Finished render(const QueuedRender& queued, ChainKeeper& chains, std::optional<int> jobs) {
         RenderJob job = *queued.job;
         if (jobs) job.jobs = *jobs;
-        // A dry run's result holds its notices.
-        Finished finished{{job.input, job.outputs()},
-                          std::make_unique<Messages>(job.quiet || job.dryRun, job.progress, job.output)};
+        // Not in braces: GCC 12 would destroy the outcome twice where the messages cannot be made.
+        Finished finished;
         RenderOutcome& outcome = finished.outcome;
+        outcome.input = job.input;
+        outcome.outputs = job.outputs();
+        // A dry run's result holds its notices.
+        finished.messages = std::make_unique<Messages>(job.quiet || job.dryRun, job.progress, job.output);
         Messages& messages = *finished.messages;
         if (jobs) messages.hold();
         try {
@@ -174,6 +178,7 @@ private:
         const ProgressSignal signal([&] { overall.answer(); });
         std::vector<std::optional<Finished>> finished(end - first);
         std::size_t next = first, told = 0;
+        std::exception_ptr failure;
         std::mutex mutex;
         const auto tell = [&](Finished& one) {
             overall.release(*one.messages);
@@ -194,11 +199,21 @@ private:
                 if (!common.progress.json) overall.progress(static_cast<std::int64_t>(told), count);
             }
         };
+        // What cannot even be told of one picture ends all of them.
+        const auto guardedWork = [&] {
+            try {
+                work();
+            } catch (...) {
+                const std::lock_guard lock(mutex);
+                if (failure == nullptr) failure = std::current_exception();
+                stop_ = true;
+            }
+        };
         {
             std::vector<std::jthread> threads;
             try {
                 for (std::int64_t i = 0; i < std::min<std::int64_t>(jobs_, count); ++i)
-                    threads.emplace_back(work);
+                    threads.emplace_back(guardedWork);
             } catch (const std::system_error&) {
                 // Those that are there do all of it.
                 if (threads.empty()) throw;
@@ -213,6 +228,7 @@ private:
                 interrupted = &*finished[told];
             }
         }
+        if (failure != nullptr) std::rethrow_exception(failure);
         if (interrupted == nullptr) return;
         interrupted->messages->error(interrupted->outcome.error);
         tell(*interrupted);

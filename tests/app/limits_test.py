@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Small inputs that ask for much, and machines that have little: a sentence and a status, in little time and memory."""
+import json
 import os
 import resource
 import struct
@@ -39,10 +40,10 @@ def tiff(width, height):
 
 
 def bounded(folder, *arguments, megabytes, seconds=60):
-    """The status and what was said, with so much memory at most."""
+    """With so much memory at most: the status, and what was said on both streams."""
     done = subprocess.run([PROGRAM, *map(str, arguments)], cwd=folder, capture_output=True, timeout=seconds, preexec_fn=lambda:
                           resource.setrlimit(resource.RLIMIT_AS, (megabytes << 20, megabytes << 20)))
-    return done.returncode, done.stderr.decode()
+    return done.returncode, done.stderr.decode(), done.stdout.decode()
 
 
 @pytest.mark.parametrize("name, content", [("in.png", png(60000, 60000, rows=1)), ("in.gif", gif(65535, 65535)), ("in.tif", tiff(50000, 50000))])
@@ -91,7 +92,7 @@ def test_movies_do_not_announce_what_they_cannot_hold(vireo):
     for name, numbers in ((b"stsz", (1, 80_000_000)), (b"stts", (1, 80_000_000, 512)), (b"stsc", (1, 1, 80_000_000, 1))):
         struct.pack_into(f">{len(numbers)}I", table, table.index(name) + 8, *numbers)
     (vireo.folder / "in.mp4").write_bytes(table)
-    status, said = bounded(vireo.folder, "render", "in.mp4", "out.mkv", *IDENTITY, megabytes=1000)
+    status, said, _ = bounded(vireo.folder, "render", "in.mp4", "out.mkv", *IDENTITY, megabytes=1000)
     assert status == 1 and "announces more frames" in said
     # Thousands of tracks.
     at = movie.index(b"trak") - 4
@@ -100,7 +101,7 @@ def test_movies_do_not_announce_what_they_cannot_hold(vireo):
     head = movie.index(b"moov") - 4
     struct.pack_into(">I", many, head, struct.unpack_from(">I", movie, head)[0] + 2999 * len(track))
     (vireo.folder / "in.mp4").write_bytes(many)
-    status, said = bounded(vireo.folder, "render", "in.mp4", "out.mkv", *IDENTITY, megabytes=1000)
+    status, said, _ = bounded(vireo.folder, "render", "in.mp4", "out.mkv", *IDENTITY, megabytes=1000)
     assert status == 1 and "more than 500 streams" in said
 
 
@@ -125,7 +126,7 @@ def test_many_keys_and_long_gaps(vireo):
 @SANITIZED
 def test_a_pause_is_filled_frame_by_frame(vireo):
     clip(vireo.folder, "pause.mkv", "-vf", "setpts='if(eq(N,2),50,N/25)/TB'", "-fps_mode", "passthrough", "-frames:v", "3", "-c:v", "ffv1")
-    status, said = bounded(vireo.folder, "render", "pause.mkv", "out.mkv", *IDENTITY, "--encoder", "ffv1", "--fps", "25", "--scale", "1280:720",
+    status, said, _ = bounded(vireo.folder, "render", "pause.mkv", "out.mkv", *IDENTITY, "--encoder", "ffv1", "--fps", "25", "--scale", "1280:720",
                            "--frames", "1247-1250", megabytes=1200)
     assert status == 0, said
     assert len(frames(vireo.folder, "out.mkv")) == 4
@@ -138,11 +139,12 @@ def test_short_memory_is_told_in_a_sentence(vireo):
         ffmpeg("-i", "in.mp4", "-frames:v", "1", f"p{number}.jpg", cwd=vireo.folder)
     succeeded = 0
     for megabytes in (250, 280, 300, 320, 350, 380, 420, 900):
-        for command in (["in.mp4", "out.mkv"], ["p%d.jpg", "o%d.png"], ["p1.jpg", "p2.jpg", "p3.jpg", "--to", "many"]):
-            status, said = bounded(vireo.folder, "render", *command, "-f", "Ghosting", "--jobs", "4", "--overwrite", megabytes=megabytes)
+        for command in (["in.mp4", "out.mkv"], ["p%d.jpg", "o%d.png"], ["p1.jpg", "p2.jpg", "p3.jpg", "--to", "many", "--json"]):
+            status, said, report = bounded(vireo.folder, "render", *command, "-f", "Ghosting", "--jobs", "4", "--overwrite", megabytes=megabytes)
             # 127: not even the libraries could be loaded.
             assert status in (0, 1, 127), (megabytes, command, status, said)
             assert "std::" not in said and (status != 1 or said.splitlines()[-1].startswith("vireo: ")), (megabytes, command, said)
+            assert status == 127 or "--json" not in command or json.loads(report)["status"] == status, (megabytes, said)
             assert not list(vireo.folder.glob("**/.vireo*"))
             succeeded += status == 0
     assert succeeded >= 3

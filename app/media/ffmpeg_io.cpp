@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/media/ffmpeg_io.h"
 
+#include <fcntl.h>
 #include <cerrno>
+#include <cstdio>
 #include <new>
+#include <system_error>
 
 #if defined(_WIN32)
 #include "host/win32.h"
@@ -21,28 +24,63 @@ constexpr int pollMilliseconds = 100;
 // A blocking write of more than this could wait where no stop reaches it.
 constexpr int partBytes = 4096;
 
+int checkedFile(int file) {
+    if (file < 0) throw std::system_error(errno, std::generic_category());
+    return file;
+}
+
+/// From the beginning, or the libraries' code.
+std::int64_t soughtTo(int file, std::int64_t offset, int whence) {
+#if defined(_WIN32)
+    const std::int64_t place = _lseeki64(file, offset, whence);
+#else
+    const std::int64_t place = lseek(file, offset, whence);
+#endif
+    return place < 0 ? AVERROR(errno) : place;
+}
+
 }  // namespace
 
-PipeIo::PipeIo(int file, Direction direction, const StopRequest& stop) : file_(file), stop_(stop) {
+FileIo::FileIo(int file, Direction direction, const StopRequest& stop, bool seeks)
+    : file_(file), stop_(stop) {
     auto* const buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
+    if (buffer == nullptr) throw std::bad_alloc();
     const bool writes = direction == Direction::Write;
     context_ = avio_alloc_context(buffer, bufferBytes, writes ? 1 : 0, this, writes ? nullptr : read,
-                                  writes ? write : nullptr, nullptr);
+                                  writes ? write : nullptr, seeks ? seek : nullptr);
     if (context_ == nullptr) {
         av_free(buffer);
         throw std::bad_alloc();
     }
 }
 
-PipeIo::~PipeIo() {
+FileIo::~FileIo() {
     av_freep(&context_->buffer);
     avio_context_free(&context_);
 }
 
+std::int64_t FileIo::seek(void* self, std::int64_t offset, int whence) {
+    const int file = static_cast<const FileIo*>(self)->file_;
+    if (whence != AVSEEK_SIZE) return soughtTo(file, offset, whence);
+    const std::int64_t place = soughtTo(file, 0, SEEK_CUR);
+    const std::int64_t size = soughtTo(file, 0, SEEK_END);
+    const std::int64_t back = soughtTo(file, place, SEEK_SET);
+    return back < 0 ? back : size;
+}
+
+OpenFile::~OpenFile() { close(descriptor_); }
+
 #if defined(_WIN32)
 
-int PipeIo::read(void* self, std::uint8_t* bytes, int size) {
-    const PipeIo& io = *static_cast<const PipeIo*>(self);
+OpenFile::OpenFile(const std::filesystem::path& path)
+    : descriptor_(checkedFile(_wopen(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT))) {}
+
+bool OpenFile::isSeekable() const {
+    return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor_))) == FILE_TYPE_DISK;
+}
+
+int FileIo::read(void* self, std::uint8_t* bytes, int size) {
+    const FileIo& io = *static_cast<const FileIo*>(self);
     HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(io.file_));
     // A pipe cannot be waited for, only looked into.
     DWORD waiting = 0, count = 0, pause = 1;
@@ -57,8 +95,8 @@ int PipeIo::read(void* self, std::uint8_t* bytes, int size) {
     return count == 0 ? AVERROR_EOF : static_cast<int>(count);
 }
 
-int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
-    const PipeIo& io = *static_cast<const PipeIo*>(self);
+int FileIo::write(void* self, std::uint8_t* bytes, int size) {
+    const FileIo& io = *static_cast<const FileIo*>(self);
     HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(io.file_));
     for (int done = 0; done < size;) {
         if (io.stop_.requested()) return AVERROR_EXIT;
@@ -80,7 +118,12 @@ int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
 
 #else
 
-int PipeIo::waitFor(short event) const {
+OpenFile::OpenFile(const std::filesystem::path& path)
+    : descriptor_(checkedFile(open(path.c_str(), O_RDONLY | O_CLOEXEC))) {}
+
+bool OpenFile::isSeekable() const { return soughtTo(descriptor_, 0, SEEK_CUR) >= 0; }
+
+int FileIo::waitFor(short event) const {
     while (true) {
         pollfd state{file_, event, 0};
         const int ready = poll(&state, 1, pollMilliseconds);
@@ -90,8 +133,8 @@ int PipeIo::waitFor(short event) const {
     }
 }
 
-int PipeIo::read(void* self, std::uint8_t* bytes, int size) {
-    const PipeIo& io = *static_cast<const PipeIo*>(self);
+int FileIo::read(void* self, std::uint8_t* bytes, int size) {
+    const FileIo& io = *static_cast<const FileIo*>(self);
     while (true) {
         if (const int failure = io.waitFor(POLLIN); failure < 0) return failure;
         const ssize_t count = ::read(io.file_, bytes, static_cast<std::size_t>(size));
@@ -101,8 +144,8 @@ int PipeIo::read(void* self, std::uint8_t* bytes, int size) {
     }
 }
 
-int PipeIo::write(void* self, std::uint8_t* bytes, int size) {
-    const PipeIo& io = *static_cast<const PipeIo*>(self);
+int FileIo::write(void* self, std::uint8_t* bytes, int size) {
+    const FileIo& io = *static_cast<const FileIo*>(self);
     for (int done = 0; done < size;) {
         if (const int failure = io.waitFor(POLLOUT); failure < 0) return failure;
         const int part = std::min(size - done, partBytes);

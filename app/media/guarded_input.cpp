@@ -24,10 +24,6 @@ constexpr int mostStreams = 500;
 // What a file is opened with; `crypto` deciphers another one of these, `data` is its own content.
 constexpr char localProtocols[] = "file,crypto,data";
 
-AVIOInterruptCB interruptByAny(const StopRequest* stop) {
-    return stop != nullptr ? interruptBy(*stop) : AVIOInterruptCB{};
-}
-
 char* duplicated(const std::string& text) {
     char* const copy = av_strdup(text.c_str());
     if (copy == nullptr) throw std::bad_alloc();
@@ -64,28 +60,23 @@ struct GuardedInput::Guard {
 };
 
 GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, const StopRequest* stop)
-    : name_(input == "-" ? "standard input" : input), policy_(policy), guard_(std::make_unique<Guard>()) {
+    : name_(input == "-" ? "standard input" : input),
+      policy_(policy),
+      isPipe_(input == "-"),
+      guard_(std::make_unique<Guard>()) {
+    static const StopRequest none;
+    const StopRequest& stopOrNone = stop != nullptr ? *stop : none;
     std::string url;
-    AVIOContext* io = nullptr;
-    const AVIOInterruptCB interrupt = interruptByAny(stop);
-    if (input == "-") {
-        static const StopRequest none;
-        pipe_ = std::make_unique<PipeIo>(0, PipeIo::Direction::Read, stop != nullptr ? *stop : none);
-        io = pipe_->context();
-    } else {
+    if (!isPipe_) {
         refuseAddress(input);
         guard_->folder.emplace(pathOf(input));
         guard_->allows = policy.references;
         url = fileUrl(input);
-        Dictionary options;
-        options.set("protocol_whitelist", localProtocols);
-        const int opened = avio_open2(&io, url.c_str(), AVIO_FLAG_READ, &interrupt, options.address());
-        file_.reset(io);
-        throwIfInterrupted();
-        if (opened == AVERROR(EACCES) && isHeld(pathOf(input)))
-            throw Error("cannot open " + name_ + ": another program has it open");
-        check(opened, "cannot open " + name_);
+        openFile();
     }
+    io_ = std::make_unique<FileIo>(isPipe_ ? 0 : file_->descriptor(), FileIo::Direction::Read, stopOrNone,
+                                   !isPipe_ && file_->isSeekable());
+    AVIOContext* const io = io_->context();
     const AVInputFormat* format = nullptr;
     const int probed = av_probe_input_buffer2(io, &format, url.c_str(), nullptr, 0, 0);
     throwIfInterrupted();
@@ -96,8 +87,8 @@ GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, 
     const std::string fault = reach == Reach::Files ? playlistFault(pathOf(input)) : std::string();
     if (!fault.empty()) throw Error(name_ + ' ' + fault);
 
-    const bool isMovie = file_ != nullptr && (file_->seekable & AVIO_SEEKABLE_NORMAL) != 0 &&
-                         av_match_name("mov", format->name) != 0;
+    const bool isMovie =
+        (io->seekable & AVIO_SEEKABLE_NORMAL) != 0 && av_match_name("mov", format->name) != 0;
     if (isMovie && announcesTooManySamples(pathOf(input)))
         throw Error(name_ + " announces more frames than a file of its size can hold");
 
@@ -106,12 +97,24 @@ GuardedInput::GuardedInput(const std::string& input, const InputPolicy& policy, 
     // Closing it leaves the file to this object.
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
     context_.reset(context);
-    context->interrupt_callback = interrupt;
+    context->interrupt_callback = interruptBy(stopOrNone);
     context->pb = io;
     open(url, *format);
 }
 
 GuardedInput::~GuardedInput() = default;
+
+void GuardedInput::openFile() {
+    const std::filesystem::path path = pathOf(name_);
+    try {
+        file_.emplace(path);
+    } catch (const std::system_error& failure) {
+        throwIfInterrupted();
+        const bool isTaken = failure.code() == std::errc::permission_denied && isHeld(path);
+        throw Error("cannot open " + name_ + ": " +
+                    (isTaken ? "another program has it open" : reasonOf(failure.code())));
+    }
+}
 
 void GuardedInput::open(const std::string& url, const AVInputFormat& format) {
     AVFormatContext* context = context_.get();
@@ -139,8 +142,7 @@ void GuardedInput::open(const std::string& url, const AVInputFormat& format) {
 }
 
 bool GuardedInput::isSeekable() const {
-    return pipe_ == nullptr && context_->pb != nullptr &&
-           (context_->pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
+    return context_->pb != nullptr && (context_->pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
 }
 
 int GuardedInput::findStreams() {

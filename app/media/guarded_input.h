@@ -6,6 +6,7 @@
 #include "app/media/input_policy.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vireo {
@@ -23,7 +24,7 @@ public:
     const std::string& name() const { return name_; }  ///< For sentences.
     AVFormatContext& context() const { return *context_; }
     const InputPolicy& policy() const { return policy_; }
-    bool isPipe() const { return pipe_ != nullptr; }
+    bool isPipe() const { return isPipe_; }
     bool isSeekable() const;
 
     /// Looks at packets until the streams are known. Returns FFmpeg's code, throws Error as below.
@@ -40,14 +41,16 @@ private:
 
     static int openReference(AVFormatContext* context, AVIOContext** io, const char* url, int flags,
                              AVDictionary** options);
+    void openFile();
     void open(const std::string& url, const AVInputFormat& format);
     void refuseFormat(const AVInputFormat& format) const;
 
     const std::string name_;
     const InputPolicy policy_;
+    const bool isPipe_;
     std::unique_ptr<Guard> guard_;
-    std::unique_ptr<PipeIo> pipe_;
-    std::unique_ptr<AVIOContext, ReleaseByAddress<avio_closep>> file_;
+    std::optional<OpenFile> file_;  ///< Nothing of a pipe.
+    std::unique_ptr<FileIo> io_;
     InputFormatPtr context_;
 };
 

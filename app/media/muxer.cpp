@@ -16,7 +16,7 @@ Muxer::Muxer(const RenderJob& job, const AVOutputFormat& container, const StopRe
     if (job.dryRun) {
         if (job.output != "-") checkOutputFile(pathOf(job.output), job.overwrite, job.folderIsMade);
     } else if (isWritten && job.output == "-") {
-        pipe_ = std::make_unique<PipeIo>(job.pipe, PipeIo::Direction::Write, stop);
+        pipe_ = std::make_unique<FileIo>(job.pipe, FileIo::Direction::Write, stop);
     } else if (isWritten) {
         file_.emplace(pathOf(job.output), job.overwrite);
     }

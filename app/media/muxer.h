@@ -43,7 +43,7 @@ private:
 
     const std::string name_;  ///< Of the output.
     std::optional<OutputFile> file_;
-    std::unique_ptr<PipeIo> pipe_;
+    std::unique_ptr<FileIo> pipe_;
     std::unique_ptr<AVIOContext, CloseIo> io_;
     OutputFormatPtr context_;
     std::int64_t bytes_ = 0;

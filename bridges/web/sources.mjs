@@ -99,6 +99,18 @@ function eachFrame(video, onTime) {
     next(step);
 }
 
+/** When the frame that a video shows begins, in seconds; null where the browser does not tell. */
+function shownTime(video) {
+    try {
+        const frame = new VideoFrame(video);
+        const { timestamp } = frame;
+        frame.close();
+        return timestamp / 1e6;
+    } catch {
+        return null;
+    }
+}
+
 /** Frames a second, from the times of the first few. */
 async function measuredRate(video) {
     const times = new Set();
@@ -150,9 +162,16 @@ class Video {
     async #seek(frame) {
         const time = Math.min((frame + 0.5) / this.rate, this.#video.duration);
         if (Math.abs(this.#video.currentTime - time) < 0.25 / this.rate) return;
+        const before = shownTime(this.#video);
         const done = once(this.#video, 'seeked');
         this.#video.currentTime = time;
         await done;
+        // Chromium may tell of the end some milliseconds before the frame is there to be drawn.
+        const isOld = () => {
+            const shown = shownTime(this.#video);
+            return shown !== null && shown === before && Math.abs(shown - frame / this.rate) > 0.75 / this.rate;
+        };
+        for (let tries = 0; isOld() && tries < 50; ++tries) await new Promise((resolve) => setTimeout(resolve, 5));
     }
 
     /** Of the camera: the next frame, which is to be closed. */

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int mostStreams = 500;
 
-// What a file is opened with; `crypto` deciphers another one of these, `data` is its own content.
+// What a reference is opened with; `crypto` deciphers a file, `data` is its own content.
 constexpr char localProtocols[] = "file,crypto,data";
 
 char* duplicated(const std::string& text) {
